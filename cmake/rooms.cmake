@@ -1,0 +1,17 @@
+# moniva_room(NAME USES library...): the static library moniva_NAME from every source below src/NAME.
+function(moniva_room name)
+  cmake_parse_arguments(ROOM "" "" "USES" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp)
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+  if(sources)
+    add_library(moniva_${name} STATIC ${sources})
+    target_include_directories(moniva_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+    target_include_directories(moniva_${name} SYSTEM PUBLIC
+      ${EXPECTED_INCLUDE_DIR} ${CLI11_INCLUDE_DIR} ${CSV_INCLUDE_DIR})
+    target_link_libraries(moniva_${name} PUBLIC ${ROOM_USES} PRIVATE moniva_options)
+  else()
+    add_library(moniva_${name} INTERFACE)
+    target_include_directories(moniva_${name} INTERFACE ${CMAKE_SOURCE_DIR}/src)
+    target_link_libraries(moniva_${name} INTERFACE ${ROOM_USES})
+  endif()
+endfunction()
