@@ -23,8 +23,9 @@ struct Detected {
   std::size_t markSize;
 };
 
-/// Every second byte of UTF-16 text is zero for the separators, digits and line ends a table is full of. One
-/// zero byte alone is no sign of UTF-16: it is a damaged file.
+/// Every second byte of UTF-16 text is zero for the separators, digits and line ends a table is full of; the
+/// other bytes are so for a few characters only (U+4E00 for one). A zero byte alone is no sign of UTF-16: it
+/// is a damaged file.
 Detected detect(std::string_view bytes) {
   if (bytes.starts_with("\xEF\xBB\xBF")) return {Encoding::utf8, 3};
   if (bytes.starts_with("\xFF\xFE")) return {Encoding::utf16Little, 2};
@@ -35,8 +36,8 @@ Detected detect(std::string_view bytes) {
     if (sample[i] == '\0') ++zeros[i % 2];
   }
   const auto enough = std::max<std::size_t>(2, sample.size() / 32);
-  if (zeros[0] == 0 && zeros[1] >= enough) return {Encoding::utf16Little, 0};
-  if (zeros[1] == 0 && zeros[0] >= enough) return {Encoding::utf16Big, 0};
+  if (zeros[1] >= enough && zeros[1] > 2 * zeros[0]) return {Encoding::utf16Little, 0};
+  if (zeros[0] >= enough && zeros[0] > 2 * zeros[1]) return {Encoding::utf16Big, 0};
   return {Encoding::utf8, 0};
 }
 

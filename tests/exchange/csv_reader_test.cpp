@@ -1,0 +1,213 @@
+#include "exchange/csv_reader.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+#include <unicode/unistr.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+namespace moniva {
+namespace {
+
+using Table = std::vector<std::vector<std::string>>;
+
+/// The rows below the heading, each field as read, or the sentence that refuses the file.
+Result<Table> rowsOf(CsvReader& reader) {
+  Table rows;
+  while (true) {
+    const auto row = reader.next();
+    if (!row) return tl::make_unexpected(row.error());
+    if (!*row) return rows;
+    rows.emplace_back((*row)->fields.begin(), (*row)->fields.end());
+  }
+}
+
+std::string whyRefused(const std::string& bytes) {
+  auto reader = CsvReader::fromBytes(bytes, "bank.csv");
+  if (!reader) return reader.error().why;
+  const auto rows = rowsOf(*reader);
+  return rows ? "not refused" : rows.error().why;
+}
+
+TEST(CsvReader, readsTheRowsThatAreThere) {
+  struct Case {
+    std::string text;
+    Table rows;
+    std::string_view why;
+  };
+  const std::vector<Case> cases = {
+      {"a,b\n1,2\n", {{"1", "2"}}, "plain"},
+      {"a,b\n1,2", {{"1", "2"}}, "no line break at the end"},
+      {"a,b\r\n1,2\r\n3,4\r\n", {{"1", "2"}, {"3", "4"}}, "CRLF"},
+      {"a,b\r1,2\r3,4", {{"1", "2"}, {"3", "4"}}, "CR alone"},
+      {"a,b\n", {}, "heading only"},
+      {"a,b\n,\n", {{"", ""}}, "empty fields are fields"},
+      {"a,b\n1,", {{"1", ""}}, "an empty field ends the file"},
+      {"a,b\n1,\"\"", {{"1", ""}}, "a quoted empty field ends the file"},
+      {"a,b\n1,\"2\"", {{"1", "2"}}, "a quoted field ends the file"},
+      {"a,b\n\"x, y\",\"say \"\"hi\"\"\"\n", {{"x, y", "say \"hi\""}}, "separators and quotes in quotes"},
+      {"a,b\n\"\"\"\",\"\"\"\"\"\"\n", {{"\"", "\"\""}}, "fields of nothing but quotes"},
+      {"a,b\n\"l1\r\nl2\",\"l1\nl2\rl3\"\n", {{"l1\r\nl2", "l1\nl2\rl3"}}, "line breaks in quotes are kept"},
+      {"a,b\n 1 ,\t2\n", {{" 1 ", "\t2"}}, "blanks belong to the field"},
+      {"\n  \na,b\n\n1,2\n \t\n\r\n3,4\n\n", {{"1", "2"}, {"3", "4"}}, "blank lines"},
+      {"a,b\n1\n1,2,3\n", {{"1"}, {"1", "2", "3"}}, "another number of fields is for others to judge"},
+      {"a\n1\n\"\"\n", {{"1"}, {""}}, "one column"},
+      {"a;b\n1,5;2\n", {{"1,5", "2"}}, "semicolons"},
+      {"a\tb\n1,5\t2;\n", {{"1,5", "2;"}}, "tabs"},
+      {"\"a,,,,b\";c\n1;2\n", {{"1", "2"}}, "the heading's separator is found outside quotes"},
+      {"\"a\n,,,\";c\n1;2\n", {{"1", "2"}}, "and past a line break in quotes"},
+      {"sep=;\r\na,b;c\r\n1,5;2\r\n", {{"1,5", "2"}}, "a first line names the separator"},
+      {"\"sep=\t\"\na;b;c\td\n1\t2\n", {{"1", "2"}}, "a quoted first line names it"},
+  };
+  for (const auto& [text, rows, why] : cases) {
+    auto reader = CsvReader::fromBytes(text, "bank.csv");
+    ASSERT_TRUE(reader) << why << ": " << reader.error().why;
+    const auto read = rowsOf(*reader);
+    ASSERT_TRUE(read) << why << ": " << read.error().why;
+    EXPECT_EQ(*read, rows) << why;
+    reader->rewind();
+    EXPECT_EQ(rowsOf(*reader).value(), rows) << why << ", a second time";
+  }
+}
+
+TEST(CsvReader, refusesDamagedFilesAndSaysWhere) {
+  struct Case {
+    std::string text;
+    std::string says;
+    std::string_view why;
+  };
+  using namespace std::string_literals;
+  const std::vector<Case> cases = {
+      {"", "bank.csv is empty", "no bytes"},
+      {"\xEF\xBB\xBF", "bank.csv is empty", "nothing behind the byte order mark"},
+      {"\n \n", "no line but blank ones", "no heading"},
+      {"a,b\n1,\"2\n3,4\n", "line 2, column 2: the quote that opens", "never closed"},
+      {"a,b\n\"1\n2\",\"3\n4\n", "line 3, column 2: the quote that opens",
+       "opened on a later line of its row"},
+      {"a,b\n1,\"2\"\"", "line 2, column 2: the quote that opens", "a doubled quote closes nothing"},
+      {"a,\"b\n1,2\n", "line 1, column 2: the quote that opens", "in the heading"},
+      {"a,b\n\"1\n\",2\n3,4\"5\n", "line 4, column 2: a quote stands inside", "stray quote"},
+      {"a,b\n1, \"2\"\n", "line 2, column 2: a quote stands inside", "a blank before the quote is a field"},
+      {"a,b\r1,2\r\"3\"x,4", "line 3, column 1: text follows", "text after the closing quote"},
+      {"a,b\n1,2\n\x00,3\n"s, "line 3: there is a NUL", "NUL"},
+      {"a,b\n1,\xE4\n", "line 2: byte 6 starts no character of UTF-8", "Latin-1"},
+      {"a,b\n1,\xED\xA0\x80\n", "line 2: byte 6", "a surrogate in UTF-8"},
+      {"a,b\n1,\xC0\xAF\n", "line 2: byte 6", "a form too long"},
+      {"a,b\n12345678,\xE8\x8F", "line 2: byte 13", "cut within a character"},
+      {"\xFF\xFE"
+       "a\0,\0b\0\n\0\x3D\xD8,\0"s,
+       "line 2: byte 10 starts half a character", "lone surrogate"},
+      {"\xFF\xFE"
+       "a\0,\0b"s,
+       "cut off", "odd number of bytes"},
+      {"sep=|\na|b\n", "line 1: columns are separated by", "a separator nobody expects"},
+  };
+  for (const auto& [text, says, why] : cases) {
+    const auto refusal = whyRefused(text);
+    EXPECT_NE(refusal.find(says), std::string::npos) << why << ": " << refusal;
+    EXPECT_TRUE(refusal.starts_with("bank.csv")) << why << ": " << refusal;
+  }
+}
+
+TEST(CsvReader, knowsTheLineEachRowStartsOn) {
+  for (const std::string end : {"\n", "\r\n", "\r"}) {
+    std::string text = "\na,b\n\"1\n\n1\",2\n\n3,4\n5,6";
+    for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += end.size()) {
+      text.replace(at, 1, end);
+    }
+    auto reader = CsvReader::fromBytes(text, "bank.csv").value();
+    std::vector<std::size_t> lines;
+    for (auto row = reader.next().value(); row; row = reader.next().value()) lines.push_back(row->line);
+    EXPECT_EQ(lines, (std::vector<std::size_t>{3, 7, 8}));
+  }
+}
+
+TEST(CsvReader, saysWhatIsWrongWithAFile) {
+  std::string pattern = ::testing::TempDir() + "moniva_XXXXXX";
+  ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+  const std::filesystem::path folder = pattern;
+  const auto small = folder / "small.csv";
+  const auto large = folder / "large.csv";
+  std::ofstream(small) << "a,b\n1,2\n";
+  std::ofstream(large).close();
+  std::filesystem::resize_file(large, 1'000'000'001);  // sparse: takes no room on the disk
+  EXPECT_EQ(CsvReader::open(folder).error().why, folder.string() + " is a folder, not a file");
+  EXPECT_EQ(CsvReader::open(large).error().why, large.string() + " is larger than 1 GB");
+  EXPECT_EQ(CsvReader::open(folder / "none").error().why,
+            (folder / "none").string() + " cannot be opened: No such file or directory");
+  auto reader = CsvReader::open(small);
+  ASSERT_TRUE(reader);
+  EXPECT_EQ(rowsOf(*reader).value(), (Table{{"1", "2"}}));
+  std::filesystem::remove_all(folder);
+}
+
+enum class Encoding { utf8, utf8Marked, utf16Little, utf16LittleMarked, utf16Big, utf16BigMarked };
+
+std::string encoded(const std::string& text, Encoding encoding) {
+  if (encoding == Encoding::utf8) return text;
+  if (encoding == Encoding::utf8Marked) return "\xEF\xBB\xBF" + text;
+  auto wide = icu::UnicodeString::fromUTF8(text);
+  if (encoding == Encoding::utf16LittleMarked || encoding == Encoding::utf16BigMarked)
+    wide.insert(0, u'\uFEFF');
+  const bool little = encoding == Encoding::utf16Little || encoding == Encoding::utf16LittleMarked;
+  std::string bytes;
+  for (int i = 0; i < wide.length(); ++i) {
+    const auto low = static_cast<char>(wide[i] & 0xFF);
+    const auto high = static_cast<char>(wide[i] >> 8);
+    bytes += {little ? low : high, little ? high : low};
+  }
+  return bytes;
+}
+
+RC_GTEST_PROP(CsvReader, readsBackWhatWasWritten, ()) {
+  const auto character = rc::gen::weightedElement<std::string>({{8, "x"},
+                                                                {4, "7"},
+                                                                {2, " "},
+                                                                {2, ","},
+                                                                {2, ";"},
+                                                                {2, "\t"},
+                                                                {3, "\""},
+                                                                {2, "\n"},
+                                                                {2, "\r"},
+                                                                {2, "ä"},
+                                                                {2, "菜"},
+                                                                {1, "一"},
+                                                                {1, "😀"}});
+  const auto field =
+      rc::gen::map(rc::gen::container<std::vector<std::string>>(character), [](const auto& parts) {
+        std::string joined;
+        for (const auto& part : parts) joined += part;
+        return joined;
+      });
+  const auto columns = *rc::gen::inRange<std::size_t>(2, 6);
+  const auto rows = *rc::gen::container<Table>(rc::gen::container<std::vector<std::string>>(columns, field));
+  const auto separator = *rc::gen::element(',', ';', '\t');
+  const auto lineEnd = *rc::gen::element<std::string>("\n", "\r\n", "\r");
+  const auto encoding =
+      *rc::gen::element(Encoding::utf8, Encoding::utf8Marked, Encoding::utf16Little,
+                        Encoding::utf16LittleMarked, Encoding::utf16Big, Encoding::utf16BigMarked);
+  const bool quoteAll = *rc::gen::arbitrary<bool>();
+  std::string text;
+  const auto write = [&](const std::vector<std::string>& fields) {
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      if (i > 0) text += separator;
+      const bool quote = quoteAll || fields[i].find_first_of(",;\t\"\r\n") != std::string::npos;
+      if (quote) text += '"';
+      for (const char c : fields[i]) text += c == '"' && quote ? "\"\"" : std::string(1, c);
+      if (quote) text += '"';
+    }
+    text += lineEnd;
+  };
+  write(std::vector<std::string>(columns, "A column of the table"));
+  for (const auto& row : rows) write(row);
+
+  auto reader = CsvReader::fromBytes(encoded(text, encoding), "bank.csv");
+  RC_ASSERT(reader.has_value());
+  RC_ASSERT(reader->separator() == separator);
+  RC_ASSERT(rowsOf(*reader).value() == rows);
+}
+
+}  // namespace
+}  // namespace moniva

@@ -1,0 +1,334 @@
+#include "exchange/import_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace moniva {
+namespace {
+
+Result<ImportFile> readText(const std::string& text, const ImportOptions& options = {}) {
+  auto reader = CsvReader::fromBytes(text, "bank.csv");
+  if (!reader) return tl::make_unexpected(reader.error());
+  return readImport(*reader, options);
+}
+
+/// "line:column heading 'value' reason" of each problem.
+std::vector<std::string> problemsOf(const ImportFile& file) {
+  std::vector<std::string> shown;
+  for (const auto& [line, column, heading, value, reason] : file.problems) {
+    shown.push_back(fmt::format("{}:{} {} '{}' {}", line, column, heading, value, reason));
+  }
+  return shown;
+}
+
+TEST(ReadImport, readsEveryRecordOfAHousehold) {
+  const auto file = readImport(MONIVA_SOURCE_DIR "/examples/household.csv");
+  ASSERT_TRUE(file) << file.error().why;
+  EXPECT_EQ(problemsOf(*file), std::vector<std::string>{});
+  EXPECT_EQ(file->ignoredHeadings, std::vector<std::string>{});
+  struct Total {
+    std::int64_t rows = 0;
+    std::int64_t cents = 0;
+  };
+  std::map<ImportKind, Total> totals;
+  Total dollars;
+  for (const auto& record : file->records) {
+    auto& total = totals[record.kind];
+    ++total.rows;
+    total.cents += std::llround(record.amount * 100);
+    if (record.foreignCurrency == "USD") {
+      ++dollars.rows;
+      dollars.cents += std::llround(record.foreignAmount.value() * 100);
+    }
+  }
+  EXPECT_EQ(totals[ImportKind::expense].rows, 2230);
+  EXPECT_EQ(totals[ImportKind::expense].cents, 12087172);
+  EXPECT_EQ(totals[ImportKind::income].rows, 98);
+  EXPECT_EQ(totals[ImportKind::income].cents, 14697377);
+  EXPECT_EQ(totals[ImportKind::transfer].rows, 190);
+  EXPECT_EQ(totals[ImportKind::transfer].cents, 4379447);
+  EXPECT_EQ(dollars.rows, 143);
+  EXPECT_EQ(dollars.cents, 1137552);
+
+  const auto& market = file->records.at(2);
+  EXPECT_EQ(market.line, 4U);
+  EXPECT_EQ(market.date, (ImportDate{2022, 1, 1, 8, 27, 51, true}));
+  EXPECT_EQ(market.book, "Household");
+  EXPECT_EQ(market.account, "Checking");
+  EXPECT_EQ(market.category, "Food");
+  EXPECT_EQ(market.subcategory, "Groceries");
+  EXPECT_EQ(market.vendor, "菜市场");
+  EXPECT_EQ(market.amount, 71.24);
+  EXPECT_EQ(market.note, "for the weekend, \"big\" shop");
+  EXPECT_EQ(file->records.at(3).toAccount, "Transit card");
+}
+
+TEST(ReadImport, knowsColumnsByTheirWordsInThreeLanguages) {
+  const std::vector<std::string> files = {
+      "Date,Type,Account,To account,Amount,To amount,Currency,Note\n"
+      "2024-02-29,transfer,A,B,1234.50,1300,EUR,n\n",
+      "NOTE,to-account,Paid From, aMoUnT ,KIND,DATE,to_amount,Account Currency\n"
+      "n,B,A,1234.5,Transfer,20240229,1300.00,EUR\n",
+      "Datum;Art;Konto;Zielkonto;BETRAG;Zielbetrag;WÄHRUNG;Verwendungszweck\n"
+      "29.02.2024;Umbuchung;A;B;1.234,50;1.300,00;EUR; n \n",
+      "日期\t类型\t账户\t转入账户\t金额\t转入金额\t币种\t备注\n"
+      "2024/2/29\t转账\tA\tB\t1,234.50\t1,300.00\tEUR\tn\n",
+  };
+  std::string first;
+  for (const auto& text : files) {
+    const auto file = readText(text);
+    ASSERT_TRUE(file) << file.error().why;
+    ASSERT_EQ(problemsOf(*file), std::vector<std::string>{});
+    const auto& record = file->records.at(0);
+    EXPECT_EQ(record.kind, ImportKind::transfer);
+    EXPECT_EQ(record.date, (ImportDate{2024, 2, 29}));
+    EXPECT_EQ(record.toAccount, "B");
+    EXPECT_EQ(record.amount, 1234.5);
+    EXPECT_EQ(record.toAmount, 1300);
+    EXPECT_EQ(record.currency, "EUR");
+    EXPECT_EQ(record.note, "n");
+    if (first.empty()) first = identityOf(record);
+    EXPECT_EQ(identityOf(record), first) << "the same row, however the file is laid out";
+  }
+}
+
+TEST(ReadImport, refusesWhatCannotBeReadAsAWhole) {
+  struct Case {
+    std::string text;
+    std::string_view says;
+    std::string_view why;
+  };
+  const std::vector<Case> cases = {
+      {"Type,Amount\n", "no column has the heading Date", "no date"},
+      {"Datum,Typ\n", "no column has the heading Amount", "no amount"},
+      {"Date,Amount,Note,date\n", "columns 1 'Date' and 4 'date' of the heading both mean Date", "twice"},
+      {"Date,Amount,Memo,Note\n", "columns 3 'Memo' and 4 'Note' of the heading both mean Note", "synonyms"},
+      {"Date,Amount\n2024-01-01,\"1,234\"\n", "'1,234' in line 2 may be 1234 or 1.234", "decimal mark"},
+      {"Date,Amount\n02/03/2024,1\n", "'02/03/2024' in line 2 may start with the day", "order of dates"},
+      {"Date,Amount\n02/13/2024,1\n13/02/2024,1\n", "'13/02/2024' in line 3 and '02/13/2024' in line 2",
+       "two orders"},
+      {"Date,Amount\n2024-01-01,1\n2024-01-01,\"1\n", "line 3, column 2: the quote", "damaged further down"},
+  };
+  for (const auto& [text, says, why] : cases) {
+    const auto file = readText(text);
+    ASSERT_FALSE(file) << why;
+    EXPECT_NE(file.error().why.find(says), std::string::npos) << why << ": " << file.error().why;
+    EXPECT_TRUE(file.error().why.starts_with("bank.csv")) << why << ": " << file.error().why;
+  }
+}
+
+TEST(ReadImport, takesTheOptionsWordForWhatAFileLeavesOpen) {
+  const std::string text = "Date,Amount\n02/03/2024,\"1,234\"\n";
+  const auto american = readText(text, {DecimalMark::point, DateOrder::monthFirst}).value().records.at(0);
+  EXPECT_EQ(american.date, (ImportDate{2024, 2, 3}));
+  EXPECT_EQ(american.amount, 1234);
+  const auto european = readText(text, {DecimalMark::comma, DateOrder::dayFirst}).value().records.at(0);
+  EXPECT_EQ(european.date, (ImportDate{2024, 3, 2}));
+  EXPECT_EQ(european.amount, 1.234);
+  const auto told = readText(text + "02/13/2024,\"1,234.5\"\n").value().records.at(0);
+  EXPECT_EQ(identityOf(told), identityOf(american)) << "another row tells";
+}
+
+TEST(ReadImport, takesTheDirectionFromTheSignWhereThereIsNoType) {
+  const auto file =
+      readText("Date,Amount,Foreign amount,Foreign currency\n2024-01-01,-12.5,-13,USD\n2024-01-01,+3,,\n");
+  ASSERT_EQ(problemsOf(file.value()), std::vector<std::string>{});
+  EXPECT_EQ(file->records.at(0).kind, ImportKind::expense);
+  EXPECT_EQ(file->records.at(0).amount, 12.5);
+  EXPECT_EQ(file->records.at(0).foreignAmount, 13);
+  EXPECT_EQ(file->records.at(1).kind, ImportKind::income);
+  EXPECT_EQ(file->records.at(1).amount, 3);
+}
+
+TEST(ReadImport, saysWhatIsWrongWithARow) {
+  struct Case {
+    std::string_view row;  ///< below Date,Time,Type,Account,Category,Subcategory,Amount,Foreign amount,...
+    std::vector<std::string> problems;
+    std::string_view why;
+  };
+  const std::vector<Case> cases = {
+      {"2024-02-29,8:05,expense,,,,1,,,,", {}, "a record needs no more"},
+      {"2023-02-29,,expense,,,,1,,,,",
+       {"2:1 Date '2023-02-29' '2023-02-29' is not a day of the calendar"},
+       "day"},
+      {",,expense,,,,1,,,,", {"2:1 Date '' the date is empty"}, "no date"},
+      {"2024-02-29,24:00,expense,,,,1,,,,",
+       {"2:2 Time '24:00' '24:00' is not a time of day: write it as 14:30 or 14:30:05"},
+       "time"},
+      {"2024-02-29 10:00,11:00,expense,,,,1,,,,",
+       {"2:2 Time '11:00' the date has a time already"},
+       "two times"},
+      {"2024-02-29,,gift,,,,1,,,B,2",
+       {"2:3 Type 'gift' the type is none of expense, income and transfer"},
+       "unknown type; nothing follows from it"},
+      {"2024-02-29,,expense,,,,0.00,,,,", {"2:7 Amount '0.00' the amount is zero"}, "zero"},
+      {"2024-02-29,,expense,,,,-1,,,,",
+       {"2:7 Amount '-1' the amount is negative, but the type already says in which direction it goes"},
+       "sign and type"},
+      {"2024-02-29,,expense,,,Rent,1,,,,",
+       {"2:5 Category '' the subcategory has no category"},
+       "half a pair"},
+      {"2024-02-29,,expense,,,,1,2,,,",
+       {"2:9 Foreign currency '' the foreign amount has no currency"},
+       "no code"},
+      {"2024-02-29,,expense,,,,1,,USD,,",
+       {"2:8 Foreign amount '' the foreign currency has no amount"},
+       "no sum"},
+      {"2024-02-29,,expense,,,,1,2,usd,,",
+       {"2:9 Foreign currency 'usd' a currency is a code of three capital letters"},
+       "code"},
+      {"2024-02-29,,transfer,A,,,1,,,A,",
+       {"2:10 To account 'A' the transfer goes to the account it comes from"},
+       ""},
+      {"2024-02-29,,transfer,,,,1,,,,2",
+       {"2:4 Account '' the transfer has no account to come from",
+        "2:10 To account '' the transfer has no account to go to"},
+       "neither end"},
+      {"2024-02-29,,income,A,,,1,,,B,2",
+       {"2:10 To account 'B' only a transfer goes to an account",
+        "2:11 To amount '2' only a transfer has an amount that arrives"},
+       "income goes nowhere else"},
+      {"2024-02-29,,expense", {"2:4 Account '' the row has 3 fields where the heading has 11"}, "too few"},
+      {"2024-02-29,,expense,,,,1,,,,,x",
+       {"2:12  'x' the row has 12 fields where the heading has 11"},
+       "too many"},
+      {",,,,,,,,,,", {}, "an empty row of a spreadsheet"},
+  };
+  for (const auto& [row, problems, why] : cases) {
+    const auto file = readText(
+        fmt::format("Date,Time,Type,Account,Category,Subcategory,Amount,Foreign amount,Foreign currency,"
+                    "To account,To amount\n{}\n2024-12-31,,income,,,,5,,,,\n",
+                    row));
+    ASSERT_TRUE(file) << why << ": " << file.error().why;
+    EXPECT_EQ(problemsOf(*file), problems) << why;
+    EXPECT_EQ(file->badRows, problems.empty() ? 0U : 1U) << why;
+    EXPECT_EQ(file->records.back().amount, 5) << why << ": the good row is read all the same";
+  }
+}
+
+TEST(ReadImport, namesTheFieldOfAColumnThatIsNotThere) {
+  const auto file = readText("Date,Type,Amount\n2024-01-01,transfer,1\n").value();
+  EXPECT_EQ(problemsOf(file),
+            (std::vector<std::string>{"2:0 Account '' the transfer has no account to come from",
+                                      "2:0 To account '' the transfer has no account to go to"}));
+}
+
+TEST(ReadImport, keepsItsReportShort) {
+  std::string text = "Date,Color,Amount,,Color\n";
+  for (int i = 0; i < 1500; ++i) text += "never,,1,,\n";
+  const auto file = readText(text).value();
+  EXPECT_EQ(file.problems.size(), 1000U);
+  EXPECT_EQ(file.problemCount, 1500U);
+  EXPECT_EQ(file.badRows, 1500U);
+  EXPECT_EQ(file.ignoredHeadings, (std::vector<std::string>{"Color", "column 4", "Color"}));
+}
+
+TEST(ReadImport, keepsTextsAsTypedUpToTenThousandCharacters) {
+  const auto noteOf = [](const std::string& note) {
+    const auto file = readText("Date,Amount,Note\n2024-01-01,1,\"" + note + "\"\n").value();
+    return file.records.empty() ? file.problems.at(0).reason : file.records[0].note;
+  };
+  EXPECT_EQ(noteOf(" \t a  b\n\u00A0c \u3000"), "a  b\n\u00A0c");
+  std::string longest;
+  for (int i = 0; i < 10'000; ++i) longest += "菜";
+  EXPECT_EQ(noteOf(longest), longest);
+  EXPECT_EQ(noteOf(longest + "x"), "the text is longer than 10000 characters");
+}
+
+TEST(ParseImportDate, readsDatesAndRefusesTheRest) {
+  struct Case {
+    std::string_view text;
+    DateOrder order;
+    std::optional<ImportDate> date;
+  };
+  constexpr auto open = DateOrder::automatic;
+  const std::vector<Case> cases = {
+      {"2024-02-29", open, ImportDate{2024, 2, 29}},
+      {" 2024.2.9 ", open, ImportDate{2024, 2, 9}},
+      {"20240229", open, ImportDate{2024, 2, 29}},
+      {"1.2.2024", DateOrder::monthFirst, ImportDate{2024, 2, 1}},
+      {"2024-02-29 14:30:05", open, ImportDate{2024, 2, 29, 14, 30, 5, true}},
+      {"29.02.2024  4:30", open, ImportDate{2024, 2, 29, 4, 30, 0, true}},
+      {"2024-02-29T00:00:00", open, ImportDate{2024, 2, 29, 0, 0, 0, true}},
+      {"29/02/2024", open, ImportDate{2024, 2, 29}},
+      {"02-29-2024", open, ImportDate{2024, 2, 29}},
+      {"03/03/2024", open, ImportDate{2024, 3, 3}},
+      {"02/03/2024", DateOrder::dayFirst, ImportDate{2024, 3, 2}},
+      {"02/03/2024", DateOrder::monthFirst, ImportDate{2024, 2, 3}},
+      {"02/03/2024", open, {}},
+      {"29/02/2024", DateOrder::monthFirst, {}},
+      {"1900-02-29", open, {}},
+      {"31.04.2024", open, {}},
+      {"31/04/2024", open, {}},
+      {"2024-00-10", open, {}},
+      {"2024-13-10", open, {}},
+      {"20241301", open, {}},
+      {"0000-01-01", open, {}},
+      {"29.02.24", open, {}},
+      {"2024-02/29", open, {}},
+      {"2024-02-290", open, {}},
+      {"2024-02", open, {}},
+      {"202402291", open, {}},
+      {"2024-02-29x", open, {}},
+      {"2024-02-29 ", open, ImportDate{2024, 2, 29}},
+      {"2024-02-29 25:00", open, {}},
+      {"2024-02-29 14", open, {}},
+      {"2024-02-29 14:3", open, {}},
+      {"2024-02-29 14:30:", open, {}},
+      {"2024-02-29T14:30:05Z", open, {}},
+      {"", open, {}},
+  };
+  for (const auto& [text, order, expected] : cases) {
+    const auto date = parseImportDate(text, order);
+    ASSERT_EQ(date.has_value(), expected.has_value()) << text;
+    if (date) {
+      EXPECT_EQ(*date, *expected) << text;
+    } else {
+      EXPECT_NE(date.error().why.find(text), std::string::npos) << date.error().why;
+    }
+  }
+}
+
+TEST(IdentityOf, tellsRecordsApartByAllTheySay) {
+  ImportRecord record;
+  record.amount = 12.5;
+  record.category = "a";
+  record.note = "b";
+  const auto identity = identityOf(record);
+  auto same = record;
+  same.line = 99;
+  EXPECT_EQ(identityOf(same), identity) << "where it stands is not what it says";
+  const std::vector<void (*)(ImportRecord&)> changes = {
+      [](ImportRecord& r) { r.kind = ImportKind::income; },
+      [](ImportRecord& r) { r.date.day = 2; },
+      [](ImportRecord& r) { r.date.hasTime = true; },
+      [](ImportRecord& r) { r.amount = 12.500000000000002; },
+      [](ImportRecord& r) { r.foreignAmount = 12.5; },
+      [](ImportRecord& r) { r.toAmount = 12.5; },
+      [](ImportRecord& r) { r.book = "a"; },
+      [](ImportRecord& r) { r.account = "a"; },
+      [](ImportRecord& r) { r.subcategory = "a"; },
+      [](ImportRecord& r) { r.vendor = "a"; },
+      [](ImportRecord& r) { r.toAccount = "a"; },
+      [](ImportRecord& r) { r.foreignCurrency = "EUR"; },
+      [](ImportRecord& r) { r.currency = "EUR"; },
+      [](ImportRecord& r) {
+        r.category = "a note=1:b";
+        r.note.clear();
+      },
+  };
+  std::vector<std::string> identities = {identity};
+  for (const auto change : changes) {
+    auto other = record;
+    change(other);
+    const auto text = identityOf(other);
+    EXPECT_EQ(std::count(identities.begin(), identities.end(), text), 0) << text;
+    identities.push_back(text);
+  }
+}
+
+}  // namespace
+}  // namespace moniva
