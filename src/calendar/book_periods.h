@@ -1,0 +1,106 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "calendar/calendar.h"
+
+namespace moniva {
+
+/// Where a book's week, month and year begin.
+struct PeriodStarts {
+  /// The weekday, from Sunday = 1 to Saturday = 7; other numbers are taken modulo 7.
+  int weekStartsOn = 1;
+  /// The day of the month. -D is day D of the month before the one the period is called after.
+  int monthStartsOn = 1;
+  /// The month of the year. -M is month M of the year before the one the period is called after.
+  int yearStartsOn = 1;
+};
+
+/// The weeks, months and years of one book.
+///
+/// A period is given by its first and last day. Months and years begin at the first instant of those days;
+/// callers that want the whole last day take its `dateEnd`. Where no date is given, `now` is meant. Nothing
+/// fails: numbers out of range count on into the neighbouring months and years.
+///
+/// A month that begins on the 29th to 31st is counted on from its neighbours and not anchored anew, so that
+/// after a short month it begins on an earlier day: 31 January, 28 February, 28 March.
+class BookPeriods {
+ public:
+  /// `calendar` must outlive this object.
+  BookPeriods(const Calendar& calendar, PeriodStarts starts, Date now);
+
+  /// The week's first day at the date's time of day, found by fixed days of 86,400 seconds: over a change of
+  /// the clock it can be an hour off, which near midnight is the day before. Pass a time well inside the day.
+  [[nodiscard]] Date firstDateOfWeek(std::optional<Date> date = {}) const;
+  [[nodiscard]] Date lastDateOfWeek(std::optional<Date> date = {}) const;
+  [[nodiscard]] Date firstDateOfMonth(std::optional<Date> date = {}) const;
+  [[nodiscard]] Date lastDateOfMonth(std::optional<Date> date = {}) const;
+  [[nodiscard]] Date firstDateOfYear(std::optional<Date> date = {}) const;
+  [[nodiscard]] Date lastDateOfYear(std::optional<Date> date = {}) const;
+
+  /// The first and last day of the fiscal year called `year`.
+  [[nodiscard]] Date firstDateOfFiscalYear(int year) const;
+  [[nodiscard]] Date lastDateOfFiscalYear(int year) const;
+  /// The first day of the book month called `month` of the calendar year `year`.
+  [[nodiscard]] Date firstDateOfFiscalYear(int year, int month) const;
+  [[nodiscard]] Date firstDateOfCalendarYear(int year, int month) const;
+
+  /// What the fiscal year that holds the date is called.
+  [[nodiscard]] int getFiscalYear(std::optional<Date> date = {}) const;
+  /// What the book month that holds the date is called, 1 to 12.
+  [[nodiscard]] int getFiscalMonth(std::optional<Date> date = {}) const;
+  [[nodiscard]] int getYearForFiscalPeriod(std::optional<Date> date = {}) const {
+    return getFiscalYear(date);
+  }
+  [[nodiscard]] int getMonthForFiscalPeriod(std::optional<Date> date = {}) const {
+    return getFiscalMonth(date);
+  }
+  /// The calendar year that the book month is called after: with months from -25, 28 December 2023 is in
+  /// January 2024.
+  [[nodiscard]] int getYearForFiscalMonth(std::optional<Date> date = {}) const;
+
+  /// Whether the date lies in the book year or month that holds today.
+  [[nodiscard]] bool isCurrentYear(std::optional<Date> date = {}) const;
+  [[nodiscard]] bool isCurrentMonth(std::optional<Date> date = {}) const;
+
+  /// When what was spent in the book month of the date is to be paid: twenty days after the month's last day.
+  [[nodiscard]] Date dueDate(std::optional<Date> date = {}) const;
+
+  // Periods as texts: "Feb, 25 -- Mar, 24", and in the locale's short or medium style.
+  [[nodiscard]] std::string getWeekPeriodShort(std::optional<Date> date = {}) const;
+  [[nodiscard]] std::string getMonthPeriodShort(std::optional<Date> date = {}) const;
+  [[nodiscard]] std::string getMonthPeriodMiddle(std::optional<Date> date = {}) const;
+  [[nodiscard]] std::string getYearPeriodMiddle(std::optional<Date> date = {}) const;
+  [[nodiscard]] std::string getFisalYearPeriodMiddle(int year) const;
+  [[nodiscard]] std::string getFisalMonthPeriodMiddle(int year, int month) const;
+
+ private:
+  /// First and last day of a period, as day numbers: on those no change of the clock can go wrong.
+  struct Span {
+    std::int64_t first;
+    std::int64_t last;
+  };
+  struct Label {
+    int year;
+    int month;
+  };
+
+  [[nodiscard]] std::int64_t dayOf(std::optional<Date> date) const;
+  [[nodiscard]] Date begin(const Span& span) const { return calendar_->beginOfDay(span.first); }
+  [[nodiscard]] Date lastDay(const Span& span) const;
+  [[nodiscard]] Span monthFrom(std::int64_t first) const;
+  [[nodiscard]] Span yearFrom(std::int64_t first) const;
+  [[nodiscard]] Span monthHolding(std::int64_t day) const;
+  [[nodiscard]] Span yearHolding(std::int64_t day) const;
+  [[nodiscard]] Span monthCalled(int year, int month) const;
+  [[nodiscard]] Span yearCalled(int year) const;
+  [[nodiscard]] Label monthLabel(std::int64_t day) const;
+  [[nodiscard]] std::string joined(DateForm form, Date first, Date last) const;
+
+  const Calendar* calendar_;
+  PeriodStarts starts_;
+  Date now_;
+};
+
+}  // namespace moniva
