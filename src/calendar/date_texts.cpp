@@ -46,6 +46,14 @@ std::string stringOfDateTinyStyle(const Calendar& calendar, Date date) {
   return calendar.formats().write(DateForm::tinyDay, date);
 }
 
+std::string stringOfMonthName(const Calendar& calendar, Date date) {
+  return calendar.formats().write(DateForm::monthName, date);
+}
+
+std::string stringOfWeekdayName(const Calendar& calendar, Date date) {
+  return calendar.formats().write(DateForm::weekdayName, date);
+}
+
 std::string stringOfDateShortStyle(const Calendar& calendar, Date date) {
   return calendar.formats().write(DateForm::shortDay, date);
 }

@@ -36,6 +36,10 @@ std::string stringOfDatetimeMediumStyle(const Calendar& calendar, Date date);
 std::string stringOfDatetimeLongStyle(const Calendar& calendar, Date date);
 std::string stringOfDatetimeFullStyle(const Calendar& calendar, Date date);
 
+/// The full names of the month and of the weekday, as they stand alone: "February", "Thursday".
+std::string stringOfMonthName(const Calendar& calendar, Date date);
+std::string stringOfWeekdayName(const Calendar& calendar, Date date);
+
 /// A text unique to a moment: the seconds of `now` to six places and a random number, without the point. The
 /// number is written signed, as older stores have it.
 std::string dateUuid(Date now, std::uint32_t random32);

@@ -22,6 +22,10 @@ const char16_t* patternOf(DateForm form) {
       return u"zzzz";
     case DateForm::monthAndDay:
       return u"MMM, dd";
+    case DateForm::monthName:
+      return u"LLLL";
+    case DateForm::weekdayName:
+      return u"cccc";
     default:
       return nullptr;
   }

@@ -24,6 +24,8 @@ enum class DateForm {
   dayAndTime,   ///< "yyyy-MM-dd HH:mm:ss"
   zoneName,     ///< "zzzz"
   monthAndDay,  ///< "MMM, dd"
+  monthName,    ///< "LLLL", the month's full name standing alone
+  weekdayName,  ///< "cccc", the weekday's full name standing alone
   tinyDay,      ///< the short day without its year
   shortDay,     ///< the locale's own styles, the day alone ...
   mediumDay,
@@ -34,7 +36,7 @@ enum class DateForm {
   longDayAndTime,
   fullDayAndTime,
 };
-constexpr std::size_t kDateForms = 15;
+constexpr std::size_t kDateForms = 17;
 
 /// Writes dates the way the user's locale does. Making an ICU formatter costs twenty times what using it
 /// does, so each form has one, made at its first use and shared under a lock.
