@@ -1,0 +1,308 @@
+#include "storage/do_db.h"
+
+#include <sqlite3.h>
+
+#include <mutex>
+#include <set>
+
+#include "storage/indexes_sql.h"
+#include "storage/mv_app_root.h"
+#include "storage/store_files.h"
+#include "storage/transaction.h"
+
+namespace moniva {
+namespace {
+
+/// The kind of store this program writes, kept in the file's user_version. Stores of older programs have 0.
+constexpr std::int64_t kStoreVersion = 1;
+/// "MONI"; older stores have 0.
+constexpr std::int64_t kApplicationID = 0x4D4F4E49;
+
+std::int64_t pragma(Connection& connection, std::string_view sql) {
+  Run run = connection.query(sql);
+  return run.next() ? run.integer(0) : 0;
+}
+
+/// The names of the indexes the store should have.
+std::set<std::string> indexNames() {
+  std::set<std::string> names;
+  constexpr std::string_view marker = "INDEX IF NOT EXISTS ";
+  for (auto at = kIndexesSql.find(marker); at != std::string_view::npos; at = kIndexesSql.find(marker, at)) {
+    at += marker.size();
+    names.emplace(kIndexesSql.substr(at, kIndexesSql.find(' ', at) - at));
+  }
+  return names;
+}
+
+std::string debugNote(std::string_view word) {
+  return word == "syncdatacompletely" ? std::string(word) : fmt::format("appdebug{}", word);
+}
+
+}  // namespace
+
+DoDB::DoDB(Platform& platform) : platform_(platform), faultLog_(platform) {}
+
+DoDB::DoDB(Platform& platform, std::filesystem::path path) : DoDB(platform) {
+  std::error_code error;
+  if (std::filesystem::exists(path, error)) databasePath_ = std::move(path);
+}
+
+DoDB::~DoDB() {
+  closeDatabase();
+}
+
+DoDB& DoDB::instance(Platform* platform) {
+  static DoDB* shared = nullptr;
+  static std::once_flag once;
+  std::call_once(once, [platform] { shared = new DoDB(*platform); });
+  return *shared;
+}
+
+std::filesystem::path DoDB::defaultPath() const {
+  return platform_.directories.documents / platform_.info.kDatabaseName;
+}
+
+bool DoDB::setDatabasePath(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::exists(path, error)) return false;
+  const auto before = databasePath_;
+  databasePath_ = path;
+  if (initDatabase()) return true;
+  databasePath_ = before;
+  return false;
+}
+
+Result<> DoDB::initDatabase() {
+  closeDatabase();
+  if (databasePath_.empty()) databasePath_ = defaultPath();
+  auto opened = Connection::open(databasePath_, Connection::Access::readWrite);
+  if (!opened) return tl::make_unexpected(opened.error());
+  if (auto prepared = prepare(**opened); !prepared) return prepared;
+  fmdb_ = std::move(*opened);
+  queue_ = std::make_unique<DatabaseQueue>(databasePath_, [this](Connection& connection) {
+    const auto prepared = prepare(connection);
+    if (!prepared) faultLog_.fault(prepared.error().why);
+    return prepared.has_value();
+  });
+  addIndexesIfMissing();
+  return {};
+}
+
+Result<> DoDB::prepare(Connection& connection) {
+  connection.clearError();
+  const auto version = pragma(connection, "PRAGMA user_version");
+  const auto application = pragma(connection, "PRAGMA application_id");
+  if (connection.lastErrorCode() != 0) return tl::make_unexpected(connection.refusal());
+  const std::string file = connection.path().string();
+  const bool hasTransactions = [&] {
+    Run run =
+        connection.query("select count(*) from sqlite_schema where type = 'table' and name = 'transactions'");
+    return run.next() && run.integer(0) == 1;
+  }();
+  if (connection.lastErrorCode() != 0) return tl::make_unexpected(connection.refusal());
+  if ((application != 0 && application != kApplicationID) || !hasTransactions) {
+    return refuse("'{}' is not a data file of this program", file);
+  }
+  if (version > kStoreVersion) {
+    return refuse(
+        "the data file '{}' was written by a newer version of the program (kind {}; this one knows up to {})",
+        file, version, kStoreVersion);
+  }
+  const bool logged = [&] {
+    Run run = connection.query("PRAGMA journal_mode = WAL");
+    return run.next() && run.text(0) == "wal";
+  }();
+  // A person's entry is on the disk when the program says so; cached pages stay within a phone's memory.
+  if (!logged ||
+      !connection.executeScript(
+          "PRAGMA synchronous = FULL; PRAGMA cache_size = -16384; PRAGMA wal_autocheckpoint = 4000;"
+          "PRAGMA journal_size_limit = 67108864")) {
+    return tl::make_unexpected(connection.refusal());
+  }
+  return {};
+}
+
+void DoDB::addIndexesIfMissing() {
+  auto missing = indexNames();
+  {
+    Run run = fmdb_->query("select name from sqlite_schema where type = 'index' and sql is not NULL");
+    while (run.next()) missing.erase(std::string(run.text(0)));
+  }
+  if (missing.empty()) return;
+  dispatchInDatabase("DoDB", [this](Connection& connection) {
+    platform_.log.line(fmt::format("== DoDB adding indexes to {}", databasePath_.string()));
+    Transaction transaction(connection);
+    if (!transaction.began() || !connection.executeScript(std::string(kIndexesSql)) ||
+        !transaction.commit()) {
+      // A store with columns still to be added works without them, slowly; its upgrade asks for them again.
+      faultLog_.line(fmt::format("== DoDB indexes not added: {}", connection.lastErrorMessage()));
+    }
+  });
+}
+
+void DoDB::closeDatabase() {
+  queue_.reset();
+  fmdb_.reset();
+}
+
+Connection* DoDB::getDatabase() {
+  if (platform_.mainQueue.isMainThread()) {
+    if (!fmdb_) faultLog_.fault("main thread with no fmdb");
+    return fmdb_.get();
+  }
+  // Only the queue's own thread ever sees the block's connection.
+  if (!queue_ || !queue_->isQueueThread() || qudb_ == nullptr) {
+    faultLog_.fault("background thread with no qudb");
+    return nullptr;
+  }
+  return qudb_;
+}
+
+void DoDB::setQudb(Connection* connection) {
+  qudb_ = connection;
+  if (connection == nullptr) callQudbClassName_.clear();
+}
+
+bool DoDB::setCallQudbClassName(std::string_view name) {
+  if (!callQudbClassName_.empty() && callQudbClassName_ != name) {
+    faultLog_.fault(
+        fmt::format("DB Error qudb 嵌套发生 当前class {} 申请calss {}", callQudbClassName_, name));
+    return false;
+  }
+  callQudbClassName_ = name;
+  return true;
+}
+
+bool DoDB::runBlock(Connection* connection, std::string_view className,
+                    const std::function<void(Connection&)>& work) {
+  if (connection == nullptr) {
+    faultLog_.fault("background thread with no qudb");
+    return false;
+  }
+  const bool nested = qudb_ != nullptr;
+  if (!setCallQudbClassName(className)) return false;
+  setQudb(connection);
+  work(*connection);
+  if (!nested) setQudb(nullptr);
+  return true;
+}
+
+bool DoDB::inDatabase(std::string_view className, const std::function<void(Connection&)>& work) {
+  if (!queue_) {
+    faultLog_.fault("background thread with no qudb");
+    return false;
+  }
+  bool ran = false;
+  queue_->inDatabase([&](Connection* connection) { ran = runBlock(connection, className, work); });
+  return ran;
+}
+
+void DoDB::dispatchInDatabase(std::string className, std::function<void(Connection&)> work) {
+  if (!queue_) return faultLog_.fault("background thread with no qudb");
+  queue_->dispatch([this, className = std::move(className), work = std::move(work)](Connection* connection) {
+    runBlock(connection, className, work);
+  });
+}
+
+void DoDB::drain() {
+  if (queue_) queue_->drain();
+}
+
+bool DoDB::databaseIsAvailable(const std::filesystem::path& path) {
+  std::string why;
+  if (availabilityOf(path, why) == Availability::available) return true;
+  faultLog_.line(fmt::format("===[DB Error] {} 已损坏:{}", path.filename().string(), why));
+  return false;
+}
+
+bool DoDB::checkpoint() {
+  return fmdb_ && fmdb_->execute("PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+std::optional<Date> DoDB::getTheFirstUsingDateOfApp() {
+  Connection* db = getDatabase();
+  if (db == nullptr) return std::nullopt;
+  Run run = db->query("SELECT editDate FROM transactions where editDate > 1000000 order by editDate limit 1");
+  if (!run.next()) return std::nullopt;
+  return run.date(0);
+}
+
+bool DoDB::isEmpty() {
+  Connection* db = getDatabase();
+  if (db == nullptr) return true;
+  Run run = db->query(
+      "select count(eid) as eid_count from transactions where type = 12 or type = 11 or type = 0 or type = "
+      "1");
+  return !run.next() || run.integer(0) == 0;
+}
+
+bool DoDB::deleteAllDataForever() {
+  Connection* db = getDatabase();
+  if (db == nullptr) return false;
+  Transaction transaction(*db);
+  return transaction.began() && db->execute("delete from transactions") &&
+         db->execute("delete from photos") && transaction.commit();
+}
+
+bool DoDB::makeAllDataDeleted(MVAppRoot& root) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return false;
+  {
+    Transaction transaction(*db);
+    const Date stamp = root.editStamp();
+    if (!transaction.began() ||
+        !root.executeUpdate("update transactions set deleted = 4, editDate = ?", stamp) ||
+        !root.executeUpdate("update photos set deleted = 4, datetime = ?", stamp) || !transaction.commit()) {
+      return false;
+    }
+  }
+  return db->execute("vacuum");
+}
+
+std::vector<std::string> DoDB::getCurrencyList(MVAppRoot& root) {
+  std::vector<std::string> list;
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return list;
+  const auto read = [&] {
+    Run run =
+        db->query("SELECT title FROM category where deleted = 0 and parent = '_currency' group by title");
+    while (run.next()) list.emplace_back(run.text(0));
+  };
+  read();
+  if (!list.empty()) return list;
+  Transaction transaction(*db);
+  if (!transaction.began()) return list;
+  for (const char* code : {"USD", "EUR", "GBP", "JPY", "CNY", "CAD", "AUD", "HKD", "NZD", "SGD"}) {
+    // Currency rows are told by their parent; the type 0 keeps them out of every list of categories.
+    if (!root.executeUpdate(
+            "INSERT INTO category (title, parent, editDate, type, edit_ipid) VALUES(?,'_currency',?,?,?)",
+            code, root.editStamp(), 0, root.itsUDID())) {
+      return list;
+    }
+  }
+  if (transaction.commit()) read();
+  return list;
+}
+
+void DoDB::saveDBSysInfoToLocal() {
+  Connection* db = getDatabase();
+  if (db == nullptr) return;
+  for (const char* key : {"lastBackupDate", "lastSyncDate", "lastSyncState"}) {
+    Run run = db->query("select value from monivaSys where key = ? order by editDate DESC limit 1", {key});
+    if (run.next()) platform_.userDefaults->setString(run.text(0), key);
+  }
+}
+
+bool DoDB::enabledDebug(std::string_view word) {
+  Connection* db = getDatabase();
+  if (db == nullptr) return false;
+  Run run = db->query("select count(eid) as eid_count from transactions where note = ?", {debugNote(word)});
+  return run.next() && run.integer(0) > 0;
+}
+
+bool DoDB::deleteDebugItem(std::string_view word) {
+  Connection* db = getDatabase();
+  return db != nullptr && db->execute("delete from transactions where note = ?", {debugNote(word)});
+}
+
+}  // namespace moniva

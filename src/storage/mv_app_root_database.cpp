@@ -1,0 +1,168 @@
+// Creating and recovering the data file: the part of MVAppRoot that runs before the store is opened.
+
+#include "platform/files.h"
+#include "storage/mv_app_root.h"
+#include "storage/store_files.h"
+
+namespace moniva {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Seconds that a change of the data file waits for other programs on the same store.
+constexpr double kLockPatience = 5.0;
+
+bool isPresent(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(path, error);
+}
+
+/// The cloud containers to look in, the edition's own first and the first edition's last.
+std::vector<std::string> containersFor(const AppInfo& info) {
+  if (info.edition == Edition::plus)
+    return {info.containerOfPlus, info.containerOfSecond, info.containerOfFirst};
+  return {info.containerOfSecond, info.containerOfPlus, info.containerOfFirst};
+}
+
+}  // namespace
+
+Result<> MVAppRoot::exclusively(const std::function<Result<>()>& change) {
+  if (!lock_) return refuse("the store in '{}' is not held", platform_.directories.documents.string());
+  if (auto alone = lock_->change(FileLock::Mode::exclusive, kLockPatience); !alone) {
+    return refuse("the data file '{}' is in use by another program; nothing was changed",
+                  db_.defaultPath().string());
+  }
+  auto changed = change();
+  if (auto shared = lock_->change(FileLock::Mode::shared, kLockPatience); changed && !shared) return shared;
+  return changed;
+}
+
+Result<> MVAppRoot::copyDatabaseIfNeed() {
+  const auto& documents = platform_.directories.documents;
+  const fs::path path = db_.defaultPath();
+  if (auto folder = makeWritableFolder(documents); !folder) return folder;
+  if (!lock_) {
+    auto held = FileLock::acquire(path.string() + ".lock", FileLock::Mode::shared, kLockPatience);
+    if (!held) return tl::make_unexpected(held.error());
+    lock_ = std::move(*held);
+  }
+  const fs::path journal = path.string() + "-journal";
+  if (isPresent(journal)) {
+    // An interrupted program of the older kind left its undo journal: it is applied before it goes.
+    if (auto settled = settleDataFile(path); !settled) return settled;
+    if (isPresent(journal)) {
+      std::error_code error;
+      fs::remove(journal, error);
+      if (error)
+        return refuse("the leftover journal '{}' cannot be removed: {}", journal.string(), error.message());
+    }
+  }
+  if (const fs::path backup = documents / "backupBeforeUpdate.dat"; isPresent(backup)) {
+    db_.closeDatabase();
+    if (db_.databaseIsAvailable(backup)) {
+      if (auto settled = settleDataFile(backup); !settled) return settled;
+      auto replaced = exclusively([&]() -> Result<> {
+        auto aside = replaceDataFile(path, backup, now());
+        if (!aside) return tl::make_unexpected(aside.error());
+        addNotice(
+            aside->empty()
+                ? fmt::format("The safety copy '{}' is now the data file.", backup.string())
+                : fmt::format("The safety copy '{}' took the place of the data file, which is kept as '{}'.",
+                              backup.filename().string(), aside->filename().string()));
+        return {};
+      });
+      if (!replaced) return replaced;
+      stamps_.forget();
+    } else {
+      auto aside = setDataFileAside(backup, now());
+      if (!aside) return tl::make_unexpected(aside.error());
+      addNotice(
+          fmt::format("The safety copy '{}' cannot be read. It was set aside as '{}'; the data file stays.",
+                      backup.filename().string(), aside->filename().string()));
+    }
+  }
+  if (!isPresent(path) && platform_.cloud->isSignedIn()) {
+    for (const auto& container : containersFor(platform_.info)) {
+      if (restoreDatafileFromiCloud(container)) break;
+    }
+  }
+  if (!isPresent(path) && platform_.info.edition == Edition::plus) {
+    importFromGroupPath(platform_.directories.groupContainer);
+  }
+  if (!isPresent(path)) {
+    if (auto cleared = clearLeftovers(path, now()); !cleared) return cleared;
+    auto made = copyFileIfAbsent(platform_.directories.resources / "db.sqlite", path);
+    if (!made) return tl::make_unexpected(made.error());
+    platform_.userDefaults->setString("1", "copyDataFile");
+    platform_.log.line("无数据库文件, 重新重置新数据库");
+  }
+  return {};
+}
+
+bool MVAppRoot::restoreDatafileFromiCloud(std::string_view containerID) {
+  const fs::path path = db_.defaultPath();
+  const fs::path arriving = path.string() + ".arriving";
+  if (!platform_.cloud->restoreDatafile(containerID, arriving)) return false;
+  if (!db_.databaseIsAvailable(arriving)) {
+    const auto aside = setDataFileAside(arriving, now());
+    addNotice(fmt::format("The data file from the cloud ({}) cannot be read.{}", containerID,
+                          aside ? " It was set aside as '" + aside->filename().string() + "'." : ""));
+    return false;
+  }
+  return settleDataFile(arriving) && replaceDataFile(path, arriving, now());
+}
+
+void MVAppRoot::databaseFileChangedAfterRestoreDatafile() {
+  stamps_.forget();
+  platform_.notifications.post(notification::kNewDatabaseFile);
+  platform_.notifications.post(notification::kExpenseChanged);
+  platform_.notifications.post(notification::kAccountDeleted);
+}
+
+bool MVAppRoot::importFromGroupPath(const fs::path& folder) {
+  const fs::path source = folder / platform_.info.kDatabaseName;
+  if (folder.empty() || !isPresent(source) || !db_.databaseIsAvailable(source)) return false;
+  return settleDataFile(source) && copyFileIfAbsent(source, db_.defaultPath());
+}
+
+Result<> MVAppRoot::resetDatabase() {
+  const fs::path path = db_.defaultPath();
+  const fs::path fresh = path.string() + ".fresh";
+  std::error_code ignored;
+  fs::remove(fresh, ignored);
+  if (auto made = copyFileIfAbsent(platform_.directories.resources / "db.sqlite", fresh); !made) {
+    return tl::make_unexpected(made.error());
+  }
+  db_.closeDatabase();
+  auto reset = exclusively([&]() -> Result<> {
+    auto aside = replaceDataFile(path, fresh, now());
+    if (!aside) return tl::make_unexpected(aside.error());
+    if (!aside->empty()) {
+      addNotice(
+          fmt::format("The data file is kept as '{}'; the store is empty now.", aside->filename().string()));
+    }
+    return {};
+  });
+  fs::remove(fresh, ignored);
+  stamps_.forget();
+  auto opened = db_.initDatabase();
+  return reset ? opened : reset;
+}
+
+Result<fs::path> MVAppRoot::setDatabaseAside() {
+  db_.closeDatabase();
+  fs::path kept;
+  auto moved = exclusively([&]() -> Result<> {
+    auto aside = setDataFileAside(db_.defaultPath(), now());
+    if (!aside) return tl::make_unexpected(aside.error());
+    kept = *aside;
+    return {};
+  });
+  if (!moved) return tl::make_unexpected(moved.error());
+  stamps_.forget();
+  addNotice(fmt::format("The data file '{}' is damaged. It was set aside as '{}'.",
+                        db_.defaultPath().string(), kept.filename().string()));
+  return kept;
+}
+
+}  // namespace moniva

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "base/result.h"
+#include "platform/platform.h"
+
+/// The data file as a file: recovery, safe replacement, setting aside, availability. Nothing here keeps a
+/// connection open.
+namespace moniva {
+
+/// What opening a file as a store shows.
+enum class Availability {
+  available,
+  /// It is no database, is damaged, or lacks the table of transactions.
+  damaged,
+  /// It may be well, but cannot be told now: in use, unreadable, no memory.
+  unknown,
+};
+
+/// Opens the file and runs a small query on its transactions. `why` gets the engine's words on failure.
+Availability availabilityOf(const std::filesystem::path& path, std::string& why);
+
+/// Lets the engine roll back what an interrupted program left in a hot rollback journal, and brings the
+/// write-ahead log into the file. Refused when another program is writing or the file cannot be read; the
+/// journal is then left where it is. A path without a file is fine.
+Result<> settleDataFile(const std::filesystem::path& path);
+
+/// Sets the data file aside under a dated name together with its write-ahead log, which it may still need.
+/// Answers the new path.
+Result<std::filesystem::path> setDataFileAside(const std::filesystem::path& path, Date now);
+
+/// Puts `replacement` (a whole data file beside it, moved) into the place of the data file. The file that was
+/// there is kept under a dated name, its "-wal" and "-shm" files go before the new file is in place, and the
+/// step itself is a rename: a crash leaves the old or the new file, whole. Answers where the old one is kept;
+/// empty when there was none.
+Result<std::filesystem::path> replaceDataFile(const std::filesystem::path& path,
+                                              const std::filesystem::path& replacement, Date now);
+
+/// Sets aside "-wal", "-shm" and "-journal" files that lie at a path without a data file.
+Result<> clearLeftovers(const std::filesystem::path& path, Date now);
+
+}  // namespace moniva
