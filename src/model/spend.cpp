@@ -1,0 +1,75 @@
+#include "model/spend.h"
+
+#include <cmath>
+
+#include "calendar/date_texts.h"
+
+namespace moniva {
+
+Spend::Spend(MVAppRoot& root) : datetime(root.now()), timeZone(root.calendar().zone()), root_(&root) {}
+
+std::optional<Spend> Spend::spendFromEID(MVAppRoot& root, std::string_view eid) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return std::nullopt;
+  Run run = db->query(
+      "select amount, note, category, subcategory, datetime, type, repeat, currency2, amount2, account, "
+      "vendor, book,"
+      " repeat_end_date, paid, repeat_seed, barcode, payDate, transferEID, deleted, syear, ipid from "
+      "transactions"
+      " where eid = ?",
+      {eid});
+  if (!run.next()) return std::nullopt;
+  Spend spend(root);
+  spend.eid = eid;
+  spend.amount = run.real(0);
+  spend.note = run.text(1);
+  spend.category = run.text(2);
+  spend.subcategory = run.text(3) == kNoCategory ? std::string_view() : run.text(3);
+  spend.datetime = run.date(4);
+  spend.type = static_cast<int>(run.integer(5));
+  spend.repeat = run.text(6);
+  spend.foreignCurrency = run.text(7);
+  spend.foreignAmount = run.real(8);
+  spend.account = run.text(9);
+  spend.vendor = run.text(10);
+  spend.book = run.text(11);
+  spend.repeatEndDate = run.date(12);
+  spend.paid = run.integer(13) != 0;
+  spend.repeatSeedID = run.text(14);
+  spend.timeZone = run.text(15);
+  spend.payDate = run.date(16);
+  spend.connectionUUID = run.text(17);
+  spend.isDeleted = static_cast<int>(run.integer(18));
+  spend.advancedType = static_cast<int>(run.integer(19));
+  spend.ipid = run.text(20);
+  return spend;
+}
+
+Result<> Spend::add() {
+  if (!std::isfinite(amount) || amount <= 0) return refuse("an amount must be above zero; {} is not", amount);
+  if (type != kind::kIncome && type != kind::kExpense)
+    return refuse("{} is neither income nor expense", type);
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  if (book.empty()) root_->platform().log.line("Empty Book : Spend 205");
+  if (eid.empty()) eid = root_->newIdentifier();
+  if (payDate == Date{}) payDate = datetime;
+  const bool written = root_->executeUpdate(
+      "insert into transactions (amount, type, note, category, subcategory, datetime, repeat, account, "
+      "currency2, amount2,"
+      " editDate, eid, vendor, book, paid, needReimburse, sday, repeat_seed, barcode, transferEID, bid, "
+      "payDate, ipid,"
+      " syear, edit_ipid) values (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,20,?,?,?,?)",
+      amount, type, note, category, subcategory.empty() ? kNoCategory : std::string_view(subcategory),
+      datetime, repeat, account, foreignCurrency, foreignAmount, root_->editStamp(), eid, vendor, book, paid,
+      needReimburse, integerDateOfTimeZone(root_->calendar(), datetime, timeZone), repeatSeedID, timeZone,
+      connectionUUID, payDate, ipid, advancedType, root_->itsUDID());
+  if (!written) return tl::make_unexpected(db->refusal());
+  return {};
+}
+
+bool isPaidByDate(const Calendar& calendar, Date datetime, Date now) {
+  return datetime <= calendar.dateEnd(now);
+}
+
+}  // namespace moniva
