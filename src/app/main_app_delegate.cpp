@@ -1,0 +1,87 @@
+#include "app/main_app_delegate.h"
+
+#include <boost/json.hpp>
+
+#include "calendar/date_texts.h"
+#include "storage/transaction.h"
+
+namespace moniva {
+
+MainAppDelegate::MainAppDelegate(MVAppRoot& root, AppHost& host) : root_(root), host_(host) {}
+
+Result<> MainAppDelegate::run(const std::vector<Step>& steps) {
+  for (const Step& step : steps) {
+    if (onStep) onStep(step.name);
+    if (auto done = step.run(*this); !done) return done;
+  }
+  return {};
+}
+
+bool MainAppDelegate::hasPasscode() {
+  return !platform().userDefaults->stringForKey("Passcode").value_or("").empty();
+}
+
+Result<> MainAppDelegate::applicationDidFinishLaunching() {
+  if (auto done = run(launchSteps(platform().info.edition)); !done) return done;
+  locked_ = hasPasscode();
+  if (!locked_) appLaunched();
+  return {};
+}
+
+Result<> MainAppDelegate::applicationWillEnterForeground() {
+  return run(foregroundSteps());
+}
+
+void MainAppDelegate::applicationDidEnterBackground() {
+  settle();
+  run(backgroundSteps());
+}
+
+void MainAppDelegate::applicationWillTerminate() {
+  if (auto saved = platform().userDefaults->synchronize(); !saved) root_.addNotice(saved.error().why);
+}
+
+bool MainAppDelegate::unlock(std::string_view passcode) {
+  if (passcode != platform().userDefaults->stringForKey("Passcode").value_or("")) return false;
+  locked_ = false;
+  appLaunched();
+  return true;
+}
+
+void MainAppDelegate::appLaunched() {
+  const auto last = platform().userDefaults->dateForKey("lastOpenAppDate");
+  const bool isQuickReturn = last && root_.calendar().isToday(*last, root_.now());
+  run(isQuickReturn ? quickReturnSteps() : dailySteps());
+}
+
+void MainAppDelegate::settle() {
+  // Background blocks hand work to the main thread, which may start background work again.
+  do {
+    platform().backgroundQueue.drain();
+    root_.db().drain();
+    platform().mainQueue.runPending();
+  } while (platform().backgroundQueue.isBusy());
+}
+
+void MainAppDelegate::refreshDeviceInfoInDatabase(const std::string& udid) {
+  Connection* db = root_.db().getDatabase();
+  if (db == nullptr) return;
+  const std::string key = "device_" + udid;
+  const std::string record = boost::json::serialize(boost::json::object{
+      {"device", udid},
+      {"version", platform().info.version},
+      {"lastDay", integerDateOfTimeZone(root_.calendar(), root_.now())},
+  });
+  {
+    Run run = db->query("select value from monivaSys where key = ? order by editDate DESC limit 1", {key});
+    if (run.next() && run.text(0) == record) return;
+  }
+  Transaction transaction(*db);
+  if (transaction.began() && root_.executeUpdate("delete from monivaSys where key = ?", key) &&
+      root_.executeUpdate("insert into monivaSys (value,key,editDate) values(?,?,?)", record, key,
+                          root_.editStamp())) {
+    transaction.commit();
+  }
+}
+
+}  // namespace moniva

@@ -1,0 +1,113 @@
+// What is handed to the program from outside: URLs, files, quick actions.
+
+#include <array>
+
+#include "app/main_app_delegate.h"
+#include "base/percent_decoding.h"
+
+namespace moniva {
+namespace {
+
+bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+struct Request {
+  std::string_view host;
+  std::string_view key;
+};
+
+/// Maintenance requests: the setting each host sets to "1".
+constexpr std::array kRequests = {
+    Request{"sendlog", "sendLogNow"},
+    Request{"fix", "crashNeedFix"},
+    Request{"fix2", "updateStringTypeDateField"},
+    Request{"fix3", "fixAllRepeat"},
+};
+
+}  // namespace
+
+Result<> MainAppDelegate::openURL(std::string_view url) {
+  platform().log.line(fmt::format("=========================xxx handle OpenURL {}", url));
+  const auto colon = url.find(':');
+  if (colon == std::string_view::npos) return refuse("'{}' is no URL: it has no scheme", url);
+  const std::string_view scheme = url.substr(0, colon);
+  const std::string_view rest = url.substr(colon + 1);
+
+  if (scheme == "file") {
+    std::string_view path = rest;
+    if (path.starts_with("//")) path.remove_prefix(2);
+    if (path.starts_with("localhost/")) path.remove_prefix(std::string_view("localhost").size());
+    root_.filepathOfMailImport = percentDecoded(path);
+    platform().log.line(fmt::format("=== application handleOpenURL {}", root_.filepathOfMailImport));
+    // Behind the lock it waits for the passcode.
+    if (!hasPasscode()) importDataFromOutside();
+    return {};
+  }
+  if (scheme != "moniva" && scheme != "moniva2" && scheme != "ledgora") {
+    return refuse(
+        "the program has nothing to do with '{}': its scheme '{}' is none of moniva, moniva2, ledgora, file",
+        url, scheme);
+  }
+  std::string_view host = rest;
+  if (host.starts_with("//")) host.remove_prefix(2);
+  host = host.substr(0, host.find_first_of("/?#"));
+  for (const Request& request : kRequests) {
+    if (host != request.host) continue;
+    platform().userDefaults->setString("1", request.key);
+    return {};
+  }
+  if (host == "resetdb") return root_.resetDatabase();
+  if (scheme == "moniva2" && contains(rest, "trans_data_from_moniva1_icloud")) {
+    platform().log.line("=== Import data from moniva 1 icloud backup");
+    root_.filepathOfMailImport = rest;
+    return {};
+  }
+  // Looked at before the quick actions: their mark is the beginning of this one.
+  if (scheme == "moniva2" && contains(rest, "transdate_from_moniva1_group_path")) {
+    platform().log.line("=== Import data from moniva 1 group path");
+    root_.filepathOfMailImport = rest;
+    return {};
+  }
+  if ((scheme == "ledgora" || scheme == "moniva2") &&
+      (contains(rest, "transdate_from_moniva1") || contains(rest, "//quickadd-")) &&
+      doWithUserActivityWithType(url)) {
+    return {};
+  }
+  return refuse("the program has no action for '{}'", url);
+}
+
+bool MainAppDelegate::performActionForShortcutItem(std::string_view type) {
+  return doWithUserActivityWithType(type);
+}
+
+bool MainAppDelegate::doWithUserActivityWithType(std::string_view type) {
+  for (const std::string_view form : {"moniva2://", "ledgora://"}) {
+    if (type.starts_with(form)) type.remove_prefix(form.size());
+  }
+  constexpr std::string_view templateForm = "quickadd-";
+  const bool isTemplate = type.starts_with(templateForm) && type.size() > templateForm.size();
+  if (type != "addexpense" && type != "addincome" && type != "quickadd" && !isTemplate) return false;
+  host_.showAddTransaction(type);
+  return true;
+}
+
+void MainAppDelegate::importDataFromOutside() {
+  const std::string from = std::exchange(root_.filepathOfMailImport, {});
+  platform().log.line(fmt::format("=== 6 appLaunched {}", from));
+  if (contains(from, "trans_data_from_moniva1_icloud")) {
+    platform().log.line(fmt::format("从iCloud备份恢复Moniva1数据 {}", from));
+    root_.addNotice(
+        "Nobody is signed in to a cloud here, so there is no data of the first edition to take over.");
+  } else if (contains(from, "transdate_from_moniva1_group_path")) {
+    root_.addNotice("There is no shared folder of the first edition here, so there is no data to take over.");
+  } else if (contains(from, ".mvk") || contains(from, "_data")) {
+    host_.showALertWhenImportDataBackup(from);
+  } else if (contains(from, ".mvz")) {
+    host_.showALertWhenImportSharedData(from);
+  } else {
+    root_.addNotice(fmt::format("'{}' is no kind of file this program takes in by opening it.", from));
+  }
+}
+
+}  // namespace moniva

@@ -1,0 +1,282 @@
+// The order of everything the program does by itself: at launch, on the first opening of a day, on returning
+// to the foreground and on leaving it. Work of rooms that are still to come has its step here already,
+// without effect.
+
+#include "app/crash_record.h"
+#include "app/main_app_delegate.h"
+#include "model/moniva_account.h"
+#include "platform/files.h"
+#include "storage/store_files.h"
+
+namespace moniva {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A step whose room has no work for it yet.
+Result<> noWorkYet(MainAppDelegate&) {
+  return {};
+}
+
+/// A step that is one call to the front end.
+template <void (AppHost::*call)()>
+Result<> ask(MainAppDelegate& app) {
+  (app.host().*call)();
+  return {};
+}
+
+template <void (AppHost::*call)()>
+Result<> askWithPasscode(MainAppDelegate& app) {
+  if (app.hasPasscode()) (app.host().*call)();
+  return {};
+}
+
+Result<> excludePhotoFolder(MainAppDelegate& app) {
+  const fs::path folder = app.platform().directories.documents / "zMYPR";
+  std::error_code error;
+  if (fs::is_directory(folder, error) && !isExcludedFromBackup(folder)) excludeFromBackup(folder);
+  return {};
+}
+
+Result<> copyDatabase(MainAppDelegate& app) {
+  return app.root().copyDatabaseIfNeed();
+}
+
+Result<> openDatabase(MainAppDelegate& app) {
+  return app.root().db().initDatabase();
+}
+
+Result<> loadCurrentBook(MainAppDelegate& app) {
+  refreshUsingMonivaAccount(app.root());
+  return {};
+}
+
+Result<> offerShortcuts(MainAppDelegate& app) {
+  app.host().createShortcutItems(
+      {{"addexpense", "Add Expense"}, {"addincome", "Add Income"}, {"quickadd", "Quick Add"}});
+  return {};
+}
+
+Result<> refreshDevice(MainAppDelegate& app) {
+  app.refreshDeviceInfoInDatabase(app.root().itsUDID());
+  return {};
+}
+
+Result<> refreshDeviceInBackground(MainAppDelegate& app) {
+  const std::string udid = app.root().itsUDID();
+  app.platform().backgroundQueue.dispatch([&app, udid] {
+    app.root().db().inDatabase("MVAppRoot", [&](Connection&) { app.refreshDeviceInfoInDatabase(udid); });
+  });
+  return {};
+}
+
+Result<> takeOutsideData(MainAppDelegate& app) {
+  const std::string& from = app.root().filepathOfMailImport;
+  std::error_code error;
+  const bool isMarker = from.find("trans_data_from_moniva1") != std::string::npos ||
+                        from.find("transdate_from_moniva1") != std::string::npos;
+  if (!from.empty() && (isMarker || fs::exists(from, error))) {
+    app.importDataFromOutside();
+  } else {
+    app.host().importDataFromArrayIfNeedAfterLaunch();
+  }
+  return {};
+}
+
+Result<> startUpgrades(MainAppDelegate& app) {
+  app.platform().backgroundQueue.dispatch(
+      [&app] { app.platform().mainQueue.dispatch([&app] { app.run(stepsAfterUpgrades()); }); });
+  return {};
+}
+
+Result<> reloadBlankBook(MainAppDelegate& app) {
+  const auto& book = app.root().monivaAccount;
+  if (!book || book->pk.empty()) refreshUsingMonivaAccount(app.root());
+  return {};
+}
+
+Result<> setRecentEditDate(MainAppDelegate& app) {
+  app.root().recentEditDate = app.root().now();
+  return {};
+}
+
+Result<> postExpenseChanged(MainAppDelegate& app) {
+  app.platform().notifications.post(notification::kExpenseChanged);
+  return {};
+}
+
+Result<> checkFileAfterCloudSwitch(MainAppDelegate& app) {
+  auto& defaults = *app.platform().userDefaults;
+  if (defaults.objectForKey("closeAppToTurnOniCloud")) {
+    app.host().databaseFileCheck();
+    defaults.removeObjectForKey("closeAppToTurnOniCloud");
+  }
+  return {};
+}
+
+Result<> startPhotoSync(MainAppDelegate& app) {
+  if (app.platform().cloud->isSignedIn()) app.host().initCloud();
+  return {};
+}
+
+Result<> launched(MainAppDelegate& app) {
+  app.appLaunched();
+  return {};
+}
+
+Result<> storeLastOpenAppDate(MainAppDelegate& app) {
+  auto& defaults = *app.platform().userDefaults;
+  defaults.setDate(app.root().now(), "lastOpenAppDate");
+  if (auto saved = defaults.synchronize(); !saved) app.root().addNotice(saved.error().why);
+  return {};
+}
+
+/// A damaged file goes from its path, so that the next foreground makes or restores a store; it is kept
+/// beside it. A file that merely cannot be told of now (in use, unreadable) stays.
+Result<> checkDataFile(MainAppDelegate& app) {
+  const fs::path path = app.root().db().databasePath();
+  if (path.empty() || app.root().db().databaseIsAvailable(path)) return {};
+  std::string why;
+  if (availabilityOf(path, why) != Availability::damaged) return {};
+  if (auto aside = app.root().setDatabaseAside(); !aside) app.root().addNotice(aside.error().why);
+  return {};
+}
+
+Result<> stampRecentEdit(MainAppDelegate& app) {
+  if (app.root().db().isOpen()) app.root().updateRecentEditDateIfNeed();
+  return {};
+}
+
+Result<> saveForSibling(MainAppDelegate& app) {
+  const auto& directories = app.platform().directories;
+  std::error_code error;
+  if (app.platform().info.edition == Edition::second &&
+      !fs::exists(directories.documents / "backupBeforeUpdate.dat", error) &&
+      !directories.groupContainer.empty() &&
+      fs::is_directory(directories.groupContainer / "ledgora", error)) {
+    app.host().saveToGroupPath();
+  }
+  return {};
+}
+
+Result<> completeDataFile(MainAppDelegate& app) {
+  if (app.root().db().isOpen()) app.root().db().checkpoint();
+  return {};
+}
+
+Result<> beginBackgroundTask(MainAppDelegate& app) {
+  if (app.root().taskID != 0) return {};
+  app.root().taskID = app.platform().backgroundTasks->begin([&app](double remaining) {
+    app.platform().log.line(fmt::format(
+        " ==[MVAppRoot backupToiCloudIfNeed] 休眠 后台上传备份 太久，系统强行中止。{:f}", remaining));
+    app.platform().backgroundTasks->end(app.root().taskID);
+    app.root().taskID = 0;
+  });
+  return {};
+}
+
+Result<> endBackgroundTask(MainAppDelegate& app) {
+  if (app.root().taskID != 0) app.platform().backgroundTasks->end(app.root().taskID);
+  app.root().taskID = 0;
+  return {};
+}
+
+Result<> reportCrash(MainAppDelegate& app) {
+  sendCrashLogMailIfNeed(app.root());
+  return {};
+}
+
+}  // namespace
+
+const std::vector<Step>& launchSteps(Edition edition) {
+  static const std::vector<Step> firstEdition = {
+      {"excludePhotoFolder", excludePhotoFolder},
+      {"createMainWindow", ask<&AppHost::createMainWindow>},
+      {"initDatabase", openDatabase},
+      {"exportMonivaDataOut", ask<&AppHost::exportMonivaDataOut>},
+      {"initCloud", ask<&AppHost::initCloud>},
+      {"createShortcutItems", offerShortcuts},
+      {"installRootViewController", ask<&AppHost::installRootViewController>},
+      {"showLockView", askWithPasscode<&AppHost::showLockView>},
+      {"showTouchIDIfNeed", askWithPasscode<&AppHost::showTouchIDIfNeed>},
+  };
+  static const std::vector<Step> laterEditions = {
+      {"excludePhotoFolder", excludePhotoFolder},
+      {"createMainWindow", ask<&AppHost::createMainWindow>},
+      {"copyDatabaseIfNeed", copyDatabase},
+      {"initDatabase", openDatabase},
+      {"refreshUsingMonivaAccount", loadCurrentBook},
+      {"createShortcutItems", offerShortcuts},
+      {"startPurchaseManager",
+       [](MainAppDelegate& app) -> Result<> {
+         if (app.platform().info.edition == Edition::second) app.host().startPurchaseManager();
+         return {};
+       }},
+      {"installRootViewController", ask<&AppHost::installRootViewController>},
+      {"showLockView", askWithPasscode<&AppHost::showLockView>},
+      {"showTouchIDIfNeed", askWithPasscode<&AppHost::showTouchIDIfNeed>},
+  };
+  return edition == Edition::first || edition == Edition::firstTablet ? firstEdition : laterEditions;
+}
+
+const std::vector<Step>& quickReturnSteps() {
+  static const std::vector<Step> steps = {
+      {"refreshDeviceInfoInDatabase", refreshDeviceInBackground},
+      {"importDataFromOutside", takeOutsideData},
+      {"sendCrashLogMailIfNeed", reportCrash},
+  };
+  return steps;
+}
+
+const std::vector<Step>& dailySteps() {
+  static const std::vector<Step> steps = {
+      {"createBillNotifaction", noWorkYet},
+      {"updateDatabaseIfNeed", startUpgrades},
+      {"sendCrashLogMailIfNeed", reportCrash},
+  };
+  return steps;
+}
+
+const std::vector<Step>& stepsAfterUpgrades() {
+  static const std::vector<Step> steps = {
+      {"closeProgressAlert", ask<&AppHost::closeProgressAlert>},
+      {"reloadBlankBook", reloadBlankBook},
+      {"updateRecurringTransactionsWithFuture", noWorkYet},
+      {"makeMonivasPaid", noWorkYet},
+      {"setRecentEditDate", setRecentEditDate},
+      {"expenseChanged", postExpenseChanged},
+      {"refreshDeviceInfoInDatabase", refreshDevice},
+      {"importDataFromOutside", takeOutsideData},
+  };
+  return steps;
+}
+
+const std::vector<Step>& foregroundSteps() {
+  static const std::vector<Step> steps = {
+      {"copyDatabaseIfNeed", copyDatabase},
+      {"initDatabase", openDatabase},
+      {"databaseFileCheck", checkFileAfterCloudSwitch},
+      {"initCloud", startPhotoSync},
+      {"showTouchIDIfNeed", askWithPasscode<&AppHost::showTouchIDIfNeed>},
+      {"appLaunched", launched},
+  };
+  return steps;
+}
+
+const std::vector<Step>& backgroundSteps() {
+  static const std::vector<Step> steps = {
+      {"storeLastOpenAppDate", storeLastOpenAppDate},
+      {"checkDataFile", checkDataFile},
+      {"updateRecentEditDateIfNeed", stampRecentEdit},
+      {"showLockView", askWithPasscode<&AppHost::showLockView>},
+      {"saveToGroupPath", saveForSibling},
+      {"checkpoint", completeDataFile},
+      {"beginBackgroundTask", beginBackgroundTask},
+      {"backupToLocalIfNeed", ask<&AppHost::backupToLocalIfNeed>},
+      {"backupToiCloudIfNeed", ask<&AppHost::backupToiCloudIfNeed>},
+      {"endBackgroundTask", endBackgroundTask},
+  };
+  return steps;
+}
+
+}  // namespace moniva

@@ -1,0 +1,25 @@
+#include "base/percent_decoding.h"
+
+#include <charconv>
+
+namespace moniva {
+
+std::string percentDecoded(std::string_view text) {
+  std::string decoded;
+  decoded.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    unsigned value = 0;
+    if (text[i] == '%' && i + 2 < text.size()) {
+      const char* digits = text.data() + i + 1;
+      if (std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2) {
+        decoded += static_cast<char>(value);
+        i += 2;
+        continue;
+      }
+    }
+    decoded += text[i];
+  }
+  return decoded;
+}
+
+}  // namespace moniva
