@@ -32,8 +32,10 @@ int main(int argc, char** argv) {
   sqlite3* db = nullptr;
   int rc = sqlite3_open(building.c_str(), &db);
   if (rc == SQLITE_OK) {
-    rc = run(db, "PRAGMA page_size = 4096; PRAGMA journal_mode = WAL; PRAGMA application_id = 1297043017;"
-                 "PRAGMA user_version = 1; BEGIN;", building);
+    rc = run(db,
+             "PRAGMA page_size = 4096; PRAGMA journal_mode = WAL; PRAGMA application_id = 1297043017;"
+             "PRAGMA user_version = 1; BEGIN;",
+             building);
   }
   for (int i = 1; rc == SQLITE_OK && i < argc - 1; ++i) {
     std::ifstream file(argv[i]);
