@@ -94,6 +94,15 @@ Result<> Vendor::add() {
   return {};
 }
 
+bool Vendor::isExist() const {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return false;
+  Run run = db->query(
+      "select count(title) as titlecount from category where deleted = 0 and type = ? and title = ?",
+      {type, title});
+  return run.next() && run.integer(0) > 0;
+}
+
 bool Vendor::updateUsingCount(int transactionType) {
   return root_->executeUpdate(
       "update category set editDate = ?, edit_ipid = ?, usedTimes = (select count(eid) from transactions "

@@ -37,6 +37,8 @@ class Vendor {
   /// Adds the vendor at the end of the list, or takes (revives, when deleted) the row of that title and type;
   /// `pk` is its key afterwards. A blank title is refused.
   Result<> add();
+  /// Whether there is a live vendor of the title and type.
+  bool isExist() const;
   /// Counts the uses afresh from the transactions.
   bool updateUsingCount(int transactionType);
 
