@@ -1,0 +1,130 @@
+#include "currency/amount_format.h"
+
+#include <unicode/ucurr.h>
+#include <unicode/uloc.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <functional>
+#include <optional>
+#include <utility>
+
+namespace moniva {
+namespace {
+
+using icu::number::Notation;
+using icu::number::NumberFormatter;
+using icu::number::Precision;
+
+constexpr int usualDigits = 2;
+
+/// A code as ICU takes it; nothing for what is not three ASCII letters, which ICU would refuse.
+std::optional<std::array<char16_t, 4>> isoText(std::string_view code) {
+  if (code.size() != 3) return std::nullopt;
+  std::array<char16_t, 4> text{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const char letter = code[i];
+    const bool isLetter = (letter >= 'A' && letter <= 'Z') || (letter >= 'a' && letter <= 'z');
+    if (!isLetter) return std::nullopt;
+    text[i] = static_cast<char16_t>(letter);
+  }
+  return text;
+}
+
+/// The locale of that name, or a bogus one.
+icu::Locale localeNamed(std::string_view name) {
+  if (name.empty() || name == "C" || name == "POSIX" || name.starts_with("C.")) return icu::Locale::getRoot();
+  icu::Locale locale = icu::Locale::createCanonical(std::string(name).c_str());
+  if (*locale.getISO3Language() == '\0') locale.setToBogus();
+  return locale;
+}
+
+}  // namespace
+
+Result<AmountFormat> AmountFormat::make(std::string_view localeName) {
+  icu::Locale locale = localeNamed(localeName);
+  if (locale.isBogus())
+    return refuse("'{}' is no locale known here; one looks like en_US or de_DE", localeName);
+  return AmountFormat(std::move(locale));
+}
+
+AmountFormat::AmountFormat(icu::Locale locale) : locale_(std::move(locale)) {}
+
+std::string AmountFormat::format(double amount, std::string_view currencyCode) const {
+  return print(amount, currencyCode, Form::symbol);
+}
+
+std::string AmountFormat::formatSigned(double amount, std::string_view currencyCode) const {
+  return print(amount, currencyCode, Form::signedSymbol);
+}
+
+std::string AmountFormat::formatWithCode(double amount, std::string_view currencyCode) const {
+  return print(amount, currencyCode, Form::code);
+}
+
+std::string AmountFormat::formatPlain(double amount, std::string_view currencyCode) const {
+  return print(amount, currencyCode, Form::plain);
+}
+
+std::string AmountFormat::print(double amount, std::string_view currencyCode, Form form) const {
+  if (!std::isfinite(amount)) {
+    form = Form::plain;
+    currencyCode = "";
+  }
+  auto& known = formatters_[static_cast<std::size_t>(form)];
+  auto found = known.find(currencyCode);
+  if (found == known.end()) found = known.emplace(currencyCode, build(currencyCode, form)).first;
+
+  const Formatter& formatter = found->second;
+  UErrorCode status = U_ZERO_ERROR;
+  std::string text;
+  formatter.number.formatDouble(amount, status).toString(status).toUTF8String(text);
+  if (U_FAILURE(status)) return fmt::format("{}{}", amount, formatter.suffix);
+  return text + formatter.suffix;
+}
+
+AmountFormat::Formatter AmountFormat::build(std::string_view currencyCode, Form form) const {
+  const auto sign = form == Form::signedSymbol ? UNUM_SIGN_EXCEPT_ZERO : UNUM_SIGN_NEGATIVE;
+  const auto base = NumberFormatter::withLocale(locale_).roundingMode(UNUM_ROUND_HALFUP).sign(sign);
+  const auto iso = isoText(currencyCode);
+  if (form == Form::plain || !iso) {
+    const bool placesCode = form != Form::plain && !currencyCode.empty();
+    return {base.precision(Precision::fixedFraction(currencyDigits(currencyCode))),
+            placesCode ? fmt::format("\u00A0{}", currencyCode) : std::string()};
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::CurrencyUnit unit(iso->data(), status);
+  const auto width = form == Form::code ? UNUM_UNIT_WIDTH_ISO_CODE : UNUM_UNIT_WIDTH_SHORT;
+  return {base.unit(unit).unitWidth(width), ""};
+}
+
+std::string defaultCurrency(std::string_view localeName) {
+  icu::Locale locale = localeNamed(localeName);
+  if (locale.isBogus() || locale == icu::Locale::getRoot()) return "";
+  UErrorCode status = U_ZERO_ERROR;
+  if (*locale.getCountry() == '\0') locale.addLikelySubtags(status);
+  std::array<char16_t, 4> code{};
+  const int32_t length =
+      ucurr_forLocale(locale.getName(), code.data(), static_cast<int32_t>(code.size()), &status);
+  if (U_FAILURE(status) || length != 3) return "";
+  return {code.begin(), code.begin() + length};
+}
+
+bool isCurrencyCode(std::string_view text) {
+  const auto isCapital = [](char letter) { return letter >= 'A' && letter <= 'Z'; };
+  const auto iso = isoText(text);
+  if (!iso || !std::all_of(text.begin(), text.end(), isCapital)) return false;
+  UErrorCode status = U_ZERO_ERROR;
+  return ucurr_isAvailable(iso->data(), U_DATE_MIN, U_DATE_MAX, &status) != 0 && U_SUCCESS(status);
+}
+
+int currencyDigits(std::string_view currencyCode) {
+  const auto iso = isoText(currencyCode);
+  if (!iso) return usualDigits;
+  UErrorCode status = U_ZERO_ERROR;
+  const int digits = ucurr_getDefaultFractionDigits(iso->data(), &status);
+  return U_SUCCESS(status) ? digits : usualDigits;
+}
+
+}  // namespace moniva

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <unicode/locid.h>
+#include <unicode/numberformatter.h>
+
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "base/result.h"
+
+namespace moniva {
+
+/// Amounts as a person of one locale reads them: the locale's digits and grouping, the currency's number of
+/// decimals, halves rounded away from zero. Zero carries no sign, also when it was -0.001 before rounding.
+/// A code that is no currency of ICU's ("POINTS", "") is shown as it stands after a two-decimal number.
+/// What is not finite prints as the locale's "NaN" or "∞" without a currency.
+///
+/// Formatters are made once per currency and kept, so use one object from one thread at a time.
+class AmountFormat {
+ public:
+  /// For a locale such as "de_DE", "pt-BR" or "en_US.UTF-8"; "", "C" and "POSIX" give the neutral format of
+  /// no country. Refuses a name whose language nobody speaks.
+  static Result<AmountFormat> make(std::string_view localeName);
+
+  /// With the currency's symbol where the locale puts it: "$1,234.50", "1.234,50 €".
+  std::string format(double amount, std::string_view currencyCode) const;
+  /// The same with "+" before what is above zero.
+  std::string formatSigned(double amount, std::string_view currencyCode) const;
+  /// With the currency's code instead of the symbol: "USD 1,234.50", "1.234,50 EUR".
+  std::string formatWithCode(double amount, std::string_view currencyCode) const;
+  /// The number alone, with the currency's decimals: "1,234.50".
+  std::string formatPlain(double amount, std::string_view currencyCode) const;
+
+ private:
+  enum class Form { symbol, signedSymbol, code, plain };
+  struct Formatter {
+    icu::number::LocalizedNumberFormatter number;
+    std::string suffix;  ///< the code, where ICU cannot place it
+  };
+
+  explicit AmountFormat(icu::Locale locale);
+  std::string print(double amount, std::string_view currencyCode, Form form) const;
+  Formatter build(std::string_view currencyCode, Form form) const;
+
+  icu::Locale locale_;
+  mutable std::map<std::string, Formatter, std::less<>> formatters_[4];  ///< by Form, then by code
+};
+
+/// The code of the money spent in the locale's country ("de_AT" gives "EUR"; a bare language means the
+/// country most of its speakers live in). Empty when the locale points to no country.
+std::string defaultCurrency(std::string_view localeName);
+
+/// Whether the text is a currency's ISO code, today's or a former one, in capitals.
+bool isCurrencyCode(std::string_view text);
+
+/// Decimals the currency is counted in: 2 for USD, 0 for JPY, 3 for KWD; 2 for a code that is not known.
+int currencyDigits(std::string_view currencyCode);
+
+}  // namespace moniva
