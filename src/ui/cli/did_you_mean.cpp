@@ -21,22 +21,22 @@ std::u32string folded(std::string_view text) {
 
 /// Damerau's distance in its restricted form: no pair is swapped and then edited again.
 std::size_t slipsBetween(const std::u32string& a, const std::u32string& b) {
-  std::vector<std::size_t> beforeLast;
-  std::vector<std::size_t> last(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) last[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::vector<std::size_t> row(b.size() + 1);
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t replaced = last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
-      row[j] = std::min({replaced, last[j] + 1, row[j - 1] + 1});
+  const std::size_t columns = b.size() + 1;
+  std::vector<std::size_t> slips((a.size() + 1) * columns);
+  const auto at = [&](std::size_t i, std::size_t j) -> std::size_t& { return slips[i * columns + j]; };
+  for (std::size_t i = 0; i <= a.size(); ++i) {
+    for (std::size_t j = 0; j <= b.size(); ++j) {
+      if (i == 0 || j == 0) {
+        at(i, j) = i + j;
+        continue;
+      }
+      const std::size_t replaced = at(i - 1, j - 1) + (a[i - 1] == b[j - 1] ? 0 : 1);
+      at(i, j) = std::min({replaced, at(i - 1, j) + 1, at(i, j - 1) + 1});
       const bool isSwap = i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
-      if (isSwap) row[j] = std::min(row[j], beforeLast[j - 2] + 1);
+      if (isSwap) at(i, j) = std::min(at(i, j), at(i - 2, j - 2) + 1);
     }
-    beforeLast = std::move(last);
-    last = std::move(row);
   }
-  return last[b.size()];
+  return slips.back();
 }
 
 }  // namespace

@@ -16,8 +16,8 @@ struct Ink {
   bool bold = false;
   bool dim = false;
   bool underlined = false;
-  std::uint8_t color = 0;            ///< 1 red ... 6 cyan, as terminals number them; 0 the terminal's own
-  std::optional<std::uint32_t> rgb;  ///< 0xRRGGBB, instead of `color`
+  std::uint8_t color = 0;  ///< 1 red ... 6 cyan, as terminals number them; 0 the terminal's own
+  std::optional<std::uint32_t> rgb = {};  ///< 0xRRGGBB, instead of `color`
 
   friend constexpr bool operator==(const Ink&, const Ink&) = default;
 };
@@ -46,9 +46,9 @@ Ink hex(std::string_view color);
 /// What is known of the place the output goes to.
 struct TerminalTraits {
   bool isTerminal = false;
-  std::string_view noColor;    ///< the variable NO_COLOR; colours stay off while it is not empty
-  std::string_view term;       ///< the variable TERM; "dumb" means a terminal without colours
-  std::string_view colorTerm;  ///< the variable COLORTERM; "truecolor" or "24bit" tells of all colours
+  std::string_view noColor = {};    ///< the variable NO_COLOR; colours stay off while it is not empty
+  std::string_view term = {};       ///< the variable TERM; "dumb" means a terminal without colours
+  std::string_view colorTerm = {};  ///< the variable COLORTERM; "truecolor" or "24bit" tells of all colours
 };
 
 /// Paints text for a terminal, or leaves it as it is where colours are not wanted. The text is not changed
