@@ -1,0 +1,71 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace moniva {
+
+/// A command line worth showing, and what it does.
+struct Example {
+  std::string_view command;
+  std::string_view what;
+};
+
+/// What is told of a command beyond its options. The texts of all commands stand in one table, from which
+/// help, completion and the manual page are made alike.
+struct CommandText {
+  std::string_view path;         ///< "book add"; "" for the program itself
+  std::string_view summary;      ///< one line without a full stop
+  std::string_view description;  ///< paragraphs with an empty line between them; may be empty
+  std::vector<Example> examples;
+};
+
+/// An option or an argument of a command, as a person is told of it.
+struct ParameterInfo {
+  std::vector<std::string>
+      names;              ///< "-c", "--currency", in this order; of an argument only its name, "FILE"
+  std::string valueName;  ///< "CODE"; empty for a flag
+  std::vector<std::string> choices;  ///< every value it takes, when there are only so many
+  bool takesFile = false;
+  bool takesDirectory = false;
+  bool isRequired = false;
+  bool isRepeated = false;  ///< takes several values
+  std::string defaultValue;
+  std::string variable;  ///< environment variable that may stand in for it
+  std::string description;
+};
+
+/// A command with all that is below it: the parser's tree without the parser.
+struct CommandInfo {
+  std::string name;
+  std::string fullName;  ///< with the program's: "moniva book add"
+  std::vector<std::string> aliases;
+  std::string summary;
+  std::string description;
+  std::vector<ParameterInfo> arguments;
+  std::vector<ParameterInfo> options;
+  std::vector<ParameterInfo> globals;  ///< options of the commands above that are taken here too
+  std::vector<CommandInfo> commands;
+  bool needsCommand = false;
+  std::vector<Example> examples;
+};
+
+/// The command `app` and what is below it. Hidden options and commands (those of the empty group) are left
+/// out, options of option groups are those of the command around. A command without a text takes its summary
+/// from the first line of its description in the parser, and its description from the rest.
+CommandInfo describeCommand(const CLI::App& app, std::span<const CommandText> texts);
+
+/// "moniva book add [options] NAME": how the command is called.
+std::string usageOf(const CommandInfo& command);
+
+/// An argument as the usage shows it: "NAME", "[NAME]", "FILE..." or "[FILE...]".
+std::string usageOf(const ParameterInfo& argument);
+
+/// The description with what else there is to know: choices, the value taken when none is given, the
+/// variable.
+std::string detailsOf(const ParameterInfo& parameter);
+
+}  // namespace moniva
