@@ -11,7 +11,7 @@ namespace {
 /// option whose value is due and the number of the argument; then what fits is offered. `@` is the function's
 /// name.
 constexpr std::string_view walker = R"(
-@_offer() {
+~_offer() {
   local word quoted
   for word in "$@"; do
     if [[ $word == "$cur"* ]]; then
@@ -21,16 +21,16 @@ constexpr std::string_view walker = R"(
   done
 }
 
-@_files() {
+~_files() {
   compopt -o filenames 2>/dev/null
   mapfile -t COMPREPLY < <(compgen "$1" -- "$cur")
 }
 
-@() {
+~() {
   local cur=${COMP_WORDS[COMP_CWORD]} path= option= place=1 word known i
   local -a commands=() options=() valued=()
   COMPREPLY=()
-  @_enter ''
+  ~_enter ''
   for ((i = 1; i < COMP_CWORD; i++)); do
     word=${COMP_WORDS[i]}
     # Bash splits "--name=value" in three words.
@@ -41,18 +41,18 @@ constexpr std::string_view walker = R"(
       for known in "${valued[@]}"; do
         [[ $word == "$known" ]] && option=$word
       done
-    elif ! @_enter "$path $word"; then
+    elif ! ~_enter "$path $word"; then
       ((place++))
     fi
   done
   [[ $cur == = ]] && cur=
   if [[ -n $option ]]; then
-    @_values "$path $option"
+    ~_values "$path $option"
   elif [[ $cur == -* ]]; then
-    @_offer "${options[@]}"
+    ~_offer "${options[@]}"
   else
-    @_values "$path #$place"
-    @_offer "${commands[@]}"
+    ~_values "$path #$place"
+    ~_offer "${commands[@]}"
   fi
 }
 )";
@@ -129,7 +129,7 @@ class BashWriter {
         "# Completes {} in bash.\n\n"
         "{}_enter() {{\n  case $1 in\n{}    *) return 1 ;;\n  esac\n}}\n\n"
         "{}_values() {{\n  case $1 in\n{}    *) ;;\n  esac\n}}\n{}\ncomplete -F {} {}\n",
-        program, function_, enter_, function_, values_, replaceAll(walker, '@', function_), function_,
+        program, function_, enter_, function_, values_, replaceAll(walker, '~', function_), function_,
         program);
   }
 

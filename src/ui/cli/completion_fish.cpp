@@ -62,15 +62,18 @@ function {1}_place
                 set place (math $place + 1)
         end
     end
-    echo "$path #$place"
+    echo $path
+    echo $place
 end
 
-function {1}_in
-    string match -q -- "$argv[1] #*" ({1}_place)
-end
-
+# Whether the words lead to a command, and there to an argument from one number to another.
 function {1}_at
-    string match -q -- "$argv[1]" ({1}_place)
+    set -l reached ({1}_place)
+    test "$reached[1]" = "$argv[1]"
+    and begin
+        not set -q argv[2]
+        or test $reached[2] -ge $argv[2] -a $reached[2] -le $argv[3]
+    end
 end
 
 complete -c {0} -f
@@ -81,36 +84,33 @@ complete -c {0} -f
  private:
   /// `path` leads to the command: "", " book", " book add".
   void command(const CommandInfo& command, const std::string& path) {
+    const std::string reached = function_ + "_at " + fishQuoted(path);
     for (const ParameterInfo& option : optionsOf(command)) {
-      std::string line =
-          fmt::format("complete -c {} -n {}", name_, fishQuoted(function_ + "_in " + fishQuoted(path)));
+      std::string what;
       for (const std::string& name : option.names) {
         const bool isLong = name.starts_with("--");
-        line += (isLong ? " -l " : " -s ") + fishQuoted(name.substr(isLong ? 2 : 1));
+        what += (isLong ? " -l " : " -s ") + fishQuoted(name.substr(isLong ? 2 : 1));
         if (!option.valueName.empty())
           valued_ += (valued_.empty() ? "" : " ") + fishQuoted(path + " " + name);
       }
-      if (!option.valueName.empty()) line += " -r" + offerOf(option);
-      lines_ += line + described(option.description);
+      // Without -x, fish offers files beside the values.
+      if (!option.valueName.empty()) what += (option.takesFile ? " -r" : " -x") + offerOf(option);
+      addLine(reached, what, option.description);
     }
     int place = 0;
     for (const ParameterInfo& argument : command.arguments) {
       ++place;
       const std::string offer = offerOf(argument);
-      const std::string at = path + " #" + (argument.isRepeated ? "*" : std::to_string(place));
       if (offer.empty()) continue;
-      lines_ += fmt::format("complete -c {} -n {}{}", name_, fishQuoted(function_ + "_at " + fishQuoted(at)),
-                            offer) +
-                described(argument.description);
+      const std::string numbers = fmt::format(" {} {}", place, argument.isRepeated ? 9999 : place);
+      addLine(reached + numbers, offer, argument.description);
     }
     for (const CommandInfo& sub : command.commands) {
       const std::string subPath = path + " " + sub.name;
       std::string patterns;
       for (const std::string& name : namesOf(sub)) {
         patterns += " " + fishQuoted(path + " " + name);
-        lines_ += fmt::format("complete -c {} -n {} -a {}", name_,
-                              fishQuoted(function_ + "_in " + fishQuoted(path)), wordList({name})) +
-                  described(sub.summary);
+        addLine(reached, " -a " + wordList({name}), sub.summary);
       }
       commands_ +=
           fmt::format("            case{}\n                set path {}\n", patterns, fishQuoted(subPath));
@@ -118,8 +118,9 @@ complete -c {0} -f
     }
   }
 
-  static std::string described(const std::string& text) {
-    return text.empty() ? "\n" : " -d " + fishQuoted(text) + "\n";
+  void addLine(const std::string& condition, const std::string& what, const std::string& description) {
+    lines_ += fmt::format("complete -c {} -n {}{}", name_, fishQuoted(condition), what);
+    lines_ += description.empty() ? "\n" : " -d " + fishQuoted(description) + "\n";
   }
 
   std::string name_;

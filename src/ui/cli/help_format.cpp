@@ -62,7 +62,9 @@ class HelpWriter {
   void heading(std::string_view title) { text_ += "\n" + style_.bold(title) + "\n"; }
 
   void usage(std::string_view usage) {
-    text_ += "\n" + style_.bold("Usage:") + " " + printable(usage) + "\n";
+    constexpr std::string_view word = "Usage:";
+    text_ += "\n" + style_.bold(word);
+    described(usage, word.size(), word.size() + 1);
   }
 
   /// Names in a column, beside them their texts, wrapped.

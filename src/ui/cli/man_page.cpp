@@ -119,7 +119,8 @@ class ManWriter {
 
   void examples(const CommandInfo& command) {
     for (const Example& example : command.examples) {
-      if (!example.what.empty()) paragraphs(example.what);
+      text_ += ".PP\n";
+      if (!example.what.empty()) text_ += escaped(example.what) + "\n";
       text_ += ".RS 4\n.nf\n" + bold(example.command) + "\n.fi\n.RE\n";
     }
     for (const CommandInfo& sub : command.commands) examples(sub);
