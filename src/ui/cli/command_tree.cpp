@@ -79,20 +79,25 @@ ParameterInfo describeParameter(const CLI::Option& option) {
   return parameter;
 }
 
-bool isHidden(const CLI::Option& option) {
-  return option.get_group().empty();
+/// Options that every command has for itself.
+bool isHelpOrVersion(const CLI::App& app, const CLI::Option& option) {
+  return &option == app.get_help_ptr() || &option == app.get_help_all_ptr() ||
+         &option == app.get_version_ptr();
 }
 
 /// Calls `take(option)` for what is shown of a command's options, those of its option groups among them.
 template <class Take>
 void forEachOption(const CLI::App& app, Take take) {
+  const bool isGroup = app.get_name().empty() && app.get_parent() != nullptr;
   for (const CLI::Option* option : app.get_options()) {
-    if (!isHidden(*option)) take(*option);
+    const bool isHidden = option->get_group().empty();
+    // The parser gives a group a help option too, which nobody can reach.
+    if (!isHidden && !(isGroup && isHelpOrVersion(app, *option))) take(*option);
   }
-  for (const CLI::App* group :
-       app.get_subcommands([](const CLI::App* sub) { return sub->get_name().empty(); })) {
-    forEachOption(*group, take);
-  }
+  const auto isShownGroup = [](const CLI::App* sub) {
+    return sub->get_name().empty() && !sub->get_group().empty();
+  };
+  for (const CLI::App* group : app.get_subcommands(isShownGroup)) forEachOption(*group, take);
 }
 
 bool sharesName(const ParameterInfo& a, const ParameterInfo& b) {
@@ -107,8 +112,7 @@ std::vector<ParameterInfo> inheritedOptions(const CLI::App& app, const std::vect
     const CLI::App& parent = *at->get_parent();
     forEachOption(parent, [&](const CLI::Option& option) {
       if (!option.nonpositional()) return;
-      if (&option == parent.get_help_ptr() || &option == parent.get_help_all_ptr()) return;
-      if (&option == parent.get_version_ptr()) return;
+      if (isHelpOrVersion(parent, option)) return;
       ParameterInfo parameter = describeParameter(option);
       const auto isSame = [&](const ParameterInfo& other) { return sharesName(parameter, other); };
       if (std::none_of(own.begin(), own.end(), isSame)) inherited.push_back(std::move(parameter));

@@ -25,17 +25,17 @@ struct CommandText {
 
 /// An option or an argument of a command, as a person is told of it.
 struct ParameterInfo {
-  std::vector<std::string>
-      names;              ///< "-c", "--currency", in this order; of an argument only its name, "FILE"
-  std::string valueName;  ///< "CODE"; empty for a flag
-  std::vector<std::string> choices;  ///< every value it takes, when there are only so many
+  std::vector<std::string> names =
+      {};                      ///< "-c", "--currency", in this order; of an argument only its name, "FILE"
+  std::string valueName = {};  ///< "CODE"; empty for a flag
+  std::vector<std::string> choices = {};  ///< every value it takes, when there are only so many
   bool takesFile = false;
   bool takesDirectory = false;
   bool isRequired = false;
   bool isRepeated = false;  ///< takes several values
-  std::string defaultValue;
-  std::string variable;  ///< environment variable that may stand in for it
-  std::string description;
+  std::string defaultValue = {};
+  std::string variable = {};  ///< environment variable that may stand in for it
+  std::string description = {};
 };
 
 /// A command with all that is below it: the parser's tree without the parser.
