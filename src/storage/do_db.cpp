@@ -122,12 +122,17 @@ Result<> DoDB::prepare(Connection& connection) {
   return {};
 }
 
-void DoDB::addIndexesIfMissing() {
+std::set<std::string> DoDB::missingIndexes() {
   auto missing = indexNames();
-  {
-    Run run = fmdb_->query("select name from sqlite_schema where type = 'index' and sql is not NULL");
+  if (Connection* db = getDatabase()) {
+    Run run = db->query("select name from sqlite_schema where type = 'index' and sql is not NULL");
     while (run.next()) missing.erase(std::string(run.text(0)));
   }
+  return missing;
+}
+
+void DoDB::addIndexesIfMissing() {
+  const auto missing = missingIndexes();
   if (missing.empty()) return;
   dispatchInDatabase("DoDB", [this](Connection& connection) {
     platform_.log.line(fmt::format("== DoDB adding indexes to {}", databasePath_.string()));

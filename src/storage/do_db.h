@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,6 +68,9 @@ class DoDB {
   bool databaseIsAvailable(const std::filesystem::path& path);
   /// Brings the write-ahead log into the data file, so that the one file is a complete copy.
   bool checkpoint();
+
+  /// The indexes the store should have and has not.
+  std::set<std::string> missingIndexes();
 
   /// The date of the first use of the program, by the oldest edit stamp; nothing in an unused store.
   std::optional<Date> getTheFirstUsingDateOfApp();

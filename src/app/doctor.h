@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "storage/mv_app_root.h"
+
+namespace moniva {
+
+/// One thing looked at in a store, and what was found: nothing (well) or a sentence.
+struct DoctorFinding {
+  std::string check;
+  bool well = true;
+  std::string found;
+};
+
+/// Looks a store over, from the file up to what its rows say of each other. Writes nothing.
+std::vector<DoctorFinding> examineStore(MVAppRoot& root);
+
+}  // namespace moniva
