@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <limits>
-#include <regex>
 #include <set>
 #include <thread>
 #include <vector>
@@ -39,8 +38,7 @@ TEST(UuidV7, putsTimeVersionVariantAndRandomBitsInTheirPlaces) {
 
 TEST(NameBasedUuidV7, followsFromItsArgumentsAlone) {
   const auto uuid = nameBasedUuidV7(1645557742.0, "expense 12.50");
-  EXPECT_TRUE(
-      std::regex_match(uuid, std::regex("017f22e2-79b0-7[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}")));
+  EXPECT_EQ(uuid.substr(0, 15), "017f22e2-79b0-7") << "time and version";
   EXPECT_EQ(uuid, nameBasedUuidV7(1645557742.0, "expense 12.50"));
   EXPECT_NE(uuid.substr(14), nameBasedUuidV7(1645557742.0, "expense 12.51").substr(14));
   // SHA-1 of sixteen zero bytes and the name, taken with another tool: the ids are in people's stores.
