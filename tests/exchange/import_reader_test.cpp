@@ -319,6 +319,10 @@ TEST(IdentityOf, tellsRecordsApartByAllTheySay) {
         r.category = "a note=1:b";
         r.note.clear();
       },
+      [](ImportRecord& r) {
+        r.category = "a note=b";
+        r.note.clear();
+      },
   };
   std::vector<std::string> identities = {identity};
   for (const auto change : changes) {
