@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t kGregorianSince = daysFromCivil(1583, 1, 1);
 // Further away ICU's own counting overflows.
 constexpr std::int64_t kFurthestDay = 1'000'000'000;
-constexpr std::int64_t kFurthestYear = 2'000'000;
+constexpr std::int64_t kFurthestYear = 2'800'000;
 constexpr int kGregorianAd = 1;
 
 constexpr UDate kMillisecondsPerDay = 86'400'000.0;

@@ -68,8 +68,8 @@ Result<std::string> localeName(std::string_view typed) {
     return refuse("'{}' is not a known locale: {}; one looks like 'en_US' or 'de-DE'", typed, what);
   };
   const std::string name = withoutCharacterSet(typed.substr(0, kLongestName));
-  if (name.empty()) return unknown("it is empty");
-  if (typed.size() > kLongestName || !std::all_of(name.begin(), name.end(), isWritable))
+  if (typed.empty()) return unknown("it is empty");
+  if (name.empty() || typed.size() > kLongestName || !std::all_of(name.begin(), name.end(), isWritable))
     return unknown("it is not written like one");
 
   const icu::Locale locale = parsed(name);
