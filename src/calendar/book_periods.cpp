@@ -141,10 +141,11 @@ Date BookPeriods::firstDateOfCalendarYear(int year, int month) const {
 
 int BookPeriods::getFiscalYear(std::optional<Date> date) const {
   const std::int64_t day = dayOf(date);
-  const int year = calendar_->days().parts(day).year;
-  const Span span = yearCalled(year);
-  if (day < span.first) return year - 1;
-  return day > span.last ? year + 1 : year;
+  int year = calendar_->days().parts(day).year;
+  if (day < yearCalled(year).first) return year - 1;
+  // A year that begins in the December before the January before is called two years after its first day.
+  while (day > yearCalled(year).last) ++year;
+  return year;
 }
 
 int BookPeriods::getFiscalMonth(std::optional<Date> date) const {

@@ -5,9 +5,11 @@
 #include <unicode/tztrans.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 #include "calendar/civil_time.h"
 
@@ -19,6 +21,8 @@ constexpr std::int64_t kDistantFuture = std::numeric_limits<std::int64_t>::max()
 constexpr std::int64_t kTableEnd = daysFromCivil(2200, 1, 1) * kSecondsPerDay;
 // Before any zone's first change.
 constexpr std::int64_t kTableBegin = daysFromCivil(1, 1, 1) * kSecondsPerDay;
+
+constexpr std::size_t kLongestId = 64;
 
 std::int64_t secondsOf(UDate milliseconds) {
   return std::llround(milliseconds / 1000);
@@ -41,10 +45,11 @@ std::string lowered(std::string_view text) {
   return out;
 }
 
-/// The number of letters to add, drop or change to turn one text into the other.
+/// The number of letters to add, drop or change to turn one text into the other. Ids have at most 64.
 std::size_t lettersApart(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
+  std::array<std::size_t, kLongestId + 1> row{};
   std::iota(row.begin(), row.end(), std::size_t{0});
+  b = b.substr(0, kLongestId);
   for (std::size_t i = 0; i < a.size(); ++i) {
     std::size_t diagonal = std::exchange(row[0], i + 1);
     for (std::size_t j = 0; j < b.size(); ++j) {
@@ -53,7 +58,7 @@ std::size_t lettersApart(std::string_view a, std::string_view b) {
       row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
     }
   }
-  return row.back();
+  return row[b.size()];
 }
 
 /// The known id nearest to what was typed: the same but for a few letters, or the one whose city was named.
@@ -84,7 +89,6 @@ Zone::Zone(std::string_view id, std::unique_ptr<icu::BasicTimeZone> zone) : id_(
 Zone::~Zone() = default;
 
 Result<std::unique_ptr<const Zone>> Zone::make(std::string_view id) {
-  constexpr std::size_t kLongestId = 64;
   const bool plausible = !id.empty() && id.size() <= kLongestId;
   if (plausible) {
     const auto name = icu::UnicodeString::fromUTF8({id.data(), static_cast<std::int32_t>(id.size())});
