@@ -23,20 +23,33 @@ Result<std::shared_ptr<const Calendar>> Calendar::make(std::string zone, std::st
 }
 
 Date Calendar::dateWithDay(Date date, int count) const {
-  return onDay(date, dayNumber(date) + count);
+  const Taken from = taken(date);
+  return onDay(from, from.day + count);
 }
 
 Date Calendar::dateWithMonth(Date date, int count) const {
-  return onDay(date, days().plusMonths(dayNumber(date), count));
+  const Taken from = taken(date);
+  return onDay(from, days().plusMonths(from.day, count));
 }
 
 Date Calendar::dateWithYear(Date date, int count) const {
-  return onDay(date, days().plusYears(dayNumber(date), count));
+  const Taken from = taken(date);
+  return onDay(from, days().plusYears(from.day, count));
 }
 
 Date Calendar::getPreviouslyMonthBeginDay(Date date) const {
   const Date back = dateWithMonth(date, -1);
   return day(back) == day(date) ? getNextDay(back) : back;
+}
+
+Date Calendar::firstDayOfMonth(Date date) const {
+  const Taken from = taken(date);
+  return onDay(from, days().firstOfMonth(from.day));
+}
+
+Date Calendar::lastDayOfMonth(Date date) const {
+  const Taken from = taken(date);
+  return onDay(from, days().lastOfMonth(from.day));
 }
 
 int Calendar::numberOfDaysInMonth(Date date) const {

@@ -47,12 +47,8 @@ class Calendar final : public ZonedCalendar {
   [[nodiscard]] Date getPreviouslyMonthBeginDay(Date date) const;
 
   // The first and last day of the month, at the same time of day.
-  [[nodiscard]] Date firstDayOfMonth(Date date) const {
-    return onDay(date, days().firstOfMonth(dayNumber(date)));
-  }
-  [[nodiscard]] Date lastDayOfMonth(Date date) const {
-    return onDay(date, days().lastOfMonth(dayNumber(date)));
-  }
+  [[nodiscard]] Date firstDayOfMonth(Date date) const;
+  [[nodiscard]] Date lastDayOfMonth(Date date) const;
   [[nodiscard]] int numberOfDaysInMonth(Date date) const;
   [[nodiscard]] bool isLastDayOfMonth(Date date) const;
 

@@ -152,15 +152,17 @@ Zone::Wall Zone::wall(std::int64_t wallSeconds) const {
   const auto holds = [](const Stretch& stretch, std::int64_t instant) {
     return stretch.begin <= instant && instant < stretch.end;
   };
-  // The offset at the wall time read as UTC is right but for the hours around a change; one of the neighbours
-  // is right there.
-  const Stretch here = stretchAt(wallSeconds - stretchAt(wallSeconds).offset);
-  const std::int64_t mine = wallSeconds - here.offset;
+  // Far from any change the wall time read as UTC finds the right stretch at once: no offset is that wide.
   constexpr std::int64_t kWidestOffset = 2 * kSecondsPerDay;
-  const bool mineHolds = holds(here, mine);
-  if (mineHolds && mine - here.begin > kWidestOffset && here.end - mine > kWidestOffset)
-    return {Kind::once, mine, mine, mine};
+  const Stretch near = stretchAt(wallSeconds);
+  const std::int64_t likely = wallSeconds - near.offset;
+  if (wallSeconds - near.begin > kWidestOffset && near.end - wallSeconds > kWidestOffset)
+    return {Kind::once, likely, likely, likely};
 
+  // Close to one, it is this stretch or a neighbour of it.
+  const Stretch here = stretchAt(likely);
+  const std::int64_t mine = wallSeconds - here.offset;
+  const bool mineHolds = holds(here, mine);
   if (here.begin > kDistantPast) {
     const Stretch before = stretchAt(here.begin - 1);
     const std::int64_t other = wallSeconds - before.offset;

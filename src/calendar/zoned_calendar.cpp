@@ -50,8 +50,7 @@ Date ZonedCalendar::endOfDay(std::int64_t dayNumber) const {
   return dateOf(wall.kind == Zone::Wall::Kind::skipped ? wall.change - 1 : wall.last);
 }
 
-Date ZonedCalendar::onDay(Date date, std::int64_t dayNumber) const {
-  const Taken from = taken(date);
+Date ZonedCalendar::onDay(const Taken& from, std::int64_t dayNumber) const {
   const std::int64_t wallSeconds = wallSecondsOf(dayNumber, from.secondOfDay);
   const Zone::Wall wall = zone_->wall(wallSeconds);
   std::int64_t instant = wall.first;

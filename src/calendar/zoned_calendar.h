@@ -49,16 +49,6 @@ class ZonedCalendar {
   [[nodiscard]] CivilTime civilTime(Date date) const;
 
  protected:
-  ZonedCalendar(std::unique_ptr<const Zone> zone, std::string locale, std::unique_ptr<const DaySystem> days,
-                std::unique_ptr<const DaySystem> gregorian);
-  ~ZonedCalendar() = default;
-
-  /// A date's day at another's time of day.
-  [[nodiscard]] Date withTimeOf(Date date, Date timeOf) const;
-  /// The same time of day on another day.
-  [[nodiscard]] Date onDay(Date date, std::int64_t dayNumber) const;
-
- private:
   /// A date taken apart.
   struct Taken {
     std::int64_t day;
@@ -67,6 +57,17 @@ class ZonedCalendar {
     double fraction;  ///< of a second
   };
   [[nodiscard]] Taken taken(Date date) const;
+
+  ZonedCalendar(std::unique_ptr<const Zone> zone, std::string locale, std::unique_ptr<const DaySystem> days,
+                std::unique_ptr<const DaySystem> gregorian);
+  ~ZonedCalendar() = default;
+
+  /// A date's day at another's time of day.
+  [[nodiscard]] Date withTimeOf(Date date, Date timeOf) const;
+  /// The same time of day on another day.
+  [[nodiscard]] Date onDay(const Taken& from, std::int64_t dayNumber) const;
+
+ private:
   [[nodiscard]] const DaySystem& gregorian() const { return gregorian_ ? *gregorian_ : *days_; }
 
   std::unique_ptr<const Zone> zone_;
