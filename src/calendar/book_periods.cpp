@@ -9,6 +9,7 @@ namespace {
 // Settings outside their range still count on into other months, but a damaged store must not make the search
 // for a period walk over millions of them.
 constexpr int kFurthestStart = 10'000;
+constexpr int kFurthestYear = 1'000'000;
 
 PeriodStarts bounded(PeriodStarts starts) {
   starts.weekStartsOn = static_cast<int>(floorRemainder(std::int64_t{starts.weekStartsOn} - 1, 7)) + 1;
@@ -73,6 +74,8 @@ BookPeriods::Span BookPeriods::yearHolding(std::int64_t day) const {
 }
 
 BookPeriods::Span BookPeriods::monthCalled(int year, int month) const {
+  year = std::clamp(year, -kFurthestYear, kFurthestYear);
+  month = std::clamp(month, -kFurthestStart, kFurthestStart);
   DaySystem::Parts start{DaySystem::kAnyEra, year, month, std::abs(starts_.monthStartsOn)};
   if (starts_.monthStartsOn < 0 && --start.month == 0) {
     start.month = 12;
@@ -82,6 +85,7 @@ BookPeriods::Span BookPeriods::monthCalled(int year, int month) const {
 }
 
 BookPeriods::Span BookPeriods::yearCalled(int year) const {
+  year = std::clamp(year, -kFurthestYear, kFurthestYear);
   DaySystem::Parts start{DaySystem::kAnyEra, year, starts_.yearStartsOn, std::abs(starts_.monthStartsOn)};
   if (starts_.yearStartsOn < 0) {
     start.month = -starts_.yearStartsOn;
@@ -142,9 +146,13 @@ Date BookPeriods::firstDateOfCalendarYear(int year, int month) const {
 int BookPeriods::getFiscalYear(std::optional<Date> date) const {
   const std::int64_t day = dayOf(date);
   int year = calendar_->days().parts(day).year;
-  if (day < yearCalled(year).first) return year - 1;
-  // A year that begins in the December before the January before is called two years after its first day.
-  while (day > yearCalled(year).last) ++year;
+  // One step is enough but for a year that begins in the December before the January before. A day that
+  // drift has left between two years is the earlier one's, so the walk never turns.
+  if (day < yearCalled(year).first) {
+    while (year > -kFurthestYear && day < yearCalled(year).first) --year;
+  } else {
+    while (year < kFurthestYear && day > yearCalled(year).last) ++year;
+  }
   return year;
 }
 

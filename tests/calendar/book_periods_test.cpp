@@ -192,6 +192,14 @@ TEST(BookPeriods, AreCalledByYearAndMonth) {
   }
 }
 
+TEST(BookPeriods, GiveADayBetweenTwoYearsToTheEarlier) {
+  const auto calendar = calendarOf("Europe/Berlin");
+  const BookPeriods book(*calendar, {1, 29, 2}, at(*calendar, "2025-02-28"));
+  EXPECT_EQ(dayText(*calendar, book.lastDateOfFiscalYear(2024)), "2025-02-27");
+  EXPECT_EQ(dayText(*calendar, book.firstDateOfFiscalYear(2025)), "2025-03-01");
+  EXPECT_EQ(book.getFiscalYear(), 2024);
+}
+
 TEST(BookPeriods, KnowTheCurrentOnesAndTheDueDate) {
   const auto calendar = calendarOf("Europe/Berlin");
   const BookPeriods book(*calendar, {.monthStartsOn = 25, .yearStartsOn = 4},
@@ -297,6 +305,8 @@ TEST(BookPeriods, BearAnyNumber) {
       EXPECT_LE(book.firstDateOfYear(), now) << number;
       EXPECT_GE(calendar->dateEnd(book.lastDateOfYear()), now) << number;
       EXPECT_LE(book.firstDateOfWeek(), now) << number;
+      EXPECT_LE(book.firstDateOfFiscalYear(book.getFiscalYear()), now) << number;
+      EXPECT_LT(book.firstDateOfFiscalYear(kLeast), book.lastDateOfFiscalYear(kMost)) << number;
       EXPECT_LE(book.firstDateOfFiscalYear(kMost, kLeast), book.firstDateOfFiscalYear(kMost, kMost))
           << number;
     }
