@@ -24,7 +24,7 @@ std::string grouped(std::uint64_t number) {
 }  // namespace
 
 Progress::Progress(ProgressPlace place, Clock clock, std::string label, std::uint64_t total)
-    : place_(std::move(place)), clock_(std::move(clock)), label_(std::move(label)), total_(total) {}
+    : place_(place), clock_(std::move(clock)), label_(std::move(label)), total_(total) {}
 
 Progress::~Progress() {
   finish();
