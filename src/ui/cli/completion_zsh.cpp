@@ -15,7 +15,7 @@ std::string backslashed(std::string_view text, std::string_view signs) {
   return safe;
 }
 
-/// What completes a value, after the colon of an argument's specification.
+/// What completes a value, after the colon of what describes an argument to _arguments.
 std::string actionOf(const ParameterInfo& parameter) {
   if (!parameter.choices.empty()) {
     std::string words;
@@ -35,16 +35,16 @@ std::string joined(const std::vector<std::string>& words) {
   return text;
 }
 
-/// One specification for each name, all of them shutting the others out.
-void addOption(const ParameterInfo& option, std::vector<std::string>& specs) {
+/// What _arguments is told of the option: a word for each name, each shutting the others out.
+void addOption(const ParameterInfo& option, std::vector<std::string>& words) {
   for (const std::string& name : option.names) {
-    std::string spec = option.isRepeated ? "*" : "(" + joined(option.names) + ")";
-    spec += name;
+    std::string word = option.isRepeated ? "*" : "(" + joined(option.names) + ")";
+    word += name;
     const bool isLong = name.starts_with("--");
-    if (!option.valueName.empty()) spec += isLong ? "=" : "+";
-    spec += "[" + backslashed(option.description, "[]") + "]";
-    if (!option.valueName.empty()) spec += ":" + backslashed(option.valueName, ":") + ":" + actionOf(option);
-    specs.push_back(shellQuoted(spec));
+    if (!option.valueName.empty()) word += isLong ? "=" : "+";
+    word += "[" + backslashed(option.description, "[]") + "]";
+    if (!option.valueName.empty()) word += ":" + backslashed(option.valueName, ":") + ":" + actionOf(option);
+    words.push_back(shellQuoted(word));
   }
 }
 
@@ -56,16 +56,16 @@ std::string functionOf(const CommandInfo& command) {
 void addFunction(const CommandInfo& command, std::string& script) {
   for (const CommandInfo& sub : command.commands) addFunction(sub, script);
 
-  std::vector<std::string> specs;
-  for (const ParameterInfo& option : optionsOf(command)) addOption(option, specs);
+  std::vector<std::string> words;
+  for (const ParameterInfo& option : optionsOf(command)) addOption(option, words);
   for (const ParameterInfo& argument : command.arguments) {
     const std::string place = argument.isRepeated ? "*:" : argument.isRequired ? ":" : "::";
-    specs.push_back(shellQuoted(place + backslashed(argument.names.front(), ":") + ":" + actionOf(argument)));
+    words.push_back(shellQuoted(place + backslashed(argument.names.front(), ":") + ":" + actionOf(argument)));
   }
   const bool hasCommands = !command.commands.empty();
   if (hasCommands) {
-    specs.emplace_back("': :->command'");
-    specs.emplace_back("'*:: :->rest'");
+    words.emplace_back("': :->command'");
+    words.emplace_back("'*:: :->rest'");
   }
 
   script += fmt::format("\n{}() {{\n", functionOf(command));
@@ -79,7 +79,7 @@ void addFunction(const CommandInfo& command, std::string& script) {
     script += "  )\n";
   }
   script += hasCommands ? "  _arguments -C" : "  _arguments";
-  for (const std::string& spec : specs) script += " \\\n    " + spec;
+  for (const std::string& word : words) script += " \\\n    " + word;
   if (hasCommands) {
     script +=
         " && return\n  case $state in\n    command) _describe -t commands command commands ;;\n"
