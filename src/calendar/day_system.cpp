@@ -9,7 +9,7 @@
 namespace moniva {
 namespace {
 
-// The calendar of the Popes: earlier days are Julian, and ICU knows them.
+// Earlier days are Julian, and ICU knows them.
 constexpr std::int64_t kGregorianSince = daysFromCivil(1583, 1, 1);
 // Further away ICU's own counting overflows.
 constexpr std::int64_t kFurthestDay = 1'000'000'000;
@@ -151,6 +151,13 @@ std::int64_t DaySystem::firstOfYear(std::int64_t day) const {
 int DaySystem::dayOfYear(std::int64_t day) const {
   if (isArithmetic(day)) return static_cast<int>(day - firstOfYear(day)) + 1;
   return askIcu(day, [](const icu::Calendar& icu) { return field(icu, UCAL_DAY_OF_YEAR); });
+}
+
+int DaySystem::firstWeekday() const {
+  return askIcu(0, [](const icu::Calendar& icu) {
+    UErrorCode status = U_ZERO_ERROR;
+    return static_cast<int>(icu.getFirstDayOfWeek(status));
+  });
 }
 
 int DaySystem::weekOfYear(std::int64_t day) const {

@@ -51,6 +51,8 @@ class DaySystem {
   [[nodiscard]] std::int64_t firstOfQuarter(std::int64_t day) const;
   [[nodiscard]] std::int64_t firstOfYear(std::int64_t day) const;
   [[nodiscard]] int dayOfYear(std::int64_t day) const;
+  /// The locale's first weekday, 1 Sunday ... 7 Saturday.
+  [[nodiscard]] int firstWeekday() const;
   /// The week of the year, by the locale's first weekday and shortest first week.
   [[nodiscard]] int weekOfYear(std::int64_t day) const;
 

@@ -183,6 +183,19 @@ Result<> MonivaAccount::add() {
   return {};
 }
 
+Result<> MonivaAccount::addWithPeriods(PeriodStarts starts) {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Transaction transaction(*db);
+  if (!transaction.began()) return tl::make_unexpected(db->refusal());
+  if (auto added = add(); !added) return added;
+  const bool written = (starts.weekStartsOn == 0 || updateWeekStartsOn(starts.weekStartsOn)) &&
+                       (starts.monthStartsOn == 0 || updateMonthStartsOn(starts.monthStartsOn)) &&
+                       (starts.yearStartsOn == 0 || updateYearStartsOn(starts.yearStartsOn));
+  if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
+  return {};
+}
+
 bool MonivaAccount::update(std::string_view sql, const Value& value) {
   return root_->executeUpdate(sql, value, root_->editStamp(), root_->itsUDID(), pk);
 }

@@ -64,6 +64,10 @@ class MonivaAccount {
   /// settings). A blank title is refused; so is what the store refuses, and then nothing is written.
   Result<> add();
 
+  /// The same, setting also when its periods begin; 0 leaves a setting as it is. One transaction with the
+  /// adding.
+  Result<> addWithPeriods(PeriodStarts starts);
+
   // Each writes one column with the edit stamp.
   bool updateWeekStartsOn(int day);
   bool updateMonthStartsOn(int day);

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Makes sure the Debian packages a step needs are there, and installs those that are not.
+#   packages.sh build   what building and running the program takes
+#   packages.sh check   what proving the project takes besides
+set -euo pipefail
+
+build=(cmake ninja-build g++ libsqlite3-dev libicu-dev libfmt-dev libboost-json1.81-dev libcli11-dev libexpected-dev
+  libcsv-dev)
+check=(clang-format-14 clang-tidy-14 libgtest-dev librapidcheck-dev libbenchmark-dev sqlite3 groff zsh fish)
+
+case "${1:-}" in
+  build) wanted=("${build[@]}") ;;
+  check) wanted=("${build[@]}" "${check[@]}") ;;
+  *) echo "usage: packages.sh build|check" >&2; exit 2 ;;
+esac
+
+missing=()
+for package in "${wanted[@]}"; do
+  status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+  [ "$status" = installed ] || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+if ! command -v apt-get >/dev/null; then
+  echo "moniva: needs the Debian packages ${missing[*]}, and there is no apt-get to install them" >&2
+  exit 1
+fi
+root=()
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    echo "moniva: needs the packages ${missing[*]}; as root run: apt-get install ${missing[*]}" >&2
+    exit 1
+  fi
+  root=(sudo)
+fi
+echo "Installing ${missing[*]} ..." >&2
+{
+  "${root[@]}" apt-get update -q
+  "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+} >&2

@@ -1,0 +1,199 @@
+#include "ui/cli/command_line.h"
+
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <iostream>
+#include <sstream>
+
+#include "platform/posix/host.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/command_texts.h"
+#include "ui/cli/did_you_mean.h"
+#include "ui/cli/help_format.h"
+#include "version.h"
+
+namespace moniva {
+namespace {
+
+std::string trimmedEnd(std::string text) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+bool looksLikeNumber(std::string_view word) {
+  return word.size() > 1 && word[0] == '-' && (word[1] == '.' || (word[1] >= '0' && word[1] <= '9'));
+}
+
+std::vector<std::string> commandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands(nullptr)) names.push_back(command->get_name());
+  return names;
+}
+
+/// The long options the command takes, with those of the commands above it.
+std::vector<std::string> optionNames(const CLI::App* app) {
+  std::vector<std::string> names;
+  for (; app != nullptr; app = app->get_parent()) {
+    for (const CLI::Option* option : app->get_options()) {
+      for (const auto& name : option->get_lnames()) names.push_back("--" + name);
+    }
+  }
+  return names;
+}
+
+const CLI::App* subcommandOf(const CLI::App& app, const std::string& name) {
+  for (const CLI::App* command : app.get_subcommands(nullptr)) {
+    if (command->check_name(name)) return command;
+  }
+  return nullptr;
+}
+
+const CLI::Option* findOption(const CLI::App* app, const std::string& name) {
+  for (; app != nullptr; app = app->get_parent()) {
+    if (const auto* option = app->get_option_no_throw(name)) return option;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
+  app_.formatter(std::make_shared<HelpFormatter>(commandTexts(), helpStyle));
+  app_.set_version_flag("--version", fmt::format("moniva {}", kVersion), "Print the version and end");
+  app_.set_help_flag("-h,--help", "Print this help and end");
+  app_.require_subcommand(1);
+  app_.fallthrough();
+  app_.option_defaults()->always_capture_default(false);
+  app_.add_option("--data", options_.data,
+                  "The data folder (else MONIVA_DATA, else the folder for data of programs)")
+      ->type_name("DIR")
+      ->envname("MONIVA_DATA");
+  app_.add_option("--now", options_.now, "The moment to take for the present, such as \"2024-02-29 14:30\"")
+      ->type_name("DATE");
+  app_.add_option("--timezone", options_.timezone, "The time zone, such as Europe/Berlin (else the system's)")
+      ->type_name("ZONE");
+  app_.add_option("--locale", options_.locale,
+                  "Language and region of dates and amounts, such as de_DE (else the system's)")
+      ->type_name("LOCALE");
+  app_.add_option("--passcode", options_.passcode, "The passcode of a locked store")
+      ->type_name("CODE")
+      ->envname("MONIVA_PASSCODE");
+  app_.add_flag("--json", options_.json, "Print records as JSON");
+  app_.add_option("--color", options_.color, "When to colour")
+      ->type_name("WHEN")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, ColorMode>{
+          {"auto", ColorMode::automatic}, {"always", ColorMode::always}, {"never", ColorMode::never}}));
+  app_.add_flag("-q,--quiet", options_.quiet, "No messages and no progress; only data and errors");
+  app_.add_flag("-v,--verbose", options_.verbose, "Tell what is going on, on standard error");
+  addBookCommands(*this);
+  addAccountCommands(*this);
+  addSpendCommands(*this);
+  addTransferCommands(*this);
+  addImportCommand(*this);
+  addReportCommands(*this);
+  addDoctorCommand(*this);
+  addOpenCommand(*this);
+  addDemoCommand(*this);
+  addShellCommands(*this);
+}
+
+CLI::App* CommandLine::add(CLI::App& parent, const std::string& name) {
+  CLI::App* command = parent.add_subcommand(name);
+  command->fallthrough();
+  return command;
+}
+
+void CommandLine::onRun(CLI::App* command, Action action, bool withStore) {
+  command->callback([this, action = std::move(action), withStore] {
+    action_ = action;
+    withStore_ = withStore;
+  });
+}
+
+int CommandLine::run(const std::vector<std::string>& arguments, Terminal terminal) {
+  try {
+    app_.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+  } catch (const CLI::Success& wanted) {
+    // Help and version: the parser's way of ending early.
+    std::ostringstream text;
+    app_.exit(wanted, text, terminal.err);
+    terminal.out << trimmedEnd(text.str()) << '\n';
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    return explain(error.what(), arguments, terminal);
+  }
+  Session session(options_, terminal);
+  int exitCode = 0;
+  const auto guarded = [&](const std::function<void()>& work) {
+    try {
+      work();
+    } catch (const CommandError& error) {
+      terminal.out.flush();
+      terminal.err << "moniva: " << error.what() << '\n';
+      exitCode = error.exitCode();
+    }
+  };
+  guarded([&] {
+    session.prepare();
+    if (withStore_) session.launch();
+    action_(session);
+  });
+  guarded([&] { session.leave(); });
+  terminal.out.flush();
+  if (!terminal.out) {
+    terminal.err << "moniva: standard output could not be written\n";
+    if (exitCode == 0) exitCode = CommandError::kRefused;
+  }
+  return exitCode;
+}
+
+int CommandLine::explain(const std::string& why, const std::vector<std::string>& arguments,
+                         Terminal terminal) const {
+  const std::string mistaken = mistakenWord(app_, arguments);
+  terminal.err << "moniva: " << (mistaken.empty() ? why : mistaken) << '\n';
+  std::string path = "moniva";
+  const CLI::App* at = &app_;
+  for (const auto& word : arguments) {
+    const CLI::App* next = subcommandOf(*at, word);
+    if (next == nullptr) continue;
+    at = next;
+    path += " " + word;
+  }
+  terminal.err << "Try: " << path << " --help\n";
+  return CommandError::kUsage;
+}
+
+std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& arguments) {
+  const CLI::App* at = &app;
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& word = arguments[i];
+    if (word == "--") return {};
+    if (looksLikeNumber(word)) {
+      return fmt::format(
+          "'{}' has a sign; amounts are given without one, the direction comes from the command", word);
+    }
+    if (word.size() > 1 && word[0] == '-') {
+      const std::string name = word.substr(0, word.find('='));
+      if (const auto* option = findOption(at, name)) {
+        if (option->get_items_expected_max() > 0 && name == word) ++i;  // its value
+        continue;
+      }
+      const auto meant = name.starts_with("--") ? didYouMean(name, optionNames(at)) : std::nullopt;
+      return meant ? fmt::format("there is no option '{}'; did you mean '{}'?", name, *meant)
+                   : fmt::format("there is no option '{}'", name);
+    }
+    const auto names = commandNames(*at);
+    if (names.empty()) continue;
+    if (const CLI::App* next = subcommandOf(*at, word)) {
+      at = next;
+      continue;
+    }
+    const std::string above = at->get_parent() == nullptr ? "" : at->get_name() + " ";
+    const auto meant = didYouMean(word, names);
+    return meant ? fmt::format("there is no command '{}{}'; did you mean '{}{}'?", above, word, above, *meant)
+                 : fmt::format("there is no command '{}{}'", above, word);
+  }
+  return {};
+}
+
+}  // namespace moniva

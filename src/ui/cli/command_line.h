@@ -1,0 +1,55 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ui/cli/session.h"
+
+namespace moniva {
+
+/// The commands of the program as the parser knows them, and what the parsed line asks for.
+class CommandLine {
+ public:
+  /// What a command does, once the line was understood.
+  using Action = std::function<void(Session&)>;
+
+  explicit CommandLine(const Style& helpStyle = {});
+
+  /// Parses and runs; answers the exit code: 0 done, 1 refused or failed, 2 not understood.
+  int run(const std::vector<std::string>& arguments, Terminal terminal);
+
+  CLI::App& app() { return app_; }
+  /// Adds a command below `parent`; its help comes from the table of command texts.
+  CLI::App* add(CLI::App& parent, const std::string& name);
+  /// Makes the command run the action, on a launched store unless `withStore` is false.
+  void onRun(CLI::App* command, Action action, bool withStore = true);
+
+ private:
+  int explain(const std::string& why, const std::vector<std::string>& arguments, Terminal terminal) const;
+
+  CLI::App app_;
+  GlobalOptions options_;
+  Action action_;
+  bool withStore_ = true;
+};
+
+/// Turns "--color" words, "--amount -5" slips and unknown words of a command line into a sentence with the
+/// nearest thing there is; empty when the line has no such word.
+std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& arguments);
+
+// One function a family of commands, each in its own file.
+void addBookCommands(CommandLine& line);
+void addAccountCommands(CommandLine& line);
+void addSpendCommands(CommandLine& line);
+void addTransferCommands(CommandLine& line);
+void addImportCommand(CommandLine& line);
+void addReportCommands(CommandLine& line);
+void addDoctorCommand(CommandLine& line);
+void addOpenCommand(CommandLine& line);
+void addDemoCommand(CommandLine& line);
+void addShellCommands(CommandLine& line);
+
+}  // namespace moniva

@@ -1,0 +1,144 @@
+#include "ui/cli/command_texts.h"
+
+namespace moniva {
+
+std::span<const CommandText> commandTexts() {
+  static const std::vector<CommandText> texts = {
+      {"",
+       "a personal-finance ledger",
+       "Moniva keeps what you spend, earn and move: books that group expense and income, and the accounts "
+       "they are paid"
+       " from. All of it lies in one file in the data folder.",
+       {{"moniva demo", "see it at work on the records of a household"},
+        {"moniva book add Household --currency EUR", "begin a book"},
+        {"moniva account add Cash", "begin an account"},
+        {"moniva spend add 12.50 -c Food -a Cash --create", "record an expense"},
+        {"moniva report month", "see the months of this year"}}},
+      {"book", "books: what groups expense and income", "", {}},
+      {"book add",
+       "begin a book",
+       "A book has its own currency and its own beginnings of week, month and year. The first book is the "
+       "current one:"
+       " commands that name no book mean it.",
+       {{"moniva book add Household", "a book in the currency of the locale"},
+        {"moniva book add Workshop --currency EUR --month-starts 25", "months that begin on the 25th"},
+        {"moniva book add Club --year-starts -7", "a year that begins in July of the year before"}}},
+      {"book list", "list the books, the current one marked", "", {{"moniva book list --json", "as JSON"}}},
+      {"book show", "show a book with its present periods", "", {{"moniva book show Household", ""}}},
+      {"book use", "make a book the current one", "", {{"moniva book use Workshop", ""}}},
+      {"account", "accounts: what is paid from and into", "", {}},
+      {"account add",
+       "begin an account",
+       "",
+       {{"moniva account add Checking --currency EUR --opening-balance 1250.00", ""},
+        {"moniva account add \"Credit card\" --type debt", "what is on it is owed"}}},
+      {"account list", "list the accounts with their balances", "", {{"moniva account list", ""}}},
+      {"account show", "show an account", "", {{"moniva account show Cash", ""}}},
+      {"spend", "expenses and income", "", {}},
+      {"spend add",
+       "record an expense, or income",
+       "The amount stands without a sign: it is an expense, or with --income income. A date without a time "
+       "means that day"
+       " at the present time of day; a record whose day lies ahead is pending until then.",
+       {{"moniva spend add 12.50 -c Food -s Bakery --vendor \"Bäckerei Lang\" -a Cash", "an expense"},
+        {"moniva spend add 2950 --income -c Salary --payer Weber -a Checking -d 2024-02-01", "income"},
+        {"moniva spend add 18.40 --foreign 20 USD -c Travel -a \"Credit card\"",
+         "paid in another currency"}}},
+      {"transfer", "money moved between accounts", "", {}},
+      {"transfer add",
+       "move money from one account to another",
+       "",
+       {{"moniva transfer add 60 Checking Cash -n \"cash machine\"", ""},
+        {"moniva transfer add 100 Checking Dollars --to-amount 108.20", "between currencies"}}},
+      {"import",
+       "take in a file of records",
+       "The file is a table with a heading line: comma-, semicolon- or tab-separated values in UTF-8 or "
+       "UTF-16. Its"
+       " columns may be in any order; those known are Date, Time, Type (expense, income, transfer), Book, "
+       "Account,"
+       " Category, Subcategory, Payee, Amount, Foreign amount, Foreign currency, To account, To amount, Note "
+       "and"
+       " Currency, with common synonyms in English, German and Chinese. Without a Type the sign of the "
+       "amount decides.\n\n"
+       "Books, accounts, categories and vendors that are new are made. Everything is written at once or not "
+       "at all, and"
+       " a record that was imported before is not added again.",
+       {{"moniva import records.csv --dry-run", "see what would happen"},
+        {"moniva import records.csv", "take the file in"},
+        {"moniva import bank.csv --skip-bad --decimal comma", "take the good rows of a German bank's file"}}},
+      {"report", "what came in and went out", "", {}},
+      {"report year",
+       "the years of a book or an account",
+       "",
+       {{"moniva report year", "all years of the current book"},
+        {"moniva report year 2020..2024 -b Household", ""}}},
+      {"report month",
+       "the months of a book or an account",
+       "Months and years are those of the book: where it begins its months on the 25th, so does the report.",
+       {{"moniva report month", "this year"},
+        {"moniva report month 2024 -b Household", "another year"},
+        {"moniva report month 2024-03..2024-08 -a Checking", "some months of an account"}}},
+      {"report day",
+       "the days of a book or an account",
+       "",
+       {{"moniva report day", "this month"}, {"moniva report day 2024-02 --empty", "every day of a month"}}},
+      {"doctor",
+       "look the store over",
+       "Looks at the file and at what its records say of each other, and changes nothing. The exit status "
+       "tells whether"
+       " all is well.",
+       {{"moniva doctor", ""}}},
+      {"doctor set-aside",
+       "set a damaged data file aside and begin a new store",
+       "The damaged file is kept beside its place under a name with the time.",
+       {{"moniva doctor set-aside", ""}}},
+      {"open",
+       "hand a URL or a file to the program",
+       "Maintenance requests are moniva://sendlog, moniva://fix, moniva://fix2, moniva://fix3 and "
+       "moniva://resetdb; the"
+       " last begins an empty store and keeps the old file beside it. A file waits while the store is "
+       "locked.",
+       {{"moniva open moniva://sendlog", "where the log of faults is"},
+        {"moniva open file:///home/ada/backup.mvk", "a file"}}},
+      {"demo",
+       "show the program at work on the records of a household",
+       "Makes a store in a folder of its own, imports three years of records, shows the months of 2024, the "
+       "accounts and"
+       " the largest categories, and throws the store away.",
+       {{"moniva demo", ""}}},
+      {"completion",
+       "print the completion script of a shell",
+       "",
+       {{"source <(moniva completion bash)", "for this shell"},
+        {"moniva completion fish > ~/.config/fish/completions/moniva.fish", "for good"}}},
+      {"man", "print the manual page", "", {{"moniva man | man -l -", "read it"}}},
+  };
+  return texts;
+}
+
+std::vector<ManualEntry> exitStatusTexts() {
+  return {{"0", "done"},
+          {"1", "refused or failed; nothing was changed"},
+          {"2", "the command line was not understood"}};
+}
+
+std::vector<ManualEntry> environmentTexts() {
+  return {{"MONIVA_DATA", "the data folder, unless --data names one"},
+          {"MONIVA_PASSCODE", "the passcode of a locked store"},
+          {"XDG_DATA_HOME",
+           "the folder the data folder \"moniva\" is in, unless one is named (else ~/.local/share)"},
+          {"TZ", "the time zone, unless --timezone names one"},
+          {"LC_ALL, LC_TIME, LANG", "the language and region, unless --locale names them"},
+          {"NO_COLOR", "when not empty, nothing is coloured"}};
+}
+
+std::vector<ManualEntry> fileTexts() {
+  return {
+      {"moniva.dat",
+       "the data file, in the data folder: an SQLite database, complete by itself whenever no command runs"},
+      {"settings.json", "the settings of this device"},
+      {"log.txt", "the log of faults of the store"},
+      {"backupBeforeUpdate.dat", "a data file that takes the place of moniva.dat at the next start"}};
+}
+
+}  // namespace moniva

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "ui/cli/command_tree.h"
+#include "ui/cli/man_page.h"
+
+namespace moniva {
+
+/// What is told of each command beyond its options: the one source of help, completion and manual page.
+std::span<const CommandText> commandTexts();
+
+std::vector<ManualEntry> exitStatusTexts();
+std::vector<ManualEntry> environmentTexts();
+std::vector<ManualEntry> fileTexts();
+
+}  // namespace moniva

@@ -1,0 +1,106 @@
+#include <unistd.h>
+
+#include <boost/json.hpp>
+
+#include "reports/largest_categories.h"
+#include "reports/transaction_report.h"
+#include "ui/cli/bars.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/command_line.h"
+#include "ui/cli/commands/import_command.h"
+#include "ui/cli/commands/report_commands.h"
+#include "ui/cli/records.h"
+#include "ui/cli/table.h"
+
+namespace moniva {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder of its own that goes with the object.
+class ThrowAwayFolder {
+ public:
+  ThrowAwayFolder() {
+    std::string name = (fs::temp_directory_path() / "moniva-demo-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) {
+      throw CommandError(CommandError::kRefused, fmt::format("cannot make a folder such as '{}'", name));
+    }
+    path_ = name;
+  }
+  ~ThrowAwayFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  ThrowAwayFolder(const ThrowAwayFolder&) = delete;
+  ThrowAwayFolder& operator=(const ThrowAwayFolder&) = delete;
+  const fs::path& path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+void printLargestCategories(Session& session, const MonivaAccount& book, Date from, Date to) {
+  const auto categories = largestCategories(book, kind::kExpense, from, to);
+  double all = 0;
+  for (const auto& category : categories) all += category.expenseAmount;
+  Table table({{.title = "Largest categories"},
+               {.title = "Records", .align = Align::right},
+               {.title = "Expense", .align = Align::right},
+               {.title = "Share", .align = Align::right},
+               {.title = ""}});
+  for (const auto& category : categories) {
+    table.addRow({category.title, fmt::format("{}", category.expenseCount),
+                  session.amounts().formatPlain(category.expenseAmount, book.currency),
+                  fmt::format("{:.1f} %", 100 * category.expenseAmount / all),
+                  Cell(bar(category.expenseAmount, categories.front().expenseAmount, 24), ink::dim)});
+  }
+  session.out() << table.render(session.style(), session.width());
+}
+
+void show(Session& session) {
+  const auto file = session.platform().directories.resources / "household.csv";
+  ImportRequest request;
+  request.currency = "EUR";
+  const auto outcome = runImport(session, file, std::move(request));
+  const MonivaAccount book = bookNamed(session, "Household");
+  const BookPeriods periods(session.calendar(), book.periodStarts(), session.now());
+  const Date from = periods.firstDateOfFiscalYear(2024);
+  const Date to = periods.lastDateOfFiscalYear(2024);
+  TransactionReport report(session.root());
+  report.setMonivaAccount(book);
+  report.setTransactionType(1112);
+  report.setBeginDate(from);
+  report.setEndDate(to);
+  const auto months = report.reportByMonth();
+  if (session.options().json) return session.printJson(jsonOf(session, months));
+  session.out() << fmt::format(
+      "Imported {} records of a household into a store that is thrown away at the end.\n\n", outcome.added());
+  printPeriods(session, months, book, "Month");
+  session.out() << '\n';
+  listAccounts(session);
+  session.out() << '\n';
+  printLargestCategories(session, book, from, to);
+}
+
+void demo(Session& outer) {
+  const ThrowAwayFolder folder;
+  // The records were made in Berlin; there, and at the end of their last year, the demo shows the same every
+  // time.
+  GlobalOptions options = outer.options();
+  options.data = folder.path().string();
+  if (options.timezone.empty()) options.timezone = "Europe/Berlin";
+  if (options.now.empty()) options.now = "2025-01-01 12:00";
+  Session session(options, outer.terminal());
+  session.prepare();
+  session.launch();
+  show(session);
+  session.leave();
+}
+
+}  // namespace
+
+void addDemoCommand(CommandLine& line) {
+  line.onRun(line.add(line.app(), "demo"), demo, false);
+}
+
+}  // namespace moniva

@@ -1,0 +1,70 @@
+#include "app/doctor.h"
+
+#include <boost/json.hpp>
+
+#include "storage/store_files.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/command_line.h"
+#include "ui/cli/table.h"
+
+namespace moniva {
+namespace {
+
+void examine(Session& session) {
+  const auto findings = examineStore(session.root());
+  std::size_t ill = 0;
+  boost::json::array list;
+  Table table({{.title = ""}, {.title = "Looked at"}, {.title = "Found"}});
+  for (const auto& finding : findings) {
+    ill += finding.well ? 0 : 1;
+    list.push_back({{"check", finding.check}, {"well", finding.well}, {"found", finding.found}});
+    table.addRow({finding.well ? Cell("✓", ink::green) : Cell("✗", ink::red), finding.check,
+                  finding.well ? Cell("well", ink::dim) : Cell(finding.found)});
+  }
+  const std::string file = session.root().db().databasePath().string();
+  if (session.options().json) {
+    session.printJson(boost::json::object{{"file", file}, {"findings", std::move(list)}});
+  } else {
+    session.out() << "The store " << file << "\n\n" << table.render(session.style(), session.width());
+  }
+  if (ill > 0) {
+    throw CommandError(CommandError::kRefused,
+                       fmt::format("{} of {} checks found something wrong", ill, findings.size()));
+  }
+}
+
+/// Sets a data file that cannot be used aside, without opening it as a store first; the next start makes a
+/// new one.
+void setAside(Session& session) {
+  const auto path = session.platform().directories.documents / session.platform().info.kDatabaseName;
+  std::string why;
+  std::error_code error;
+  if (!std::filesystem::exists(path, error)) {
+    throw CommandError(CommandError::kRefused, fmt::format("there is no data file '{}'", path.string()));
+  }
+  switch (availabilityOf(path, why)) {
+    case Availability::available:
+      throw CommandError(CommandError::kRefused,
+                         fmt::format("the data file '{}' can be read; it stays in its place", path.string()));
+    case Availability::unknown:
+      throw CommandError(CommandError::kRefused,
+                         fmt::format("whether '{}' is damaged cannot be told now: {}", path.string(), why));
+    case Availability::damaged:
+      break;
+  }
+  const auto aside = done(setDataFileAside(path, session.now()));
+  session.out() << fmt::format("The data file is kept as '{}'. The next command begins a new store.\n",
+                               aside.string());
+}
+
+}  // namespace
+
+void addDoctorCommand(CommandLine& line) {
+  CLI::App* doctor = line.add(line.app(), "doctor");
+  doctor->require_subcommand(0, 1);
+  line.onRun(doctor, examine);
+  CLI::App* aside = line.add(*doctor, "set-aside");
+  line.onRun(aside, setAside, false);
+}
+
+}  // namespace moniva

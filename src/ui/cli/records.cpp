@@ -1,0 +1,173 @@
+#include "ui/cli/records.h"
+
+#include <cstdlib>
+
+#include "calendar/date_texts.h"
+#include "model/mv_category.h"
+#include "model/transaction_type.h"
+#include "model/vendor.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/did_you_mean.h"
+
+namespace moniva {
+namespace {
+
+namespace json = boost::json;
+
+std::vector<std::string> titlesOf(const std::vector<MonivaAccount>& rows) {
+  std::vector<std::string> titles;
+  for (const auto& row : rows) titles.push_back(row.title);
+  return titles;
+}
+
+[[noreturn]] void noSuch(Session& session, std::string_view what, int aKind, const std::string& name) {
+  const auto titles = titlesOf(MonivaAccount::list(session.root(), aKind));
+  if (titles.empty()) {
+    throw CommandError(CommandError::kRefused,
+                       fmt::format("there is no {0} yet; add one with: moniva {0} add NAME", what));
+  }
+  const auto meant = didYouMean(name, titles);
+  throw CommandError(CommandError::kRefused,
+                     meant ? fmt::format("there is no {} '{}'; did you mean '{}'?", what, name, *meant)
+                           : fmt::format("there is no {0} '{1}'; see: moniva {0} list", what, name));
+}
+
+/// The key and the title of a category or vendor, as an object; null for none.
+template <class Row>
+json::value named(const std::optional<Row>& row, std::string_view key) {
+  if (key.empty()) return nullptr;
+  json::object object{{"pk", key}};
+  if (row) object["title"] = row->title;
+  return object;
+}
+
+}  // namespace
+
+json::value isoDate(Session& session, Date date) {
+  if (date == Date{}) return nullptr;
+  const CivilTime civil = session.calendar().civilTime(date);
+  const auto asUtc = daysFromCivil(civil.year, civil.month, civil.day) * kSecondsPerDay + civil.hour * 3600 +
+                     civil.minute * 60 + civil.second;
+  const auto offset = asUtc - static_cast<std::int64_t>(std::floor(date.secondsSince1970));
+  const auto minutes = std::abs(offset) / 60;
+  return json::string(fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}{}{:02}:{:02}", civil.year, civil.month,
+                                  civil.day, civil.hour, civil.minute, civil.second, offset < 0 ? '-' : '+',
+                                  minutes / 60, minutes % 60));
+}
+
+json::object jsonOf(Session&, const MonivaAccount& account) {
+  return {{"pk", account.pk},
+          {"title", account.title},
+          {"aType", account.aType},
+          {"aKind", account.aKind},
+          {"isGroup", account.isGroup},
+          {"beginBalance", account.beginBalance},
+          {"totalBalance", account.totalBalance},
+          {"currency", account.currency},
+          {"enabled", account.enabled},
+          {"note", account.note},
+          {"orderID", account.orderID},
+          {"budgetEnabled", account.budgetEnabled},
+          {"trackingType", account.trackingType},
+          {"weekStartsOn", account.weekStartsOn},
+          {"monthStartsOn", account.monthStartsOn},
+          {"yearStartsOn", account.yearStartsOn},
+          {"expandOptionDict", account.expandOptionDict},
+          {"isDeleted", account.isDeleted}};
+}
+
+json::object jsonOf(Session& session, const Spend& spend) {
+  auto& root = session.root();
+  return {{"eid", spend.eid},
+          {"type", spend.type},
+          {"amount", spend.amount},
+          {"foreignCurrency", spend.foreignCurrency},
+          {"foreignAmount", spend.foreignAmount},
+          {"datetime", isoDate(session, spend.datetime)},
+          {"timeZone", spend.timeZone},
+          {"note", spend.note},
+          {"account", named(MonivaAccount::getAccountWithPK(root, spend.account), spend.account)},
+          {"book", named(MonivaAccount::getAccountWithPK(root, spend.book), spend.book)},
+          {"category", named(MVCategory::getCategory(root, spend.category), spend.category)},
+          {"subcategory", named(MVCategory::getCategory(root, spend.subcategory), spend.subcategory)},
+          {"vendor", named(Vendor::getVendor(root, spend.vendor), spend.vendor)},
+          {"paid", spend.paid},
+          {"needReimburse", spend.needReimburse},
+          {"repeat", spend.repeat},
+          {"repeatSeedID", spend.repeatSeedID},
+          {"payDate", isoDate(session, spend.payDate)},
+          {"connectionUUID", spend.connectionUUID},
+          {"advancedType", spend.advancedType}};
+}
+
+json::object jsonOf(Session& session, const Transfer& transfer) {
+  auto& root = session.root();
+  return {{"connectUUID", transfer.connectUUID},
+          {"eidA", transfer.eidA},
+          {"eidB", transfer.eidB},
+          {"accountA", named(MonivaAccount::getAccountWithPK(root, transfer.accountA), transfer.accountA)},
+          {"accountB", named(MonivaAccount::getAccountWithPK(root, transfer.accountB), transfer.accountB)},
+          {"amountA", transfer.amountA},
+          {"amountB", transfer.amountB},
+          {"datetime", isoDate(session, transfer.datetime)},
+          {"timeZone", transfer.timeZone},
+          {"note", transfer.note},
+          {"paid", transfer.paid},
+          {"repeat", transfer.repeat},
+          {"repeatSeed", transfer.repeatSeed}};
+}
+
+json::object jsonOf(Session& session, const TransReportSummary& summary) {
+  json::object object{{"title", summary.title},
+                      {"year", summary.year},
+                      {"month", summary.month},
+                      {"day", summary.day},
+                      {"beginDate", isoDate(session, session.calendar().dateBegin(summary.beginDate))},
+                      {"endDate", isoDate(session, session.calendar().dateEnd(summary.endDate))},
+                      {"transactionType", summary.transactionType},
+                      {"count", summary.count},
+                      {"incomeCount", summary.incomeCount},
+                      {"expenseCount", summary.expenseCount},
+                      {"transferinCount", summary.transferinCount},
+                      {"transferoutCount", summary.transferoutCount},
+                      {"incomeAmount", summary.incomeAmount},
+                      {"expenseAmount", summary.expenseAmount},
+                      {"transferinAmount", summary.transferinAmount},
+                      {"transferoutAmount", summary.transferoutAmount},
+                      {"maxInSumAmount", summary.maxInSumAmount},
+                      {"maxOutSumAmount", summary.maxOutSumAmount}};
+  if (summary.category) {
+    object["category"] = {{"pk", summary.category->pk}, {"title", summary.category->title}};
+  }
+  if (!summary.listArray.empty()) {
+    json::array list;
+    for (const auto& child : summary.listArray) list.push_back(jsonOf(session, child));
+    object["listArray"] = std::move(list);
+  }
+  return object;
+}
+
+std::string dateText(Session& session, Date date) {
+  const CivilTime civil = session.calendar().civilTime(date);
+  return fmt::format("{} {:02}:{:02}", stringOfDateMediumStyle(session.calendar(), date), civil.hour,
+                     civil.minute);
+}
+
+MonivaAccount bookNamed(Session& session, const std::string& name) {
+  if (name.empty()) {
+    const auto& current = session.root().monivaAccount;
+    if (current && !current->pk.empty()) return *current;
+    noSuch(session, "book", kBookKind, name);
+  }
+  auto book = MonivaAccount::getBookWithTitle(session.root(), name);
+  if (!book || book->isDeleted != 0) noSuch(session, "book", kBookKind, name);
+  return *book;
+}
+
+MonivaAccount accountNamed(Session& session, const std::string& name) {
+  auto account = MonivaAccount::getAccountWithTitle(session.root(), name);
+  if (!account || account->isDeleted != 0) noSuch(session, "account", kAccountKind, name);
+  return *account;
+}
+
+}  // namespace moniva

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <boost/json/value.hpp>
+#include <string>
+
+#include "model/moniva_account.h"
+#include "model/spend.h"
+#include "model/transfer.h"
+#include "reports/trans_report_summary.h"
+#include "ui/cli/session.h"
+
+/// Records as JSON under the names of their fields, and the few texts that several commands print of them.
+namespace moniva {
+
+/// "2024-02-29T14:30:05+01:00", in the user's zone; null for a date never set.
+boost::json::value isoDate(Session& session, Date date);
+
+boost::json::object jsonOf(Session& session, const MonivaAccount& account);
+boost::json::object jsonOf(Session& session, const Spend& spend);
+boost::json::object jsonOf(Session& session, const Transfer& transfer);
+boost::json::object jsonOf(Session& session, const TransReportSummary& summary);
+
+/// "Thursday, February 29, 2024, 14:30" without seconds.
+std::string dateText(Session& session, Date date);
+
+/// The live book or account of that name. Ends the command when there is none, with the nearest name there
+/// is; a blank book name means the current book.
+MonivaAccount bookNamed(Session& session, const std::string& name);
+MonivaAccount accountNamed(Session& session, const std::string& name);
+
+}  // namespace moniva

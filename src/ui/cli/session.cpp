@@ -1,0 +1,165 @@
+#include "ui/cli/session.h"
+
+#include <boost/json.hpp>
+#include <chrono>
+#include <ostream>
+
+#include "app/crash_record.h"
+#include "calendar/parse_date.h"
+#include "platform/files.h"
+#include "platform/posix/file_user_defaults.h"
+#include "platform/posix/host.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/json_out.h"
+#include "version.h"
+
+namespace moniva {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The data folder: as told, else where programs of this host keep data.
+fs::path dataFolder(const std::string& told) {
+  if (!told.empty()) return fs::absolute(told);
+  if (const auto folder = environment("XDG_DATA_HOME")) return fs::path(*folder) / "moniva";
+  if (const auto home = environment("HOME")) return fs::path(*home) / ".local/share/moniva";
+  return fs::absolute("moniva-data");
+}
+
+std::string stringOr(std::optional<std::string> value) {
+  return value.value_or("");
+}
+
+Style styleFor(ColorMode mode, bool isTerminal) {
+  const std::string noColor = stringOr(environment("NO_COLOR"));
+  const std::string term = stringOr(environment("TERM"));
+  const std::string colorTerm = stringOr(environment("COLORTERM"));
+  return Style(mode, {.isTerminal = isTerminal, .noColor = noColor, .term = term, .colorTerm = colorTerm});
+}
+
+}  // namespace
+
+/// The front end of a terminal: it has no screens, and says so where one is asked for.
+class Session::Host final : public AppHost {
+ public:
+  explicit Host(Session& session) : session_(session) {}
+
+  void showAddTransaction(std::string_view type) override {
+    session_.say(type == "addincome" ? "To add income: moniva spend add AMOUNT --income"
+                                     : "To add an expense: moniva spend add AMOUNT");
+  }
+  void showALertWhenImportDataBackup(const fs::path& path) override { cannotTake(path, "a backup"); }
+  void showALertWhenImportSharedData(const fs::path& path) override { cannotTake(path, "shared data"); }
+
+ private:
+  void cannotTake(const fs::path& path, std::string_view what) {
+    session_.root().addNotice(fmt::format(
+        "'{}' is {}; the command line cannot restore it. Nothing was changed.", path.string(), what));
+  }
+
+  Session& session_;
+};
+
+Session::Session(GlobalOptions options, Terminal terminal)
+    : options_(std::move(options)), terminal_(terminal) {}
+
+Session::~Session() = default;
+
+void Session::prepare() {
+  style_ = styleFor(options_.color, terminal_.outIsTerminal);
+  errStyle_ = styleFor(options_.color, terminal_.errIsTerminal);
+  platform_ = std::make_unique<Platform>();
+  platform_->info.version = kVersion;
+  platform_->calendar = typed(Calendar::make(options_.timezone.empty() ? systemZone() : options_.timezone,
+                                             options_.locale.empty() ? systemLocale() : options_.locale));
+  amounts_ = typed(AmountFormat::make(platform_->calendar->locale()));
+  platform_->clock = std::make_unique<SystemClock>();
+  if (!options_.now.empty()) {
+    const auto moment = typed(parseDate(options_.now, *platform_->calendar, platform_->clock->now()));
+    platform_->clock = std::make_unique<FixedClock>(moment.date);
+  }
+  platform_->random = std::make_unique<SystemRandom>();
+  platform_->directories.documents = dataFolder(options_.data);
+  platform_->directories.resources = fs::path(programFolder()) / "../share/moniva";
+  if (options_.verbose) {
+    platform_->log.setSink([this](std::string_view line) { terminal_.err << errStyle_.dim(line) << '\n'; });
+  }
+}
+
+void Session::launchLocked() {
+  const auto& documents = platform_->directories.documents;
+  done(makeWritableFolder(documents));
+  auto defaults = done(FileUserDefaults::open(documents / "settings.json", now()));
+  if (!defaults->notice().empty()) say(defaults->notice());
+  platform_->userDefaults = std::move(defaults);
+  installUncaughtExceptionHandler(documents);
+  db_ = std::make_unique<DoDB>(*platform_);
+  host_ = std::make_unique<Host>(*this);
+  root_ = std::make_unique<MVAppRoot>(*platform_, *db_);
+  app_ = std::make_unique<MainAppDelegate>(*root_, *host_);
+  if (options_.verbose) {
+    app_->onStep = [this](std::string_view step) { platform_->log.line(fmt::format("== step {}", step)); };
+  }
+  auto started = app_->applicationDidFinishLaunching();
+  tellNotices();
+  done(std::move(started));
+  launched_ = true;
+  app_->settle();
+}
+
+void Session::unlock() {
+  if (!app_->isLocked()) return;
+  if (options_.passcode.empty()) {
+    throw CommandError(CommandError::kRefused,
+                       "the store is locked; give its passcode with --passcode or MONIVA_PASSCODE");
+  }
+  if (!app_->unlock(options_.passcode))
+    throw CommandError(CommandError::kRefused, "that is not the passcode");
+  app_->settle();
+}
+
+void Session::launch() {
+  launchLocked();
+  unlock();
+  tellNotices();
+}
+
+void Session::leave() {
+  if (!launched_) return;
+  launched_ = false;
+  app_->applicationDidEnterBackground();
+  app_->applicationWillTerminate();
+  tellNotices();
+  db_->closeDatabase();
+}
+
+std::string Session::defaultCurrency() const {
+  const auto currency = moniva::defaultCurrency(platform_->calendar->locale());
+  return currency.empty() ? "USD" : currency;
+}
+
+void Session::say(std::string_view message) {
+  if (!options_.quiet) terminal_.err << message << '\n';
+}
+
+void Session::printJson(const boost::json::value& value) {
+  out() << jsonText(value, JsonLayout::pretty) << '\n';
+}
+
+ProgressPlace Session::progressPlace() {
+  return {.out = terminal_.err,
+          .shown = terminal_.errIsTerminal && !options_.quiet,
+          .width = terminal_.width,
+          .style = errStyle_};
+}
+
+double Session::watch() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void Session::tellNotices() {
+  if (!root_) return;
+  for (const auto& notice : root_->takeNotices()) say(notice);
+}
+
+}  // namespace moniva

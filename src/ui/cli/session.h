@@ -1,0 +1,99 @@
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/main_app_delegate.h"
+#include "currency/amount_format.h"
+#include "ui/cli/progress.h"
+#include "ui/cli/style.h"
+
+namespace moniva {
+
+/// What every command takes.
+struct GlobalOptions {
+  std::string data;
+  std::string now;
+  std::string timezone;
+  std::string locale;
+  std::string passcode;
+  bool json = false;
+  bool quiet = false;
+  bool verbose = false;
+  ColorMode color = ColorMode::automatic;
+};
+
+/// The streams a command writes to, and what is known of them.
+struct Terminal {
+  std::ostream& out;
+  std::ostream& err;
+  bool outIsTerminal = false;
+  bool errIsTerminal = false;
+  std::size_t width = 80;
+};
+
+/// One run of the program from the command line: the platform by the options, the store once it is asked for,
+/// and the ways to print. Every command that uses the store is a launch and ends as entering the background.
+class Session {
+ public:
+  Session(GlobalOptions options, Terminal terminal);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /// Reads the options that need understanding (the moment, the zone, the locale); ends the command where one
+  /// is not understood. Touches no file but the settings.
+  void prepare();
+  /// Launches: makes or opens the store and does what is due.
+  void launch();
+  /// Launches up to the lock and leaves it to the caller to unlock.
+  void launchLocked();
+  /// Gives the passcode of the options to a locked store; ends the command when it is missing or wrong.
+  void unlock();
+  /// Enters the background; safe to call when nothing was launched.
+  void leave();
+
+  const GlobalOptions& options() const { return options_; }
+  Platform& platform() { return *platform_; }
+  MVAppRoot& root() { return *root_; }
+  MainAppDelegate& app() { return *app_; }
+  const Calendar& calendar() const { return *platform_->calendar; }
+  Date now() const { return platform_->now(); }
+
+  const Terminal& terminal() const { return terminal_; }
+  std::ostream& out() { return terminal_.out; }
+  std::size_t width() const { return terminal_.width; }
+  const Style& style() const { return style_; }
+  const AmountFormat& amounts() const { return *amounts_; }
+  /// The currency of new books and accounts when none is named.
+  std::string defaultCurrency() const;
+  /// A line for the person on standard error; nothing with --quiet.
+  void say(std::string_view message);
+  /// Prints one JSON value to standard output.
+  void printJson(const boost::json::value& value);
+  ProgressPlace progressPlace();
+  /// Seconds of the real clock, for progress only.
+  static double watch();
+
+  /// The notices of the start-up and of the store go to standard error.
+  void tellNotices();
+
+ private:
+  class Host;
+
+  GlobalOptions options_;
+  Terminal terminal_;
+  Style style_;
+  Style errStyle_;
+  std::unique_ptr<Platform> platform_;
+  std::optional<AmountFormat> amounts_;
+  std::unique_ptr<DoDB> db_;
+  std::unique_ptr<Host> host_;
+  std::unique_ptr<MVAppRoot> root_;
+  std::unique_ptr<MainAppDelegate> app_;
+  bool launched_ = false;
+};
+
+}  // namespace moniva
