@@ -5,7 +5,8 @@
 #   Household                   its output, standard error after standard output
 #   ? 1                         its exit status, when not 0
 #
-# Lines that begin with # and empty lines between commands are skipped. $DIR stands for the folder in outputs. With
+# Lines that begin with # and empty lines between commands are skipped. $DIR stands for the folder
+# in outputs and TIME for the time in the names of files set aside; the present is noon of 15 June 2024, in Berlin. With
 # --update the files are rewritten with what the program prints now.
 set -euo pipefail
 program=$1
@@ -13,7 +14,13 @@ shift
 update=0
 [ "${1:-}" = --update ] && { update=1; shift; }
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-export PATH="$(cd "$(dirname "$program")" && pwd):$PATH"
+program="$(cd "$(dirname "$program")" && pwd)/$(basename "$program")"
+# The present stands still unless a command says otherwise.
+bin=$(mktemp -d)
+trap 'rm -rf "$bin"' EXIT
+printf '#!/bin/sh\nexec "%s" --now "2024-06-15 12:00" "$@"\n' "$program" >"$bin/moniva"
+chmod +x "$bin/moniva"
+export PATH="$bin:$PATH"
 unset MONIVA_PASSCODE XDG_DATA_HOME LC_ALL LC_TIME NO_COLOR
 export TZ=Europe/Berlin LANG=en_US.UTF-8 TERM=dumb EXAMPLES="$here/examples"
 
@@ -34,7 +41,8 @@ for file in "${cases[@]}"; do
         ran=$((ran + 1))
         status=0
         (cd "$dir" && bash -c "${line#\$ }") >"$dir/.out" 2>"$dir/.err" </dev/null || status=$?
-        cat "$dir/.out" "$dir/.err" | sed -e "s#$dir#\$DIR#g" -e 's/[[:space:]]*$//' | sed -e 's/^$/./' >>"$actual"
+        cat "$dir/.out" "$dir/.err" | sed -e "s#$dir#\$DIR#g" -e 's/set-aside-[0-9]*-[0-9]*/set-aside-TIME/g' \
+          -e 's/[[:space:]]*$//' | sed -e 's/^$/./' >>"$actual"
         [ "$status" -eq 0 ] || printf '? %s\n' "$status" >>"$actual"
         ;;
     esac

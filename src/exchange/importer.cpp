@@ -23,8 +23,6 @@ class Importer {
 
   Result<> take(const ImportRecord& record) {
     const auto time = root_.calendar().resolve(civilOf(record.date));
-    if (time.moved) outcome.movedByClockChange.push_back(record.line);
-    if (time.ambiguous) outcome.shownTwice.push_back(record.line);
     if (!outcome.firstDate || time.date < *outcome.firstDate) outcome.firstDate = time.date;
     if (!outcome.lastDate || time.date > *outcome.lastDate) outcome.lastDate = time.date;
 
@@ -37,6 +35,8 @@ class Importer {
       ++outcome.alreadyThere;
       return {};
     }
+    if (time.moved) outcome.movedByClockChange.push_back(record.line);
+    if (time.ambiguous) outcome.shownTwice.push_back(record.line);
     const auto account = names_.account(record.account, record.currency);
     if (!account) return tl::make_unexpected(account.error());
     if (*account != nullptr && !record.currency.empty() && (*account)->currency != record.currency) {

@@ -1,7 +1,10 @@
 #include "ui/cli/command_line.h"
 
+#include <fmt/ranges.h>
+
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <iostream>
 #include <sstream>
 
@@ -67,22 +70,26 @@ CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
   app_.add_option("--data", options_.data,
                   "The data folder (else MONIVA_DATA, else the folder for data of programs)")
       ->type_name("DIR")
-      ->envname("MONIVA_DATA");
+      ->envname("MONIVA_DATA")
+      ->take_last();
   app_.add_option("--now", options_.now, "The moment to take for the present, such as \"2024-02-29 14:30\"")
-      ->type_name("DATE");
+      ->type_name("DATE")
+      ->take_last();
   app_.add_option("--timezone", options_.timezone, "The time zone, such as Europe/Berlin (else the system's)")
-      ->type_name("ZONE");
+      ->type_name("ZONE")
+      ->take_last();
   app_.add_option("--locale", options_.locale,
                   "Language and region of dates and amounts, such as de_DE (else the system's)")
-      ->type_name("LOCALE");
+      ->type_name("LOCALE")
+      ->take_last();
   app_.add_option("--passcode", options_.passcode, "The passcode of a locked store")
       ->type_name("CODE")
-      ->envname("MONIVA_PASSCODE");
+      ->envname("MONIVA_PASSCODE")
+      ->take_last();
   app_.add_flag("--json", options_.json, "Print records as JSON");
-  app_.add_option("--color", options_.color, "When to colour")
+  app_.add_option("--color", color_, "When to colour (else auto)")
       ->type_name("WHEN")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, ColorMode>{
-          {"auto", ColorMode::automatic}, {"always", ColorMode::always}, {"never", ColorMode::never}}));
+      ->check(oneOf({"auto", "always", "never"}));
   app_.add_flag("-q,--quiet", options_.quiet, "No messages and no progress; only data and errors");
   app_.add_flag("-v,--verbose", options_.verbose, "Tell what is going on, on standard error");
   addBookCommands(*this);
@@ -95,6 +102,15 @@ CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
   addOpenCommand(*this);
   addDemoCommand(*this);
   addShellCommands(*this);
+}
+
+CLI::Validator oneOf(const std::vector<std::string>& words) {
+  return CLI::Validator(
+      [words](const std::string& word) {
+        if (std::ranges::find(words, word) != words.end()) return std::string();
+        return fmt::format("'{}' is none of {}", word, fmt::join(words, ", "));
+      },
+      fmt::format("{{{}}}", fmt::join(words, ",")));
 }
 
 CLI::App* CommandLine::add(CLI::App& parent, const std::string& name) {
@@ -122,6 +138,9 @@ int CommandLine::run(const std::vector<std::string>& arguments, Terminal termina
   } catch (const CLI::ParseError& error) {
     return explain(error.what(), arguments, terminal);
   }
+  options_.color = color_ == "always"  ? ColorMode::always
+                   : color_ == "never" ? ColorMode::never
+                                       : ColorMode::automatic;
   Session session(options_, terminal);
   int exitCode = 0;
   const auto guarded = [&](const std::function<void()>& work) {

@@ -32,9 +32,13 @@ class CommandLine {
 
   CLI::App app_;
   GlobalOptions options_;
+  std::string color_ = "auto";
   Action action_;
   bool withStore_ = true;
 };
+
+/// A check that a value is one of some words; it refuses any other with a sentence that lists them.
+CLI::Validator oneOf(const std::vector<std::string>& words);
 
 /// Turns "--color" words, "--amount -5" slips and unknown words of a command line into a sentence with the
 /// nearest thing there is; empty when the line has no such word.

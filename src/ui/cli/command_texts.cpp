@@ -87,11 +87,8 @@ std::span<const CommandText> commandTexts() {
        "Looks at the file and at what its records say of each other, and changes nothing. The exit status "
        "tells whether"
        " all is well.",
-       {{"moniva doctor", ""}}},
-      {"doctor set-aside",
-       "set a damaged data file aside and begin a new store",
-       "The damaged file is kept beside its place under a name with the time.",
-       {{"moniva doctor set-aside", ""}}},
+       {{"moniva doctor", "look everything over"},
+        {"moniva doctor --set-aside", "keep a damaged data file under a dated name and begin a new store"}}},
       {"open",
        "hand a URL or a file to the program",
        "Maintenance requests are moniva://sendlog, moniva://fix, moniva://fix2, moniva://fix3 and "

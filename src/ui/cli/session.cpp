@@ -9,6 +9,7 @@
 #include "platform/files.h"
 #include "platform/posix/file_user_defaults.h"
 #include "platform/posix/host.h"
+#include "storage/store_files.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/json_out.h"
 #include "version.h"
@@ -102,6 +103,14 @@ void Session::launchLocked() {
   }
   auto started = app_->applicationDidFinishLaunching();
   tellNotices();
+  if (!started) {
+    std::string why;
+    const auto path = db_->defaultPath();
+    if (availabilityOf(path, why) == Availability::damaged) {
+      started.error().why +=
+          " (moniva doctor --set-aside keeps it under another name and begins a new store)";
+    }
+  }
   done(std::move(started));
   launched_ = true;
   app_->settle();
@@ -141,6 +150,8 @@ std::string Session::defaultCurrency() const {
 void Session::say(std::string_view message) {
   if (!options_.quiet) terminal_.err << message << '\n';
 }
+
+void Session::complain(std::string_view message) { terminal_.err << message << '\n'; }
 
 void Session::printJson(const boost::json::value& value) {
   out() << jsonText(value, JsonLayout::pretty) << '\n';

@@ -71,6 +71,8 @@ class Session {
   std::string defaultCurrency() const;
   /// A line for the person on standard error; nothing with --quiet.
   void say(std::string_view message);
+  /// A line about what is wrong, on standard error, with --quiet too.
+  void complain(std::string_view message);
   /// Prints one JSON value to standard output.
   void printJson(const boost::json::value& value);
   ProgressPlace progressPlace();

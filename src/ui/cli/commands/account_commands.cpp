@@ -121,7 +121,7 @@ void addAccountCommands(CommandLine& line) {
   add->add_option("NAME", options->name, "Name of the account")->required();
   add->add_option("--type", options->type, "Kind of account (else saving)")
       ->type_name("KIND")
-      ->check(CLI::IsMember({"saving", "debt", "prepaid", "discount"}));
+      ->check(oneOf({"saving", "debt", "prepaid", "discount"}));
   add->add_option("--currency", options->currency, "Currency of the account (else that of the locale)")
       ->type_name("CODE");
   add->add_option("--opening-balance", options->openingBalance, "What was in it at the beginning")

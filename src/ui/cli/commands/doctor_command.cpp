@@ -61,10 +61,17 @@ void setAside(Session& session) {
 
 void addDoctorCommand(CommandLine& line) {
   CLI::App* doctor = line.add(line.app(), "doctor");
-  doctor->require_subcommand(0, 1);
-  line.onRun(doctor, examine);
-  CLI::App* aside = line.add(*doctor, "set-aside");
-  line.onRun(aside, setAside, false);
+  auto aside = std::make_shared<bool>(false);
+  doctor->add_flag("--set-aside", *aside,
+                   "Set a damaged data file aside, so that the next command begins a new store");
+  line.onRun(
+      doctor,
+      [aside](Session& session) {
+        if (*aside) return setAside(session);
+        session.launch();
+        examine(session);
+      },
+      false);
 }
 
 }  // namespace moniva

@@ -18,9 +18,15 @@ struct ImportCommandOptions {
   bool skipBad = false;
   bool dryRun = false;
   std::string currency;
-  DecimalMark decimalMark = DecimalMark::automatic;
-  DateOrder dateOrder = DateOrder::automatic;
+  std::string decimalMark = "auto";
+  std::string dateOrder = "auto";
 };
+
+const std::map<std::string, DecimalMark> kDecimalMarks = {
+    {"auto", DecimalMark::automatic}, {"point", DecimalMark::point}, {"comma", DecimalMark::comma}};
+const std::map<std::string, DateOrder> kDateOrders = {{"auto", DateOrder::automatic},
+                                                      {"day-first", DateOrder::dayFirst},
+                                                      {"month-first", DateOrder::monthFirst}};
 
 /// Bad rows shown before the rest is only counted.
 constexpr std::size_t kProblemsShown = 20;
@@ -86,8 +92,10 @@ void tell(Session& session, const ImportOutcome& outcome, bool dryRun) {
     out << fmt::format("{} there already.\n",
                        outcome.alreadyThere == 1 ? "1 was" : fmt::format("{} were", outcome.alreadyThere));
   }
-  if (outcome.pending > 0)
-    out << fmt::format("{} pending: their day lies ahead.\n", counted(outcome.pending, "is", "are"));
+  if (outcome.pending > 0) {
+    out << fmt::format("{} pending until {} day comes.\n", counted(outcome.pending, "is", "are"),
+                       outcome.pending == 1 ? "its" : "their");
+  }
   if (outcome.firstDate) {
     out << fmt::format("From {} to {}.\n", stringOfDateMediumStyle(session.calendar(), *outcome.firstDate),
                        stringOfDateMediumStyle(session.calendar(), *outcome.lastDate));
@@ -135,37 +143,31 @@ import
     ->type_name("CODE");
 import->add_option("--decimal", options->decimalMark, "The decimal mark of the file (else found out)")
     ->type_name("MARK")
-    ->transform(CLI::CheckedTransformer(std::map<std::string, DecimalMark>{{"auto", DecimalMark::automatic},
-                                                                           {"point", DecimalMark::point},
-                                                                           { "comma",
-                                                                             DecimalMark::comma }}));
+    ->check(oneOf({"auto", "point", "comma"}));
 import->add_option("--dates", options->dateOrder, "What the first number of 02/03/2024 is (else found out)")
     ->type_name("ORDER")
-    ->transform(CLI::CheckedTransformer(std::map<std::string, DateOrder>{{"auto", DateOrder::automatic},
-                                                                         {"day-first", DateOrder::dayFirst},
-                                                                         { "month-first",
-                                                                           DateOrder::monthFirst }}));
+    ->check(oneOf({"auto", "day-first", "month-first"}));
 line.onRun(import, [options](Session& session) {
   if (!options->currency.empty() && !isCurrencyCode(options->currency)) {
     throw CommandError(
         CommandError::kUsage,
         fmt::format("'{}' is no currency; codes have three capital letters, such as EUR", options->currency));
   }
-  const auto outcome =
-      runImport(session, options->file,
-                {.reading = {.decimalMark = options->decimalMark, .dateOrder = options->dateOrder},
-                 .skipBad = options->skipBad,
-                 .dryRun = options->dryRun,
-                 .currency = options->currency,
-                 .progress = nullptr});
+  const auto outcome = runImport(session, options->file,
+                                 {.reading = {.decimalMark = kDecimalMarks.at(options->decimalMark),
+                                              .dateOrder = kDateOrders.at(options->dateOrder)},
+                                  .skipBad = options->skipBad,
+                                  .dryRun = options->dryRun,
+                                  .currency = options->currency,
+                                  .progress = nullptr});
   if (!outcome.ignoredHeadings.empty()) {
     session.say(fmt::format("Columns not used: {}.", listed(outcome.ignoredHeadings)));
   }
   for (std::size_t i = 0; i < outcome.problems.size() && i < kProblemsShown; ++i) {
-    session.say(problemLine(options->file, outcome.problems[i]));
+    session.complain(problemLine(options->file, outcome.problems[i]));
   }
   if (outcome.problemCount > kProblemsShown) {
-    session.say(fmt::format("... and {} more.", outcome.problemCount - kProblemsShown));
+    session.complain(fmt::format("... and {} more.", outcome.problemCount - kProblemsShown));
   }
   const bool keptOut = outcome.badRows > 0 && !options->skipBad;
   if (session.options().json) {

@@ -108,7 +108,8 @@ void printPeriods(Session& session, const TransReportSummary& list, const Moniva
   const bool withTransfers = of.isAccount();
   const Ink incomeInk = ink::hex(session.root().objectForKey("incomeAmountFontColor"));
   const Ink expenseInk = ink::hex(session.root().objectForKey("expenseAmountFontColor"));
-  const auto in = [&](const TransReportSummary& s) { return s.incomeAmount + s.transferinAmount; };
+  // The income of an account's whole report holds the transfers in already, its expense not those out.
+  const auto in = [&](const TransReportSummary& s) { return s.incomeAmount; };
   const auto out = [&](const TransReportSummary& s) { return s.expenseAmount + s.transferoutAmount; };
   double largest = 0;
   for (const auto& period : list.listArray) largest = std::max({largest, in(period), out(period)});
@@ -126,8 +127,9 @@ void printPeriods(Session& session, const TransReportSummary& list, const Moniva
   const std::size_t cells =
       session.width() > used + 12 ? std::min<std::size_t>((session.width() - used) / 2 - 1, 14) : 0;
   if (cells > 0)
-    columns.push_back(
-        {.title = fmt::format("{} │ {}", padLeft("expense", cells > 7 ? cells - 1 : 0), "income")});
+    columns.push_back({.title = fmt::format(
+                           "{} │ {}", padLeft(withTransfers ? "out" : "expense", cells > 7 ? cells - 1 : 0),
+                           withTransfers ? "in" : "income")});
   Table table(columns);
   for (const auto& period : list.listArray) {
     const double left = in(period)-out(period);
@@ -162,7 +164,7 @@ void addReportCommands(CommandLine& line) {
     command->add_option("-a,--account", options->account, "An account instead of a book")->type_name("NAME");
     command->add_option("--type", options->type, "What to count (else all)")
         ->type_name("KIND")
-        ->check(CLI::IsMember({"all", "income", "expense"}));
+        ->check(oneOf({"all", "income", "expense"}));
     command->add_flag("--empty", options->empty, "Show periods without records too");
     line.onRun(command, [options, unit = unit](Session& session) { report(session, *options, unit); });
   }

@@ -11,9 +11,7 @@ namespace moniva {
 void addShellCommands(CommandLine& line) {
   CLI::App* completion = line.add(line.app(), "completion");
   auto shell = std::make_shared<std::string>();
-  completion->add_option("SHELL", *shell, "The shell")
-      ->required()
-      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  completion->add_option("SHELL", *shell, "The shell")->required()->check(oneOf({"bash", "zsh", "fish"}));
   line.onRun(
       completion,
       [shell, &line](Session& session) {
