@@ -22,22 +22,27 @@ constexpr std::array kCounts = {
     Count{"dates",
           "select count(*) from transactions where typeof(datetime) not in ('real', 'integer') and type < 50",
           "{} transactions whose date is a text or missing"},
-    Count{"books", "select count(*) from transactions where deleted = 0 and book != '' and book not in"
-                   " (select oldTitle from account where kind = 2)",
+    Count{"books",
+          "select count(*) from transactions where deleted = 0 and book != '' and book not in"
+          " (select oldTitle from account where kind = 2)",
           "{} transactions of a book that does not exist"},
-    Count{"accounts", "select count(*) from transactions where deleted = 0 and account != '' and account not in"
-                      " (select oldTitle from account where kind = 1)",
+    Count{"accounts",
+          "select count(*) from transactions where deleted = 0 and account != '' and account not in"
+          " (select oldTitle from account where kind = 1)",
           "{} transactions of an account that does not exist"},
-    Count{"categories", "select count(*) from transactions where deleted = 0 and category != '' and"
-                        " category != '#NOMVCATEGORY' and category not in (select oldTitle from category)",
+    Count{"categories",
+          "select count(*) from transactions where deleted = 0 and category != '' and"
+          " category != '#NOMVCATEGORY' and category not in (select oldTitle from category)",
           "{} transactions of a category that does not exist"},
-    Count{"vendors", "select count(*) from transactions where deleted = 0 and vendor != '' and type in (11, 12) and"
-                     " vendor not in ('NoVendor', 'NoPayee', 'NoPayer') and vendor not in"
-                     " (select oldTitle from category where type in (6, 9))",
+    Count{"vendors",
+          "select count(*) from transactions where deleted = 0 and vendor != '' and type in (11, 12) and"
+          " vendor not in ('NoVendor', 'NoPayee', 'NoPayer') and vendor not in"
+          " (select oldTitle from category where type in (6, 9))",
           "{} transactions of a vendor that does not exist"},
-    Count{"transfers", "select count(*) from transactions as side where side.deleted = 0 and side.type in (23, 33) and"
-                       " not exists (select 1 from transactions as other where other.transferEID = side.transferEID"
-                       " and other.deleted = 0 and other.type = 56 - side.type)",
+    Count{"transfers",
+          "select count(*) from transactions as side where side.deleted = 0 and side.type in (23, 33) and"
+          " not exists (select 1 from transactions as other where other.transferEID = side.transferEID"
+          " and other.deleted = 0 and other.type = 56 - side.type)",
           "{} transfers of which only one side is there"},
     Count{"keys of books and accounts",
           "select count(*) from (select oldTitle from account group by oldTitle having count(*) > 1)",
@@ -81,8 +86,9 @@ std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
   }
   {
     const auto missing = root.db().missingIndexes();
-    findings.push_back({"indexes", missing.empty(),
-                        missing.empty() ? std::string() : fmt::format("{} indexes are missing", missing.size())});
+    findings.push_back(
+        {"indexes", missing.empty(),
+         missing.empty() ? std::string() : fmt::format("{} indexes are missing", missing.size())});
   }
   return findings;
 }

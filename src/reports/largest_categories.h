@@ -6,8 +6,8 @@
 
 namespace moniva {
 
-/// The top-level categories of that type (11 income, 12 expense) in which the book has something in the period, the
-/// largest amount first; equal amounts in the order of their titles.
+/// The top-level categories of that type (11 income, 12 expense) in which the book has something in the
+/// period, the largest amount first; equal amounts in the order of their titles.
 std::vector<TransReportSummary> largestCategories(const MonivaAccount& book, int type, Date from, Date to);
 
 }  // namespace moniva

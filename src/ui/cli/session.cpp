@@ -151,7 +151,9 @@ void Session::say(std::string_view message) {
   if (!options_.quiet) terminal_.err << message << '\n';
 }
 
-void Session::complain(std::string_view message) { terminal_.err << message << '\n'; }
+void Session::complain(std::string_view message) {
+  terminal_.err << message << '\n';
+}
 
 void Session::printJson(const boost::json::value& value) {
   out() << jsonText(value, JsonLayout::pretty) << '\n';
