@@ -2,30 +2,13 @@
 
 #include <set>
 
-#include "model/transaction_type.h"
-
 namespace moniva {
 namespace {
 
-/// +1 for kinds that bring money in, -1 for kinds that take it out, 0 for rows that are no money movement.
-int signOf(std::int64_t type) {
-  switch (type) {
-    case kind::kIncome:
-    case kind::kFurtherIncome:
-    case kind::kTransferIn:
-    case kind::kBorrowed:
-    case kind::kRepaidToUs:
-      return 1;
-    case kind::kExpense:
-    case kind::kFurtherExpense:
-    case kind::kTransferOut:
-    case kind::kLent:
-    case kind::kRepaidByUs:
-      return -1;
-    default:
-      return 0;
-  }
-}
+/// What came in and what went out, as the columns of a query.
+constexpr std::string_view kInAndOut =
+    "sum(case when type in (11, 13, 23, 24, 25) then amount end), sum(case when type in (12, 14, 33, 34, 35) then amount"
+    " end)";
 
 double openingBalance(const MonivaAccount& account) {
   if (!account.isGroup) return account.beginBalance;
@@ -63,14 +46,10 @@ bool count(MonivaAccount& account, std::set<std::string>& counted) {
 double getTheTotalBalance(const MonivaAccount& account) {
   Connection* db = account.root().db().getDatabase();
   if (db == nullptr) return 0;
-  double balance = openingBalance(account);
-  Run run =
-      db->query(fmt::format("select type, sum(amount) as amount from transactions where {} and deleted = 0"
-                            " and paid = 1 and type > 10 and type < 50 group by type",
-                            accountQuerySQL(account)),
-                {account.pk});
-  while (run.next()) balance += signOf(run.integer(0)) * run.real(1);
-  return balance;
+  Run run = db->query(fmt::format("select {} from transactions where {} and deleted = 0 and paid = 1", kInAndOut,
+                                  accountQuerySQL(account)),
+                      {account.pk});
+  return openingBalance(account) + (run.next() ? run.real(0) - run.real(1) : 0);
 }
 
 bool countTheTotalBalance(MonivaAccount& account) {
@@ -83,9 +62,9 @@ std::map<std::string, double, std::less<>> sumsOfAllAccounts(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return sums;
   Run run = db->query(
-      "select account, type, sum(amount) from transactions where account != '' and deleted = 0 and paid = 1"
-      " and type > 10 and type < 50 group by account, type");
-  while (run.next()) sums[std::string(run.text(0))] += signOf(run.integer(1)) * run.real(2);
+      fmt::format("select account, {} from transactions where account != '' and deleted = 0 and paid = 1 group by account",
+                  kInAndOut));
+  while (run.next()) sums.emplace(run.text(0), run.real(1) - run.real(2));
   return sums;
 }
 
