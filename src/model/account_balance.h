@@ -17,6 +17,9 @@ double getTheTotalBalance(const MonivaAccount& account);
 /// for every group that contains the row. False when it could not be written.
 bool countTheTotalBalance(MonivaAccount& account);
 
+/// The same for one more amount (below zero for one that goes out), without counting everything again.
+bool addToTotalBalance(MonivaAccount& account, double amount);
+
 /// What all accounts' transactions come to, by account key, in one pass; opening balances are not in it.
 std::map<std::string, double, std::less<>> sumsOfAllAccounts(MVAppRoot& root);
 

@@ -220,6 +220,11 @@ bool MonivaAccount::updateTotalBalance(double balance) {
   return root_->executeUpdate("update account set totalBalance=? where oldTitle=?", balance, pk);
 }
 
+bool MonivaAccount::addToTotalBalance(double amount) {
+  totalBalance += amount;
+  return root_->executeUpdate("update account set totalBalance=totalBalance+? where oldTitle=?", amount, pk);
+}
+
 void MonivaAccount::saveToLocal() const {
   auto& defaults = *root_->platform().userDefaults;
   defaults.setString(pk, "accountPK");

@@ -74,6 +74,8 @@ class MonivaAccount {
   bool updateYearStartsOn(int month);
   /// Caches the balance; not an edit, so it leaves the stamp alone.
   bool updateTotalBalance(double balance);
+  /// The same for what is added to it.
+  bool addToTotalBalance(double amount);
 
   /// Keeps this book as the current one in the user defaults.
   void saveToLocal() const;

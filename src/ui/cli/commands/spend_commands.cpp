@@ -126,7 +126,12 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   }
   done(spend.add());
   if (vendor) vendor->updateUsingCount(spend.type);
-  if (account) countTheTotalBalance(*account);
+  if (spend.paid) {
+    const double change = options.income ? spend.amount : -spend.amount;
+    auto counted = book;
+    addToTotalBalance(counted, change);
+    if (account) addToTotalBalance(*account, change);
+  }
   if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal().why);
   root.markRecentEditDate();
   root.platform().notifications.post(notification::kExpenseChanged);
@@ -185,8 +190,10 @@ void addTransfer(Session& session, const TransferAddOptions& options) {
   Transaction transaction(*db);
   if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal().why);
   done(transfer.add());
-  countTheTotalBalance(from);
-  countTheTotalBalance(to);
+  if (transfer.paid) {
+    addToTotalBalance(from, -transfer.amountA);
+    addToTotalBalance(to, transfer.amountB);
+  }
   if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal().why);
   root.markRecentEditDate();
   root.platform().notifications.post(notification::kExpenseChanged);
