@@ -17,6 +17,23 @@ int flagOf(FileLock::Mode mode) {
   return mode == FileLock::Mode::shared ? LOCK_SH : LOCK_EX;
 }
 
+/// Takes the lock, trying for so many seconds; answers 0, or the error that was met last.
+int take(int descriptor, FileLock::Mode mode, double seconds) {
+  using Watch = std::chrono::steady_clock;
+  const auto end = Watch::now() + std::chrono::duration<double>(seconds);
+  while (::flock(descriptor, flagOf(mode) | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return errno;
+    if (Watch::now() >= end) return EWOULDBLOCK;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return 0;
+}
+
+tl::unexpected<Refusal> notTaken(const std::filesystem::path& path, int error) {
+  if (error == EWOULDBLOCK) return refuse("another program is using '{}'", path.string());
+  return refuse("cannot lock '{}': {}", path.string(), std::generic_category().message(error));
+}
+
 }  // namespace
 
 Result<FileLock> FileLock::acquire(const std::filesystem::path& path, Mode mode, double seconds) {
@@ -25,23 +42,18 @@ Result<FileLock> FileLock::acquire(const std::filesystem::path& path, Mode mode,
     return refuse("cannot make the lock '{}': {}", path.string(), std::generic_category().message(errno));
   }
   FileLock lock(fd, path);
-  if (auto taken = lock.change(mode, seconds); !taken) return tl::make_unexpected(taken.error());
+  if (const int error = take(fd, mode, seconds); error != 0) return notTaken(path, error);
+  lock.mode_ = mode;
   return lock;
 }
 
 Result<> FileLock::change(Mode mode, double seconds) {
-  using Watch = std::chrono::steady_clock;
-  const auto end = Watch::now() + std::chrono::duration<double>(seconds);
-  while (::flock(descriptor_, flagOf(mode) | LOCK_NB) != 0) {
-    if (errno != EWOULDBLOCK && errno != EINTR) {
-      return refuse("cannot lock '{}': {}", path_.string(), std::generic_category().message(errno));
+  if (const int error = take(descriptor_, mode, seconds); error != 0) {
+    // Trying to change the mode has let go of the old lock. It is waited for: whoever got it in between
+    // replaces a file and is done soon.
+    while (::flock(descriptor_, flagOf(mode_)) != 0 && errno == EINTR) {
     }
-    if (Watch::now() >= end) {
-      // Changing the mode lets go of the old lock first; take it back.
-      ::flock(descriptor_, flagOf(mode_) | LOCK_NB);
-      return refuse("another program is using '{}'", path_.string());
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return notTaken(path_, error);
   }
   mode_ = mode;
   return {};

@@ -41,9 +41,11 @@ Result<> FileUserDefaults::synchronize() {
   if (!lock) return tl::make_unexpected(lock.error());
   const auto text = readFileIfPresent(path_);
   if (!text) return tl::make_unexpected(text.error());
-  Values merged;
+  // A file that was removed or damaged since the opening takes nothing along that is still known here.
+  Values merged = values_;
   if (text->has_value()) {
     if (auto object = parsed(**text)) {
+      merged.clear();
       for (auto& [key, value] : *object) merged.insert_or_assign(std::string(key), std::move(value));
     }
   }
