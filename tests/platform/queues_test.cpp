@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+
+#include "platform/notification_center.h"
+#include "platform/work_queue.h"
+
+namespace moniva {
+namespace {
+
+TEST(WorkQueue, runsBlocksOneByOneInOrderAndToTheLast) {
+  std::vector<int> order;
+  std::atomic<int> atOnce = 0;
+  std::atomic<bool> overlapped = false;
+  {
+    WorkQueue queue;
+    for (int n = 0; n < 200; ++n) {
+      queue.dispatch([&, n] {
+        overlapped = overlapped || ++atOnce > 1;
+        order.push_back(n);
+        if (n == 199) queue.dispatch([&] { order.push_back(200); });
+        --atOnce;
+      });
+    }
+  }
+  ASSERT_EQ(order.size(), 201U) << "the queue ends only when nothing is left, what its blocks added too";
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+  EXPECT_FALSE(overlapped);
+}
+
+TEST(WorkQueue, waitsForABlockAndRunsANestedOneAtOnce) {
+  WorkQueue queue;
+  std::string trace;
+  EXPECT_FALSE(queue.isThisThread());
+  queue.dispatch([&] { trace += "a"; });
+  queue.runAndWait([&] {
+    trace += queue.isThisThread() ? "b" : "?";
+    queue.dispatch([&] { trace += "d"; });
+    queue.runAndWait([&] { trace += "c"; });
+  });
+  queue.drain();
+  EXPECT_EQ(trace, "abcd");
+  EXPECT_FALSE(queue.isBusy());
+}
+
+TEST(MainQueue, runsWhatOtherThreadsHandItOnItsOwn) {
+  MainQueue main;
+  WorkQueue queue;
+  std::string trace;
+  queue.runAndWait([&] {
+    EXPECT_FALSE(main.isMainThread());
+    main.dispatch([&] {
+      trace += main.isMainThread() ? "a" : "?";
+      main.dispatch([&] { trace += "b"; });
+    });
+  });
+  EXPECT_EQ(trace, "");
+  main.runPending();
+  EXPECT_EQ(trace, "ab");
+}
+
+TEST(NotificationCenter, tellsWhoeverObservesTheName) {
+  NotificationCenter center;
+  std::string trace;
+  auto first = center.observe("a", [&] { trace += "1"; });
+  {
+    auto token = center.observe("a", [&] { trace += "2"; });
+    auto other = center.observe("b", [&] { trace += "?"; });
+    center.post("a");
+    EXPECT_EQ(trace, "12");
+  }
+  // An observer may end itself, and add another, while it is told.
+  NotificationCenter::Token added;
+  auto second = center.observe("a", [&] {
+    first.reset();
+    added = center.observe("a", [&] { trace += "3"; });
+  });
+  center.post("a");
+  EXPECT_EQ(trace, "121");
+  second.reset();
+  center.post("a");
+  EXPECT_EQ(trace, "1213");
+}
+
+}  // namespace
+}  // namespace moniva

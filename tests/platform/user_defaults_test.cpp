@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <csignal>
+
+#include "platform/posix/file_user_defaults.h"
+#include "support/temporary_folder.h"
+
+namespace moniva {
+namespace {
+
+constexpr Date kNow{1709217005};
+
+std::unique_ptr<FileUserDefaults> opened(const std::filesystem::path& path) {
+  auto defaults = FileUserDefaults::open(path, kNow);
+  EXPECT_TRUE(defaults) << defaults.error().why;
+  return std::move(*defaults);
+}
+
+TEST(FileUserDefaults, keepsWhatWasSetAndForgetsWhatWasRemoved) {
+  const TemporaryFolder folder;
+  const auto file = folder / "settings.json";
+  const auto first = opened(file);
+  first->setString("hülle \"\\\n", "text");
+  first->setDate(Date{1709217005.123456}, "date");
+  first->setString("1", "gone");
+  EXPECT_FALSE(std::filesystem::exists(file)) << "changes wait for synchronize";
+  ASSERT_TRUE(first->synchronize());
+  first->removeObjectForKey("gone");
+  ASSERT_TRUE(first->synchronize());
+
+  const auto second = opened(file);
+  EXPECT_EQ(second->notice(), "");
+  EXPECT_EQ(second->stringForKey("text"), "hülle \"\\\n");
+  EXPECT_EQ(second->dateForKey("date"), (Date{1709217005.123456})) << "to the last bit";
+  EXPECT_EQ(second->objectForKey("gone"), std::nullopt);
+  EXPECT_EQ(second->stringForKey("date"), std::nullopt) << "a number is no text";
+  EXPECT_EQ(second->dateForKey("text"), std::nullopt) << "a text is no date";
+}
+
+TEST(FileUserDefaults, twoWritersKeepEachOthersChanges) {
+  const TemporaryFolder folder;
+  const auto file = folder / "settings.json";
+  const auto one = opened(file);
+  one->setString("old", "shared");
+  one->setString("1", "removedByTwo");
+  ASSERT_TRUE(one->synchronize());
+  const auto two = opened(file);
+  one->setString("one", "a");
+  two->setString("two", "b");
+  two->setString("new", "shared");
+  two->removeObjectForKey("removedByTwo");
+  ASSERT_TRUE(one->synchronize());
+  ASSERT_TRUE(two->synchronize());
+  ASSERT_TRUE(one->synchronize());
+  one->setString("again", "a");
+  ASSERT_TRUE(one->synchronize());
+
+  const auto after = opened(file);
+  EXPECT_EQ(after->stringForKey("a"), "again");
+  EXPECT_EQ(after->stringForKey("b"), "two");
+  EXPECT_EQ(after->stringForKey("shared"), "new") << "one did not change it after two had";
+  EXPECT_EQ(after->objectForKey("removedByTwo"), std::nullopt);
+  EXPECT_EQ(one->stringForKey("b"), "two") << "synchronize takes in what the other wrote";
+}
+
+TEST(FileUserDefaults, aDamagedFileIsSetAsideUntouched) {
+  struct Case {
+    const char* bytes;
+    const char* why;
+  };
+  for (const auto& [bytes, why] : {
+           Case{"", "emptied by a full disk"},
+           Case{"{\"a\": \"b\"", "cut short"},
+           Case{"[1, 2]", "JSON, but no object"},
+           Case{"\x00\xff\xfe{}", "no text"},
+       }) {
+    SCOPED_TRACE(why);
+    const TemporaryFolder folder;
+    const auto file = folder / "settings.json";
+    putBytes(file, bytes);
+    const auto defaults = opened(file);
+    const auto aside = folder / "settings.json.set-aside-20240229-143005";
+    EXPECT_NE(defaults->notice().find(aside.filename().string()), std::string::npos) << defaults->notice();
+    EXPECT_EQ(bytesOf(aside), bytes);
+    defaults->setString("1", "new");
+    ASSERT_TRUE(defaults->synchronize());
+    EXPECT_EQ(opened(file)->stringForKey("new"), "1");
+  }
+}
+
+TEST(FileUserDefaults, whatIsKnownSurvivesAFileDamagedOrRemovedMeanwhile) {
+  for (const bool removed : {false, true}) {
+    const TemporaryFolder folder;
+    const auto file = folder / "settings.json";
+    const auto defaults = opened(file);
+    defaults->setString("device", "itsUDID");
+    ASSERT_TRUE(defaults->synchronize());
+    if (removed) {
+      std::filesystem::remove(file);
+    } else {
+      putBytes(file, "{\"itsUDID\": \"dev");
+    }
+    defaults->setString("1", "fixAllRepeat");
+    ASSERT_TRUE(defaults->synchronize());
+    EXPECT_EQ(opened(file)->stringForKey("itsUDID"), "device") << "removed: " << removed;
+    EXPECT_EQ(opened(file)->stringForKey("fixAllRepeat"), "1");
+  }
+}
+
+TEST(FileUserDefaults, aFileThatCannotBeReadOrWrittenIsRefusedByName) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder / "settings.json");
+  const auto refused = FileUserDefaults::open(folder / "settings.json", kNow);
+  ASSERT_FALSE(refused);
+  EXPECT_NE(refused.error().why.find((folder / "settings.json").string()), std::string::npos);
+
+  const auto nowhere = opened(folder / "missing" / "settings.json");
+  nowhere->setString("1", "a");
+  const auto saved = nowhere->synchronize();
+  ASSERT_FALSE(saved);
+  EXPECT_NE(saved.error().why.find("missing/settings.json"), std::string::npos);
+  std::filesystem::create_directory(folder / "missing");
+  EXPECT_TRUE(nowhere->synchronize()) << "the change is still waiting";
+  EXPECT_EQ(opened(folder / "missing" / "settings.json")->stringForKey("a"), "1");
+}
+
+TEST(FileUserDefaults, aKilledWriterLeavesTheOldFileOrTheNewOne) {
+  const TemporaryFolder folder;
+  const auto file = folder / "settings.json";
+  const std::string big(200'000, 'x');
+  {
+    const auto defaults = opened(file);
+    defaults->setString(big + "0", "text");
+    ASSERT_TRUE(defaults->synchronize());
+  }
+  for (int round = 0; round < 10; ++round) {
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+      auto defaults = FileUserDefaults::open(file, kNow);
+      for (int n = 0;; ++n) {
+        (*defaults)->setString(big + std::to_string(n), "text");
+        if (!(*defaults)->synchronize()) ::_exit(1);
+        if (n == 0 && ::write(ready[1], "x", 1) != 1) ::_exit(1);
+      }
+    }
+    char started = 0;
+    ASSERT_EQ(::read(ready[0], &started, 1), 1);
+    ::usleep(static_cast<useconds_t>(round * 700));
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    ::close(ready[0]);
+    ::close(ready[1]);
+    const auto after = opened(file);
+    ASSERT_EQ(after->notice(), "");
+    ASSERT_TRUE(after->stringForKey("text").value_or("").starts_with(big));
+  }
+}
+
+}  // namespace
+}  // namespace moniva
