@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
 #include <utility>
 
 namespace moniva {
@@ -13,7 +14,8 @@ Run::Run(Run&& other) noexcept
     : connection_(other.connection_),
       statement_(std::exchange(other.statement_, nullptr)),
       owned_(other.owned_),
-      ok_(other.ok_) {}
+      ok_(other.ok_),
+      ended_(other.ended_) {}
 
 Run::~Run() {
   if (statement_ == nullptr) return;
@@ -26,9 +28,11 @@ Run::~Run() {
 }
 
 bool Run::next() {
-  if (!ok_ || statement_ == nullptr) return false;
+  // Stepped once more, the engine would begin again.
+  if (!ok_ || ended_) return false;
   const int rc = sqlite3_step(statement_);
   if (rc == SQLITE_ROW) return true;
+  ended_ = true;
   if (rc != SQLITE_DONE) {
     ok_ = false;
     connection_->noteError();
@@ -57,6 +61,8 @@ bool Run::isNull(int column) const {
 
 Connection::Connection(sqlite3* handle, std::filesystem::path path)
     : handle_(handle), path_(std::move(path)) {
+  static std::atomic<std::uint64_t> opened = 0;
+  serial_ = ++opened;
   sqlite3_extended_result_codes(handle_, 1);
   sqlite3_commit_hook(
       handle_,
@@ -84,7 +90,16 @@ Result<std::unique_ptr<Connection>> Connection::open(const std::filesystem::path
     return refuse("the data file '{}' cannot be opened: {}", path.string(), why);
   }
   std::unique_ptr<Connection> connection(new Connection(handle, path));
-  sqlite3_busy_timeout(handle, busyTimeout);
+  // The engine's own handler sleeps ever longer, and a thread that writes on and on would starve the other.
+  connection->patience_ = busyTimeout;
+  sqlite3_busy_handler(
+      handle,
+      [](void* self, int tries) {
+        if (tries >= static_cast<Connection*>(self)->patience_) return 0;
+        sqlite3_sleep(1);
+        return 1;
+      },
+      connection.get());
   if (access == Access::readWrite && sqlite3_db_readonly(handle, "main") == 1) {
     return refuse("the data file '{}' cannot be written", path.string());
   }
@@ -105,6 +120,7 @@ Run Connection::query(std::string_view sql, std::initializer_list<Value> argumen
 }
 
 Run Connection::query(std::string_view sql, std::span<const Value> arguments) {
+  if (depth_ > 0 && !inTransaction()) return {this, nullptr, false};
   sqlite3_stmt* statement = nullptr;
   bool owned = false;
   if (const auto found = statements_.find(sql); found != statements_.end()) {

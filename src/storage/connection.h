@@ -48,6 +48,7 @@ class Run {
   sqlite3_stmt* statement_;
   bool owned_;
   bool ok_ = true;
+  bool ended_ = false;
 };
 
 /// One connection to one SQLite file, used by one thread. Compiled statements are kept by their text, so that
@@ -66,7 +67,8 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
 
   /// Binds the arguments to the statement's slots, in order. A text that does not compile and a wrong number
-  /// of arguments give a run that is not ok.
+  /// of arguments give a run that is not ok; so does every text while a Transaction lives whose writes the
+  /// engine has undone by itself (a full disk), lest the rest of them be kept alone.
   Run query(std::string_view sql, std::initializer_list<Value> arguments = {});
   Run query(std::string_view sql, std::span<const Value> arguments);
   /// Runs a statement to its end; true when it succeeded.
@@ -87,6 +89,8 @@ class Connection {
   bool inTransaction() const;
   /// Changes when another connection has written to the file.
   std::int64_t dataVersion();
+  /// Tells this connection from every other the program has opened, closed ones too.
+  std::uint64_t serial() const { return serial_; }
 
   /// How many statements were compiled since opening, and how many transactions that wrote were committed:
   /// exact counters for tests.
@@ -108,6 +112,8 @@ class Connection {
 
   sqlite3* handle_;
   std::filesystem::path path_;
+  std::uint64_t serial_;
+  int patience_ = 0;
   std::unordered_map<std::string, sqlite3_stmt*, TextHash, std::equal_to<>> statements_;
   int errorCode_ = 0;
   std::string errorMessage_;
