@@ -1,6 +1,8 @@
 #include "storage/edit_stamp.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace moniva {
 namespace {
@@ -18,30 +20,37 @@ constexpr std::string_view kNewestStamps =
     "DESC limit 1) "
     "union all select max(editDate) from monivaSys where editDate < 32503680000.0)";
 
-/// Doubles of this century are 2.4e-7 s apart; a step of a microsecond always shows.
-constexpr double kStep = 1e-6;
+/// A microsecond later, or the next double: in this century they are 2.4e-7 s apart, from 2514 on 3.8e-6.
+double above(double stamp) {
+  return std::max(stamp + 1e-6, std::nextafter(stamp, std::numeric_limits<double>::infinity()));
+}
 
 }  // namespace
 
 Date EditStamp::next(Connection& connection, Date now) {
   const std::scoped_lock lock(mutex_);
-  const std::size_t slot = seenBy_[0] == &connection || seenBy_[0] == nullptr ? 0 : 1;
+  // The connection's own entry, or else the one of the connection opened before the other.
+  auto seen = std::ranges::find(seen_, connection.serial(), &Seen::serial);
+  if (seen == seen_.end()) seen = std::ranges::min_element(seen_, {}, &Seen::serial);
   const std::int64_t version = connection.dataVersion();
-  if (seenBy_[slot] != &connection || seenVersion_[slot] != version) {
+  if (seen->serial != connection.serial() || seen->version != version) {
     Run run = connection.query(kNewestStamps);
     if (run.next()) last_ = std::max(last_, run.real(0));
-    seenBy_[slot] = &connection;
-    seenVersion_[slot] = version;
+    *seen = {connection.serial(), version};
   }
-  last_ = std::max(now.secondsSince1970, last_ + kStep);
+  last_ = std::max(now.secondsSince1970, above(last_));
   return Date{last_};
+}
+
+void EditStamp::saw(Date stamp) {
+  const std::scoped_lock lock(mutex_);
+  last_ = std::max(last_, stamp.secondsSince1970);
 }
 
 void EditStamp::forget() {
   const std::scoped_lock lock(mutex_);
   last_ = 0;
-  seenBy_[0] = seenBy_[1] = nullptr;
-  seenVersion_[0] = seenVersion_[1] = -1;
+  seen_ = {};
 }
 
 }  // namespace moniva
