@@ -5,11 +5,6 @@ namespace moniva {
 DatabaseQueue::DatabaseQueue(std::filesystem::path path, Prepare opened)
     : path_(std::move(path)), prepare_(std::move(opened)) {}
 
-DatabaseQueue::~DatabaseQueue() {
-  // The connection belongs to the queue's thread, so it is closed there.
-  if (connection_) queue_.runAndWait([this] { connection_.reset(); });
-}
-
 void DatabaseQueue::inDatabase(const std::function<void(Connection*)>& block) {
   queue_.runAndWait([&] { block(connection()); });
 }

@@ -16,7 +16,6 @@ class DatabaseQueue {
   /// `opened` prepares a fresh connection; false from it means that the connection is not to be used.
   using Prepare = std::function<bool(Connection&)>;
   DatabaseQueue(std::filesystem::path path, Prepare opened);
-  ~DatabaseQueue();
 
   /// Runs the block on the queue's thread and waits for it; from a block of the queue it runs at once. The
   /// block gets no connection (null) when the file cannot be opened.
@@ -32,6 +31,7 @@ class DatabaseQueue {
   std::filesystem::path path_;
   Prepare prepare_;
   std::unique_ptr<Connection> connection_;
+  /// Declared last: its blocks use the connection until it has ended.
   WorkQueue queue_;
 };
 

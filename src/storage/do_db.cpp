@@ -4,6 +4,7 @@
 
 #include <mutex>
 #include <set>
+#include <utility>
 
 #include "storage/indexes_sql.h"
 #include "storage/mv_app_root.h"
@@ -65,10 +66,11 @@ std::filesystem::path DoDB::defaultPath() const {
 bool DoDB::setDatabasePath(const std::filesystem::path& path) {
   std::error_code error;
   if (!std::filesystem::exists(path, error)) return false;
-  const auto before = databasePath_;
-  databasePath_ = path;
+  const bool wasOpen = isOpen();
+  const auto before = std::exchange(databasePath_, path);
   if (initDatabase()) return true;
   databasePath_ = before;
+  if (wasOpen) initDatabase();
   return false;
 }
 
@@ -146,6 +148,8 @@ void DoDB::addIndexesIfMissing() {
 }
 
 void DoDB::closeDatabase() {
+  // Blocks handed in earlier still ask this object for their connection.
+  drain();
   queue_.reset();
   fmdb_.reset();
 }
