@@ -59,15 +59,14 @@ MVAppRoot::MVAppRoot(Platform& platform, DoDB& db) : platform_(platform), db_(db
 MVAppRoot::~MVAppRoot() = default;
 
 const std::string& MVAppRoot::itsUDID() {
-  if (udid_.empty()) {
+  std::call_once(udidMade_, [this] {
     auto& defaults = *platform_.userDefaults;
     udid_ = defaults.stringForKey("itsUDID").value_or("");
-    if (udid_.empty()) {
-      udid_ = newIdentifier();
-      defaults.setString(udid_, "itsUDID");
-      if (auto saved = defaults.synchronize(); !saved) addNotice(saved.error().why);
-    }
-  }
+    if (!udid_.empty()) return;
+    udid_ = newIdentifier();
+    defaults.setString(udid_, "itsUDID");
+    if (auto saved = defaults.synchronize(); !saved) addNotice(saved.error().why);
+  });
   return udid_;
 }
 

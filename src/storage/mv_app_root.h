@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -37,6 +39,8 @@ class MVAppRoot {
   const std::string& itsUDID();
   /// A stamp for `editDate`: now, but above every stamp the store has.
   Date editStamp();
+  /// To be told of a stamp written as it came, with a row merged from elsewhere: those to come are above it.
+  void sawEditStamp(Date stamp) { stamps_.saw(stamp); }
   /// A new identifier, ordered by time.
   std::string newIdentifier();
 
@@ -93,13 +97,21 @@ class MVAppRoot {
   int taskID = 0;
 
  private:
+  /// The data file in use, or the one that would be.
+  std::filesystem::path dataFile() const;
+  /// Keeps other programs from replacing the data file, from the first call on.
+  Result<> hold();
+  /// Runs the change while no other program holds the data file.
   Result<> exclusively(const std::function<Result<>()>& change);
+  Result<> takeSafetyCopy();
+  Result<> clearJournal();
 
   Platform& platform_;
   DoDB& db_;
   EditStamp stamps_;
   UuidGenerator identifiers_;
   std::optional<FileLock> lock_;
+  std::once_flag udidMade_;
   std::string udid_;
   std::mutex noticesMutex_;
   std::vector<std::string> notices_;

@@ -26,61 +26,76 @@ std::vector<std::string> containersFor(const AppInfo& info) {
 
 }  // namespace
 
+fs::path MVAppRoot::dataFile() const {
+  return db_.databasePath().empty() ? db_.defaultPath() : db_.databasePath();
+}
+
+Result<> MVAppRoot::hold() {
+  if (lock_) return {};
+  auto held = FileLock::acquire(db_.defaultPath().string() + ".lock", FileLock::Mode::shared, kLockPatience);
+  if (!held) return tl::make_unexpected(held.error());
+  lock_ = std::move(*held);
+  return {};
+}
+
 Result<> MVAppRoot::exclusively(const std::function<Result<>()>& change) {
-  if (!lock_) return refuse("the store in '{}' is not held", platform_.directories.documents.string());
+  if (auto held = hold(); !held) return held;
   if (auto alone = lock_->change(FileLock::Mode::exclusive, kLockPatience); !alone) {
     return refuse("the data file '{}' is in use by another program; nothing was changed",
-                  db_.defaultPath().string());
+                  dataFile().string());
   }
   auto changed = change();
   if (auto shared = lock_->change(FileLock::Mode::shared, kLockPatience); changed && !shared) return shared;
   return changed;
 }
 
-Result<> MVAppRoot::copyDatabaseIfNeed() {
-  const auto& documents = platform_.directories.documents;
+Result<> MVAppRoot::takeSafetyCopy() {
+  const fs::path backup = platform_.directories.documents / "backupBeforeUpdate.dat";
+  if (!isPresent(backup)) return {};
+  db_.closeDatabase();
+  if (!db_.databaseIsAvailable(backup)) {
+    auto aside = setDataFileAside(backup, now());
+    if (!aside) return tl::make_unexpected(aside.error());
+    addNotice(
+        fmt::format("The safety copy '{}' cannot be read. It was set aside as '{}'; the data file stays.",
+                    backup.filename().string(), aside->filename().string()));
+    return {};
+  }
+  if (auto settled = settleDataFile(backup); !settled) return settled;
+  stamps_.forget();
+  return exclusively([&]() -> Result<> {
+    auto aside = replaceDataFile(db_.defaultPath(), backup, now());
+    if (!aside) return tl::make_unexpected(aside.error());
+    addNotice(
+        aside->empty()
+            ? fmt::format("The safety copy '{}' is now the data file.", backup.string())
+            : fmt::format("The safety copy '{}' took the place of the data file, which is kept as '{}'.",
+                          backup.filename().string(), aside->filename().string()));
+    return {};
+  });
+}
+
+Result<> MVAppRoot::clearJournal() {
   const fs::path path = db_.defaultPath();
-  if (auto folder = makeWritableFolder(documents); !folder) return folder;
-  if (!lock_) {
-    auto held = FileLock::acquire(path.string() + ".lock", FileLock::Mode::shared, kLockPatience);
-    if (!held) return tl::make_unexpected(held.error());
-    lock_ = std::move(*held);
-  }
   const fs::path journal = path.string() + "-journal";
-  if (isPresent(journal)) {
-    // An interrupted program of the older kind left its undo journal: it is applied before it goes.
-    if (auto settled = settleDataFile(path); !settled) return settled;
-    if (isPresent(journal)) {
-      std::error_code error;
-      fs::remove(journal, error);
-      if (error)
-        return refuse("the leftover journal '{}' cannot be removed: {}", journal.string(), error.message());
-    }
+  if (!isPresent(journal)) return {};
+  // An interrupted program of the older kind left its undo journal: it is applied before it goes.
+  if (auto settled = settleDataFile(path); !settled) return settled;
+  std::error_code error;
+  fs::remove(journal, error);
+  if (error) {
+    return refuse("the leftover journal '{}' cannot be removed: {}", journal.string(), error.message());
   }
-  if (const fs::path backup = documents / "backupBeforeUpdate.dat"; isPresent(backup)) {
-    db_.closeDatabase();
-    if (db_.databaseIsAvailable(backup)) {
-      if (auto settled = settleDataFile(backup); !settled) return settled;
-      auto replaced = exclusively([&]() -> Result<> {
-        auto aside = replaceDataFile(path, backup, now());
-        if (!aside) return tl::make_unexpected(aside.error());
-        addNotice(
-            aside->empty()
-                ? fmt::format("The safety copy '{}' is now the data file.", backup.string())
-                : fmt::format("The safety copy '{}' took the place of the data file, which is kept as '{}'.",
-                              backup.filename().string(), aside->filename().string()));
-        return {};
-      });
-      if (!replaced) return replaced;
-      stamps_.forget();
-    } else {
-      auto aside = setDataFileAside(backup, now());
-      if (!aside) return tl::make_unexpected(aside.error());
-      addNotice(
-          fmt::format("The safety copy '{}' cannot be read. It was set aside as '{}'; the data file stays.",
-                      backup.filename().string(), aside->filename().string()));
-    }
-  }
+  return {};
+}
+
+Result<> MVAppRoot::copyDatabaseIfNeed() {
+  const fs::path path = db_.defaultPath();
+  if (auto folder = makeWritableFolder(platform_.directories.documents); !folder) return folder;
+  if (auto held = hold(); !held) return held;
+  // The safety copy comes first: it wins over a data file whose journal can no longer be applied, too.
+  if (auto taken = takeSafetyCopy(); !taken) return taken;
+  if (auto cleared = clearJournal(); !cleared) return cleared;
   if (!isPresent(path) && platform_.cloud->isSignedIn()) {
     for (const auto& container : containersFor(platform_.info)) {
       if (restoreDatafileFromiCloud(container)) break;
@@ -126,7 +141,7 @@ bool MVAppRoot::importFromGroupPath(const fs::path& folder) {
 }
 
 Result<> MVAppRoot::resetDatabase() {
-  const fs::path path = db_.defaultPath();
+  const fs::path path = dataFile();
   const fs::path fresh = path.string() + ".fresh";
   std::error_code ignored;
   fs::remove(fresh, ignored);
@@ -153,15 +168,15 @@ Result<fs::path> MVAppRoot::setDatabaseAside() {
   db_.closeDatabase();
   fs::path kept;
   auto moved = exclusively([&]() -> Result<> {
-    auto aside = setDataFileAside(db_.defaultPath(), now());
+    auto aside = setDataFileAside(dataFile(), now());
     if (!aside) return tl::make_unexpected(aside.error());
     kept = *aside;
     return {};
   });
   if (!moved) return tl::make_unexpected(moved.error());
   stamps_.forget();
-  addNotice(fmt::format("The data file '{}' is damaged. It was set aside as '{}'.",
-                        db_.defaultPath().string(), kept.filename().string()));
+  addNotice(fmt::format("The data file '{}' is damaged. It was set aside as '{}'.", dataFile().string(),
+                        kept.filename().string()));
   return kept;
 }
 
