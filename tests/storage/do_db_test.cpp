@@ -1,0 +1,265 @@
+#include "storage/do_db.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "platform/files.h"
+#include "storage/transaction.h"
+#include "support/device.h"
+
+namespace moniva {
+namespace {
+
+bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+TEST(Connections, areHandedOutByThread) {
+  Device device;
+  EXPECT_EQ(device.db.getDatabase(), nullptr);
+  EXPECT_TRUE(contains(device.takeFaults(), "==[Error]: main thread with no fmdb\n"));
+  EXPECT_FALSE(device.db.inDatabase("Test", [](Connection&) { ADD_FAILURE(); }));
+  EXPECT_TRUE(contains(device.takeFaults(), "==[Error]: background thread with no qudb\n"));
+  device.open();
+  Connection* main = device.db.getDatabase();
+  ASSERT_NE(main, nullptr);
+  EXPECT_TRUE(device.db.inDatabase("Test", [&](Connection& db) {
+    EXPECT_EQ(device.db.getDatabase(), &db);
+    EXPECT_NE(&db, main);
+    EXPECT_TRUE(device.root.executeUpdate("insert into monivaSys (key) values ('block')"));
+    std::thread([&] {
+      EXPECT_EQ(device.db.getDatabase(), nullptr) << "not in the block's own thread";
+    }).join();
+  }));
+  EXPECT_TRUE(contains(device.takeFaults(), "==[Error]: background thread with no qudb\n"));
+  EXPECT_EQ(device.rows("select key from monivaSys"), "block");
+  device.platform.userDefaults->setString("person7", "userRecordID");
+  std::thread([&] { EXPECT_FALSE(device.root.executeUpdate("delete from monivaSys")); }).join();
+  const auto faults = device.takeFaults();
+  EXPECT_TRUE(contains(faults, "==[Error]: background thread with no qudb\n"));
+  EXPECT_TRUE(contains(faults, "userRecordID: person7"));
+  EXPECT_TRUE(contains(faults, "Thursday, February 29, 2024 at 2:30:05")) << faults;
+}
+
+TEST(Connections, aSecondClassInABlockIsRefused) {
+  Device device;
+  device.open();
+  std::string trace;
+  EXPECT_TRUE(device.db.inDatabase("BillReport", [&](Connection& outer) {
+    EXPECT_FALSE(device.db.inDatabase("DoDBSync", [&](Connection&) { trace += "?"; }));
+    EXPECT_TRUE(device.db.inDatabase("BillReport", [&](Connection& inner) {
+      trace += &inner == &outer ? "a" : "?";
+    })) << "a class may nest its own blocks";
+    EXPECT_EQ(device.db.getDatabase(), &outer) << "the refused one took nothing away";
+    device.db.dispatchInDatabase("DoDBSync", [&](Connection&) { trace += "c"; });
+    trace += "b";
+  }));
+  device.db.drain();
+  EXPECT_EQ(trace, "abc") << "and comes after the block when it is handed in without waiting";
+  EXPECT_TRUE(contains(device.takeFaults(),
+                       "==[Error]: DB Error qudb 嵌套发生 当前class BillReport 申请calss DoDBSync\n"));
+}
+
+TEST(Connections, blocksHandedInBeforeTheClosingStillHaveTheirs) {
+  Device device;
+  device.open();
+  for (int n = 0; n < 20; ++n) {
+    device.db.dispatchInDatabase("Test", [&](Connection&) {
+      EXPECT_TRUE(device.root.executeUpdate("insert into monivaSys (key) values ('block')"));
+    });
+  }
+  device.open();
+  EXPECT_EQ(device.number("select count(*) from monivaSys"), 20);
+  device.db.dispatchInDatabase("Test", [](Connection&) {});
+  device.db.closeDatabase();
+  EXPECT_FALSE(device.db.isOpen());
+}
+
+TEST(Connections, twoWriteAndReadSideBySideUnrefused) {
+  Device device;
+  device.open();
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+  std::atomic<int> refused = 0;
+  int queued = 0;
+  int direct = 0;
+  device.db.dispatchInDatabase("Test", [&](Connection& db) {
+    while (std::chrono::steady_clock::now() < end) {
+      Transaction transaction(db);
+      const bool written = transaction.began() && db.execute("insert into photos (photoFull) values ('q')") &&
+                           db.execute("update monivaSys set value = value + 1 where key = 'queue'") &&
+                           transaction.commit();
+      if (!written) ++refused;
+      ++queued;
+      const ReadTransaction moment(db);
+      auto run = db.query("select count(*), count(distinct photoFull) from photos");
+      if (!run.next()) ++refused;
+    }
+  });
+  while (std::chrono::steady_clock::now() < end) {
+    if (!device.root.executeUpdate("insert into photos (photoFull) values ('m')")) ++refused;
+    ++direct;
+    if (device.root.editStamp() < device.platform.now()) ++refused;
+  }
+  device.db.drain();
+  EXPECT_EQ(refused, 0) << device.connection().lastErrorMessage();
+  EXPECT_GT(queued, 20);
+  EXPECT_GT(direct, 20);
+  EXPECT_EQ(device.number("select count(*) from photos"), queued + direct);
+}
+
+/// A file that is no store of this program, and what the refusal says of it.
+struct Foreign {
+  const char* why;
+  std::function<void(const std::filesystem::path&)> make;
+  const char* refusal;
+};
+
+TEST(Opening, leavesAFileItCannotUseAsItIs) {
+  const auto withPragma = [](const char* pragma) {
+    return [pragma](const std::filesystem::path& path) {
+      std::filesystem::copy_file(MONIVA_TEMPLATE, path);
+      auto raw = Connection::open(path, Connection::Access::readWrite);
+      ASSERT_TRUE((*raw)->executeScript(pragma));
+    };
+  };
+  const Foreign cases[] = {
+      {"a newer program's store", withPragma("PRAGMA user_version = 2"),
+       "was written by a newer version of the program (kind 2; this one knows up to 1)"},
+      {"another program's database", withPragma("PRAGMA application_id = 7"),
+       "is not a data file of this program"},
+      {"a database of other tables", withPragma("DROP TABLE transactions"),
+       "is not a data file of this program"},
+      {"a text", [](const auto& path) { putBytes(path, std::string(5000, 't')); },
+       "is not a data file of this program"},
+      {"an empty file", [](const auto& path) { putBytes(path, ""); }, "is not a data file of this program"},
+      {"a folder", [](const auto& path) { std::filesystem::create_directory(path); }, "cannot be opened"},
+  };
+  for (const auto& [why, make, refusal] : cases) {
+    SCOPED_TRACE(why);
+    Device device;
+    make(device.dataFile());
+    const auto before = bytesOf(device.dataFile());
+    const auto copied = device.root.copyDatabaseIfNeed();
+    ASSERT_TRUE(copied);
+    const auto opened = device.db.initDatabase();
+    ASSERT_FALSE(opened);
+    EXPECT_TRUE(contains(opened.error().why, refusal)) << opened.error().why;
+    EXPECT_TRUE(contains(opened.error().why, "'" + device.dataFile().string() + "'"));
+    EXPECT_FALSE(device.db.isOpen());
+    EXPECT_EQ(bytesOf(device.dataFile()), before);
+    EXPECT_EQ(namesIn(device.documents()), (std::vector<std::string>{"moniva.dat", "moniva.dat.lock"}));
+  }
+}
+
+TEST(Opening, anotherPathIsTakenOnlyWhenAStoreIsThere) {
+  Device device;
+  device.open();
+  ASSERT_TRUE(device.sql("insert into monivaSys (key) values ('mine')"));
+  putBytes(device.documents() / "text", "text");
+  for (const char* name : {"missing", "text"}) {
+    EXPECT_FALSE(device.db.setDatabasePath(device.documents() / name)) << name;
+    EXPECT_EQ(device.db.databasePath(), device.dataFile());
+    ASSERT_TRUE(device.db.isOpen()) << name;
+    EXPECT_EQ(device.rows("select key from monivaSys"), "mine");
+  }
+  std::filesystem::copy_file(MONIVA_TEMPLATE, device.documents() / "other.dat");
+  EXPECT_TRUE(device.db.setDatabasePath(device.documents() / "other.dat"));
+  EXPECT_EQ(device.rows("select key from monivaSys"), "");
+
+  // What is set aside or reset is the store in use, not the one of the default name.
+  ASSERT_TRUE(device.root.resetDatabase());
+  EXPECT_EQ(device.db.databasePath().filename(), "other.dat");
+  EXPECT_EQ(device.root.setDatabaseAside().value().filename(), "other.dat.set-aside-20240229-133005-2");
+  EXPECT_TRUE(std::filesystem::exists(device.dataFile()));
+
+  EXPECT_TRUE(DoDB(device.platform, device.documents() / "missing").databasePath().empty());
+  EXPECT_EQ(DoDB(device.platform, device.dataFile()).databasePath(), device.dataFile());
+}
+
+TEST(FaultLog, staysSmallAndOutOfBackups) {
+  Device device;
+  const auto file = device.db.faultLog().path();
+  device.db.faultLog().line("one");
+  device.db.faultLog().line("two");
+  const auto both = bytesOf(file);
+  EXPECT_LT(both.find("one"), both.find("two"));
+  // Whether the file system keeps the mark is its own affair; if it does, the log has it.
+  putBytes(device.documents() / "trial", "");
+  EXPECT_EQ(isExcludedFromBackup(file), excludeFromBackup(device.documents() / "trial"));
+  EXPECT_FALSE(isExcludedFromBackup(device.documents()));
+
+  putBytes(file, std::string(1'000'000, 'x'));
+  device.db.faultLog().line("still added");
+  EXPECT_GT(bytesOf(file).size(), 1'000'000U);
+  putBytes(file, std::string(1'000'001, 'x'));
+  device.db.faultLog().line("alone");
+  EXPECT_LT(bytesOf(file).size(), 100U);
+  EXPECT_TRUE(contains(device.takeFaults(), "alone"));
+}
+
+TEST(Data, isCountedClearedAndSearchedAsAWhole) {
+  Device device;
+  device.open();
+  EXPECT_TRUE(device.db.isEmpty());
+  EXPECT_EQ(device.db.getTheFirstUsingDateOfApp(), std::nullopt);
+  for (const char* row : {"'transfer', 33, 5000000", "'never', 12, 1000000", "'first', 12, 1000001"}) {
+    EXPECT_TRUE(device.db.isEmpty()) << "a transfer alone is no use of the program; before " << row;
+    ASSERT_TRUE(device.connection().executeScript("insert into transactions (eid, type, editDate) values (" +
+                                                  std::string(row) + ")"));
+    if (std::string_view(row).starts_with("'never'")) break;
+  }
+  EXPECT_FALSE(device.db.isEmpty());
+  EXPECT_EQ(device.db.getTheFirstUsingDateOfApp(), Date{5000000}) << "1,000,000 is no stamp";
+  device.sql("insert into transactions (eid, type, editDate) values ('first', 12, 1000001)");
+  EXPECT_EQ(device.db.getTheFirstUsingDateOfApp(), Date{1000001});
+
+  device.sql(
+      "insert into transactions (eid, note) values ('a', 'appdebugtrace'), ('s', 'syncdatacompletely')");
+  EXPECT_TRUE(device.db.enabledDebug("trace"));
+  EXPECT_TRUE(device.db.enabledDebug("syncdatacompletely"));
+  EXPECT_FALSE(device.db.enabledDebug("appdebugtrace"));
+  EXPECT_TRUE(device.db.deleteDebugItem("trace"));
+  EXPECT_FALSE(device.db.enabledDebug("trace"));
+  EXPECT_TRUE(device.db.enabledDebug("syncdatacompletely"));
+
+  device.sql("insert into photos (eid) values ('first')");
+  EXPECT_TRUE(DoDB::makeAllDataDeleted(device.root));
+  EXPECT_EQ(device.rows("select distinct deleted || ' ' || (editDate > 5000000) from transactions"), "4 1");
+  EXPECT_EQ(device.rows("select deleted || ' ' || (datetime > 5000000) from photos"), "4 1");
+  EXPECT_TRUE(device.db.deleteAllDataForever());
+  EXPECT_EQ(device.number("select (select count(*) from transactions) + (select count(*) from photos)"), 0);
+}
+
+TEST(Data, theCurrencyListIsFilledOnce) {
+  Device device;
+  device.open();
+  const std::vector<std::string> common{"AUD", "CAD", "CNY", "EUR", "GBP", "HKD", "JPY", "NZD", "SGD", "USD"};
+  EXPECT_EQ(DoDB::getCurrencyList(device.root), common);
+  EXPECT_EQ(DoDB::getCurrencyList(device.root), common);
+  EXPECT_EQ(device.rows("select count(*) || ' ' || count(distinct editDate) || ' ' || max(edit_ipid = '" +
+                        device.root.itsUDID() + "') from category where parent = '_currency'"),
+            "10 10 1");
+  device.sql("update category set deleted = 1 where title != 'EUR'");
+  EXPECT_EQ(DoDB::getCurrencyList(device.root), std::vector<std::string>{"EUR"});
+}
+
+TEST(Data, settingsKeptTwiceGoToTheDevice) {
+  Device device;
+  device.open();
+  device.platform.userDefaults->setString("kept", "lastSyncState");
+  device.sql(
+      "insert into monivaSys (key, value, editDate) values ('lastBackupDate', 'new', 2000002),"
+      " ('lastBackupDate', 'old', 2000001), ('lastSyncDate', 'then', 0), ('other', 'x', 0)");
+  device.db.saveDBSysInfoToLocal();
+  const auto& defaults = *device.platform.userDefaults;
+  EXPECT_EQ(defaults.stringForKey("lastBackupDate"), "new") << "of two rows the newest";
+  EXPECT_EQ(defaults.stringForKey("lastSyncDate"), "then");
+  EXPECT_EQ(defaults.stringForKey("lastSyncState"), "kept");
+  EXPECT_EQ(defaults.stringForKey("other"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace moniva

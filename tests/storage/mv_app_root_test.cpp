@@ -1,0 +1,89 @@
+#include "storage/mv_app_root.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/posix/file_user_defaults.h"
+#include "support/device.h"
+
+namespace moniva {
+namespace {
+
+TEST(MVAppRoot, theDeviceKeepsItsIdentifierAndACopiedDataFileDoesNotCarryIt) {
+  const TemporaryFolder settings;
+  const auto giveDefaults = [&](Device& device, const char* name) {
+    device.platform.userDefaults = std::move(*FileUserDefaults::open(settings / name, device.platform.now()));
+  };
+  std::string identifier;
+  Device device;
+  giveDefaults(device, "one.json");
+  device.open();
+  device.db.dispatchInDatabase("Test", [&](Connection&) { EXPECT_FALSE(device.root.itsUDID().empty()); });
+  identifier = device.root.itsUDID();
+  device.db.drain();
+  device.root.setObject("1", "AutoBackup");
+  ASSERT_TRUE(device.db.checkpoint());
+
+  Device again("Asia/Tokyo", {}, 2);
+  giveDefaults(again, "one.json");
+  EXPECT_EQ(again.root.itsUDID(), identifier) << "kept in the defaults at once";
+  Device copied("Asia/Tokyo", {}, 3);
+  giveDefaults(copied, "two.json");
+  std::filesystem::copy_file(device.dataFile(), copied.dataFile());
+  copied.open();
+  EXPECT_EQ(copied.root.objectForKey("AutoBackup"), "1");
+  EXPECT_NE(copied.root.itsUDID(), identifier);
+  EXPECT_FALSE(copied.root.itsUDID().empty());
+}
+
+TEST(MVAppRoot, settingsTravelWithTheDataAndFallBackToTheirDefault) {
+  Device device;
+  device.open();
+  EXPECT_EQ(device.root.objectForKey("expenseAmountFontColor"), "#FF3333");
+  EXPECT_EQ(device.root.objectForKey("enabledCategoryForBook"), "0");
+  EXPECT_EQ(device.root.objectForKey("accountTitle"), "");
+  EXPECT_TRUE(device.root.setObject("a", "themeTintColor"));
+  EXPECT_TRUE(device.root.setObject("b", "themeTintColor"));
+  EXPECT_EQ(device.root.objectForKey("themeTintColor"), "b");
+  EXPECT_EQ(device.number("select count(*) from monivaSys where key = 'themeTintColor'"), 1);
+  device.sql(
+      "insert into monivaSys (key, value, editDate) values ('themeTintColor', 'newest', 9e9),"
+      " ('themeTintColor', 'older', 5)");
+  EXPECT_EQ(device.root.objectForKey("themeTintColor"), "newest");
+  EXPECT_TRUE(device.root.setObject("c", "themeTintColor"));
+  EXPECT_EQ(device.root.objectForKey("themeTintColor"), "c");
+}
+
+TEST(MVAppRoot, theTimeOfTheLatestChangeIsWrittenOnce) {
+  Device device;
+  device.open();
+  device.root.updateRecentEditDateIfNeed();
+  EXPECT_EQ(device.number("select count(*) from monivaSys"), 0) << "nothing was changed";
+  for (const char* moment : {"2024-02-29 14:30:05", "2024-03-01 09:00:00"}) {
+    device.setClock(moment);
+    device.root.markRecentEditDate();
+    const auto before = device.connection().commits();
+    device.root.updateRecentEditDateIfNeed();
+    EXPECT_EQ(device.connection().commits(), before + 1);
+    EXPECT_EQ(device.rows("select value || '|' || (editDate = ?) || '|' || (ipid = ?) from monivaSys"
+                          " where key = 'recentEditDate'",
+                          {device.on(moment), device.root.itsUDID()}),
+              std::string(moment) + "|1|1");
+  }
+  EXPECT_EQ(device.commentary(), (std::vector<std::string>{"无数据库文件, 重新重置新数据库",
+                                                           "markRecentEditDate", "markRecentEditDate"}));
+}
+
+TEST(MVAppRoot, aFileChangedByARestoreIsTold) {
+  Device device;
+  std::string told;
+  std::vector<NotificationCenter::Token> tokens;
+  for (const char* name : {"NewDatabaseFile", "expenseChanged", "accountDeleted"}) {
+    tokens.push_back(
+        device.platform.notifications.observe(name, [&told, name] { told += std::string(name) + " "; }));
+  }
+  device.root.databaseFileChangedAfterRestoreDatafile();
+  EXPECT_EQ(told, "NewDatabaseFile expenseChanged accountDeleted ");
+}
+
+}  // namespace
+}  // namespace moniva

@@ -1,0 +1,291 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <functional>
+
+#include "platform/files.h"
+#include "storage/store_files.h"
+#include "storage/transaction.h"
+#include "support/device.h"
+
+namespace moniva {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Makes a store at the path that holds one setting of that name; in rollback mode, as older programs had it.
+void makeStore(const fs::path& path, std::string_view mark, bool rollback = false) {
+  fs::copy_file(MONIVA_TEMPLATE, path);
+  auto raw = Connection::open(path, Connection::Access::readWrite);
+  ASSERT_TRUE(raw);
+  ASSERT_TRUE((*raw)->execute(rollback ? "PRAGMA journal_mode = DELETE" : "PRAGMA journal_mode = WAL"));
+  ASSERT_TRUE((*raw)->execute("insert into monivaSys (key) values (?)", {mark}));
+}
+
+std::string marks(Device& device) {
+  return device.rows("select key from monivaSys order by key");
+}
+
+/// Leaves the store at the path with a hot rollback journal: a program died in the middle of a transaction
+/// whose pages had already been spilled to the file.
+void dieWhileWriting(const fs::path& path) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    auto raw = Connection::open(path, Connection::Access::readWrite);
+    if (!raw) ::_exit(2);
+    Connection& db = **raw;
+    db.executeScript("PRAGMA cache_size = 5; PRAGMA cache_spill = ON; BEGIN");
+    for (int n = 0; n < 500; ++n) {
+      db.execute("insert into monivaSys (key, value) values ('half', ?)", {std::string(400, 'x')});
+    }
+    db.execute("update monivaSys set key = 'spoilt' where key != 'half'");
+    ::_exit(db.lastErrorCode() == 0 ? 0 : 3);
+  }
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  ASSERT_EQ(status, 0);
+  ASSERT_GT(fs::file_size(path.string() + "-journal"), 512U);
+}
+
+const std::string kAside = "moniva.dat.set-aside-20240229-133005";
+
+TEST(Recovery, aFirstRunCopiesTheTemplate) {
+  Device device;
+  putBytes(device.dataFile().string() + "-wal", "of a store long gone");
+  device.open();
+  EXPECT_EQ(device.platform.userDefaults->stringForKey("copyDataFile"), "1");
+  EXPECT_EQ(device.commentary(), std::vector<std::string>{"无数据库文件, 重新重置新数据库"});
+  EXPECT_EQ(namesIn(device.documents(), "moniva.dat-wal.set"),
+            std::vector<std::string>{"moniva.dat-wal.set-aside-20240229-133005"});
+  device.sql("insert into monivaSys (key) values ('kept')");
+  device.open();
+  EXPECT_EQ(marks(device), "kept") << "and only the first";
+}
+
+TEST(Recovery, aMissingTemplateIsRefusedByName) {
+  Device device;
+  device.platform.directories.resources = device.documents() / "nothing here";
+  const auto copied = device.root.copyDatabaseIfNeed();
+  ASSERT_FALSE(copied);
+  EXPECT_NE(copied.error().why.find("nothing here/db.sqlite"), std::string::npos) << copied.error().why;
+}
+
+TEST(Recovery, aHotJournalIsAppliedBeforeItGoes) {
+  Device device;
+  makeStore(device.dataFile(), "whole", true);
+  dieWhileWriting(device.dataFile());
+  device.open();
+  EXPECT_EQ(marks(device), "whole");
+  EXPECT_EQ(device.rows("PRAGMA integrity_check"), "ok");
+  EXPECT_FALSE(fs::exists(device.dataFile().string() + "-journal"));
+}
+
+TEST(Recovery, aStaleJournalGoes) {
+  Device device;
+  makeStore(device.dataFile(), "whole", true);
+  putBytes(device.dataFile().string() + "-journal", std::string(600, '\0'));
+  device.open();
+  EXPECT_EQ(marks(device), "whole");
+  EXPECT_FALSE(fs::exists(device.dataFile().string() + "-journal"));
+}
+
+TEST(Recovery, aJournalIsLeftWhileAnotherProgramWrites) {
+  Device device;
+  makeStore(device.dataFile(), "whole", true);
+  auto other = Connection::open(device.dataFile(), Connection::Access::readWrite);
+  ASSERT_TRUE((*other)->executeScript("BEGIN IMMEDIATE; insert into monivaSys (key) values ('theirs')"));
+  ASSERT_TRUE(fs::exists(device.dataFile().string() + "-journal"));
+  const auto refused = device.root.copyDatabaseIfNeed();
+  ASSERT_FALSE(refused);
+  EXPECT_NE(refused.error().why.find("in use by another program"), std::string::npos);
+  EXPECT_TRUE((*other)->execute("COMMIT"));
+  device.open();
+  EXPECT_EQ(marks(device), "theirs\nwhole");
+}
+
+TEST(Recovery, aSafetyCopyWinsAndTheOldFileIsKept) {
+  struct Case {
+    const char* why;
+    std::function<void(const fs::path&)> makeOld;
+    const char* keptAs;
+  };
+  const Case cases[] = {
+      {"over a whole file", [](const auto& path) { makeStore(path, "old"); }, "old"},
+      {"over one with a hot journal",
+       [](const auto& path) {
+         makeStore(path, "old", true);
+         dieWhileWriting(path);
+       },
+       "old"},
+      {"over a damaged one", [](const auto& path) { putBytes(path, std::string(5000, 'd')); }, nullptr},
+      {"over a damaged one with a journal",
+       [](const auto& path) {
+         putBytes(path, std::string(5000, 'd'));
+         putBytes(path.string() + "-journal", "j");
+       },
+       nullptr},
+      {"over one with a write-ahead log that was not brought in",
+       [](const auto& path) {
+         makeStore(path, "old");
+         auto raw = Connection::open(path, Connection::Access::readWrite);
+         ASSERT_TRUE((*raw)->execute("update monivaSys set value = 'logged'"));
+         fs::copy_file(path, path.string() + ".kept");
+         fs::copy_file(path.string() + "-wal", path.string() + ".wal");
+         raw->reset();
+         fs::rename(path.string() + ".kept", path);
+         fs::rename(path.string() + ".wal", path.string() + "-wal");
+       },
+       "old"},
+  };
+  for (const auto& [why, makeOld, keptAs] : cases) {
+    SCOPED_TRACE(why);
+    Device device;
+    makeOld(device.dataFile());
+    const auto damagedBytes = bytesOf(device.dataFile());
+    makeStore(device.documents() / "backupBeforeUpdate.dat", "new");
+    device.open();
+    EXPECT_EQ(marks(device), "new");
+    EXPECT_FALSE(fs::exists(device.documents() / "backupBeforeUpdate.dat"));
+    device.db.closeDatabase();
+    EXPECT_EQ(namesIn(device.documents(), "moniva.dat-"), std::vector<std::string>{});
+    const auto aside = device.documents() / kAside;
+    if (keptAs == nullptr) {
+      EXPECT_EQ(bytesOf(aside), damagedBytes);
+    } else {
+      auto raw = Connection::open(aside, Connection::Access::readWrite);
+      ASSERT_TRUE(raw);
+      auto run = (*raw)->query("select key, value from monivaSys");
+      ASSERT_TRUE(run.next());
+      EXPECT_EQ(run.text(0), keptAs);
+      EXPECT_EQ(run.text(1), std::string_view(why).ends_with("brought in") ? "logged" : "");
+    }
+    EXPECT_EQ(device.root.takeNotices(),
+              std::vector<std::string>{"The safety copy 'backupBeforeUpdate.dat' took the place of the data"
+                                       " file, which is kept as '" +
+                                       kAside + "'."});
+  }
+}
+
+TEST(Recovery, aReplacementCutShortIsTakenUpAtTheNextLaunch) {
+  // The old file is out of the way, the new one not yet in place; the log of the old one is still there.
+  Device device;
+  makeStore(device.documents() / "backupBeforeUpdate.dat", "new");
+  putBytes(device.dataFile().string() + "-wal", "the old one's");
+  putBytes(device.dataFile().string() + "-shm", "the old one's");
+  device.open();
+  EXPECT_EQ(marks(device), "new");
+  EXPECT_EQ(namesIn(device.documents(), "moniva.dat-wal.set").size(), 1U);
+
+  // The old file has its second name already and is still in place.
+  Device later;
+  makeStore(later.dataFile(), "old");
+  fs::create_hard_link(later.dataFile(), later.documents() / kAside);
+  makeStore(later.documents() / "backupBeforeUpdate.dat", "new");
+  later.open();
+  EXPECT_EQ(marks(later), "new");
+}
+
+TEST(Recovery, anUnreadableSafetyCopyIsSetAside) {
+  Device device;
+  makeStore(device.dataFile(), "old");
+  putBytes(device.documents() / "backupBeforeUpdate.dat", "no store");
+  device.open();
+  EXPECT_EQ(marks(device), "old");
+  EXPECT_EQ(bytesOf(device.documents() / "backupBeforeUpdate.dat.set-aside-20240229-133005"), "no store");
+  ASSERT_EQ(device.root.takeNotices().size(), 1U);
+  EXPECT_NE(device.takeFaults().find("===[DB Error] backupBeforeUpdate.dat 已损坏:file is not a database"),
+            std::string::npos);
+}
+
+TEST(Recovery, nothingIsReplacedUnderAnotherProgram) {
+  Device first;
+  first.open();
+  ASSERT_TRUE(first.sql("insert into monivaSys (key) values ('old')"));
+  Device second("Europe/Berlin", first.documents(), 2);
+  second.open();
+  EXPECT_EQ(marks(second), "old");
+  const auto refused = second.root.resetDatabase();
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.error().why, "the data file '" + first.dataFile().string() +
+                                     "' is in use by another program; nothing was changed");
+  EXPECT_EQ(marks(second), "old") << "and it is open again";
+  EXPECT_EQ(namesIn(first.documents(), "moniva.dat.").size(), 1U) << "the lock alone";
+}
+
+TEST(Recovery, aResetKeepsTheOldStoreBesideTheEmptyOne) {
+  Device device;
+  device.open();
+  device.sql("insert into monivaSys (key, editDate) values ('old', 9e9)");
+  EXPECT_GT(device.root.editStamp().secondsSince1970, 9e9);
+  ASSERT_TRUE(device.root.resetDatabase());
+  EXPECT_EQ(marks(device), "");
+  EXPECT_EQ(device.root.editStamp(), device.platform.now()) << "the stamps of the old store are forgotten";
+  std::string why;
+  EXPECT_EQ(availabilityOf(device.documents() / kAside, why), Availability::available) << why;
+}
+
+/// A cloud that keeps one data file in one container.
+class OneContainer final : public CloudContainers {
+ public:
+  OneContainer(std::string name, fs::path file, std::vector<std::string>& asked)
+      : name_(std::move(name)), file_(std::move(file)), asked_(asked) {}
+  bool isSignedIn() const override { return true; }
+  bool restoreDatafile(std::string_view containerID, const fs::path& to) override {
+    asked_.emplace_back(containerID);
+    return containerID == name_ && fs::copy_file(file_, to);
+  }
+
+ private:
+  std::string name_;
+  fs::path file_;
+  std::vector<std::string>& asked_;
+};
+
+TEST(Recovery, theCloudIsAskedInTheEditionsOrder) {
+  struct Case {
+    Edition edition;
+    const char* has;
+    std::vector<std::string> asked;
+  };
+  const Case cases[] = {{Edition::second, "moniva1", {"moniva2", "monivaPlus", "moniva1"}},
+                        {Edition::second, "monivaPlus", {"moniva2", "monivaPlus"}},
+                        {Edition::plus, "moniva1", {"monivaPlus", "moniva2", "moniva1"}},
+                        {Edition::plus, "monivaPlus", {"monivaPlus"}}};
+  for (const auto& [edition, has, expected] : cases) {
+    Device device;
+    const TemporaryFolder cloud;
+    makeStore(cloud / "data", "cloud");
+    std::vector<std::string> asked;
+    device.platform.info.edition = edition;
+    device.platform.cloud = std::make_unique<OneContainer>(has, cloud / "data", asked);
+    device.open();
+    EXPECT_EQ(asked, expected);
+    EXPECT_EQ(marks(device), "cloud");
+    EXPECT_EQ(device.platform.userDefaults->stringForKey("copyDataFile"), std::nullopt);
+  }
+  Device device;
+  const TemporaryFolder cloud;
+  putBytes(cloud / "data", "damaged on its way");
+  std::vector<std::string> asked;
+  device.platform.cloud = std::make_unique<OneContainer>("moniva1", cloud / "data", asked);
+  device.open();
+  EXPECT_EQ(marks(device), "") << "the template then";
+  EXPECT_EQ(device.root.takeNotices().size(), 1U);
+  EXPECT_NE(device.takeFaults().find("已损坏"), std::string::npos);
+}
+
+TEST(Recovery, thePlusEditionTakesTheSecondEditionsStore) {
+  for (const Edition edition : {Edition::plus, Edition::second}) {
+    Device device;
+    const TemporaryFolder group;
+    makeStore(group / "moniva.dat", "shared");
+    device.platform.info.edition = edition;
+    device.platform.directories.groupContainer = group.path();
+    device.open();
+    EXPECT_EQ(marks(device), edition == Edition::plus ? "shared" : "");
+    EXPECT_TRUE(fs::exists(group / "moniva.dat")) << "theirs stays";
+  }
+}
+
+}  // namespace
+}  // namespace moniva
