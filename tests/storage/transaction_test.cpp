@@ -44,9 +44,9 @@ void writeAtRandom(Device& device, Settings& model, int depth) {
 }
 
 RC_GTEST_PROP(Transactions, nestedOnesKeepExactlyWhatTheyCommitted, ()) {
-  static Device device;
-  if (!device.db.isOpen()) device.open();
-  Settings model = stored(device);
+  Device device;
+  device.open();
+  Settings model;
   writeAtRandom(device, model, 0);
   RC_ASSERT(stored(device) == model);
   RC_ASSERT(!device.connection().inTransaction());

@@ -1,0 +1,239 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "support/household.h"
+
+namespace moniva {
+namespace {
+
+TEST(Spends, areOneRowWithEveryColumn) {
+  Household home("America/New_York");
+  home.setClock("2024-02-29 12:00:00");
+  Spend spend(home.root);
+  spend.type = kind::kIncome;
+  spend.amount = 0.1 + 0.2;
+  spend.foreignAmount = 12.34;
+  spend.foreignCurrency = "JPY";
+  spend.datetime = home.on("2024-02-29 23:30:00");
+  spend.timeZone = "Asia/Tokyo";
+  spend.note = "it's \"quoted\"";
+  spend.book = home.home->pk;
+  spend.account = home.cash->pk;
+  spend.category = "super";
+  spend.subcategory = "sub";
+  spend.vendor = "employer";
+  spend.paid = false;
+  spend.needReimburse = true;
+  spend.repeat = "Monthly";
+  spend.repeatSeedID = "seed";
+  spend.connectionUUID = "group";
+  spend.ipid = "batchEdit";
+  spend.advancedType = advanced::kCart;
+  const auto commits = home.connection().commits();
+  ASSERT_TRUE(spend.add());
+  EXPECT_EQ(home.connection().commits(), commits + 1) << "one flush a record";
+  EXPECT_EQ(
+      home.rows("select json_array(bid, amount2, type, note, currency2, repeat, repeat_end_date, category,"
+                " subcategory, vendor, syear, smonth, transferEID, barcode, deleted, paid,"
+                " needReimburse, needNotify, ipid, repeat_seed, sweek, sday, datetime = payDate)"
+                " from transactions where eid = ?",
+                {spend.eid}),
+      R"(["20",12.34,11,"it's \"quoted\"","JPY","Monthly",0.0,"super","sub","employer",1001,0,"group",)"
+      R"("Asia/Tokyo",0,0,1,0,"batchEdit","seed",0,20240301,1])")
+      << "the day is the one of the record's own zone";
+  EXPECT_EQ(home.rows("select (editDate >= ?) || (edit_ipid = ?) || (book = ?) || (account = ?) from"
+                      " transactions where eid = ?",
+                      {home.platform.now(), home.root.itsUDID(), home.home->pk, home.cash->pk, spend.eid}),
+            "1111");
+
+  const auto read = Spend::spendFromEID(home.root, spend.eid);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->amount, 0.1 + 0.2) << "bit for bit";
+  EXPECT_EQ(read->datetime, spend.datetime);
+  EXPECT_EQ(read->payDate, spend.datetime);
+  EXPECT_EQ(read->foreignCurrency, "JPY");
+  EXPECT_EQ(read->subcategory, "sub");
+  EXPECT_EQ(read->advancedType, advanced::kCart);
+  EXPECT_FALSE(read->paid);
+  EXPECT_EQ(Spend::spendFromEID(home.root, "none"), std::nullopt);
+}
+
+TEST(Spends, withoutACategoryCarryTheMarkOfNone) {
+  Household home;
+  Spend spend(home.root);
+  spend.amount = 1;
+  ASSERT_TRUE(spend.add());
+  EXPECT_EQ(
+      home.rows("select category || '|' || subcategory || '|' || type || '|' || paid from transactions"),
+      "|#NOMVCATEGORY|12|1");
+  EXPECT_EQ(Spend::spendFromEID(home.root, spend.eid)->subcategory, "");
+  EXPECT_EQ(home.commentary().back(), "Empty Book : Spend 205");
+}
+
+TEST(Records, thatMakeNoSenseAreRefusedUnwritten) {
+  Household home;
+  for (const double amount : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
+    Spend spend(home.root);
+    spend.amount = amount;
+    EXPECT_FALSE(spend.add());
+    for (const bool sideB : {false, true}) {
+      Transfer transfer(home.root);
+      transfer.accountA = home.cash->pk;
+      transfer.accountB = home.bank->pk;
+      transfer.amountA = sideB ? 1 : amount;
+      transfer.amountB = sideB ? amount : 1;
+      EXPECT_FALSE(transfer.add());
+    }
+  }
+  Spend spend(home.root);
+  spend.amount = 1;
+  spend.type = kind::kTransferIn;
+  EXPECT_FALSE(spend.add());
+  for (const char* other : {"", home.cash->pk.c_str()}) {
+    Transfer transfer(home.root);
+    transfer.accountA = home.cash->pk;
+    transfer.accountB = other;
+    transfer.amountA = transfer.amountB = 1;
+    EXPECT_FALSE(transfer.add()) << "to '" << other << "'";
+  }
+  EXPECT_EQ(home.number("select count(*) from transactions"), 0);
+}
+
+TEST(Transfers, areTwoRowsOrNone) {
+  Household home;
+  const auto same = home.move(40, *home.cash, *home.bank, home.on("2024-02-29 10:00:00"));
+  constexpr std::string_view shown =
+      "select type || '|' || amount || '|' || amount2 || '|' || (account = ?) || '|' || (vendor = ?) || '|' "
+      "||"
+      " bid || '|' || sday || '|' || repeat || '|' || paid from transactions where transferEID = ?"
+      " order by type";
+  EXPECT_EQ(home.rows(shown, {home.cash->pk, home.bank->pk, same.connectUUID}),
+            "23|40.0|0.0|0|0|10|20240229|Not Repeat|1\n33|40.0|0.0|1|1|10|20240229|Not Repeat|1");
+  EXPECT_EQ(home.rows("select vendor = ? from transactions where eid = ?", {home.cash->pk, same.eidB}), "1");
+
+  Transfer exchange(home.root);
+  exchange.accountA = home.cash->pk;
+  exchange.accountB = home.bank->pk;
+  exchange.amountA = 100;
+  exchange.amountB = 108.5;
+  exchange.acrossCurrencies = true;
+  const auto commits = home.connection().commits();
+  ASSERT_TRUE(exchange.add());
+  EXPECT_EQ(home.connection().commits(), commits + 1);
+  EXPECT_EQ(home.rows("select amount || '|' || amount2 from transactions where transferEID = ? order by type",
+                      {exchange.connectUUID}),
+            "108.5|100.0\n100.0|108.5");
+  const auto read = Transfer::transferFromUUID(home.root, exchange.connectUUID);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->accountA, home.cash->pk);
+  EXPECT_EQ(read->accountB, home.bank->pk);
+  EXPECT_EQ(read->amountB, 108.5);
+  EXPECT_TRUE(read->acrossCurrencies);
+
+  // The second side's identifier is taken: the first must not stay alone.
+  Transfer clash(home.root);
+  clash.accountA = home.cash->pk;
+  clash.accountB = home.bank->pk;
+  clash.amountA = clash.amountB = 1;
+  clash.eidB = same.eidB;
+  const auto refused = clash.add();
+  ASSERT_FALSE(refused);
+  EXPECT_NE(refused.error().why.find("UNIQUE"), std::string::npos) << refused.error().why;
+  EXPECT_EQ(home.number("select count(*) from transactions"), 4);
+  EXPECT_NE(home.takeFaults().find("=== 数据库已损坏[19] UNIQUE"), std::string::npos);
+  home.sql("delete from transactions where eid = ?", {same.eidB});
+  EXPECT_EQ(Transfer::transferFromUUID(home.root, same.connectUUID), std::nullopt) << "half a transfer";
+}
+
+TEST(Categories, comeBackOrAreTouchedInsteadOfDoubled) {
+  Household home;
+  const auto food = home.category("Food");
+  home.sql("update category set account = 'cash' where oldTitle = ?", {food.pk});
+  MVCategory bakery(home.root);
+  bakery.title = "Bakery";
+  bakery.parent = food.pk;
+  ASSERT_TRUE(bakery.addCate());
+  EXPECT_EQ(
+      home.rows("select account || oldParent = 'cash' || ? from category where title = 'Bakery'", {food.pk}),
+      "1")
+      << "a new subcategory inherits its parent's account";
+  EXPECT_EQ(bakery.cateString(), "Food - Bakery");
+  EXPECT_TRUE(bakery.updateUsingCount(*home.home));
+  EXPECT_TRUE(bakery.updateUsingCount(*home.home, 2));
+  EXPECT_EQ(home.rows("select usedTimes || ' ' || (select used || enabled from categoryofbook) from category"
+                      " where title = 'Bakery'"),
+            "3 31");
+
+  const auto stamp = [&] { return home.number("select editDate from category where title = 'Bakery'"); };
+  auto before = stamp();
+  for (const char* state : {"deleted = 1", "deleted = 3", "deleted = 0"}) {
+    home.sql("update category set usedTimes = 9, " + std::string(state) + " where title = 'Bakery'");
+    MVCategory again(home.root);
+    again.title = "Bakery";
+    again.parent = food.pk;
+    ASSERT_TRUE(again.addCate());
+    EXPECT_EQ(again.pk, bakery.pk);
+    EXPECT_EQ(home.rows("select deleted || usedTimes from category where title = 'Bakery'"),
+              std::string_view(state) == "deleted = 0" ? "09" : "00")
+        << state;
+    EXPECT_GT(stamp(), before);
+    before = stamp();
+  }
+  // The same title elsewhere is another category.
+  EXPECT_NE(home.category("Bakery").pk, bakery.pk);
+  EXPECT_NE(home.category("Food", kind::kIncome).pk, food.pk);
+  EXPECT_EQ(home.number("select count(*) from category where type in (11, 12)"), 4);
+  EXPECT_EQ(food.getAllSubcategoryList().size(), 1U);
+  EXPECT_EQ(MVCategory::rootCateForType(home.root, 12).getAllSubcategoryList().size(), 2U);
+}
+
+TEST(Vendors, areOneOfATitleAndType) {
+  Household home;
+  const auto add = [&](const char* title, int type) {
+    Vendor vendor(home.root);
+    vendor.title = title;
+    vendor.type = type;
+    EXPECT_TRUE(vendor.add());
+    return vendor.pk;
+  };
+  const auto shop = add("Ärzte", Vendor::kPayee);
+  EXPECT_EQ(add("Ärzte", Vendor::kPayee), shop);
+  EXPECT_NE(add("Ärzte", Vendor::kPayer), shop) << "a payer of the same name is another";
+  add("中国", Vendor::kPayee);
+  EXPECT_EQ(home.rows("select orderID || ' ' || orderString from category where type = 6 order by orderID"),
+            "1 arzte\n2 zhong guo");
+  home.sql("update category set deleted = 1 where oldTitle = ?", {shop});
+  EXPECT_EQ(add("Ärzte", Vendor::kPayee), shop);
+  EXPECT_EQ(home.number("select deleted from category where oldTitle = ?", {shop}), 0);
+
+  auto spend = home.spend("Doctor", 20, home.on("2024-02-29"));
+  home.set(spend, "vendor", shop);
+  auto vendor = Vendor::getVendor(home.root, shop);
+  ASSERT_TRUE(vendor);
+  const auto before = home.number("select editDate from category where oldTitle = ?", {shop});
+  EXPECT_TRUE(vendor->updateUsingCount(kind::kExpense));
+  EXPECT_EQ(Vendor::getVendor(home.root, shop)->usedTimes, 1);
+  EXPECT_GT(home.number("select editDate from category where oldTitle = ?", {shop}), before);
+
+  struct Case {
+    int transactionType;
+    Edition edition;
+    int type;
+    const char* title;
+  };
+  for (const auto& [transactionType, edition, type, title] :
+       {Case{11, Edition::second, 9, "NoPayer"}, Case{13, Edition::plus, 9, "NoPayer"},
+        Case{81, Edition::second, 9, "NoPayer"}, Case{12, Edition::second, 6, "NoPayee"},
+        Case{14, Edition::plus, 6, "NoVendor"}, Case{82, Edition::second, 6, "NoPayee"}}) {
+    home.platform.info.edition = edition;
+    const auto none = Vendor::noVendor(home.root, transactionType);
+    EXPECT_TRUE(none.isNoVendor());
+    EXPECT_EQ(none.type, type) << transactionType;
+    EXPECT_EQ(none.title, title) << transactionType;
+  }
+}
+
+}  // namespace
+}  // namespace moniva
