@@ -29,11 +29,14 @@ Result<> MainAppDelegate::applicationDidFinishLaunching() {
 }
 
 Result<> MainAppDelegate::applicationWillEnterForeground() {
+  // The store is about to be opened anew; nothing may be at work in it.
+  settle();
   return run(foregroundSteps());
 }
 
 void MainAppDelegate::applicationDidEnterBackground() {
   settle();
+  locked_ = hasPasscode();
   run(backgroundSteps());
 }
 
@@ -55,12 +58,13 @@ void MainAppDelegate::appLaunched() {
 }
 
 void MainAppDelegate::settle() {
-  // Background blocks hand work to the main thread, which may start background work again.
+  // Background work goes through the database queue and back, and ends in work for the main thread, which may
+  // start some again.
   do {
     platform().backgroundQueue.drain();
     root_.db().drain();
-    platform().mainQueue.runPending();
-  } while (platform().backgroundQueue.isBusy());
+    platform().backgroundQueue.drain();
+  } while (platform().mainQueue.runPending());
 }
 
 void MainAppDelegate::refreshDeviceInfoInDatabase(const std::string& udid) {

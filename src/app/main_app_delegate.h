@@ -33,7 +33,7 @@ class MainAppDelegate {
   void applicationDidEnterBackground();
   void applicationWillTerminate();
 
-  /// Whether a passcode is set and has not been given yet.
+  /// Whether a passcode is set and has not been given since the launch or the last leave.
   bool isLocked() const { return locked_; }
   /// Gives the passcode; a right one runs `appLaunched` and answers true.
   bool unlock(std::string_view passcode);

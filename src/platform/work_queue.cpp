@@ -9,12 +9,12 @@ void MainQueue::dispatch(std::function<void()> block) {
   blocks_.push_back(std::move(block));
 }
 
-void MainQueue::runPending() {
-  for (;;) {
+bool MainQueue::runPending() {
+  for (bool ran = false;; ran = true) {
     std::function<void()> block;
     {
       const std::scoped_lock lock(mutex_);
-      if (blocks_.empty()) return;
+      if (blocks_.empty()) return ran;
       block = std::move(blocks_.front());
       blocks_.pop_front();
     }

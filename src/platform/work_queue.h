@@ -16,8 +16,8 @@ class MainQueue {
 
   bool isMainThread() const { return std::this_thread::get_id() == thread_; }
   void dispatch(std::function<void()> block);
-  /// Runs what is waiting, and what that adds; only on the main thread.
-  void runPending();
+  /// Runs what is waiting, and what that adds; only on the main thread. False when nothing was waiting.
+  bool runPending();
 
  private:
   std::thread::id thread_;
