@@ -4,6 +4,7 @@
 
 #include "app/main_app_delegate.h"
 #include "base/percent_decoding.h"
+#include "model/moniva_account.h"
 
 namespace moniva {
 namespace {
@@ -57,7 +58,13 @@ Result<> MainAppDelegate::openURL(std::string_view url) {
     platform().userDefaults->setString("1", request.key);
     return {};
   }
-  if (host == "resetdb") return root_.resetDatabase();
+  if (host == "resetdb") {
+    settle();
+    if (auto reset = root_.resetDatabase(); !reset) return reset;
+    refreshUsingMonivaAccount(root_);
+    root_.databaseFileChangedAfterRestoreDatafile();
+    return {};
+  }
   if (scheme == "moniva2" && contains(rest, "trans_data_from_moniva1_icloud")) {
     platform().log.line("=== Import data from moniva 1 icloud backup");
     root_.filepathOfMailImport = rest;
@@ -94,6 +101,7 @@ bool MainAppDelegate::doWithUserActivityWithType(std::string_view type) {
 
 void MainAppDelegate::importDataFromOutside() {
   const std::string from = std::exchange(root_.filepathOfMailImport, {});
+  const std::string file = std::filesystem::path(from).filename().string();
   platform().log.line(fmt::format("=== 6 appLaunched {}", from));
   if (contains(from, "trans_data_from_moniva1_icloud")) {
     platform().log.line(fmt::format("从iCloud备份恢复Moniva1数据 {}", from));
@@ -101,9 +109,9 @@ void MainAppDelegate::importDataFromOutside() {
         "Nobody is signed in to a cloud here, so there is no data of the first edition to take over.");
   } else if (contains(from, "transdate_from_moniva1_group_path")) {
     root_.addNotice("There is no shared folder of the first edition here, so there is no data to take over.");
-  } else if (contains(from, ".mvk") || contains(from, "_data")) {
+  } else if (contains(file, ".mvk") || contains(file, "_data")) {
     host_.showALertWhenImportDataBackup(from);
-  } else if (contains(from, ".mvz")) {
+  } else if (contains(file, ".mvz")) {
     host_.showALertWhenImportSharedData(from);
   } else {
     root_.addNotice(fmt::format("'{}' is no kind of file this program takes in by opening it.", from));
