@@ -51,6 +51,14 @@ Result<> loadCurrentBook(MainAppDelegate& app) {
   return {};
 }
 
+/// The file may be another one than the one that was left: then its books are, too.
+Result<> openDatabaseAgain(MainAppDelegate& app) {
+  if (auto opened = openDatabase(app); !opened) return opened;
+  const auto& book = app.root().monivaAccount;
+  if (book && !MonivaAccount::getAccountWithPK(app.root(), book->pk)) refreshUsingMonivaAccount(app.root());
+  return {};
+}
+
 Result<> offerShortcuts(MainAppDelegate& app) {
   app.host().createShortcutItems(
       {{"addexpense", "Add Expense"}, {"addincome", "Add Income"}, {"quickadd", "Quick Add"}});
@@ -72,6 +80,8 @@ Result<> refreshDeviceInBackground(MainAppDelegate& app) {
 
 Result<> takeOutsideData(MainAppDelegate& app) {
   const std::string& from = app.root().filepathOfMailImport;
+  // Nobody is asked about it behind the lock; unlocking comes by here again.
+  if (!from.empty() && app.isLocked()) return {};
   std::error_code error;
   const bool isMarker = from.find("trans_data_from_moniva1") != std::string::npos ||
                         from.find("transdate_from_moniva1") != std::string::npos;
@@ -167,6 +177,7 @@ Result<> completeDataFile(MainAppDelegate& app) {
 Result<> beginBackgroundTask(MainAppDelegate& app) {
   if (app.root().taskID != 0) return {};
   app.root().taskID = app.platform().backgroundTasks->begin([&app](double remaining) {
+    if (app.root().taskID == 0) return;
     app.platform().log.line(fmt::format(
         " ==[MVAppRoot backupToiCloudIfNeed] 休眠 后台上传备份 太久，系统强行中止。{:f}", remaining));
     app.platform().backgroundTasks->end(app.root().taskID);
@@ -254,7 +265,7 @@ const std::vector<Step>& stepsAfterUpgrades() {
 const std::vector<Step>& foregroundSteps() {
   static const std::vector<Step> steps = {
       {"copyDatabaseIfNeed", copyDatabase},
-      {"initDatabase", openDatabase},
+      {"initDatabase", openDatabaseAgain},
       {"databaseFileCheck", checkFileAfterCloudSwitch},
       {"initCloud", startPhotoSync},
       {"showTouchIDIfNeed", askWithPasscode<&AppHost::showTouchIDIfNeed>},
