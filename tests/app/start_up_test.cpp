@@ -1,0 +1,405 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "app/main_app_delegate.h"
+#include "support/household.h"
+
+namespace moniva {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A front end that writes down what it is asked for.
+class RecordingHost final : public AppHost {
+ public:
+  void showLockView() override { asked += "lock "; }
+  void showTouchIDIfNeed() override { asked += "touch "; }
+  void startPurchaseManager() override { asked += "purchase "; }
+  void databaseFileCheck() override { asked += "check "; }
+  void initCloud() override { asked += "cloud "; }
+  void saveToGroupPath() override { asked += "group "; }
+  void createShortcutItems(const std::vector<ShortcutItem>& items) override {
+    for (const auto& item : items) asked += item.type + "=" + item.title + " ";
+  }
+  void showAddTransaction(std::string_view type) override { asked += "add:" + std::string(type) + " "; }
+  void showALertWhenImportDataBackup(const fs::path& file) override {
+    asked += "backup:" + file.filename().string() + " ";
+  }
+  void showALertWhenImportSharedData(const fs::path& file) override {
+    asked += "shared:" + file.filename().string() + " ";
+  }
+  void importDataFromArrayIfNeedAfterLaunch() override { asked += "array "; }
+
+  std::string asked;
+};
+
+/// The program on a device, with what its steps and its front end were, in order.
+class Program : public Device {
+ public:
+  Program() : app(root, host) {
+    app.onStep = [this](std::string_view step) { steps += std::string(step) + " "; };
+    watch_ = platform.notifications.observe("expenseChanged", [this] { ++expenseChanged; });
+  }
+  /// Waits for what is under way; the steps and questions since the last time.
+  std::string takeSteps() {
+    app.settle();
+    return std::exchange(steps, {});
+  }
+  std::string takeAsked() {
+    app.settle();
+    return std::exchange(host.asked, {});
+  }
+  void launch() {
+    const auto launched = app.applicationDidFinishLaunching();
+    ASSERT_TRUE(launched) << launched.error().why;
+  }
+  void returnToForeground() {
+    const auto entered = app.applicationWillEnterForeground();
+    ASSERT_TRUE(entered) << entered.error().why;
+  }
+  std::optional<std::string> setting(std::string_view key) {
+    return platform.userDefaults->stringForKey(key);
+  }
+
+  RecordingHost host;
+  std::string steps;
+  int expenseChanged = 0;
+  MainAppDelegate app;
+
+ private:
+  NotificationCenter::Token watch_;
+};
+
+constexpr const char* kLaunch =
+    "excludePhotoFolder createMainWindow copyDatabaseIfNeed initDatabase refreshUsingMonivaAccount "
+    "createShortcutItems startPurchaseManager installRootViewController showLockView showTouchIDIfNeed ";
+constexpr const char* kDaily =
+    "createBillNotifaction updateDatabaseIfNeed sendCrashLogMailIfNeed closeProgressAlert reloadBlankBook "
+    "updateRecurringTransactionsWithFuture makeMonivasPaid setRecentEditDate expenseChanged "
+    "refreshDeviceInfoInDatabase importDataFromOutside ";
+constexpr const char* kQuick = "refreshDeviceInfoInDatabase importDataFromOutside sendCrashLogMailIfNeed ";
+constexpr const char* kBackground =
+    "storeLastOpenAppDate checkDataFile updateRecentEditDateIfNeed showLockView saveToGroupPath checkpoint "
+    "beginBackgroundTask backupToLocalIfNeed backupToiCloudIfNeed endBackgroundTask ";
+constexpr const char* kForeground =
+    "copyDatabaseIfNeed initDatabase databaseFileCheck initCloud showTouchIDIfNeed appLaunched ";
+
+TEST(StartUp, runsEverythingInItsOrder) {
+  Program program;
+  program.launch();
+  EXPECT_EQ(program.takeSteps(), std::string(kLaunch) + kDaily);
+  EXPECT_EQ(program.expenseChanged, 1);
+  EXPECT_EQ(program.takeAsked(),
+            "addexpense=Add Expense addincome=Add Income quickadd=Quick Add purchase array ");
+  EXPECT_EQ(program.root.recentEditDate, program.platform.now());
+  EXPECT_EQ(
+      program.number("select count(*) from monivaSys where key = ?", {"device_" + program.root.itsUDID()}),
+      1);
+
+  program.app.applicationDidEnterBackground();
+  EXPECT_EQ(program.takeSteps(), kBackground);
+  EXPECT_EQ(program.platform.userDefaults->dateForKey("lastOpenAppDate"), program.platform.now());
+  EXPECT_EQ(program.rows("select value from monivaSys where key = 'recentEditDate'"), "2024-02-29 14:30:05");
+  EXPECT_EQ(fs::file_size(program.dataFile().string() + "-wal"), 0U) << "the one file is complete";
+
+  struct Case {
+    const char* now;
+    const char* steps;
+    const char* why;
+  };
+  for (const auto& [now, steps, why] : {
+           Case{"2024-02-29 23:59:59", kQuick, "the same day"},
+           Case{"2024-03-01 00:00:00", kDaily, "a second later, the next one"},
+           Case{"2024-02-29 12:00:00", kDaily, "left on a day the clock, set back, has not reached"},
+       }) {
+    program.setClock(now);
+    program.returnToForeground();
+    EXPECT_EQ(program.takeSteps(), std::string(kForeground) + steps) << why;
+    program.app.applicationDidEnterBackground();
+    EXPECT_EQ(program.takeSteps(), kBackground);
+  }
+  EXPECT_EQ(program.expenseChanged, 3);
+}
+
+TEST(StartUp, returnsAtOnceAfterTheLaunchWithoutALeave) {
+  Program program;
+  program.launch();
+  for (int n = 0; n < 5; ++n) program.returnToForeground();
+  program.app.settle();
+  EXPECT_EQ(program.expenseChanged, 6);
+  EXPECT_EQ(program.number("select count(*) from monivaSys where key like 'device_%'"), 1);
+}
+
+TEST(StartUp, theFirstEditionHandsItsDataOver) {
+  Program program;
+  program.platform.info.edition = Edition::first;
+  EXPECT_FALSE(program.app.applicationDidFinishLaunching()) << "it makes no store";
+  EXPECT_EQ(program.takeSteps(), "excludePhotoFolder createMainWindow initDatabase ");
+  fs::copy_file(MONIVA_TEMPLATE, program.dataFile());
+  program.launch();
+  EXPECT_EQ(
+      program.takeSteps(),
+      "excludePhotoFolder createMainWindow initDatabase exportMonivaDataOut initCloud createShortcutItems "
+      "installRootViewController showLockView showTouchIDIfNeed " +
+          std::string(kDaily));
+  EXPECT_NE(program.takeAsked().find("cloud "), std::string::npos);
+}
+
+TEST(StartUp, asksForWhatIsSet) {
+  Program program;
+  program.launch();
+  const TemporaryFolder group;
+  fs::create_directory(group / "ledgora");
+  program.platform.directories.groupContainer = group.path();
+  program.platform.userDefaults->setString("1", "closeAppToTurnOniCloud");
+  program.takeAsked();
+  program.app.applicationDidEnterBackground();
+  EXPECT_EQ(program.takeAsked(), "group ");
+  program.returnToForeground();
+  EXPECT_EQ(program.takeAsked(), "check array ");
+  program.returnToForeground();
+  EXPECT_EQ(program.takeAsked(), "array ") << "the check was asked for once";
+
+  // While a replacement waits for the next launch, nothing is handed to the sibling.
+  fs::copy_file(MONIVA_TEMPLATE, program.documents() / "backupBeforeUpdate.dat");
+  program.app.applicationDidEnterBackground();
+  EXPECT_EQ(program.takeAsked(), "");
+}
+
+TEST(StartUp, aDamagedFileIsSetAsideAndTheNextReturnMakesAStore) {
+  Program program;
+  program.launch();
+  program.app.settle();
+  MonivaAccount book(program.root);
+  book.title = "Lost";
+  book.aKind = kBookKind;
+  ASSERT_TRUE(book.add());
+  refreshUsingMonivaAccount(program.root);
+  EXPECT_EQ(program.root.monivaAccount->title, "Lost");
+  ASSERT_TRUE(program.db.checkpoint());
+  {
+    std::fstream file(program.dataFile(), std::ios::in | std::ios::out | std::ios::binary);
+    file << std::string(200, 'd');
+  }
+  program.app.applicationDidEnterBackground();
+  EXPECT_FALSE(fs::exists(program.dataFile()));
+  EXPECT_TRUE(bytesOf(program.documents() / "moniva.dat.set-aside-20240229-133005").starts_with("ddd"));
+  EXPECT_NE(program.takeFaults().find("===[DB Error] moniva.dat 已损坏:file is not a database"),
+            std::string::npos);
+  const auto notices = program.root.takeNotices();
+  ASSERT_EQ(notices.size(), 1U);
+  EXPECT_NE(notices[0].find("set aside as 'moniva.dat.set-aside-20240229-133005'"), std::string::npos);
+
+  program.returnToForeground();
+  program.app.settle();
+  EXPECT_TRUE(program.db.isOpen());
+  EXPECT_EQ(program.setting("copyDataFile"), "1");
+  EXPECT_EQ(program.number("select count(*) from account"), 0);
+  EXPECT_EQ(program.root.monivaAccount->pk, "") << "the book of the lost store is no current book";
+}
+
+TEST(StartUp, aStoreThatCannotBeUsedEndsTheLaunch) {
+  Program program;
+  putBytes(program.dataFile(), "no store at all");
+  const auto launched = program.app.applicationDidFinishLaunching();
+  ASSERT_FALSE(launched);
+  EXPECT_EQ(launched.error().why, "'" + program.dataFile().string() + "' is not a data file of this program");
+  EXPECT_EQ(bytesOf(program.dataFile()), "no store at all");
+  EXPECT_EQ(program.takeSteps(), "excludePhotoFolder createMainWindow copyDatabaseIfNeed initDatabase ");
+}
+
+TEST(StartUp, settlesWorkThatGoesBackAndForth) {
+  Program program;
+  program.launch();
+  program.app.settle();
+  std::string trace;
+  auto& main = program.platform.mainQueue;
+  main.dispatch([&] {
+    program.db.dispatchInDatabase("Test", [&](Connection&) {
+      program.platform.backgroundQueue.dispatch([&] {
+        main.dispatch([&] {
+          trace += "a";
+          program.platform.backgroundQueue.dispatch([&] {
+            program.db.inDatabase("Test", [&](Connection&) { main.dispatch([&] { trace += "b"; }); });
+          });
+        });
+      });
+    });
+  });
+  program.app.settle();
+  EXPECT_EQ(trace, "ab");
+}
+
+TEST(Passcode, keepsTheWorkAndTheFilesBackUntilItIsGiven) {
+  Program program;
+  program.platform.userDefaults->setString("1234", "Passcode");
+  program.launch();
+  EXPECT_EQ(program.takeSteps(), kLaunch);
+  EXPECT_TRUE(program.app.isLocked());
+  EXPECT_NE(program.takeAsked().find("lock touch "), std::string::npos);
+  const auto file = program.documents() / "from mail.mvz";
+  putBytes(file, "");
+  EXPECT_TRUE(program.app.openURL("file://" + program.documents().string() + "/from%20mail.mvz"));
+  EXPECT_FALSE(program.app.unlock("12345"));
+  EXPECT_FALSE(program.app.unlock(""));
+  EXPECT_EQ(program.takeSteps() + program.takeAsked(), "");
+  EXPECT_EQ(program.root.filepathOfMailImport, file.string());
+  EXPECT_TRUE(program.app.unlock("1234"));
+  EXPECT_EQ(program.takeSteps(), kDaily);
+  EXPECT_EQ(program.takeAsked(), "shared:from mail.mvz ");
+  EXPECT_EQ(program.root.filepathOfMailImport, "");
+
+  // Leaving locks again; what is handed in waits through the return for the passcode.
+  program.app.applicationDidEnterBackground();
+  EXPECT_TRUE(program.app.isLocked());
+  EXPECT_EQ(program.takeAsked(), "lock ");
+  EXPECT_TRUE(program.app.openURL("file://" + file.string()));
+  program.returnToForeground();
+  EXPECT_EQ(program.takeAsked().find("shared:"), std::string::npos);
+  EXPECT_TRUE(program.app.unlock("1234"));
+  EXPECT_NE(program.takeAsked().find("shared:from mail.mvz "), std::string::npos);
+}
+
+TEST(Urls, setWhatTheyAskFor) {
+  Program program;
+  program.launch();
+  program.app.settle();
+  struct Case {
+    const char* url;
+    const char* key;
+  };
+  for (const auto& [url, key] :
+       {Case{"moniva2://sendlog", "sendLogNow"}, Case{"ledgora://fix", "crashNeedFix"},
+        Case{"moniva2://fix2", "updateStringTypeDateField"}, Case{"moniva://fix3/?x#y", "fixAllRepeat"}}) {
+    EXPECT_EQ(program.setting(key), std::nullopt);
+    EXPECT_TRUE(program.app.openURL(url)) << url;
+    EXPECT_EQ(program.setting(key), "1");
+    EXPECT_EQ(program.commentary().back(), "=========================xxx handle OpenURL " + std::string(url));
+  }
+  for (const char* none :
+       {"fix", "http://fix", "moniva2://fix4", "moniva2://", "moniva2://quickadd-",
+        "ledgora://trans_data_from_moniva1_icloud", "ledgora://transdate_from_moniva1", ""}) {
+    const auto refused = program.app.openURL(none);
+    ASSERT_FALSE(refused) << none;
+    EXPECT_NE(refused.error().why.find("'" + std::string(none) + "'"), std::string::npos)
+        << refused.error().why;
+  }
+  EXPECT_EQ(program.root.filepathOfMailImport, "");
+}
+
+TEST(Urls, handDataIn) {
+  struct Case {
+    const char* url;
+    const char* logged;
+    const char* asked;
+  };
+  for (const auto& [url, logged, asked] : {
+           Case{"moniva2://trans_data_from_moniva1_icloud", "=== Import data from moniva 1 icloud backup",
+                ""},
+           Case{"moniva2://transdate_from_moniva1_group_path", "=== Import data from moniva 1 group path",
+                ""},
+           Case{"file:///tmp/a.mvk", "=== 6 appLaunched /tmp/a.mvk", "backup:a.mvk "},
+           Case{"file:///tmp/moniva_data", "=== 6 appLaunched /tmp/moniva_data", "backup:moniva_data "},
+           Case{"file://localhost/tmp/b%C3%A4.mvz", "=== 6 appLaunched /tmp/bä.mvz", "shared:bä.mvz "},
+           Case{"file:///my_data/c.mvz", "=== 6 appLaunched /my_data/c.mvz", "shared:c.mvz "},
+           Case{"file:///tmp/d.pdf", "=== 6 appLaunched /tmp/d.pdf", ""},
+           Case{"moniva2://quickadd-77", "=========================xxx handle OpenURL moniva2://quickadd-77",
+                "add:quickadd-77 "},
+           Case{"ledgora://quickadd-A", "=========================xxx handle OpenURL ledgora://quickadd-A",
+                "add:quickadd-A "},
+       }) {
+    Program program;
+    program.launch();
+    program.takeAsked();
+    EXPECT_TRUE(program.app.openURL(url)) << url;
+    EXPECT_EQ(program.commentary().back(), logged);
+    EXPECT_EQ(program.takeAsked(), asked) << url;
+    const bool isMarker = std::string_view(url).find("moniva1") != std::string_view::npos;
+    EXPECT_EQ(program.root.filepathOfMailImport.empty(), !isMarker);
+    EXPECT_EQ(program.root.takeNotices().size(), std::string_view(url).ends_with("pdf") ? 1U : 0U);
+    program.app.appLaunched();
+    program.app.settle();
+    EXPECT_TRUE(program.root.filepathOfMailImport.empty()) << "taken at the next opening";
+    EXPECT_EQ(program.root.takeNotices().size(), isMarker ? 1U : 0U);
+  }
+  Program program;
+  for (const char* type : {"addexpense", "addincome", "quickadd", "quickadd-9"}) {
+    EXPECT_TRUE(program.app.performActionForShortcutItem(type));
+    EXPECT_EQ(program.takeAsked(), "add:" + std::string(type) + " ");
+  }
+  for (const char* type : {"", "quickadd-", "addtransfer"}) {
+    EXPECT_FALSE(program.app.performActionForShortcutItem(type)) << type;
+  }
+}
+
+TEST(Urls, resetdbEmptiesTheStoreAndTellsTheScreens) {
+  Program program;
+  program.launch();
+  MonivaAccount book(program.root);
+  book.aKind = kBookKind;
+  ASSERT_TRUE(book.add());
+  refreshUsingMonivaAccount(program.root);
+  int newFile = 0;
+  const auto token = program.platform.notifications.observe("NewDatabaseFile", [&] { ++newFile; });
+  EXPECT_TRUE(program.app.openURL("moniva2://resetdb"));
+  EXPECT_EQ(program.number("select count(*) from account"), 0);
+  EXPECT_EQ(program.root.monivaAccount->pk, "");
+  EXPECT_EQ(newFile, 1);
+  EXPECT_EQ(namesIn(program.documents(), "moniva.dat.set-aside").size(), 1U) << "what was there is kept";
+}
+
+TEST(CrashRecords, areToldOfOnceAndTheLogWhenAskedFor) {
+  Program program;
+  putBytes(program.documents() / "crash.txt", "it broke");
+  program.launch();
+  program.app.settle();
+  auto notices = program.root.takeNotices();
+  ASSERT_EQ(notices.size(), 1U);
+  const auto aside = program.documents() / "crash.txt.set-aside-20240229-133005";
+  EXPECT_NE(notices[0].find(aside.string()), std::string::npos);
+  EXPECT_EQ(bytesOf(aside), "it broke");
+  EXPECT_TRUE(program.app.openURL("moniva2://sendlog"));
+  program.app.appLaunched();
+  program.app.settle();
+  notices = program.root.takeNotices();
+  ASSERT_EQ(notices.size(), 1U);
+  EXPECT_NE(notices[0].find("no log to send"), std::string::npos);
+  program.app.appLaunched();
+  program.app.settle();
+  EXPECT_TRUE(program.root.takeNotices().empty());
+}
+
+/// A host that takes the time back as soon as it was granted.
+class ImpatientTasks final : public BackgroundTasks {
+ public:
+  int begin(std::function<void(double)> onExpire) override {
+    expire = std::move(onExpire);
+    return ++begun;
+  }
+  void end(int task) override { ended.push_back(task); }
+  std::function<void(double)> expire;
+  int begun = 0;
+  std::vector<int> ended;
+};
+
+TEST(BackgroundTask, endsOnceHoweverItEnds) {
+  Program program;
+  auto owned = std::make_unique<ImpatientTasks>();
+  auto& tasks = *owned;
+  program.platform.backgroundTasks = std::move(owned);
+  program.launch();
+  program.app.applicationDidEnterBackground();
+  EXPECT_EQ(tasks.ended, std::vector<int>{1});
+  tasks.expire(2.5);
+  EXPECT_EQ(tasks.ended, std::vector<int>{1}) << "an expiry after the end ends nothing";
+  program.root.taskID = 1;
+  tasks.expire(2.5);
+  EXPECT_EQ(tasks.ended, (std::vector<int>{1, 1}));
+  EXPECT_EQ(program.root.taskID, 0);
+  EXPECT_EQ(program.commentary().back(),
+            " ==[MVAppRoot backupToiCloudIfNeed] 休眠 后台上传备份 太久，系统强行中止。2.500000");
+}
+
+}  // namespace
+}  // namespace moniva
