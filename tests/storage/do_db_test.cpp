@@ -83,6 +83,7 @@ TEST(Connections, twoWriteAndReadSideBySideUnrefused) {
   device.open();
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
   std::atomic<int> refused = 0;
+  const auto before = device.root.newIdentifier();
   int queued = 0;
   int direct = 0;
   device.db.dispatchInDatabase("Test", [&](Connection& db) {
@@ -91,7 +92,7 @@ TEST(Connections, twoWriteAndReadSideBySideUnrefused) {
       const bool written = transaction.began() && db.execute("insert into photos (photoFull) values ('q')") &&
                            db.execute("update monivaSys set value = value + 1 where key = 'queue'") &&
                            transaction.commit();
-      if (!written) ++refused;
+      if (!written || device.root.newIdentifier() < before) ++refused;
       ++queued;
       const ReadTransaction moment(db);
       auto run = db.query("select count(*), count(distinct photoFull) from photos");
@@ -101,7 +102,7 @@ TEST(Connections, twoWriteAndReadSideBySideUnrefused) {
   while (std::chrono::steady_clock::now() < end) {
     if (!device.root.executeUpdate("insert into photos (photoFull) values ('m')")) ++refused;
     ++direct;
-    if (device.root.editStamp() < device.platform.now()) ++refused;
+    if (device.root.editStamp() < device.platform.now() || device.root.newIdentifier() < before) ++refused;
   }
   device.db.drain();
   EXPECT_EQ(refused, 0) << device.connection().lastErrorMessage();
