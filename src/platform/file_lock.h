@@ -16,9 +16,6 @@ class FileLock {
   /// let go in time, or when the lock's file cannot be made.
   static Result<FileLock> acquire(const std::filesystem::path& path, Mode mode, double seconds);
 
-  /// Changes the mode, waiting likewise; on refusal the lock is held as before.
-  Result<> change(Mode mode, double seconds);
-
   FileLock(FileLock&& other) noexcept;
   FileLock& operator=(FileLock&& other) noexcept;
   FileLock(const FileLock&) = delete;
@@ -26,11 +23,9 @@ class FileLock {
   ~FileLock();
 
  private:
-  FileLock(int descriptor, std::filesystem::path path) : descriptor_(descriptor), path_(std::move(path)) {}
+  explicit FileLock(int descriptor) : descriptor_(descriptor) {}
 
   int descriptor_ = -1;
-  Mode mode_ = Mode::shared;
-  std::filesystem::path path_;
 };
 
 }  // namespace moniva

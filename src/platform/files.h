@@ -9,8 +9,11 @@
 #include "calendar/date.h"
 
 /// Files of the host: whole-or-nothing writing, setting aside, and the flag that keeps a file out of device
-/// backups. Every refusal names the file and what the system said.
+/// backups. Every refusal names the file and what the system said. Files are made for the user's eyes alone.
 namespace moniva {
+
+/// Whether something is at the path, a link that leads nowhere too.
+bool isPresent(const std::filesystem::path& path);
 
 /// The file's bytes; nothing when there is no such file. A file that cannot be read is refused.
 Result<std::optional<std::string>> readFileIfPresent(const std::filesystem::path& path);

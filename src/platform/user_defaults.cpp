@@ -35,6 +35,13 @@ void UserDefaults::setDate(Date value, std::string_view key) {
   setObject(value.secondsSince1970, key);
 }
 
+Result<std::string> UserDefaults::stringForKeyOrSet(std::string_view key, std::string_view text) {
+  if (auto known = stringForKey(key); known && !known->empty()) return *std::move(known);
+  setString(text, key);
+  if (auto kept = synchronize(); !kept) return tl::make_unexpected(kept.error());
+  return std::string(text);
+}
+
 void UserDefaults::removeObjectForKey(std::string_view key) {
   const std::scoped_lock lock(mutex_);
   if (const auto found = values_.find(key); found != values_.end()) {

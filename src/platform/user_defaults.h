@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/result.h"
 #include "calendar/date.h"
@@ -29,6 +30,10 @@ class UserDefaults {
   void setString(std::string_view value, std::string_view key);
   void setDate(Date value, std::string_view key);
   void removeObjectForKey(std::string_view key);
+
+  /// The text under the key, or `text` put there when there is none. Of programs that ask at the same time
+  /// all get the same; the answer is kept at once.
+  virtual Result<std::string> stringForKeyOrSet(std::string_view key, std::string_view text);
 
   /// Brings what was changed to where it is kept. Fails with the reason when that place cannot be written.
   virtual Result<> synchronize() = 0;

@@ -82,16 +82,16 @@ TEST(FileLock, sharedHoldersKeepAnExclusiveOneOut) {
   {
     auto two = FileLock::acquire(path, Mode::shared, 0);
     ASSERT_TRUE(two);
-    const auto refused = two->change(Mode::exclusive, 0);
+    const auto refused = FileLock::acquire(path, Mode::exclusive, 0);
     ASSERT_FALSE(refused);
     EXPECT_NE(refused.error().why.find(path.string()), std::string::npos);
     *one = std::move(*two);
-    EXPECT_FALSE(FileLock::acquire(path, Mode::exclusive, 0)) << "a refused change leaves the lock as it was";
+    EXPECT_FALSE(FileLock::acquire(path, Mode::exclusive, 0)) << "one of the two still holds it";
   }
-  EXPECT_TRUE(one->change(Mode::exclusive, 0));
+  one = FileLock::acquire(folder / "other", Mode::shared, 0);
+  const auto alone = FileLock::acquire(path, Mode::exclusive, 0);
+  EXPECT_TRUE(alone);
   EXPECT_FALSE(FileLock::acquire(path, Mode::shared, 0));
-  EXPECT_TRUE(one->change(Mode::shared, 0));
-  EXPECT_TRUE(FileLock::acquire(path, Mode::shared, 0));
 }
 
 TEST(FileLock, diesWithItsProcess) {

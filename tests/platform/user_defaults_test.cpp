@@ -64,6 +64,16 @@ TEST(FileUserDefaults, twoWritersKeepEachOthersChanges) {
   EXPECT_EQ(one->stringForKey("b"), "two") << "synchronize takes in what the other wrote";
 }
 
+TEST(FileUserDefaults, allWhoAskForTheFirstTimeGetTheSame) {
+  const TemporaryFolder folder;
+  const auto path = folder / "settings.json";
+  auto one = FileUserDefaults::open(path, Date{0});
+  auto two = FileUserDefaults::open(path, Date{0});
+  EXPECT_EQ((*one)->stringForKeyOrSet("itsUDID", "first").value(), "first");
+  EXPECT_EQ((*two)->stringForKeyOrSet("itsUDID", "second").value(), "first");
+  EXPECT_EQ((*two)->stringForKey("itsUDID"), "first");
+}
+
 TEST(FileUserDefaults, aDamagedFileIsSetAsideUntouched) {
   struct Case {
     const char* bytes;

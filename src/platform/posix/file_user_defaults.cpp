@@ -6,6 +6,9 @@
 namespace moniva {
 namespace {
 
+/// Seconds to wait for another program that is writing the file.
+constexpr double kPatience = 5.0;
+
 /// The values of the file, or nothing when its text is no JSON object.
 std::optional<boost::json::object> parsed(const std::string& text) {
   boost::system::error_code error;
@@ -34,38 +37,58 @@ Result<std::unique_ptr<FileUserDefaults>> FileUserDefaults::open(std::filesystem
   return defaults;
 }
 
-Result<> FileUserDefaults::synchronize() {
-  const std::scoped_lock guard(mutex_);
-  if (changes_.empty()) return {};
-  auto lock = FileLock::acquire(path_.string() + ".lock", FileLock::Mode::exclusive, 5.0);
-  if (!lock) return tl::make_unexpected(lock.error());
+Result<> FileUserDefaults::merge() {
   const auto text = readFileIfPresent(path_);
   if (!text) return tl::make_unexpected(text.error());
   // A file that was removed or damaged since the opening takes nothing along that is still known here.
-  Values merged = values_;
   if (text->has_value()) {
     if (auto object = parsed(**text)) {
-      merged.clear();
-      for (auto& [key, value] : *object) merged.insert_or_assign(std::string(key), std::move(value));
+      values_.clear();
+      for (auto& [key, value] : *object) values_.insert_or_assign(std::string(key), std::move(value));
     }
   }
   for (const auto& [key, value] : changes_) {
     if (value) {
-      merged.insert_or_assign(key, *value);
+      values_.insert_or_assign(key, *value);
     } else {
-      merged.erase(key);
+      values_.erase(key);
     }
   }
+  return {};
+}
+
+Result<> FileUserDefaults::write() {
   std::string out = "{";
-  for (const auto& [key, value] : merged) {
+  for (const auto& [key, value] : values_) {
     out += out.size() == 1 ? "\n  " : ",\n  ";
     out += boost::json::serialize(boost::json::value(key)) + ": " + boost::json::serialize(value);
   }
   out += "\n}\n";
   if (auto written = writeFileWhole(path_, out); !written) return written;
-  values_ = std::move(merged);
   changes_.clear();
   return {};
+}
+
+Result<std::string> FileUserDefaults::stringForKeyOrSet(std::string_view key, std::string_view text) {
+  const std::scoped_lock guard(mutex_);
+  auto lock = FileLock::acquire(path_.string() + ".lock", FileLock::Mode::exclusive, kPatience);
+  if (!lock) return tl::make_unexpected(lock.error());
+  if (auto merged = merge(); !merged) return tl::make_unexpected(merged.error());
+  auto& value = values_[std::string(key)];
+  if (value.is_string() && !value.get_string().empty()) return std::string(value.get_string());
+  value = text;
+  changes_.insert_or_assign(std::string(key), value);
+  if (auto written = write(); !written) return tl::make_unexpected(written.error());
+  return std::string(text);
+}
+
+Result<> FileUserDefaults::synchronize() {
+  const std::scoped_lock guard(mutex_);
+  if (changes_.empty()) return {};
+  auto lock = FileLock::acquire(path_.string() + ".lock", FileLock::Mode::exclusive, kPatience);
+  if (!lock) return tl::make_unexpected(lock.error());
+  if (auto merged = merge(); !merged) return merged;
+  return write();
 }
 
 }  // namespace moniva

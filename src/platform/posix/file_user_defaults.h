@@ -18,10 +18,16 @@ class FileUserDefaults final : public UserDefaults {
   /// What the user should know about the opening; mostly empty.
   const std::string& notice() const { return notice_; }
 
+  Result<std::string> stringForKeyOrSet(std::string_view key, std::string_view text) override;
   Result<> synchronize() override;
 
  private:
   explicit FileUserDefaults(std::filesystem::path path) : path_(std::move(path)) {}
+
+  /// Takes in what the file holds now; what was changed here and not synchronized wins. With the file's lock
+  /// held.
+  Result<> merge();
+  Result<> write();
 
   std::filesystem::path path_;
   std::string notice_;

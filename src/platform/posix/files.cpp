@@ -7,7 +7,7 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
+#include <cstdio>
 #include <ctime>
 #include <system_error>
 
@@ -56,10 +56,15 @@ void syncFolderOf(const fs::path& path) {
   if (fd.get() >= 0) ::fsync(fd.get());
 }
 
-/// A new file beside the path with the bytes on the disk; its name ends in this process's number.
+/// The name under which this process makes a file before it is renamed to the path.
+fs::path besideName(const fs::path& path) {
+  return path.string() + ".new-" + std::to_string(::getpid());
+}
+
+/// A new file beside the path with the bytes on the disk.
 Result<fs::path> writeBeside(const fs::path& path, std::string_view bytes) {
-  const fs::path temporary = path.string() + ".new-" + std::to_string(::getpid());
-  Descriptor fd(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+  const fs::path temporary = besideName(path);
+  Descriptor fd(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   if (fd.get() < 0) return refuse("cannot write '{}': {}", path.string(), systemSays(errno));
   if (!writeAll(fd.get(), bytes) || ::fsync(fd.get()) != 0 || !fd.close()) {
     const int error = errno;
@@ -70,6 +75,11 @@ Result<fs::path> writeBeside(const fs::path& path, std::string_view bytes) {
 }
 
 }  // namespace
+
+bool isPresent(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(fs::symlink_status(path, error));
+}
 
 Result<std::optional<std::string>> readFileIfPresent(const fs::path& path) {
   const Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -91,27 +101,40 @@ Result<std::optional<std::string>> readFileIfPresent(const fs::path& path) {
 Result<> writeFileWhole(const fs::path& path, std::string_view bytes) {
   const auto temporary = writeBeside(path, bytes);
   if (!temporary) return tl::make_unexpected(temporary.error());
-  return renameInto(*temporary, path);
+  auto moved = renameInto(*temporary, path);
+  if (!moved) ::unlink(temporary->c_str());
+  return moved;
 }
 
 Result<bool> copyFileIfAbsent(const fs::path& from, const fs::path& to) {
-  const auto bytes = readFileIfPresent(from);
-  if (!bytes) return tl::make_unexpected(bytes.error());
-  if (!bytes->has_value()) return refuse("'{}' is missing", from.string());
-  const auto temporary = writeBeside(to, **bytes);
-  if (!temporary) return tl::make_unexpected(temporary.error());
-  // A link fails where a file is, unlike a rename: two programs at their first run cannot overwrite each
-  // other.
-  const bool made = ::link(temporary->c_str(), to.c_str()) == 0;
-  const int error = errno;
-  ::unlink(temporary->c_str());
-  if (!made && error != EEXIST) return refuse("cannot make '{}': {}", to.string(), systemSays(error));
+  if (!isPresent(from)) return refuse("'{}' is missing", from.string());
+  const fs::path temporary = besideName(to);
+  std::error_code error;
+  fs::copy_file(from, temporary, fs::copy_options::overwrite_existing, error);
+  if (!error) {
+    fs::permissions(temporary, fs::perms::owner_read | fs::perms::owner_write, error);
+    const Descriptor fd(::open(temporary.c_str(), O_RDONLY | O_CLOEXEC));
+    if (fd.get() < 0 || ::fsync(fd.get()) != 0) error = std::error_code(errno, std::generic_category());
+  }
+  if (error) {
+    ::unlink(temporary.c_str());
+    return refuse("cannot copy '{}' to '{}': {}", from.string(), to.string(), error.message());
+  }
+  // Unlike a plain rename this one fails where a file is: two programs at their first run cannot overwrite
+  // each other. Some file systems cannot do it; there a look before must do.
+  int failed =
+      ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
+  if (failed == EINVAL || failed == ENOSYS) {
+    failed = isPresent(to) ? EEXIST : ::rename(temporary.c_str(), to.c_str()) == 0 ? 0 : errno;
+  }
+  if (failed != 0) ::unlink(temporary.c_str());
+  if (failed != 0 && failed != EEXIST) return refuse("cannot make '{}': {}", to.string(), systemSays(failed));
   syncFolderOf(to);
-  return made;
+  return failed == 0;
 }
 
 Result<> appendToFile(const fs::path& path, std::string_view bytes) {
-  Descriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
+  Descriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
   if (fd.get() < 0 || !writeAll(fd.get(), bytes)) {
     return refuse("cannot write '{}': {}", path.string(), systemSays(errno));
   }
@@ -135,7 +158,7 @@ fs::path setAsideName(const fs::path& path, Date now) {
   std::strftime(stamp.data(), stamp.size(), "%Y%m%d-%H%M%S", &utc);
   const std::string base = path.string() + ".set-aside-" + stamp.data();
   fs::path name = base;
-  for (int n = 2; fs::exists(fs::symlink_status(name)); ++n) name = base + "-" + std::to_string(n);
+  for (int n = 2; isPresent(name); ++n) name = base + "-" + std::to_string(n);
   return name;
 }
 
@@ -147,12 +170,13 @@ Result<fs::path> setFileAside(const fs::path& path, Date now) {
 
 Result<> makeWritableFolder(const fs::path& folder) {
   std::error_code error;
-  fs::create_directories(folder, error);
+  const bool isNew = fs::create_directories(folder, error);
+  if (isNew && !error) fs::permissions(folder, fs::perms::owner_all, error);
   if (error) return refuse("cannot make the data folder '{}': {}", folder.string(), error.message());
   if (!fs::is_directory(folder, error))
     return refuse("the data folder '{}' is not a folder", folder.string());
   const fs::path trial = folder / (".moniva-trial-" + std::to_string(::getpid()));
-  const Descriptor fd(::open(trial.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+  const Descriptor fd(::open(trial.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
   if (fd.get() < 0) {
     return refuse("the data folder '{}' cannot be written: {}", folder.string(), systemSays(errno));
   }
