@@ -189,6 +189,24 @@ void Connection::noteError() {
 void Connection::noteError(int code, std::string message) {
   errorCode_ = code;
   errorMessage_ = std::move(message);
+  const int kind = code & 0xFF;
+  if (fileFault_ && (kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_IOERR)) {
+    fileFault_(code, errorMessage_);
+  }
+}
+
+bool Connection::checkpoint() {
+  int frames = 0;
+  int done = 0;
+  // Asked for by its function: the pragma tells of a busy log in a row, as if it had succeeded.
+  if (sqlite3_wal_checkpoint_v2(handle_, "main", SQLITE_CHECKPOINT_TRUNCATE, &frames, &done) == SQLITE_OK)
+    return true;
+  noteError();
+  return false;
+}
+
+void Connection::setPatience(int milliseconds) {
+  sqlite3_busy_timeout(handle_, milliseconds);
 }
 
 void Connection::clearError() {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <span>
@@ -77,6 +78,15 @@ class Connection {
   /// Runs several statements without slots, uncached.
   bool executeScript(const std::string& sql);
 
+  /// Brings the write-ahead log into the file. False, with the failure "in use", when another connection
+  /// still reads or writes what is in it.
+  bool checkpoint();
+  /// Milliseconds to wait for other programs from now on.
+  void setPatience(int milliseconds);
+  /// Called with the code and the message of a failure that the file itself is to blame for: damage, or a
+  /// read or write that the system refused. What a statement reads then is not the whole truth.
+  void onFileFault(std::function<void(int, const std::string&)> told) { fileFault_ = std::move(told); }
+
   int lastErrorCode() const { return errorCode_; }
   const std::string& lastErrorMessage() const { return errorMessage_; }
   void clearError();
@@ -117,6 +127,7 @@ class Connection {
   std::unordered_map<std::string, sqlite3_stmt*, TextHash, std::equal_to<>> statements_;
   int errorCode_ = 0;
   std::string errorMessage_;
+  std::function<void(int, const std::string&)> fileFault_;
   std::int64_t compiled_ = 0;
   std::int64_t commits_ = 0;
   int depth_ = 0;

@@ -14,16 +14,6 @@
 namespace moniva {
 namespace {
 
-/// The kind of store this program writes, kept in the file's user_version. Stores of older programs have 0.
-constexpr std::int64_t kStoreVersion = 1;
-/// "MONI"; older stores have 0.
-constexpr std::int64_t kApplicationID = 0x4D4F4E49;
-
-std::int64_t pragma(Connection& connection, std::string_view sql) {
-  Run run = connection.query(sql);
-  return run.next() ? run.integer(0) : 0;
-}
-
 /// The names of the indexes the store should have.
 std::set<std::string> indexNames() {
   std::set<std::string> names;
@@ -34,6 +24,9 @@ std::set<std::string> indexNames() {
   }
   return names;
 }
+
+/// Milliseconds to wait for other programs.
+constexpr int kPatience = 5000;
 
 std::string debugNote(std::string_view word) {
   return word == "syncdatacompletely" ? std::string(word) : fmt::format("appdebug{}", word);
@@ -76,6 +69,10 @@ bool DoDB::setDatabasePath(const std::filesystem::path& path) {
 
 Result<> DoDB::initDatabase() {
   closeDatabase();
+  {
+    const std::scoped_lock lock(fileFaultMutex_);
+    fileFault_.clear();
+  }
   if (databasePath_.empty()) databasePath_ = defaultPath();
   auto opened = Connection::open(databasePath_, Connection::Access::readWrite);
   if (!opened) return tl::make_unexpected(opened.error());
@@ -91,30 +88,17 @@ Result<> DoDB::initDatabase() {
 }
 
 Result<> DoDB::prepare(Connection& connection) {
-  connection.clearError();
-  const auto version = pragma(connection, "PRAGMA user_version");
-  const auto application = pragma(connection, "PRAGMA application_id");
-  if (connection.lastErrorCode() != 0) return tl::make_unexpected(connection.refusal());
-  const std::string file = connection.path().string();
-  const bool hasTransactions = [&] {
-    Run run =
-        connection.query("select count(*) from sqlite_schema where type = 'table' and name = 'transactions'");
-    return run.next() && run.integer(0) == 1;
-  }();
-  if (connection.lastErrorCode() != 0) return tl::make_unexpected(connection.refusal());
-  if ((application != 0 && application != kApplicationID) || !hasTransactions) {
-    return refuse("'{}' is not a data file of this program", file);
-  }
-  if (version > kStoreVersion) {
-    return refuse(
-        "the data file '{}' was written by a newer version of the program (kind {}; this one knows up to {})",
-        file, version, kStoreVersion);
-  }
+  if (auto kind = checkKind(connection); !kind) return kind;
+  connection.onFileFault([this](int code, const std::string& message) { noteFileFault(code, message); });
   const bool logged = [&] {
     Run run = connection.query("PRAGMA journal_mode = WAL");
     return run.next() && run.text(0) == "wal";
   }();
   // A person's entry is on the disk when the program says so; cached pages stay within a phone's memory.
+  if (!logged && connection.lastErrorCode() == 0) {
+    return refuse("the folder of the data file '{}' does not allow its write-ahead log",
+                  connection.path().string());
+  }
   if (!logged ||
       !connection.executeScript(
           "PRAGMA synchronous = FULL; PRAGMA cache_size = -16384; PRAGMA wal_autocheckpoint = 4000;"
@@ -139,12 +123,33 @@ void DoDB::addIndexesIfMissing() {
   dispatchInDatabase("DoDB", [this](Connection& connection) {
     platform_.log.line(fmt::format("== DoDB adding indexes to {}", databasePath_.string()));
     Transaction transaction(connection);
-    if (!transaction.began() || !connection.executeScript(std::string(kIndexesSql)) ||
-        !transaction.commit()) {
-      // A store with columns still to be added works without them, slowly; its upgrade asks for them again.
+    const bool began = transaction.began();
+    // One by one: a store with columns still to be added gets those that fit, and the others with its
+    // upgrade.
+    std::string_view rest = kIndexesSql;
+    for (auto end = rest.find(';'); began && end != std::string_view::npos; end = rest.find(';')) {
+      Transaction one(connection);
+      if (!one.began() || !connection.executeScript(std::string(rest.substr(0, end))) || !one.commit()) {
+        platform_.log.line(fmt::format("== DoDB index not added: {}", connection.lastErrorMessage()));
+      }
+      rest.remove_prefix(end + 1);
+    }
+    if (!began || !transaction.commit()) {
       faultLog_.line(fmt::format("== DoDB indexes not added: {}", connection.lastErrorMessage()));
     }
   });
+}
+
+void DoDB::noteFileFault(int code, const std::string& message) {
+  const std::scoped_lock lock(fileFaultMutex_);
+  if (!fileFault_.empty()) return;
+  fileFault_ = message;
+  faultLog_.line(fmt::format("=== 数据库已损坏[{}] {}", code & 0xFF, message));
+}
+
+std::string DoDB::fileFault() const {
+  const std::scoped_lock lock(fileFaultMutex_);
+  return fileFault_;
 }
 
 void DoDB::closeDatabase() {
@@ -225,7 +230,12 @@ bool DoDB::databaseIsAvailable(const std::filesystem::path& path) {
 }
 
 bool DoDB::checkpoint() {
-  return fmdb_ && fmdb_->execute("PRAGMA wal_checkpoint(TRUNCATE)");
+  if (!fmdb_) return false;
+  // Nobody is kept waiting for it: while another program reads, closing the last connection does the same.
+  fmdb_->setPatience(0);
+  const bool complete = fmdb_->checkpoint();
+  fmdb_->setPatience(kPatience);
+  return complete;
 }
 
 std::optional<Date> DoDB::getTheFirstUsingDateOfApp() {

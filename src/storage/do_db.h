@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -66,7 +67,11 @@ class DoDB {
 
   /// Opens the file, asks it for a transaction and answers whether it could be read; the reason is logged.
   bool databaseIsAvailable(const std::filesystem::path& path);
-  /// Brings the write-ahead log into the data file, so that the one file is a complete copy.
+  /// What the file was to blame for since it was opened (damage, a read the system refused), in the engine's
+  /// words; empty when nothing. Figures read in that time are not to be believed.
+  std::string fileFault() const;
+  /// Brings the write-ahead log into the data file, so that the one file is a complete copy. False when
+  /// another program still uses the log; it is not waited for.
   bool checkpoint();
 
   /// The indexes the store should have and has not.
@@ -100,8 +105,12 @@ class DoDB {
   bool runBlock(Connection* connection, std::string_view className,
                 const std::function<void(Connection&)>& work);
 
+  void noteFileFault(int code, const std::string& message);
+
   Platform& platform_;
   FaultLog faultLog_;
+  mutable std::mutex fileFaultMutex_;
+  std::string fileFault_;
   std::filesystem::path databasePath_;
   std::unique_ptr<DatabaseQueue> queue_;
   std::unique_ptr<Connection> fmdb_;

@@ -11,14 +11,14 @@ namespace {
 /// the bound also keeps a nonsensical number from pushing every stamp to come out of all reason.
 constexpr std::string_view kNewestStamps =
     "select max(stamp) from ("
-    "select * from (select editDate as stamp from transactions where editDate < 32503680000.0 order by "
+    "select * from (select editDate as stamp from transactions where editDate < 253402300800.0 order by "
     "editDate DESC limit 1) "
-    "union all select max(editDate) from account where editDate < 32503680000.0 "
-    "union all select max(editDate) from category where editDate < 32503680000.0 "
-    "union all select max(editDate) from categoryofbook where editDate < 32503680000.0 "
-    "union all select * from (select datetime from photos where datetime < 32503680000.0 order by datetime "
+    "union all select max(editDate) from account where editDate < 253402300800.0 "
+    "union all select max(editDate) from category where editDate < 253402300800.0 "
+    "union all select max(editDate) from categoryofbook where editDate < 253402300800.0 "
+    "union all select * from (select datetime from photos where datetime < 253402300800.0 order by datetime "
     "DESC limit 1) "
-    "union all select max(editDate) from monivaSys where editDate < 32503680000.0)";
+    "union all select max(editDate) from monivaSys where editDate < 253402300800.0)";
 
 /// A microsecond later, or the next double: in this century they are 2.4e-7 s apart, from 2514 on 3.8e-6.
 double above(double stamp) {

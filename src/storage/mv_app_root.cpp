@@ -63,9 +63,10 @@ const std::string& MVAppRoot::itsUDID() {
     auto& defaults = *platform_.userDefaults;
     udid_ = defaults.stringForKey("itsUDID").value_or("");
     if (!udid_.empty()) return;
-    udid_ = newIdentifier();
-    defaults.setString(udid_, "itsUDID");
-    if (auto saved = defaults.synchronize(); !saved) addNotice(saved.error().why);
+    const std::string made = newIdentifier();
+    auto kept = defaults.stringForKeyOrSet("itsUDID", made);
+    if (!kept) addNotice(kept.error().why);
+    udid_ = kept.value_or(made);
   });
   return udid_;
 }
@@ -91,7 +92,8 @@ bool MVAppRoot::executeUpdate(std::string_view sql, std::span<const Value> argum
 }
 
 void MVAppRoot::markRecentEditDate() {
-  recentEditDate = now();
+  // Taken from the stamps, so that the row that keeps it never goes back either.
+  recentEditDate = editStamp();
   platform_.log.line("markRecentEditDate");
 }
 
@@ -102,9 +104,11 @@ void MVAppRoot::updateRecentEditDateIfNeed() {
   Transaction transaction(*db);
   if (transaction.began() && executeUpdate("delete from monivaSys where key = ?", "recentEditDate") &&
       executeUpdate("insert into monivaSys (value, key,editDate,ipid) values (?,'recentEditDate',?,?)",
-                    stringOfDatetime(calendar(), *recentEditDate), *recentEditDate, itsUDID())) {
-    transaction.commit();
+                    stringOfDatetime(calendar(), *recentEditDate), *recentEditDate, itsUDID()) &&
+      transaction.commit()) {
+    return;
   }
+  platform_.log.line(fmt::format("== recentEditDate not written: {}", db->lastErrorMessage()));
 }
 
 std::string MVAppRoot::defaultForKey(std::string_view key) {
@@ -140,7 +144,7 @@ std::vector<std::string> MVAppRoot::takeNotices() {
 
 void MVAppRoot::addNotice(std::string notice) {
   const std::scoped_lock lock(noticesMutex_);
-  notices_.push_back(std::move(notice));
+  if (told_.insert(notice).second) notices_.push_back(std::move(notice));
 }
 
 }  // namespace moniva

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -87,6 +88,7 @@ class MVAppRoot {
 
   /// What the user should be told when there is a chance, in order; taken away by the reader.
   std::vector<std::string> takeNotices();
+  /// Each notice is told once in a run.
   void addNotice(std::string notice);
 
   std::shared_ptr<MonivaAccount> monivaAccount;
@@ -105,6 +107,7 @@ class MVAppRoot {
   Result<> exclusively(const std::function<Result<>()>& change);
   Result<> takeSafetyCopy();
   Result<> clearJournal();
+  Result<> makeFirstStore();
 
   Platform& platform_;
   DoDB& db_;
@@ -115,6 +118,7 @@ class MVAppRoot {
   std::string udid_;
   std::mutex noticesMutex_;
   std::vector<std::string> notices_;
+  std::set<std::string> told_;
 };
 
 }  // namespace moniva

@@ -12,11 +12,6 @@ namespace fs = std::filesystem;
 /// Seconds that a change of the data file waits for other programs on the same store.
 constexpr double kLockPatience = 5.0;
 
-bool isPresent(const fs::path& path) {
-  std::error_code error;
-  return fs::exists(path, error);
-}
-
 /// The cloud containers to look in, the edition's own first and the first edition's last.
 std::vector<std::string> containersFor(const AppInfo& info) {
   if (info.edition == Edition::plus)
@@ -39,33 +34,45 @@ Result<> MVAppRoot::hold() {
 }
 
 Result<> MVAppRoot::exclusively(const std::function<Result<>()>& change) {
-  if (auto held = hold(); !held) return held;
-  if (auto alone = lock_->change(FileLock::Mode::exclusive, kLockPatience); !alone) {
-    return refuse("the data file '{}' is in use by another program; nothing was changed",
-                  dataFile().string());
+  // The shared lock goes first: two programs that both kept theirs would wait for each other. Whoever comes
+  // in between is seen by what `change` asks of the files.
+  lock_.reset();
+  Result<> changed;
+  {
+    const auto alone =
+        FileLock::acquire(db_.defaultPath().string() + ".lock", FileLock::Mode::exclusive, kLockPatience);
+    changed = alone ? change()
+                    : refuse("the data file '{}' is in use by another program; nothing was changed",
+                             dataFile().string());
   }
-  auto changed = change();
-  if (auto shared = lock_->change(FileLock::Mode::shared, kLockPatience); changed && !shared) return shared;
-  return changed;
+  auto held = hold();
+  return changed ? held : changed;
 }
 
 Result<> MVAppRoot::takeSafetyCopy() {
   const fs::path backup = platform_.directories.documents / "backupBeforeUpdate.dat";
   if (!isPresent(backup)) return {};
   db_.closeDatabase();
-  if (!db_.databaseIsAvailable(backup)) {
-    auto aside = setDataFileAside(backup, now());
-    if (!aside) return tl::make_unexpected(aside.error());
-    addNotice(
-        fmt::format("The safety copy '{}' cannot be read. It was set aside as '{}'; the data file stays.",
-                    backup.filename().string(), aside->filename().string()));
-    return {};
-  }
-  if (auto settled = settleDataFile(backup); !settled) return settled;
-  stamps_.forget();
   return exclusively([&]() -> Result<> {
+    if (!isPresent(backup)) return {};  // another program was faster
+    std::string why;
+    const bool readable = db_.databaseIsAvailable(backup);
+    if (!readable && availabilityOf(backup, why) == Availability::unknown) {
+      return refuse("the safety copy '{}' cannot be read now: {}", backup.string(), why);
+    }
+    const Result<> kind = readable ? checkKind(backup) : refuse("it cannot be read");
+    if (!kind) {
+      auto aside = setDataFileAside(backup, now());
+      if (!aside) return tl::make_unexpected(aside.error());
+      addNotice(fmt::format(
+          "The safety copy '{}' cannot be used: {}. It was set aside as '{}'; the data file stays.",
+          backup.filename().string(), kind.error().why, aside->filename().string()));
+      return {};
+    }
+    if (auto settled = settleDataFile(backup); !settled) return settled;
     auto aside = replaceDataFile(db_.defaultPath(), backup, now());
     if (!aside) return tl::make_unexpected(aside.error());
+    stamps_.forget();
     addNotice(
         aside->empty()
             ? fmt::format("The safety copy '{}' is now the data file.", backup.string())
@@ -79,48 +86,59 @@ Result<> MVAppRoot::clearJournal() {
   const fs::path path = db_.defaultPath();
   const fs::path journal = path.string() + "-journal";
   if (!isPresent(journal)) return {};
-  // An interrupted program of the older kind left its undo journal: it is applied before it goes.
-  if (auto settled = settleDataFile(path); !settled) return settled;
-  std::error_code error;
-  fs::remove(journal, error);
-  if (error) {
-    return refuse("the leftover journal '{}' cannot be removed: {}", journal.string(), error.message());
+  return exclusively([&]() -> Result<> {
+    if (!isPresent(path)) return clearLeftovers(path, now());
+    // An interrupted program of the older kind left its undo journal: it is applied before it goes.
+    if (auto settled = settleDataFile(path); !settled) return settled;
+    std::error_code error;
+    fs::remove(journal, error);
+    if (error) {
+      return refuse("the leftover journal '{}' cannot be removed: {}", journal.string(), error.message());
+    }
+    return {};
+  });
+}
+
+Result<> MVAppRoot::makeFirstStore() {
+  const fs::path path = db_.defaultPath();
+  if (platform_.cloud->isSignedIn()) {
+    for (const auto& container : containersFor(platform_.info)) {
+      if (restoreDatafileFromiCloud(container)) return {};
+    }
   }
+  if (platform_.info.edition == Edition::plus && importFromGroupPath(platform_.directories.groupContainer)) {
+    return {};
+  }
+  if (auto cleared = clearLeftovers(path, now()); !cleared) return cleared;
+  auto made = copyFileIfAbsent(platform_.directories.resources / "db.sqlite", path);
+  if (!made) return tl::make_unexpected(made.error());
+  platform_.userDefaults->setString("1", "copyDataFile");
+  platform_.log.line("无数据库文件, 重新重置新数据库");
   return {};
 }
 
 Result<> MVAppRoot::copyDatabaseIfNeed() {
+  const auto& documents = platform_.directories.documents;
   const fs::path path = db_.defaultPath();
-  if (auto folder = makeWritableFolder(platform_.directories.documents); !folder) return folder;
+  if (auto folder = makeWritableFolder(documents); !folder) return folder;
   if (auto held = hold(); !held) return held;
-  // The safety copy comes first: it wins over a data file whose journal can no longer be applied, too.
+  // A journal that can no longer be applied does not stand in the way of a safety copy.
+  auto cleared = clearJournal();
+  if (!cleared && !isPresent(documents / "backupBeforeUpdate.dat")) return cleared;
   if (auto taken = takeSafetyCopy(); !taken) return taken;
-  if (auto cleared = clearJournal(); !cleared) return cleared;
-  if (!isPresent(path) && platform_.cloud->isSignedIn()) {
-    for (const auto& container : containersFor(platform_.info)) {
-      if (restoreDatafileFromiCloud(container)) break;
-    }
-  }
-  if (!isPresent(path) && platform_.info.edition == Edition::plus) {
-    importFromGroupPath(platform_.directories.groupContainer);
-  }
-  if (!isPresent(path)) {
-    if (auto cleared = clearLeftovers(path, now()); !cleared) return cleared;
-    auto made = copyFileIfAbsent(platform_.directories.resources / "db.sqlite", path);
-    if (!made) return tl::make_unexpected(made.error());
-    platform_.userDefaults->setString("1", "copyDataFile");
-    platform_.log.line("无数据库文件, 重新重置新数据库");
-  }
-  return {};
+  if (isPresent(path)) return {};
+  return exclusively([&]() -> Result<> { return isPresent(path) ? Result<>() : makeFirstStore(); });
 }
 
 bool MVAppRoot::restoreDatafileFromiCloud(std::string_view containerID) {
   const fs::path path = db_.defaultPath();
   const fs::path arriving = path.string() + ".arriving";
   if (!platform_.cloud->restoreDatafile(containerID, arriving)) return false;
-  if (!db_.databaseIsAvailable(arriving)) {
+  const Result<> kind = db_.databaseIsAvailable(arriving) ? checkKind(arriving) : refuse("it cannot be read");
+  if (!kind) {
     const auto aside = setDataFileAside(arriving, now());
-    addNotice(fmt::format("The data file from the cloud ({}) cannot be read.{}", containerID,
+    addNotice(fmt::format("The data file from the cloud ({}) cannot be used: {}.{}", containerID,
+                          kind.error().why,
                           aside ? " It was set aside as '" + aside->filename().string() + "'." : ""));
     return false;
   }
@@ -136,7 +154,9 @@ void MVAppRoot::databaseFileChangedAfterRestoreDatafile() {
 
 bool MVAppRoot::importFromGroupPath(const fs::path& folder) {
   const fs::path source = folder / platform_.info.kDatabaseName;
-  if (folder.empty() || !isPresent(source) || !db_.databaseIsAvailable(source)) return false;
+  if (folder.empty() || !isPresent(source) || !db_.databaseIsAvailable(source) || !checkKind(source)) {
+    return false;
+  }
   return settleDataFile(source) && copyFileIfAbsent(source, db_.defaultPath());
 }
 
@@ -175,8 +195,9 @@ Result<fs::path> MVAppRoot::setDatabaseAside() {
   });
   if (!moved) return tl::make_unexpected(moved.error());
   stamps_.forget();
-  addNotice(fmt::format("The data file '{}' is damaged. It was set aside as '{}'.", dataFile().string(),
-                        kept.filename().string()));
+  addNotice(fmt::format(
+      "The data file '{}' is damaged. It was set aside as '{}'; the next start begins a new store.",
+      dataFile().string(), kept.filename().string()));
   return kept;
 }
 

@@ -14,9 +14,15 @@ fs::path withEnding(const fs::path& path, std::string_view ending) {
   return path.string() + std::string(ending);
 }
 
-bool present(const fs::path& path) {
-  std::error_code error;
-  return fs::exists(fs::symlink_status(path, error));
+/// The kind of store this program writes, kept in the file's user_version. Stores of older programs have 0.
+constexpr std::int64_t kStoreVersion = 1;
+/// "MONI"; older stores have 0.
+constexpr std::int64_t kApplicationID = 0x4D4F4E49;
+
+/// The one figure a query gives; 0, with the error kept by the connection, when it fails.
+std::int64_t figure(Connection& connection, std::string_view sql) {
+  Run run = connection.query(sql);
+  return run.next() ? run.integer(0) : 0;
 }
 
 }  // namespace
@@ -46,15 +52,40 @@ Availability availabilityOf(const fs::path& path, std::string& why) {
   }
 }
 
+Result<> checkKind(Connection& connection) {
+  connection.clearError();
+  const auto version = figure(connection, "PRAGMA user_version");
+  const auto application = figure(connection, "PRAGMA application_id");
+  const auto tables = figure(connection,
+                             "select count(*) from sqlite_schema where type = 'table' and name in"
+                             " ('account', 'category', 'transactions', 'monivaSys')");
+  if (connection.lastErrorCode() != 0) return tl::make_unexpected(connection.refusal());
+  const std::string file = connection.path().string();
+  if ((application != 0 && application != kApplicationID) || tables != 4) {
+    return refuse("'{}' is not a data file of this program", file);
+  }
+  if (version > kStoreVersion) {
+    return refuse(
+        "the data file '{}' was written by a newer version of the program (kind {}; this one knows up to {})",
+        file, version, kStoreVersion);
+  }
+  return {};
+}
+
+Result<> checkKind(const fs::path& path) {
+  auto connection = Connection::open(path, Connection::Access::readWrite);
+  if (!connection) return tl::make_unexpected(connection.error());
+  return checkKind(**connection);
+}
+
 Result<> settleDataFile(const fs::path& path) {
-  if (!present(path)) return {};
+  if (!isPresent(path)) return {};
   auto opened = Connection::open(path, Connection::Access::readWrite);
   if (!opened) return tl::make_unexpected(opened.error());
   Connection& connection = **opened;
   // Asking for the right to write makes the engine roll a hot journal back first, and shows whether another
   // program is in the middle of a write.
-  if (!connection.execute("BEGIN IMMEDIATE") || !connection.execute("ROLLBACK") ||
-      !connection.execute("PRAGMA wal_checkpoint(TRUNCATE)")) {
+  if (!connection.execute("BEGIN IMMEDIATE") || !connection.execute("ROLLBACK") || !connection.checkpoint()) {
     return tl::make_unexpected(connection.refusal());
   }
   return {};
@@ -65,7 +96,7 @@ Result<fs::path> setDataFileAside(const fs::path& path, Date now) {
   if (!aside) return aside;
   for (const std::string_view ending : {"-wal", "-journal"}) {
     const auto companion = withEnding(path, ending);
-    if (!present(companion)) continue;
+    if (!isPresent(companion)) continue;
     if (auto moved = renameInto(companion, withEnding(*aside, ending)); !moved) {
       return tl::make_unexpected(moved.error());
     }
@@ -78,7 +109,7 @@ Result<fs::path> setDataFileAside(const fs::path& path, Date now) {
 Result<> clearLeftovers(const fs::path& path, Date now) {
   for (const std::string_view ending : {"-wal", "-journal"}) {
     const auto companion = withEnding(path, ending);
-    if (!present(companion)) continue;
+    if (!isPresent(companion)) continue;
     if (auto aside = setFileAside(companion, now); !aside) return tl::make_unexpected(aside.error());
   }
   std::error_code ignored;
@@ -87,34 +118,41 @@ Result<> clearLeftovers(const fs::path& path, Date now) {
 }
 
 Result<fs::path> replaceDataFile(const fs::path& path, const fs::path& replacement, Date now) {
-  if (!present(path)) {
+  if (!isPresent(path)) {
     if (auto cleared = clearLeftovers(path, now); !cleared) return tl::make_unexpected(cleared.error());
     if (auto moved = renameInto(replacement, path); !moved) return tl::make_unexpected(moved.error());
     return fs::path();
   }
   std::string why;
-  if (availabilityOf(path, why) == Availability::available) {
-    // Once its log is in the file the old store is one complete file, and a second name keeps it.
-    if (auto settled = settleDataFile(path); !settled) return tl::make_unexpected(settled.error());
-    const fs::path aside = setAsideName(path, now);
-    std::error_code error;
-    fs::create_hard_link(path, aside, error);
-    if (error) fs::copy_file(path, aside, error);  // a file system without hard links
-    if (error) {
-      return refuse("the data file '{}' cannot be kept as '{}': {}", path.string(), aside.string(),
-                    error.message());
+  switch (availabilityOf(path, why)) {
+    case Availability::available:
+      break;
+    case Availability::unknown:
+      return refuse("the data file '{}' stays in its place: {}", path.string(), why);
+    case Availability::damaged: {
+      auto aside = setDataFileAside(path, now);
+      if (!aside) return aside;
+      if (auto moved = renameInto(replacement, path); !moved) return tl::make_unexpected(moved.error());
+      return aside;
     }
-    if (auto cleared = clearLeftovers(path, now); !cleared) return tl::make_unexpected(cleared.error());
-    if (auto moved = renameInto(replacement, path); !moved) {
-      std::error_code ignored;
-      fs::remove(aside, ignored);
-      return tl::make_unexpected(moved.error());
-    }
-    return aside;
   }
-  auto aside = setDataFileAside(path, now);
-  if (!aside) return aside;
-  if (auto moved = renameInto(replacement, path); !moved) return tl::make_unexpected(moved.error());
+  // Once its log is in the file the old store is one complete file, and a second name keeps it.
+  if (auto settled = settleDataFile(path); !settled) return tl::make_unexpected(settled.error());
+  const fs::path aside = setAsideName(path, now);
+  std::error_code error;
+  fs::create_hard_link(path, aside, error);
+  if (error) fs::copy_file(path, aside, error);  // a file system without hard links
+  if (error) {
+    return refuse("the data file '{}' cannot be kept as '{}': {}", path.string(), aside.string(),
+                  error.message());
+  }
+  // Empty by now; they must not be taken for those of the new file.
+  for (const std::string_view ending : {"-wal", "-shm", "-journal"})
+    fs::remove(withEnding(path, ending), error);
+  if (auto moved = renameInto(replacement, path); !moved) {
+    fs::remove(aside, error);
+    return tl::make_unexpected(moved.error());
+  }
   return aside;
 }
 

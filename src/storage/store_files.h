@@ -10,6 +10,8 @@
 /// connection open.
 namespace moniva {
 
+class Connection;
+
 /// What opening a file as a store shows.
 enum class Availability {
   available,
@@ -22,8 +24,15 @@ enum class Availability {
 /// Opens the file and runs a small query on its transactions. `why` gets the engine's words on failure.
 Availability availabilityOf(const std::filesystem::path& path, std::string& why);
 
+/// Whether the database is a store of this program that this version knows; writes nothing. Refused with the
+/// reason otherwise.
+Result<> checkKind(Connection& connection);
+
+/// The same for a file; refused too when it is damaged or cannot be told of now.
+Result<> checkKind(const std::filesystem::path& path);
+
 /// Lets the engine roll back what an interrupted program left in a hot rollback journal, and brings the
-/// write-ahead log into the file. Refused when another program is writing or the file cannot be read; the
+/// write-ahead log into the file. Refused when another program has it open or the file cannot be read; the
 /// journal is then left where it is. A path without a file is fine.
 Result<> settleDataFile(const std::filesystem::path& path);
 

@@ -77,7 +77,7 @@ TEST(EditStamps, areAboveRowsMergedOnTheSameConnection) {
 TEST(EditStamps, passOverWhatIsNoDate) {
   Device device;
   device.open();
-  leaveStamp(device.dataFile(), "transactions", 4e10);
+  leaveStamp(device.dataFile(), "transactions", 4e11);
   auto other = Connection::open(device.dataFile(), Connection::Access::readWrite);
   ASSERT_TRUE((*other)->execute("insert into transactions (eid, editDate) values ('t', '2031-01-01')"));
   EXPECT_EQ(device.root.editStamp(), device.platform.now());

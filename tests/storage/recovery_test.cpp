@@ -241,6 +241,75 @@ class OneContainer final : public CloudContainers {
   std::vector<std::string>& asked_;
 };
 
+TEST(Recovery, aStoreWhoseLogIsInUseIsNotReplaced) {
+  Device device;
+  device.open();
+  auto reader = Connection::open(device.dataFile(), Connection::Access::readWrite);
+  ASSERT_TRUE((*reader)->execute("BEGIN"));
+  ASSERT_TRUE((*reader)->execute("select count(*) from monivaSys"));
+  ASSERT_TRUE(device.sql("insert into monivaSys (key) values ('typed just now')"));
+  EXPECT_FALSE(device.root.resetDatabase()) << "what is only in the log would not be in the kept copy";
+  EXPECT_EQ(marks(device), "typed just now");
+  EXPECT_EQ(namesIn(device.documents(), "moniva.dat.set"), std::vector<std::string>{});
+}
+
+TEST(Recovery, onlyAStoreThisVersionKnowsTakesTheDataFilesPlace) {
+  struct Case {
+    const char* sql;
+    const char* why;
+  };
+  for (const auto& [sql, why] : {Case{"PRAGMA user_version = 9", "newer version"},
+                                 Case{"PRAGMA application_id = 7", "another program's"},
+                                 Case{"drop table account", "no store at all"}}) {
+    Device device;
+    device.open();
+    ASSERT_TRUE(device.sql("insert into monivaSys (key) values ('mine')"));
+    const auto copy = device.documents() / "backupBeforeUpdate.dat";
+    makeStore(copy, "theirs");
+    ASSERT_TRUE((*Connection::open(copy, Connection::Access::readWrite))->execute(sql));
+    device.open();
+    EXPECT_EQ(marks(device), "mine") << why;
+    EXPECT_FALSE(isPresent(copy));
+    EXPECT_EQ(namesIn(device.documents(), "backupBeforeUpdate.dat.set").size(), 1U) << why;
+    // The same file as the data file is refused and stays as it was.
+    device.db.closeDatabase();
+    fs::rename(device.documents() / namesIn(device.documents(), "backupBeforeUpdate.dat.set").front(),
+               device.dataFile());
+    const std::string before = bytesOf(device.dataFile());
+    EXPECT_FALSE(device.db.initDatabase()) << why;
+    EXPECT_EQ(bytesOf(device.dataFile()), before) << why;
+  }
+}
+
+TEST(Recovery, anOlderStoreGetsTheIndexesThatFitIt) {
+  Device device;
+  makeStore(device.dataFile(), "old", true);
+  {
+    auto raw = Connection::open(device.dataFile(), Connection::Access::readWrite);
+    ASSERT_TRUE(
+        (*raw)->executeScript("drop table categoryofbook; drop index tx_book; drop index sys_key;"
+                              "create table categoryofbook (pk INTEGER, book INTEGER, cateOrder INTEGER)"));
+  }
+  device.open();
+  EXPECT_EQ(device.db.missingIndexes(), std::set<std::string>{"cob_cate"});
+}
+
+TEST(Recovery, damageFoundWhileReadingIsKeptInMind) {
+  Device device;
+  device.open();
+  const auto page = static_cast<std::streamoff>(
+      device.number("select rootpage from sqlite_schema where name = 'account'") - 1);
+  device.db.closeDatabase();
+  std::string bytes = bytesOf(device.dataFile());
+  bytes.replace(static_cast<std::size_t>(page) * 4096, 4096, std::string(4096, 'x'));
+  putBytes(device.dataFile(), bytes);
+  ASSERT_TRUE(device.db.initDatabase());
+  EXPECT_EQ(device.db.fileFault(), "");
+  EXPECT_FALSE(device.connection().execute("select count(title) from account"));
+  EXPECT_NE(device.db.fileFault(), "");
+  EXPECT_NE(device.takeFaults().find("=== 数据库已损坏[11]"), std::string::npos);
+}
+
 TEST(Recovery, theCloudIsAskedInTheEditionsOrder) {
   struct Case {
     Edition edition;
