@@ -2,6 +2,7 @@
 
 #include <boost/json.hpp>
 
+#include "base/text.h"
 #include "calendar/date_texts.h"
 #include "storage/transaction.h"
 
@@ -17,8 +18,16 @@ Result<> MainAppDelegate::run(const std::vector<Step>& steps) {
   return {};
 }
 
+std::string MainAppDelegate::passcode() {
+  const auto set = platform().userDefaults->objectForKey("Passcode");
+  if (!set || set->is_null()) return {};
+  // A number that was written without its quotes is a passcode too.
+  const std::string text = set->is_string() ? std::string(set->get_string()) : boost::json::serialize(*set);
+  return std::string(trimBlanks(text));
+}
+
 bool MainAppDelegate::hasPasscode() {
-  return !platform().userDefaults->stringForKey("Passcode").value_or("").empty();
+  return !passcode().empty();
 }
 
 Result<> MainAppDelegate::applicationDidFinishLaunching() {
@@ -37,15 +46,16 @@ Result<> MainAppDelegate::applicationWillEnterForeground() {
 void MainAppDelegate::applicationDidEnterBackground() {
   settle();
   locked_ = hasPasscode();
-  run(backgroundSteps());
+  if (auto done = run(backgroundSteps()); !done) root_.addNotice(done.error().why);
+  launchedWhole_ = false;
 }
 
 void MainAppDelegate::applicationWillTerminate() {
   if (auto saved = platform().userDefaults->synchronize(); !saved) root_.addNotice(saved.error().why);
 }
 
-bool MainAppDelegate::unlock(std::string_view passcode) {
-  if (passcode != platform().userDefaults->stringForKey("Passcode").value_or("")) return false;
+bool MainAppDelegate::unlock(std::string_view given) {
+  if (trimBlanks(given) != passcode()) return false;
   locked_ = false;
   appLaunched();
   return true;
@@ -54,7 +64,9 @@ bool MainAppDelegate::unlock(std::string_view passcode) {
 void MainAppDelegate::appLaunched() {
   const auto last = platform().userDefaults->dateForKey("lastOpenAppDate");
   const bool isQuickReturn = last && root_.calendar().isToday(*last, root_.now());
-  run(isQuickReturn ? quickReturnSteps() : dailySteps());
+  const auto done = run(isQuickReturn ? quickReturnSteps() : dailySteps());
+  if (!done) root_.addNotice(done.error().why);
+  if (isQuickReturn) launchedWhole_ = done.has_value();
 }
 
 void MainAppDelegate::settle() {

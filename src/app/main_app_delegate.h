@@ -36,7 +36,7 @@ class MainAppDelegate {
   /// Whether a passcode is set and has not been given since the launch or the last leave.
   bool isLocked() const { return locked_; }
   /// Gives the passcode; a right one runs `appLaunched` and answers true.
-  bool unlock(std::string_view passcode);
+  bool unlock(std::string_view given);
 
   /// The data work after a launch and at every return: upgrades and upkeep on the first opening of a day, the
   /// device record otherwise, then data handed in from outside. Parts of it run in the background; `settle`
@@ -52,6 +52,9 @@ class MainAppDelegate {
   bool performActionForShortcutItem(std::string_view type);
   bool doWithUserActivityWithType(std::string_view type);
 
+  /// The last step of every return: takes what was handed in from outside, unless the lock is on; without
+  /// any, asks the front end for files that wait elsewhere.
+  void takeDataFromOutside();
   /// Takes what `filepathOfMailImport` names and clears it.
   void importDataFromOutside();
   /// The device's own record in the store: what it runs and the day it was last in use. Written when that
@@ -65,13 +68,20 @@ class MainAppDelegate {
   Platform& platform() { return root_.platform(); }
   AppHost& host() { return host_; }
   bool hasPasscode();
+  /// Whether the work of a launch ran to its end since the program was last left: only then was the day's
+  /// work done.
+  bool wasLaunchedWhole() const { return launchedWhole_; }
+  void setLaunchedWhole(bool whole) { launchedWhole_ = whole; }
   /// Runs the steps in order until one is refused.
   Result<> run(const std::vector<Step>& steps);
 
  private:
   MVAppRoot& root_;
   AppHost& host_;
+  std::string passcode();
+
   bool locked_ = false;
+  bool launchedWhole_ = false;
 };
 
 // The sequences, each a table of steps in order.

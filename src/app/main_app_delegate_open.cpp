@@ -1,6 +1,9 @@
 // What is handed to the program from outside: URLs, files, quick actions.
 
+#include <algorithm>
 #include <array>
+#include <cctype>
+#include <filesystem>
 
 #include "app/main_app_delegate.h"
 #include "base/percent_decoding.h"
@@ -32,17 +35,22 @@ Result<> MainAppDelegate::openURL(std::string_view url) {
   platform().log.line(fmt::format("=========================xxx handle OpenURL {}", url));
   const auto colon = url.find(':');
   if (colon == std::string_view::npos) return refuse("'{}' is no URL: it has no scheme", url);
-  const std::string_view scheme = url.substr(0, colon);
+  std::string scheme(url.substr(0, colon));
+  std::ranges::transform(scheme, scheme.begin(),
+                         [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   const std::string_view rest = url.substr(colon + 1);
 
   if (scheme == "file") {
     std::string_view path = rest;
     if (path.starts_with("//")) path.remove_prefix(2);
     if (path.starts_with("localhost/")) path.remove_prefix(std::string_view("localhost").size());
-    root_.filepathOfMailImport = percentDecoded(path);
+    const std::string file = percentDecoded(path);
+    std::error_code error;
+    if (!std::filesystem::exists(file, error)) return refuse("there is no file '{}'", file);
+    root_.filepathOfMailImport = file;
     platform().log.line(fmt::format("=== application handleOpenURL {}", root_.filepathOfMailImport));
     // Behind the lock it waits for the passcode.
-    if (!hasPasscode()) importDataFromOutside();
+    if (!locked_) importDataFromOutside();
     return {};
   }
   if (scheme != "moniva" && scheme != "moniva2" && scheme != "ledgora") {
@@ -59,6 +67,7 @@ Result<> MainAppDelegate::openURL(std::string_view url) {
     return {};
   }
   if (host == "resetdb") {
+    if (locked_) return refuse("the store is locked; it is not emptied without its passcode");
     settle();
     if (auto reset = root_.resetDatabase(); !reset) return reset;
     refreshUsingMonivaAccount(root_);
@@ -76,9 +85,7 @@ Result<> MainAppDelegate::openURL(std::string_view url) {
     root_.filepathOfMailImport = rest;
     return {};
   }
-  if ((scheme == "ledgora" || scheme == "moniva2") &&
-      (contains(rest, "transdate_from_moniva1") || contains(rest, "//quickadd-")) &&
-      doWithUserActivityWithType(url)) {
+  if ((scheme == "ledgora" || scheme == "moniva2") && doWithUserActivityWithType(rest)) {
     return {};
   }
   return refuse("the program has no action for '{}'", url);
@@ -89,7 +96,7 @@ bool MainAppDelegate::performActionForShortcutItem(std::string_view type) {
 }
 
 bool MainAppDelegate::doWithUserActivityWithType(std::string_view type) {
-  for (const std::string_view form : {"moniva2://", "ledgora://"}) {
+  for (const std::string_view form : {"moniva2://", "ledgora://", "//"}) {
     if (type.starts_with(form)) type.remove_prefix(form.size());
   }
   constexpr std::string_view templateForm = "quickadd-";
@@ -99,6 +106,19 @@ bool MainAppDelegate::doWithUserActivityWithType(std::string_view type) {
   return true;
 }
 
+void MainAppDelegate::takeDataFromOutside() {
+  const std::string& from = root_.filepathOfMailImport;
+  // Nobody is asked about it behind the lock; unlocking comes by here again.
+  if (!from.empty() && locked_) return;
+  std::error_code error;
+  const bool isMarker = contains(from, "trans_data_from_moniva1") || contains(from, "transdate_from_moniva1");
+  if (!from.empty() && (isMarker || std::filesystem::exists(from, error))) {
+    importDataFromOutside();
+  } else {
+    host_.importDataFromArrayIfNeedAfterLaunch();
+  }
+}
+
 void MainAppDelegate::importDataFromOutside() {
   const std::string from = std::exchange(root_.filepathOfMailImport, {});
   const std::string file = std::filesystem::path(from).filename().string();
@@ -106,9 +126,14 @@ void MainAppDelegate::importDataFromOutside() {
   if (contains(from, "trans_data_from_moniva1_icloud")) {
     platform().log.line(fmt::format("从iCloud备份恢复Moniva1数据 {}", from));
     root_.addNotice(
-        "Nobody is signed in to a cloud here, so there is no data of the first edition to take over.");
+        platform().cloud->isSignedIn()
+            ? "This version cannot take over the first edition's data from the cloud yet; it stays there."
+            : "Nobody is signed in to a cloud here, so there is no data of the first edition to take over.");
   } else if (contains(from, "transdate_from_moniva1_group_path")) {
-    root_.addNotice("There is no shared folder of the first edition here, so there is no data to take over.");
+    root_.addNotice(
+        platform().directories.groupContainer.empty()
+            ? "There is no shared folder of the first edition here, so there is no data to take over."
+            : "This version cannot take over the first edition's data yet; it stays where it is.");
   } else if (contains(file, ".mvk") || contains(file, "_data")) {
     host_.showALertWhenImportDataBackup(from);
   } else if (contains(file, ".mvz")) {

@@ -79,23 +79,18 @@ Result<> refreshDeviceInBackground(MainAppDelegate& app) {
 }
 
 Result<> takeOutsideData(MainAppDelegate& app) {
-  const std::string& from = app.root().filepathOfMailImport;
-  // Nobody is asked about it behind the lock; unlocking comes by here again.
-  if (!from.empty() && app.isLocked()) return {};
-  std::error_code error;
-  const bool isMarker = from.find("trans_data_from_moniva1") != std::string::npos ||
-                        from.find("transdate_from_moniva1") != std::string::npos;
-  if (!from.empty() && (isMarker || fs::exists(from, error))) {
-    app.importDataFromOutside();
-  } else {
-    app.host().importDataFromArrayIfNeedAfterLaunch();
-  }
+  app.takeDataFromOutside();
   return {};
 }
 
 Result<> startUpgrades(MainAppDelegate& app) {
-  app.platform().backgroundQueue.dispatch(
-      [&app] { app.platform().mainQueue.dispatch([&app] { app.run(stepsAfterUpgrades()); }); });
+  app.platform().backgroundQueue.dispatch([&app] {
+    app.platform().mainQueue.dispatch([&app] {
+      const auto done = app.run(stepsAfterUpgrades());
+      if (!done) app.root().addNotice(done.error().why);
+      app.setLaunchedWhole(done.has_value());
+    });
+  });
   return {};
 }
 
@@ -106,7 +101,7 @@ Result<> reloadBlankBook(MainAppDelegate& app) {
 }
 
 Result<> setRecentEditDate(MainAppDelegate& app) {
-  app.root().recentEditDate = app.root().now();
+  app.root().recentEditDate = app.root().editStamp();
   return {};
 }
 
@@ -134,9 +129,11 @@ Result<> launched(MainAppDelegate& app) {
   return {};
 }
 
+/// Not when the day's work was not done (behind the lock, or refused): it would be taken for done till
+/// tomorrow.
 Result<> storeLastOpenAppDate(MainAppDelegate& app) {
   auto& defaults = *app.platform().userDefaults;
-  defaults.setDate(app.root().now(), "lastOpenAppDate");
+  if (app.wasLaunchedWhole()) defaults.setDate(app.root().now(), "lastOpenAppDate");
   if (auto saved = defaults.synchronize(); !saved) app.root().addNotice(saved.error().why);
   return {};
 }

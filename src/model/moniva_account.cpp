@@ -8,6 +8,13 @@
 namespace moniva {
 namespace {
 
+/// What a row is loaded from, in the order in which `read` takes it.
+constexpr std::string_view kColumns =
+    "title, type, beginBalance, currency, enabled, note, budgetEnabled, incomeEnabled, weekStartsOn, "
+    "monthstartsOn,"
+    " yearStartsOn, totalBalance, orderID, kind, isGroup, editDate, expandOption, deleted";
+constexpr int kColumnCount = 18;
+
 boost::json::object parsedOptions(std::string_view text) {
   boost::system::error_code error;
   auto value = boost::json::parse(boost::json::string_view(text.data(), text.size()), error);
@@ -50,13 +57,12 @@ std::optional<MonivaAccount> MonivaAccount::withTitle(MVAppRoot& root, int aKind
   if (db == nullptr) return std::nullopt;
   std::string key;
   {
-    Run run =
-        db->query(aKind == moniva::kBookKind
-                      ? "select oldTitle, isGroup, deleted, enabled from account where kind = 2 and title = ?"
-                        " order by deleted, isGroup, enabled DESC, editDate DESC"
-                      : "select oldTitle, isGroup, deleted, enabled from account where kind = 1 and title = ?"
-                        " order by deleted, isGroup, enabled DESC, editDate DESC",
-                  {title});
+    // Of several rows of a title the one in use is meant.
+    Run run = db->query(
+        fmt::format("select oldTitle, isGroup, deleted, enabled from account where kind = {} and title = ?"
+                    " order by deleted, isGroup, enabled DESC, editDate DESC",
+                    aKind),
+        {title});
     if (!run.next()) return std::nullopt;
     key = run.text(0);
   }
@@ -64,22 +70,26 @@ std::optional<MonivaAccount> MonivaAccount::withTitle(MVAppRoot& root, int aKind
 }
 
 std::optional<MonivaAccount> MonivaAccount::getAccountWithTitle(MVAppRoot& root, std::string_view title) {
-  return withTitle(root, moniva::kAccountKind, title);
+  return withTitle(root, kAccountKind, title);
 }
 
 std::optional<MonivaAccount> MonivaAccount::getBookWithTitle(MVAppRoot& root, std::string_view title) {
-  return withTitle(root, moniva::kBookKind, title);
+  return withTitle(root, kBookKind, title);
 }
 
 std::vector<MonivaAccount> MonivaAccount::list(MVAppRoot& root, int aKind) {
   std::vector<MonivaAccount> rows;
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return rows;
-  Run run = db->query(
-      "select oldTitle from account where kind = ? and deleted = 0 and isGroup = 0 order by orderID, eid",
-      {aKind});
+  Run run = db->query(fmt::format("select {}, oldTitle from account where kind = ? and deleted = 0 and "
+                                  "isGroup = 0 order by orderID, eid",
+                                  kColumns),
+                      {aKind});
   while (run.next()) {
-    if (auto account = getAccountWithPK(root, run.text(0))) rows.push_back(std::move(*account));
+    MonivaAccount row(root);
+    row.read(run);
+    row.pk = run.text(kColumnCount);
+    rows.push_back(std::move(row));
   }
   return rows;
 }
@@ -87,12 +97,13 @@ std::vector<MonivaAccount> MonivaAccount::list(MVAppRoot& root, int aKind) {
 bool MonivaAccount::getInfo() {
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return false;
-  Run run = db->query(
-      "select title, type, beginBalance, currency, enabled, note, budgetEnabled, incomeEnabled, weekStartsOn,"
-      " monthstartsOn, yearStartsOn, totalBalance, orderID, kind, isGroup, editDate, expandOption, deleted"
-      " from account where oldTitle = ?",
-      {pk});
+  Run run = db->query(fmt::format("select {} from account where oldTitle = ?", kColumns), {pk});
   if (!run.next()) return false;
+  read(run);
+  return true;
+}
+
+void MonivaAccount::read(const Run& run) {
   title = run.text(0);
   aType = run.text(1);
   beginBalance = run.real(2);
@@ -115,7 +126,6 @@ bool MonivaAccount::getInfo() {
       profit && profit->is_string()) {
     showProfitForSummary = std::string(profit->get_string());
   }
-  return true;
 }
 
 void MonivaAccount::setType(std::string_view type) {

@@ -8,6 +8,7 @@
 
 #include "base/result.h"
 #include "calendar/book_periods.h"
+#include "model/transaction_type.h"
 #include "storage/mv_app_root.h"
 
 namespace moniva {
@@ -51,8 +52,8 @@ class MonivaAccount {
   /// Loads the row of `pk`; false when there is none.
   bool getInfo();
 
-  bool isBook() const { return aKind == kBookKindOf; }
-  bool isAccount() const { return aKind != kBookKindOf; }
+  bool isBook() const { return aKind == kBookKind; }
+  bool isAccount() const { return aKind != kBookKind; }
   bool isSavingAccount() const { return aType == "_SavingAccount"; }
   bool isDebtAccount() const { return aType == "_DebtAccount"; }
   bool isPrepaidAccount() const { return aType == "_PrepaidAccount"; }
@@ -84,8 +85,8 @@ class MonivaAccount {
   MVAppRoot& root() const { return *root_; }
 
  private:
-  static constexpr int kBookKindOf = 2;
   static std::optional<MonivaAccount> withTitle(MVAppRoot& root, int aKind, std::string_view title);
+  void read(const Run& run);
   bool update(std::string_view sql, const Value& value);
 
   MVAppRoot* root_;

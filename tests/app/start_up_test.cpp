@@ -261,6 +261,27 @@ TEST(Passcode, keepsTheWorkAndTheFilesBackUntilItIsGiven) {
   EXPECT_NE(program.takeAsked().find("shared:from mail.mvz "), std::string::npos);
 }
 
+TEST(Passcode, aWrongOneNeitherEmptiesTheStoreNorCountsAsTheDaysOpening) {
+  Program program;
+  program.platform.userDefaults->setString(" 1234 ", "Passcode");
+  program.launch();
+  EXPECT_FALSE(program.app.unlock("4321"));
+  const std::string before = bytesOf(program.dataFile());
+  EXPECT_FALSE(program.app.openURL("moniva2://resetdb"));
+  EXPECT_EQ(bytesOf(program.dataFile()), before);
+  program.app.applicationDidEnterBackground();
+  EXPECT_EQ(program.platform.userDefaults->dateForKey("lastOpenAppDate"), std::nullopt);
+  program.takeSteps();
+  EXPECT_TRUE(program.app.unlock("1234"));
+  EXPECT_EQ(program.takeSteps(), kDaily) << "the day's work is still to be done";
+  program.app.applicationDidEnterBackground();
+  EXPECT_EQ(program.platform.userDefaults->dateForKey("lastOpenAppDate"), program.platform.now());
+  program.platform.userDefaults->setObject("   ", "Passcode");
+  EXPECT_FALSE(program.app.hasPasscode()) << "a blank one is none";
+  program.platform.userDefaults->setObject(1234, "Passcode");
+  EXPECT_TRUE(program.app.hasPasscode()) << "digits without quotes are one";
+}
+
 TEST(Urls, setWhatTheyAskFor) {
   Program program;
   program.launch();
@@ -277,13 +298,13 @@ TEST(Urls, setWhatTheyAskFor) {
     EXPECT_EQ(program.setting(key), "1");
     EXPECT_EQ(program.commentary().back(), "=========================xxx handle OpenURL " + std::string(url));
   }
-  for (const char* none :
-       {"fix", "http://fix", "moniva2://fix4", "moniva2://", "moniva2://quickadd-",
-        "ledgora://trans_data_from_moniva1_icloud", "ledgora://transdate_from_moniva1", ""}) {
+  for (const char* none : {"fix", "http://fix", "moniva2://fix4", "moniva2://", "moniva2://quickadd-",
+                           "ledgora://trans_data_from_moniva1_icloud", "ledgora://transdate_from_moniva1", "",
+                           "file:///no/such/file.mvk"}) {
     const auto refused = program.app.openURL(none);
     ASSERT_FALSE(refused) << none;
-    EXPECT_NE(refused.error().why.find("'" + std::string(none) + "'"), std::string::npos)
-        << refused.error().why;
+    const std::string named = std::string(none).starts_with("file://") ? std::string(none).substr(7) : none;
+    EXPECT_NE(refused.error().why.find("'" + named + "'"), std::string::npos) << refused.error().why;
   }
   EXPECT_EQ(program.root.filepathOfMailImport, "");
 }
@@ -294,30 +315,43 @@ TEST(Urls, handDataIn) {
     const char* logged;
     const char* asked;
   };
-  for (const auto& [url, logged, asked] : {
+  const TemporaryFolder inbox;
+  fs::create_directory(inbox / "my_data");
+  for (const char* name : {"a.mvk", "moniva_data", "bä.mvz", "my_data/c.mvz", "d.pdf"})
+    putBytes(inbox / name, "");
+  const auto placed = [&](std::string text) {
+    if (const auto at = text.find("INBOX"); at != std::string::npos)
+      text.replace(at, 5, inbox.path().string());
+    return text;
+  };
+  for (const auto& [typed, toLog, asked] : {
            Case{"moniva2://trans_data_from_moniva1_icloud", "=== Import data from moniva 1 icloud backup",
                 ""},
            Case{"moniva2://transdate_from_moniva1_group_path", "=== Import data from moniva 1 group path",
                 ""},
-           Case{"file:///inbox/a.mvk", "=== 6 appLaunched /inbox/a.mvk", "backup:a.mvk "},
-           Case{"file:///inbox/moniva_data", "=== 6 appLaunched /inbox/moniva_data", "backup:moniva_data "},
-           Case{"file://localhost/inbox/b%C3%A4.mvz", "=== 6 appLaunched /inbox/bä.mvz", "shared:bä.mvz "},
-           Case{"file:///my_data/c.mvz", "=== 6 appLaunched /my_data/c.mvz", "shared:c.mvz "},
-           Case{"file:///inbox/d.pdf", "=== 6 appLaunched /inbox/d.pdf", ""},
+           Case{"file://INBOX/a.mvk", "=== 6 appLaunched INBOX/a.mvk", "backup:a.mvk "},
+           Case{"file://INBOX/moniva_data", "=== 6 appLaunched INBOX/moniva_data", "backup:moniva_data "},
+           Case{"FILE://localhostINBOX/b%C3%A4.mvz", "=== 6 appLaunched INBOX/bä.mvz", "shared:bä.mvz "},
+           Case{"file://INBOX/my_data/c.mvz", "=== 6 appLaunched INBOX/my_data/c.mvz", "shared:c.mvz "},
+           Case{"file://INBOX/d.pdf", "=== 6 appLaunched INBOX/d.pdf", ""},
+           Case{"moniva2://addexpense", "=========================xxx handle OpenURL moniva2://addexpense",
+                "add:addexpense "},
            Case{"moniva2://quickadd-77", "=========================xxx handle OpenURL moniva2://quickadd-77",
                 "add:quickadd-77 "},
            Case{"ledgora://quickadd-A", "=========================xxx handle OpenURL ledgora://quickadd-A",
                 "add:quickadd-A "},
        }) {
+    const std::string url = placed(typed);
+    const std::string logged = placed(toLog);
     Program program;
     program.launch();
     program.takeAsked();
     EXPECT_TRUE(program.app.openURL(url)) << url;
     EXPECT_EQ(program.commentary().back(), logged);
     EXPECT_EQ(program.takeAsked(), asked) << url;
-    const bool isMarker = std::string_view(url).find("moniva1") != std::string_view::npos;
+    const bool isMarker = url.find("moniva1") != std::string_view::npos;
     EXPECT_EQ(program.root.filepathOfMailImport.empty(), !isMarker);
-    EXPECT_EQ(program.root.takeNotices().size(), std::string_view(url).ends_with("pdf") ? 1U : 0U);
+    EXPECT_EQ(program.root.takeNotices().size(), url.ends_with("pdf") ? 1U : 0U);
     program.app.appLaunched();
     program.app.settle();
     EXPECT_TRUE(program.root.filepathOfMailImport.empty()) << "taken at the next opening";
