@@ -9,6 +9,7 @@ function(moniva_room name)
     target_include_directories(moniva_${name} SYSTEM PUBLIC
       ${EXPECTED_INCLUDE_DIR} ${CLI11_INCLUDE_DIR} ${CSV_INCLUDE_DIR})
     target_link_libraries(moniva_${name} PUBLIC ${ROOM_USES} PRIVATE moniva_options)
+    set_target_properties(moniva_${name} PROPERTIES UNITY_BUILD ${MONIVA_JOINED} UNITY_BUILD_BATCH_SIZE 8)
   else()
     add_library(moniva_${name} INTERFACE)
     target_include_directories(moniva_${name} INTERFACE ${CMAKE_SOURCE_DIR}/src)
