@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "calendar/date_texts.h"
+#include "storage/transaction.h"
 
 namespace moniva {
 
@@ -14,9 +15,8 @@ std::optional<Spend> Spend::spendFromEID(MVAppRoot& root, std::string_view eid) 
   Run run = db->query(
       "select amount, note, category, subcategory, datetime, type, repeat, currency2, amount2, account, "
       "vendor, book,"
-      " repeat_end_date, paid, repeat_seed, barcode, payDate, transferEID, deleted, syear, ipid from "
-      "transactions"
-      " where eid = ?",
+      " repeat_end_date, paid, repeat_seed, barcode, payDate, transferEID, deleted, syear, ipid,"
+      " needReimburse, bid from transactions where eid = ?",
       {eid});
   if (!run.next()) return std::nullopt;
   Spend spend(root);
@@ -42,6 +42,8 @@ std::optional<Spend> Spend::spendFromEID(MVAppRoot& root, std::string_view eid) 
   spend.isDeleted = static_cast<int>(run.integer(18));
   spend.advancedType = static_cast<int>(run.integer(19));
   spend.ipid = run.text(20);
+  spend.needReimburse = run.integer(21) != 0;
+  spend.bid = static_cast<int>(run.integer(22));
   return spend;
 }
 
@@ -54,16 +56,30 @@ Result<> Spend::add() {
   if (book.empty()) root_->platform().log.line("Empty Book : Spend 205");
   if (eid.empty()) eid = root_->newIdentifier();
   if (payDate == Date{}) payDate = datetime;
-  const bool written = root_->executeUpdate(
-      "insert into transactions (amount, type, note, category, subcategory, datetime, repeat, account, "
-      "currency2, amount2,"
-      " editDate, eid, vendor, book, paid, needReimburse, sday, repeat_seed, barcode, transferEID, bid, "
-      "payDate, ipid,"
-      " syear, edit_ipid) values (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,20,?,?,?,?)",
-      amount, type, note, category, subcategory.empty() ? kNoCategory : std::string_view(subcategory),
-      datetime, repeat, account, foreignCurrency, foreignAmount, root_->editStamp(), eid, vendor, book, paid,
-      needReimburse, integerDateOfTimeZone(root_->calendar(), datetime, timeZone), repeatSeedID, timeZone,
-      connectionUUID, payDate, ipid, advancedType, root_->itsUDID());
+  if (repeat == kNotRepeat) repeatEndDate = Date{};
+  bid = kItemRow;
+  // The row's insert has no slot for an end of its series; only with one are there two writes to keep
+  // together.
+  std::optional<Transaction> both;
+  if (repeatEndDate != Date{}) both.emplace(*db);
+  bool written =
+      (!both || both->began()) &&
+      root_->executeUpdate(
+          "insert into transactions (amount, type, note, category, subcategory, datetime, repeat, account, "
+          "currency2, amount2,"
+          " editDate, eid, vendor, book, paid, needReimburse, sday, repeat_seed, barcode, transferEID, bid, "
+          "payDate, ipid,"
+          " syear, edit_ipid) values (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,20,?,?,?,?)",
+          amount, type, note, category, subcategory.empty() ? kNoCategory : std::string_view(subcategory),
+          datetime, repeat, account, foreignCurrency, foreignAmount, root_->editStamp(), eid, vendor, book,
+          paid, needReimburse, integerDateOfTimeZone(root_->calendar(), datetime, timeZone), repeatSeedID,
+          timeZone, connectionUUID, payDate, ipid, advancedType, root_->itsUDID());
+  if (written && both) {
+    written = root_->executeUpdate(
+                  "update transactions set repeat_end_date = ?, editDate = ?, edit_ipid = ? where eid = ?",
+                  repeatEndDate, root_->editStamp(), root_->itsUDID(), eid) &&
+              both->commit();
+  }
   if (!written) return tl::make_unexpected(db->refusal());
   return {};
 }

@@ -48,8 +48,8 @@ class Spend {
   /// The record of that `eid`; nothing when there is none.
   static std::optional<Spend> spendFromEID(MVAppRoot& root, std::string_view eid);
   /// Writes the record as one item row; a blank `eid` is given an identifier, a `payDate` never set the
-  /// record's date. Refused, with nothing written, for an amount that is not above zero and finite, another
-  /// type than income or expense, and what the store refuses.
+  /// record's date, and an end without a repeat is dropped. Refused, with nothing written, for an amount that
+  /// is not above zero and finite, another type than income or expense, and what the store refuses.
   Result<> add();
 
  private:

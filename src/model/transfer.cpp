@@ -1,5 +1,6 @@
 #include "model/transfer.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "calendar/date_texts.h"
@@ -16,11 +17,11 @@ std::optional<Transfer> Transfer::transferFromUUID(MVAppRoot& root, std::string_
   transfer.connectUUID = uuid;
   for (const int side : {kind::kTransferOut, kind::kTransferIn}) {
     Run run = db->query(
-        "select eid, amount, note, datetime, currency2, amount2, barcode, account, vendor, paid from "
-        "transactions"
-        " where transferEID = ? and type = ?",
+        "select eid, amount, note, datetime, currency2, amount2, barcode, account, vendor, paid,"
+        " deleted, repeat, repeat_seed from transactions where transferEID = ? and type = ? order by deleted",
         {uuid, side});
     if (!run.next()) return std::nullopt;
+    transfer.isDeleted = std::max(transfer.isDeleted, static_cast<int>(run.integer(10)));
     if (side == kind::kTransferOut) {
       transfer.eidA = run.text(0);
       transfer.amountA = run.real(1);
@@ -30,6 +31,8 @@ std::optional<Transfer> Transfer::transferFromUUID(MVAppRoot& root, std::string_
       transfer.timeZone = run.text(6);
       transfer.accountA = run.text(7);
       transfer.paid = run.integer(9) != 0;
+      transfer.repeat = run.text(11);
+      transfer.repeatSeed = run.text(12);
     } else {
       transfer.eidB = run.text(0);
       transfer.amountB = run.real(1);

@@ -32,8 +32,11 @@ class Transfer {
   bool paid = true;
   std::string repeat{kNotRepeat};
   std::string repeatSeed;
+  /// 0 unless one side at least is deleted.
+  int isDeleted = 0;
 
-  /// The transfer of that connection UUID; nothing unless both sides are there.
+  /// The transfer of that connection UUID; nothing unless both sides are there. One that is
+  /// deleted is found where there is no live one.
   static std::optional<Transfer> transferFromUUID(MVAppRoot& root, std::string_view uuid);
   /// Writes both rows or none. Blank identifiers are made. Refused for accounts that are missing or the same,
   /// and amounts that are not above zero and finite.

@@ -57,6 +57,8 @@ TEST(Spends, areOneRowWithEveryColumn) {
   EXPECT_EQ(read->subcategory, "sub");
   EXPECT_EQ(read->advancedType, advanced::kCart);
   EXPECT_FALSE(read->paid);
+  EXPECT_TRUE(read->needReimburse);
+  EXPECT_EQ(read->bid, kItemRow);
   EXPECT_EQ(Spend::spendFromEID(home.root, "none"), std::nullopt);
 }
 
@@ -70,6 +72,28 @@ TEST(Spends, withoutACategoryCarryTheMarkOfNone) {
       "|#NOMVCATEGORY|12|1");
   EXPECT_EQ(Spend::spendFromEID(home.root, spend.eid)->subcategory, "");
   EXPECT_EQ(home.commentary().back(), "Empty Book : Spend 205");
+}
+
+TEST(Spends, keepTheEndOfTheirRepeat) {
+  Household home;
+  const Date end = home.on("2025-02-28");
+  for (const std::string repeat : {"Monthly", "Not Repeat"}) {
+    Spend spend(home.root);
+    spend.amount = 1;
+    spend.book = home.home->pk;
+    spend.repeat = repeat;
+    spend.repeatEndDate = end;
+    spend.bid = kPaymentRow;
+    const auto commits = home.connection().commits();
+    ASSERT_TRUE(spend.add());
+    EXPECT_EQ(home.connection().commits(), commits + 1) << repeat;
+    EXPECT_EQ(spend.bid, kItemRow) << "what is written is an item row";
+    home.set(spend, "bid", kPaymentRow);
+    const auto read = Spend::spendFromEID(home.root, spend.eid);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->repeatEndDate, repeat == "Monthly" ? end : Date{}) << repeat;
+    EXPECT_EQ(read->bid, kPaymentRow) << "by whomever the row was changed";
+  }
 }
 
 TEST(Records, thatMakeNoSenseAreRefusedUnwritten) {
@@ -119,6 +143,8 @@ TEST(Transfers, areTwoRowsOrNone) {
   exchange.amountA = 100;
   exchange.amountB = 108.5;
   exchange.acrossCurrencies = true;
+  exchange.repeat = "Monthly";
+  exchange.repeatSeed = "seed";
   const auto commits = home.connection().commits();
   ASSERT_TRUE(exchange.add());
   EXPECT_EQ(home.connection().commits(), commits + 1);
@@ -131,6 +157,11 @@ TEST(Transfers, areTwoRowsOrNone) {
   EXPECT_EQ(read->accountB, home.bank->pk);
   EXPECT_EQ(read->amountB, 108.5);
   EXPECT_TRUE(read->acrossCurrencies);
+  EXPECT_EQ(read->repeat, "Monthly");
+  EXPECT_EQ(read->repeatSeed, "seed");
+  EXPECT_EQ(read->isDeleted, 0);
+  home.sql("update transactions set deleted = 1 where eid = ?", {exchange.eidB});
+  EXPECT_EQ(Transfer::transferFromUUID(home.root, exchange.connectUUID)->isDeleted, 1);
 
   // The second side's identifier is taken: the first must not stay alone.
   Transfer clash(home.root);
