@@ -12,7 +12,7 @@ declare -A may=(
   [storage]="base calendar platform"
   [model]="base calendar platform storage"
   [reports]="base calendar platform storage model"
-  [exchange]="base calendar platform storage model"
+  [exchange]="base calendar platform storage model currency"
   [app]="base calendar platform storage model reports exchange currency"
   [ui]="base calendar platform storage model reports exchange currency app"
 )

@@ -54,6 +54,7 @@ struct CsvReader::Parser {
   void startRow(std::size_t line) {
     rowText.clear();
     fieldEnds.clear();
+    damage.reset();
     rowDone = false;
     rowLine = openFieldLine = line;
   }
@@ -61,18 +62,20 @@ struct CsvReader::Parser {
   /// The views are made once the row is complete, when its text moves no more.
   CsvRow row() {
     fields.clear();
+    if (damage) return {rowLine, {}, damage};
     std::size_t start = 0;
     for (const auto end : fieldEnds) {
       fields.push_back(std::string_view(rowText).substr(start, end - start));
       start = end;
     }
-    return {rowLine, fields};
+    return {rowLine, fields, std::nullopt};
   }
 
   csv_parser csv{};
   std::string rowText;
   std::vector<std::size_t> fieldEnds;
   std::vector<std::string_view> fields;
+  std::optional<CsvDamage> damage;
   std::size_t rowLine = 1;
   std::size_t openFieldLine = 1;
   bool rowDone = true;
@@ -107,6 +110,9 @@ Result<> CsvReader::readHeading() {
   const auto heading = next();
   if (!heading) return tl::make_unexpected(heading.error());
   if (!*heading) return refuse("{} has no line but blank ones", name_);
+  if (const auto& damage = (*heading)->damage) {
+    return refuse("{}, line {}, column {}: {}", name_, damage->line, damage->column, damage->what);
+  }
   for (const auto field : (*heading)->fields) headings_.emplace_back(trimBlanks(field));
   firstPosition_ = position_;
   firstLine_ = line_;
@@ -168,20 +174,27 @@ Result<bool> CsvReader::feedLine() {
   const auto parsed =
       csv_parse(&parser.csv, text_.data() + start, size, &Parser::takeField, &Parser::takeRow, &parser);
   if (parsed != size) {
-    position_ = text_.size();
-    parser.rowDone = true;
-    if (csv_error(&parser.csv) != CSV_EPARSE)
+    if (csv_error(&parser.csv) != CSV_EPARSE) {
+      position_ = text_.size();
+      parser.rowDone = true;
       return refuse("{}, line {}: the field is too long", name_, line);
-    const auto column = parser.fieldEnds.size() + 1;
-    if (text_[start + parsed] == '"') {
-      return refuse("{}, line {}, column {}: a quote stands inside a field that does not start with one",
-                    name_, line, column);
     }
-    return refuse("{}, line {}, column {}: text follows the closing quote (a quote within quotes is doubled)",
-                  name_, line, column);
+    noteDamage(line, text_[start + parsed] == '"'
+                         ? "a quote stands inside a field that does not start with one"
+                         : "text follows the closing quote (a quote within quotes is doubled)");
+    return true;
   }
   if (parser.fieldEnds.size() != fieldsBefore) parser.openFieldLine = line;
   return parser.rowDone;
+}
+
+/// Ends the row as a damaged one; the parser starts anew with the next line.
+void CsvReader::noteDamage(std::size_t line, std::string_view what) {
+  const CsvDamage damage{line, parser_->fieldEnds.size() + 1, what};
+  const auto rowLine = parser_->rowLine;
+  parser_ = std::make_unique<Parser>(separator_);
+  parser_->rowLine = rowLine;
+  parser_->damage = damage;
 }
 
 /// Completes a last row that no line break ends. True when there was one.

@@ -13,11 +13,19 @@
 
 namespace moniva {
 
+/// Where the quotes of a row make no sense.
+struct CsvDamage {
+  std::size_t line = 0;    ///< of the file, from 1
+  std::size_t column = 0;  ///< of the table, from 1
+  std::string_view what;   ///< a sentence without place
+};
+
 /// One row of a table. The fields are as written, without their quotes, and live until the next row is asked
-/// for; they may be fewer or more than the headings.
+/// for; they may be fewer or more than the headings. A damaged row has none.
 struct CsvRow {
   std::size_t line = 0;  ///< the line of the file the row starts on, from 1
   std::span<const std::string_view> fields;
+  std::optional<CsvDamage> damage;
 };
 
 /// Reads a table of comma-separated values (RFC 4180) row by row: the first line that is not blank is the
@@ -25,9 +33,9 @@ struct CsvRow {
 /// has most of, or the one a first line "sep=;" names; lines end in LF, CRLF or CR; quoted fields may hold
 /// separators, line breaks and doubled quotes. Lines of nothing but blanks are skipped.
 ///
-/// It is strict: a quote inside an unquoted field, text after a closing quote and a quote that is never
-/// closed are refused with file and line, because every guess at what was meant would move amounts between
-/// rows.
+/// It is strict, because every guess at what was meant would move amounts between rows: a quote inside an
+/// unquoted field and text after a closing quote make the row a damaged one, and reading goes on with the
+/// next line. In the heading they are refused with file and line, as is a quote that is never closed.
 class CsvReader {
  public:
   /// Reads and decodes the file (readTextFile) and its heading line.
@@ -60,6 +68,7 @@ class CsvReader {
   Result<bool> feedLine();
   Result<bool> finish();
   [[nodiscard]] bool isBlankRow() const;
+  void noteDamage(std::size_t line, std::string_view what);
 
   std::string text_;
   std::string name_;

@@ -32,7 +32,7 @@ Result<const MonivaAccount*> ImportNames::account(const std::string& title, cons
     made.aKind = kAccountKind;
     made.title = title;
     made.setType("_SavingAccount");
-    made.currency = currency.empty() ? currency_ : currency;
+    made.currency = currency;
     if (auto added = made.add(); !added) return tl::make_unexpected(added.error());
     newAccounts.push_back(title);
     account = std::move(made);

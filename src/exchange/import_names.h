@@ -20,7 +20,7 @@ class ImportNames {
 
   /// The book; a blank name means the current book (or a first one, made, in a store without any).
   Result<const MonivaAccount*> book(const std::string& title);
-  /// The account; `currency` is that of a new one, blank for the default. A blank name gives none (null).
+  /// The account; `currency` is that of a new one. A blank name gives none (null).
   Result<const MonivaAccount*> account(const std::string& title, const std::string& currency);
   /// The category's key and the chosen one's; both blank for none.
   struct CategoryKeys {

@@ -5,28 +5,17 @@
 #include <utility>
 
 #include "base/text.h"
-#include "exchange/import_columns.h"
+#include "currency/amount_format.h"
 
 namespace moniva {
 namespace {
 
 constexpr std::size_t mostCharacters = 10'000;
 
-/// How the numbers and dates of one file are written.
-struct Spelling {
-  char decimalMark = '.';
-  DateOrder dateOrder = DateOrder::automatic;
-};
-
-bool isCurrencyCode(std::string_view text) {
-  return text.size() == 3 &&
-         std::all_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
-}
-
 /// Spreadsheet programs write the empty rows below a table as lines of separators.
 bool isEmptyRow(const CsvRow& row) {
-  return std::all_of(row.fields.begin(), row.fields.end(),
-                     [](std::string_view field) { return trimBlanks(field).empty(); });
+  return !row.damage && std::all_of(row.fields.begin(), row.fields.end(),
+                                    [](std::string_view field) { return trimBlanks(field).empty(); });
 }
 
 /// The text of a field in a row, or nothing: not every file has every column.
@@ -35,62 +24,53 @@ std::string_view cell(const CsvRow& row, const ImportColumns& columns, ImportFie
   return column && *column < row.fields.size() ? trimBlanks(row.fields[*column]) : std::string_view();
 }
 
-/// Makes records of rows, one at a time, and takes down what is wrong with them.
-class RowInterpreter {
- public:
-  RowInterpreter(const CsvReader& reader, const ImportColumns& columns, const Spelling& spelling,
-                 ImportFile& file)
-      : headings_(reader.headings()), columns_(columns), spelling_(spelling), file_(file) {}
+}  // namespace
 
-  void read(const CsvRow& row) {
-    row_ = row;
-    rowIsGood_ = true;
-    ImportRecord record;
-    if (hasAllFields()) {
-      record.line = row.line;
-      readDate(record);
-      const bool kindIsKnown = readKindAndAmount(record);
-      readTexts(record);
-      readForeignAmount(record);
-      checkSubcategory(record);
-      // What fits a record depends on its kind, so without one there is nothing more to say.
-      if (kindIsKnown) checkTransfer(record);
-    }
-    if (rowIsGood_) {
-      file_.records.push_back(std::move(record));
-    } else {
-      ++file_.badRows;
-    }
+/// Makes the record of a row and takes down what is wrong with it.
+class ImportReader::Interpreter {
+ public:
+  Interpreter(const ImportReader& reader, const CsvRow& from, ImportRow& into)
+      : reader_(reader), columns_(reader.columns_), row_(from), into_(into) {}
+
+  void read() {
+    if (row_.damage) return problem(row_.damage->column, {}, std::string(row_.damage->what));
+    if (!hasAllFields()) return;
+    ImportRecord& record = into_.record;
+    readDate(record);
+    const bool kindIsKnown = readKindAndAmount(record);
+    readTexts(record);
+    readForeignAmount(record);
+    checkSubcategory(record);
+    // What fits a record depends on its kind, so without one there is nothing more to say.
+    if (kindIsKnown) checkTransfer(record);
   }
 
  private:
   [[nodiscard]] std::string_view cellOf(ImportField field) const { return cell(row_, columns_, field); }
 
-  void problem(std::size_t column, std::string heading, std::string_view value, std::string reason) {
-    rowIsGood_ = false;
-    if (++file_.problemCount > ImportFile::mostProblems) return;
-    file_.problems.push_back({row_.line, column, std::move(heading), excerpt(value), std::move(reason)});
+  void problem(std::size_t column, std::string_view value, std::string reason) {
+    const auto& headings = reader_.csv_.headings();
+    into_.problems.push_back({row_.line, column, column <= headings.size() ? headings[column - 1] : "",
+                              excerpt(value), std::move(reason)});
   }
 
   void problem(ImportField field, std::string reason) {
-    const auto column = columns_.of(field);
-    problem(column ? *column + 1 : 0, column ? headings_[*column] : std::string(headingOf(field)),
-            cellOf(field), std::move(reason));
+    into_.problems.push_back(reader_.problemWith(row_.line, field, cellOf(field), std::move(reason)));
   }
 
   bool hasAllFields() {
     const auto given = row_.fields.size();
-    const auto expected = headings_.size();
+    const auto expected = reader_.csv_.headings().size();
     if (given == expected) return true;
     const auto column = std::min(given, expected);
-    problem(column + 1, given < expected ? headings_[column] : "",
-            given > expected ? row_.fields[column] : std::string_view(),
-            fmt::format("the row has {} fields where the heading has {}", given, expected));
+    problem(column + 1, given > expected ? row_.fields[column] : std::string_view(),
+            fmt::format("the row has {} field{} where the heading has {}", given, given == 1 ? "" : "s",
+                        expected));
     return false;
   }
 
   void readDate(ImportRecord& record) {
-    const auto date = parseImportDate(cellOf(ImportField::date), spelling_.dateOrder);
+    const auto date = parseImportDate(cellOf(ImportField::date), reader_.spelling_.dateOrder);
     if (!date) return problem(ImportField::date, date.error().why);
     record.date = *date;
     const auto time = cellOf(ImportField::time);
@@ -102,7 +82,7 @@ class RowInterpreter {
 
   /// The amount with its sign, or nothing after taking down what is wrong with it.
   std::optional<double> readAmount(ImportField field) {
-    const auto amount = parseSignedAmount(cellOf(field), spelling_.decimalMark);
+    const auto amount = parseSignedAmount(cellOf(field), reader_.spelling_.decimalMark);
     if (!amount) {
       problem(field, amount.error().why);
       return std::nullopt;
@@ -156,7 +136,9 @@ class RowInterpreter {
   void readCurrency(ImportField field, std::string& code) {
     const auto value = cellOf(field);
     if (value.empty()) return;
-    if (!isCurrencyCode(value)) return problem(field, "a currency is a code of three capital letters");
+    if (!isCurrencyCode(value)) {
+      return problem(field, "this is no currency; codes have three capital letters, such as EUR");
+    }
     code = value;
   }
 
@@ -197,69 +179,80 @@ class RowInterpreter {
     if (const auto amount = readAmount(ImportField::toAmount)) record.toAmount = *amount;
   }
 
-  const std::vector<std::string>& headings_;
+  const ImportReader& reader_;
   const ImportColumns& columns_;
-  const Spelling spelling_;
-  ImportFile& file_;
-  CsvRow row_;
-  bool rowIsGood_ = true;
+  const CsvRow& row_;
+  ImportRow& into_;
 };
 
-template <class Use>
-Result<> forEachRow(CsvReader& reader, Use use) {
-  reader.rewind();
+Result<ImportReader> ImportReader::open(const std::filesystem::path& path, const ImportOptions& options) {
+  auto csv = CsvReader::open(path);
+  if (!csv) return tl::make_unexpected(csv.error());
+  return make(std::move(*csv), options);
+}
+
+Result<ImportReader> ImportReader::make(CsvReader csv, const ImportOptions& options) {
+  auto columns = ImportColumns::find(csv.headings());
+  if (!columns) return refuse("{}: {}", csv.name(), columns.error().why);
+  ImportReader reader(std::move(csv), std::move(*columns));
+  if (auto surveyed = reader.survey(options); !surveyed) return tl::make_unexpected(surveyed.error());
+  return reader;
+}
+
+Result<std::optional<CsvRow>> ImportReader::nextRow() {
   while (true) {
-    const auto row = reader.next();
-    if (!row) return tl::make_unexpected(row.error());
-    if (!*row) return {};
-    if (!isEmptyRow(**row)) use(**row);
+    auto row = csv_.next();
+    if (!row || !*row || !isEmptyRow(**row)) return row;
   }
 }
 
-/// Decides what no single row can tell, by a first pass over the dates and amounts of all of them.
-Result<Spelling> findSpelling(CsvReader& reader, const ImportColumns& columns, const ImportOptions& options) {
+/// Decides what no single row can tell, from the dates and amounts of all of them.
+Result<> ImportReader::survey(const ImportOptions& options) {
   DecimalMarkSurvey marks;
   DateOrderSurvey orders;
-  const auto surveyed = forEachRow(reader, [&](const CsvRow& row) {
-    orders.add(cell(row, columns, ImportField::date), row.line);
+  rewind();
+  while (true) {
+    const auto next = nextRow();
+    if (!next) return tl::make_unexpected(next.error());
+    if (!*next) break;
+    const CsvRow& row = **next;
+    ++rowCount_;
+    orders.add(cell(row, columns_, ImportField::date), row.line);
     for (const auto field : {ImportField::amount, ImportField::foreignAmount, ImportField::toAmount}) {
-      if (const auto text = cell(row, columns, field); !text.empty()) marks.add(text, row.line);
+      if (const auto text = cell(row, columns_, field); !text.empty()) marks.add(text, row.line);
     }
-  });
-  if (!surveyed) return tl::make_unexpected(surveyed.error());
-  Spelling spelling{options.decimalMark == DecimalMark::comma ? ',' : '.', options.dateOrder};
+  }
+  rewind();
+  spelling_ = {options.decimalMark == DecimalMark::comma ? ',' : '.', options.dateOrder};
   if (options.decimalMark == DecimalMark::automatic) {
     const auto mark = marks.decide();
-    if (!mark) return refuse("{}: {}", reader.name(), mark.error().why);
-    spelling.decimalMark = *mark;
+    if (!mark) return refuse("{}: {}", csv_.name(), mark.error().why);
+    spelling_.decimalMark = *mark;
   }
   if (options.dateOrder == DateOrder::automatic) {
     const auto order = orders.decide();
-    if (!order) return refuse("{}: {}", reader.name(), order.error().why);
-    spelling.dateOrder = *order;
+    if (!order) return refuse("{}: {}", csv_.name(), order.error().why);
+    spelling_.dateOrder = *order;
   }
-  return spelling;
+  return {};
 }
 
-}  // namespace
-
-Result<ImportFile> readImport(CsvReader& reader, const ImportOptions& options) {
-  const auto columns = ImportColumns::find(reader.headings());
-  if (!columns) return refuse("{}: {}", reader.name(), columns.error().why);
-  const auto spelling = findSpelling(reader, *columns, options);
-  if (!spelling) return tl::make_unexpected(spelling.error());
-  ImportFile file;
-  file.ignoredHeadings = columns->ignored();
-  RowInterpreter interpreter(reader, *columns, *spelling, file);
-  const auto read = forEachRow(reader, [&](const CsvRow& row) { interpreter.read(row); });
+Result<bool> ImportReader::next(ImportRow& row) {
+  const auto read = nextRow();
   if (!read) return tl::make_unexpected(read.error());
-  return file;
+  row.problems.clear();
+  row.record = ImportRecord{};
+  if (!*read) return false;
+  row.record.line = (*read)->line;
+  Interpreter(*this, **read, row).read();
+  return true;
 }
 
-Result<ImportFile> readImport(const std::filesystem::path& path, const ImportOptions& options) {
-  auto reader = CsvReader::open(path);
-  if (!reader) return tl::make_unexpected(reader.error());
-  return readImport(*reader, options);
+RowProblem ImportReader::problemWith(std::size_t line, ImportField field, std::string_view value,
+                                     std::string reason) const {
+  const auto column = columns_.of(field);
+  return {line, column ? *column + 1 : 0, column ? csv_.headings()[*column] : std::string(headingOf(field)),
+          excerpt(value), std::move(reason)};
 }
 
 }  // namespace moniva

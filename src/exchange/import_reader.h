@@ -2,12 +2,16 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/amount.h"
 #include "base/result.h"
 #include "exchange/csv_reader.h"
+#include "exchange/import_columns.h"
 #include "exchange/import_date.h"
 #include "exchange/import_record.h"
 
@@ -28,26 +32,54 @@ struct RowProblem {
   std::string reason;      ///< a sentence without place
 };
 
-/// All there is to say about a file: the rows that are good and what is wrong with the others. A row is in
-/// `records` or has at least one problem, so an importer can refuse the file as a whole or take what is good.
-struct ImportFile {
-  static constexpr std::size_t mostProblems = 1000;
-
-  std::vector<ImportRecord> records;
-  std::vector<RowProblem> problems;  ///< the first mostProblems of them
-  std::size_t problemCount = 0;      ///< those beyond the list included
-  std::size_t badRows = 0;           ///< rows that are not in records
-  std::vector<std::string> ignoredHeadings;
+/// One row: a record, or what is wrong with it.
+struct ImportRow {
+  ImportRecord record;  ///< whole only when there is no problem
+  std::vector<RowProblem> problems;
 };
 
-/// Reads the records of a table with a heading line (ImportColumns says which headings). Without a type
-/// column the sign of the amount is the direction: negative for an expense, positive for income; with one,
-/// amounts carry no sign. Rows of empty fields are skipped. Texts lose the blanks around them and nothing
-/// else.
-///
-/// Refused as a whole, naming the file: what CsvReader and ImportColumns refuse, and amounts or dates that
-/// can be read in two ways when neither the file nor the options tell which.
-Result<ImportFile> readImport(const std::filesystem::path& path, const ImportOptions& options = {});
-Result<ImportFile> readImport(CsvReader& reader, const ImportOptions& options = {});
+/// Reads the records of a table with a heading line (ImportColumns says which headings), a row at a time and
+/// as often as wanted. Without a type column the sign of the amount is the direction: negative for an
+/// expense, positive for income; with one, amounts carry no sign. Rows of empty fields are skipped. Texts
+/// lose the blanks around them and nothing else.
+class ImportReader {
+ public:
+  /// Reads through the file once, to find out how it writes dates and amounts. Refused, naming the file: what
+  /// CsvReader and ImportColumns refuse, a quote that is never closed, and amounts or dates that can be read
+  /// in two ways when neither the file nor the options tell which.
+  static Result<ImportReader> open(const std::filesystem::path& path, const ImportOptions& options = {});
+  static Result<ImportReader> make(CsvReader csv, const ImportOptions& options = {});
+
+  /// How many rows there are, good ones and bad ones.
+  [[nodiscard]] std::size_t rowCount() const { return rowCount_; }
+  [[nodiscard]] const ImportColumns& columns() const { return columns_; }
+
+  /// Reads the next row; false after the last one.
+  Result<bool> next(ImportRow& row);
+  /// Goes back to the first row.
+  void rewind() { csv_.rewind(); }
+
+  /// A problem with what stands in the field's column, for those who find more wrong than a row shows.
+  [[nodiscard]] RowProblem problemWith(std::size_t line, ImportField field, std::string_view value,
+                                       std::string reason) const;
+
+ private:
+  /// How the numbers and dates of the file are written.
+  struct Spelling {
+    char decimalMark = '.';
+    DateOrder dateOrder = DateOrder::automatic;
+  };
+  class Interpreter;
+
+  ImportReader(CsvReader csv, ImportColumns columns) : csv_(std::move(csv)), columns_(std::move(columns)) {}
+  Result<> survey(const ImportOptions& options);
+  /// The next row with anything in it.
+  Result<std::optional<CsvRow>> nextRow();
+
+  CsvReader csv_;
+  ImportColumns columns_;
+  Spelling spelling_;
+  std::size_t rowCount_ = 0;
+};
 
 }  // namespace moniva

@@ -26,7 +26,7 @@ struct ImportRecord {
   double amount = 0;  ///< above zero, as are the other two; the direction is in the kind
   std::optional<double> foreignAmount;
   std::optional<double> toAmount;
-  std::string foreignCurrency;  ///< three capital letters, given exactly when foreignAmount is
+  std::string foreignCurrency;  ///< an ISO code, given exactly when foreignAmount is
   std::string currency;         ///< of the account
 };
 

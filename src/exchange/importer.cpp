@@ -1,25 +1,120 @@
 #include "exchange/importer.h"
 
-#include <map>
-#include <set>
+#include <boost/unordered/unordered_flat_set.hpp>
+#include <charconv>
 #include <unordered_map>
 
+#include "base/text.h"
+#include "exchange/account_currencies.h"
 #include "exchange/import_names.h"
-#include "model/account_balance.h"
-#include "model/spend.h"
-#include "model/transfer.h"
+#include "model/record_entry.h"
 #include "storage/transaction.h"
 
 namespace moniva {
 namespace {
 
+/// The identities of rows that were seen, by their UUIDs: sixteen bytes a row, however long the row is.
+class SeenRows {
+ public:
+  void expect(std::size_t rows) { seen_.reserve(rows); }
+
+  /// How many times the row has come, this time included.
+  int count(const std::string& uuid) {
+    const Key key = keyOf(uuid);
+    if (seen_.insert(key).second) return 1;
+    return ++again_.try_emplace(uuid, 1).first->second;
+  }
+
+ private:
+  struct Key {
+    std::uint64_t time = 0;
+    std::uint64_t hash = 0;
+    bool operator==(const Key&) const = default;
+  };
+  struct KeyHash {
+    std::size_t operator()(const Key& key) const { return key.hash ^ key.time * 0x9E3779B97F4A7C15U; }
+  };
+
+  /// The digits of the UUID, of which the dashes are no part.
+  static Key keyOf(std::string_view uuid) {
+    Key key;
+    for (const char digit : uuid) {
+      if (digit == '-') continue;
+      const unsigned value =
+          digit <= '9' ? static_cast<unsigned>(digit - '0') : static_cast<unsigned>(digit - 'a' + 10);
+      key.time = key.time << 4U | key.hash >> 60U;
+      key.hash = key.hash << 4U | value;
+    }
+    return key;
+  }
+
+  boost::unordered_flat_set<Key, KeyHash> seen_;
+  std::unordered_map<std::string, int> again_;
+};
+
 /// One import in progress: what it needs at each row, and what it has to bring up to date at the end.
 class Importer {
  public:
-  Importer(MVAppRoot& root, Connection& db, const ImportRequest& request)
-      : root_(root), db_(db), request_(request), now_(root.now()), names_(root, request.currency) {}
+  Importer(MVAppRoot& root, Connection& db, const ImportRequest& request, ImportReader& reader)
+      : root_(root),
+        db_(db),
+        request_(request),
+        reader_(reader),
+        now_(root.now()),
+        names_(root, request.currency),
+        currencies_(root, request.currency),
+        upkeep_(root) {
+    outcome.rows = reader.rowCount();
+    outcome.ignoredHeadings = reader.columns().ignored();
+    seen_.expect(outcome.rows);
+  }
 
   ImportOutcome outcome;
+
+  /// Takes all rows; whether they stay is for the caller to say.
+  Result<> run() {
+    if (auto settled = settleCurrencies(); !settled) return settled;
+    std::size_t done = 0;
+    ImportRow row;
+    while (true) {
+      const auto more = reader_.next(row);
+      if (!more) return tl::make_unexpected(more.error());
+      if (!*more) return {};
+      if (row.problems.empty()) {
+        if (auto taken = take(row.record); !taken) return taken;
+      } else {
+        ++outcome.badRows;
+        for (auto& problem : row.problems) note(std::move(problem));
+      }
+      if (request_.progress && ++done % 256 == 0) request_.progress(done, outcome.rows);
+    }
+  }
+
+  /// Brings use counts and balances up to date with what was added, and says what is new.
+  Result<> finish() {
+    outcome.newBooks = std::move(names_.newBooks);
+    outcome.newAccounts = std::move(names_.newAccounts);
+    outcome.newCategories = std::move(names_.newCategories);
+    outcome.newVendors = std::move(names_.newVendors);
+    return request_.dryRun ? Result<>() : upkeep_.write(EntryUpkeep::Balances::afresh);
+  }
+
+ private:
+  /// Where no row states a currency and none names two accounts, new accounts have the default one.
+  Result<> settleCurrencies() {
+    const auto& columns = reader_.columns();
+    if (!columns.has(ImportField::currency) && !columns.has(ImportField::toAccount)) return {};
+    ImportRow row;
+    while (true) {
+      const auto more = reader_.next(row);
+      if (!more) return tl::make_unexpected(more.error());
+      if (!*more) break;
+      if (row.problems.empty()) currencies_.note(row.record);
+    }
+    currencies_.settle();
+    reader_.rewind();
+    return {};
+  }
 
   Result<> take(const ImportRecord& record) {
     const auto time = root_.calendar().resolve(civilOf(record.date));
@@ -27,55 +122,22 @@ class Importer {
     if (!outcome.lastDate || time.date > *outcome.lastDate) outcome.lastDate = time.date;
 
     // Asked before any name is looked up: a row that is there already must not revive what the user deleted.
-    const std::string identity = numberedIdentity(record);
-    const double identityTime = identityTimeOf(record.date);
-    const std::string eid =
-        nameBasedUuidV7(identityTime, record.kind == ImportKind::transfer ? identity + "\nA" : identity);
-    if (isThere(eid)) {
+    Identity identity = identify(record);
+    if (isThere(identity.eid)) {
       ++outcome.alreadyThere;
+      return {};
+    }
+    // A row that is bad must leave nothing behind, so all is asked before anything is made for it.
+    if (!fitsItsAccounts(record)) {
+      ++outcome.badRows;
       return {};
     }
     if (time.moved) outcome.movedByClockChange.push_back(record.line);
     if (time.ambiguous) outcome.shownTwice.push_back(record.line);
-    const auto account = names_.account(record.account, record.currency);
-    if (!account) return tl::make_unexpected(account.error());
-    if (*account != nullptr && !record.currency.empty() && (*account)->currency != record.currency) {
-      reject(record, "Currency", record.currency,
-             fmt::format("the account '{}' is kept in {}", record.account, (*account)->currency));
-      return {};
-    }
-    if (record.kind != ImportKind::transfer) return takeSpend(record, eid, time.date, *account);
-    Transfer transfer(root_);
-    transfer.eidA = eid;
-    transfer.eidB = nameBasedUuidV7(identityTime, identity + "\nB");
-    transfer.connectUUID = nameBasedUuidV7(identityTime, identity + "\nAB");
-    transfer.datetime = time.date;
-    return takeTransfer(record, std::move(transfer), **account);
+    return record.kind == ImportKind::transfer ? takeTransfer(record, std::move(identity), time.date)
+                                               : takeSpend(record, std::move(identity), time.date);
   }
 
-  /// Brings use counts and balances up to date with what was added.
-  Result<> finish() {
-    for (const auto& [keys, uses] : categoryUses_) {
-      auto category = MVCategory::getCategory(root_, keys.first);
-      auto book = MonivaAccount::getAccountWithPK(root_, keys.second);
-      if (category && book && !category->updateUsingCount(*book, uses)) return failed();
-    }
-    for (const auto& [key, type] : vendors_) {
-      auto vendor = Vendor::getVendor(root_, key);
-      if (vendor && !vendor->updateUsingCount(type)) return failed();
-    }
-    for (const auto& key : touched_) {
-      auto account = MonivaAccount::getAccountWithPK(root_, key);
-      if (account && !countTheTotalBalance(*account)) return failed();
-    }
-    outcome.newBooks = names_.newBooks;
-    outcome.newAccounts = names_.newAccounts;
-    outcome.newCategories = names_.newCategories;
-    outcome.newVendors = names_.newVendors;
-    return {};
-  }
-
- private:
   static CivilTime civilOf(const ImportDate& date) {
     // A record without a time is put at noon: it then stays on its day in every zone near the user's.
     if (!date.hasTime) return {date.year, date.month, date.day, 12, 0, 0};
@@ -90,31 +152,70 @@ class Importer {
                                civil.hour * 3600 + civil.minute * 60 + civil.second);
   }
 
-  void reject(const ImportRecord& record, std::string heading, std::string value, std::string reason) {
-    outcome.problems.push_back({record.line, 0, std::move(heading), std::move(value), std::move(reason)});
-    ++outcome.problemCount;
-    ++outcome.badRows;
+  /// The identity of the row, told apart from equal rows before it in the file, and the identifier of the
+  /// entry that follows from it.
+  struct Identity {
+    std::string text;
+    double time = 0;
+    std::string eid;
+  };
+
+  Identity identify(const ImportRecord& record) {
+    const std::string said = identityOf(record);
+    const std::string_view side = record.kind == ImportKind::transfer ? "\nA" : "";
+    Identity identity;
+    identity.time = identityTimeOf(record.date);
+    const auto number = [&](int count) {
+      identity.text = said + "\n" + std::to_string(count);
+      identity.eid = nameBasedUuidV7(identity.time, identity.text + std::string(side));
+    };
+    number(1);
+    if (const int count = seen_.count(identity.eid); count > 1) number(count);
+    return identity;
   }
 
-  tl::unexpected<Refusal> failed() const { return tl::make_unexpected(db_.refusal()); }
+  void note(RowProblem problem) {
+    if (++outcome.problemCount > ImportOutcome::mostProblems) return;
+    outcome.problems.push_back(std::move(problem));
+  }
 
   bool isThere(const std::string& eid) {
     Run run = db_.query("select eid from transactions where eid = ?", {eid});
     return run.next();
   }
 
-  /// The identity of the row, told apart from equal rows before it in the file.
-  std::string numberedIdentity(const ImportRecord& record) {
-    std::string identity = identityOf(record);
-    const int number = ++seen_[identity];
-    return identity + "\n" + std::to_string(number);
+  /// Whether the row goes with the currencies of its accounts; if not, it is noted why.
+  bool fitsItsAccounts(const ImportRecord& record) {
+    const std::string& currency = currencies_.of(record.account);
+    const auto bad = [&](ImportField field, std::string_view value, std::string reason) {
+      note(reader_.problemWith(record.line, field, value, std::move(reason)));
+      return false;
+    };
+    if (!record.account.empty() && !record.currency.empty() && currency != record.currency) {
+      return bad(ImportField::currency, record.currency,
+                 fmt::format("the account '{}' is kept in {}", excerpt(record.account), currency));
+    }
+    if (record.kind != ImportKind::transfer) return true;
+    const std::string& arriving = currencies_.of(record.toAccount);
+    if (currency != arriving && !record.toAmount) {
+      return bad(ImportField::toAmount, "",
+                 fmt::format("'{}' is kept in {} and '{}' in {}, so the amount that arrives is needed",
+                             excerpt(record.account), currency, excerpt(record.toAccount), arriving));
+    }
+    if (currency == arriving && record.toAmount && *record.toAmount != record.amount) {
+      return bad(ImportField::toAmount, fmt::format("{}", *record.toAmount),
+                 fmt::format("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other",
+                             excerpt(record.account), excerpt(record.toAccount), currency));
+    }
+    return true;
   }
 
-  Result<> takeSpend(const ImportRecord& record, const std::string& eid, Date date,
-                     const MonivaAccount* account) {
+  Result<> takeSpend(const ImportRecord& record, Identity identity, Date date) {
     Spend spend(root_);
     spend.type = record.kind == ImportKind::income ? kind::kIncome : kind::kExpense;
-    spend.eid = eid;
+    spend.eid = std::move(identity.eid);
+    const auto account = names_.account(record.account, currencies_.of(record.account));
+    if (!account) return tl::make_unexpected(account.error());
     const auto book = names_.book(record.book);
     if (!book) return tl::make_unexpected(book.error());
     auto category = names_.category(spend.type, record.category, record.subcategory);
@@ -125,94 +226,78 @@ class Importer {
     spend.datetime = date;
     spend.note = record.note;
     spend.book = (*book)->pk;
-    if (account != nullptr) spend.account = account->pk;
+    if (*account != nullptr) spend.account = (*account)->pk;
     spend.category = std::move(category->category);
     spend.subcategory = std::move(category->subcategory);
     spend.vendor = std::move(*vendor);
     spend.foreignCurrency = record.foreignCurrency;
     spend.foreignAmount = record.foreignAmount.value_or(0);
-    spend.paid = isPaidByDate(root_.calendar(), date, now_);
-    if (auto added = spend.add(); !added) return added;
-
-    if (!spend.paid) ++outcome.pending;
-    ++(record.kind == ImportKind::income ? outcome.addedIncome : outcome.addedExpenses);
-    if (!spend.category.empty()) ++categoryUses_[{spend.category, spend.book}];
-    if (!spend.subcategory.empty() && spend.subcategory != spend.category) {
-      ++categoryUses_[{spend.subcategory, spend.book}];
-    }
-    if (!spend.vendor.empty()) vendors_[spend.vendor] = spend.type;
-    touched_.insert(spend.book);
-    if (!spend.account.empty()) touched_.insert(spend.account);
-    return {};
+    return keep(spend, record.kind == ImportKind::income ? outcome.addedIncome : outcome.addedExpenses);
   }
 
-  Result<> takeTransfer(const ImportRecord& record, Transfer transfer, const MonivaAccount& from) {
-    const auto to = names_.account(record.toAccount, "");
+  Result<> takeTransfer(const ImportRecord& record, Identity identity, Date date) {
+    const auto from = names_.account(record.account, currencies_.of(record.account));
+    if (!from) return tl::make_unexpected(from.error());
+    const auto to = names_.account(record.toAccount, currencies_.of(record.toAccount));
     if (!to) return tl::make_unexpected(to.error());
-    transfer.acrossCurrencies = from.currency != (*to)->currency;
-    if (transfer.acrossCurrencies && !record.toAmount) {
-      reject(record, "To amount", "",
-             fmt::format("'{}' is kept in {} and '{}' in {}, so the amount that arrives is needed",
-                         record.account, from.currency, record.toAccount, (*to)->currency));
-      return {};
-    }
-    transfer.accountA = from.pk;
+    Transfer transfer(root_);
+    transfer.eidA = std::move(identity.eid);
+    transfer.eidB = nameBasedUuidV7(identity.time, identity.text + "\nB");
+    transfer.connectUUID = nameBasedUuidV7(identity.time, identity.text + "\nAB");
+    transfer.datetime = date;
+    transfer.acrossCurrencies = (*from)->currency != (*to)->currency;
+    transfer.accountA = (*from)->pk;
     transfer.accountB = (*to)->pk;
     transfer.amountA = record.amount;
     transfer.amountB = record.toAmount.value_or(record.amount);
     transfer.note = record.note;
-    transfer.paid = isPaidByDate(root_.calendar(), transfer.datetime, now_);
-    if (auto added = transfer.add(); !added) return added;
-    if (!transfer.paid) ++outcome.pending;
-    ++outcome.addedTransfers;
-    touched_.insert(transfer.accountA);
-    touched_.insert(transfer.accountB);
+    return keep(transfer, outcome.addedTransfers);
+  }
+
+  template <class Entry>
+  Result<> keep(Entry& entry, std::size_t& added) {
+    entry.paid = isPaidByDate(root_.calendar(), entry.datetime, now_);
+    if (auto written = entry.add(); !written) return written;
+    upkeep_.note(entry);
+    ++added;
+    if (!entry.paid) ++outcome.pending;
     return {};
   }
 
   MVAppRoot& root_;
   Connection& db_;
   const ImportRequest& request_;
+  ImportReader& reader_;
   Date now_;
   ImportNames names_;
-  std::unordered_map<std::string, int> seen_;
-  std::map<std::pair<std::string, std::string>, int> categoryUses_;
-  std::map<std::string, int> vendors_;
-  std::set<std::string> touched_;
+  AccountCurrencies currencies_;
+  EntryUpkeep upkeep_;
+  SeenRows seen_;
 };
 
 }  // namespace
 
 Result<ImportOutcome> importFile(MVAppRoot& root, const std::filesystem::path& path,
                                  const ImportRequest& request) {
-  auto file = readImport(path, request.reading);
-  if (!file) return tl::make_unexpected(file.error());
+  auto reader = ImportReader::open(path, request.reading);
+  if (!reader) return tl::make_unexpected(reader.error());
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
 
-  Importer importer(root, *db, request);
+  Importer importer(root, *db, request, *reader);
   ImportOutcome& outcome = importer.outcome;
-  outcome.rows = file->records.size() + file->badRows;
-  outcome.badRows = file->badRows;
-  outcome.problems = std::move(file->problems);
-  outcome.problemCount = file->problemCount;
-  outcome.ignoredHeadings = std::move(file->ignoredHeadings);
-
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  std::size_t done = 0;
-  for (const ImportRecord& record : file->records) {
-    if (auto taken = importer.take(record); !taken) return tl::make_unexpected(taken.error());
-    if (request.progress && ++done % 256 == 0) request.progress(done, file->records.size());
+  if (auto taken = importer.run(); !taken) return tl::make_unexpected(taken.error());
+  if (outcome.badRows > 0 && !request.skipBad) {
+    outcome.addedExpenses = outcome.addedIncome = outcome.addedTransfers = outcome.pending = 0;
+    return std::move(outcome);
   }
   if (auto finished = importer.finish(); !finished) return tl::make_unexpected(finished.error());
-  if (request.dryRun || (outcome.badRows > 0 && !request.skipBad)) return std::move(outcome);
-  if (outcome.added() > 0) {
-    if (!transaction.commit()) return tl::make_unexpected(db->refusal());
-    root.markRecentEditDate();
-    root.platform().notifications.post(notification::kExpenseChanged);
-  }
+  if (request.dryRun || outcome.added() == 0) return std::move(outcome);
+  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
   outcome.written = true;
+  entriesChanged(root);
   return std::move(outcome);
 }
 

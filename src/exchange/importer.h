@@ -24,17 +24,19 @@ struct ImportRequest {
   std::function<void(std::size_t done, std::size_t total)> progress;
 };
 
-/// What an import did, or would do.
+/// What an import did, or would do. When bad rows kept the file out, nothing counts as added or new.
 struct ImportOutcome {
+  static constexpr std::size_t mostProblems = 1000;
+
   std::size_t rows = 0;  ///< good ones and bad ones
   std::size_t addedExpenses = 0;
   std::size_t addedIncome = 0;
   std::size_t addedTransfers = 0;
   std::size_t alreadyThere = 0;  ///< rows of an earlier import of this or an overlapping file
   std::size_t badRows = 0;
-  std::size_t pending = 0;  ///< of the added ones, those whose day lies ahead
-  std::vector<RowProblem> problems;
-  std::size_t problemCount = 0;
+  std::size_t pending = 0;           ///< of the added ones, those whose day lies ahead
+  std::vector<RowProblem> problems;  ///< the first mostProblems of them
+  std::size_t problemCount = 0;      ///< those beyond the list included
   std::vector<std::string> ignoredHeadings;
   std::vector<std::string> newBooks;
   std::vector<std::string> newAccounts;
@@ -46,7 +48,8 @@ struct ImportOutcome {
   std::vector<std::size_t> shownTwice;
   std::optional<Date> firstDate;
   std::optional<Date> lastDate;
-  /// Whether anything was written: false for a dry run, and when bad rows kept the file out.
+  /// Whether anything was written: false for a dry run, when bad rows kept the file out, and when there was
+  /// nothing to add.
   bool written = false;
 
   std::size_t added() const { return addedExpenses + addedIncome + addedTransfers; }
@@ -56,6 +59,10 @@ struct ImportOutcome {
 /// writes everything in one transaction. A row has its identity from what it says, and the n-th of identical
 /// rows of a file from that and n; so a file imported again, or one that overlaps it, adds nothing twice, and
 /// a record that was edited or deleted since stays as the user left it.
+///
+/// Accounts keep one currency: a row that states another one than its account's is bad, and so is a transfer
+/// between currencies without the amount that arrives, or within one with another amount. Which currency a
+/// new account has is settled over all rows (AccountCurrencies).
 ///
 /// Refused, with nothing written, when the file cannot be read as a table of records or the store refuses a
 /// write. Bad rows are no refusal: they are in the outcome.

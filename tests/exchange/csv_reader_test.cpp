@@ -20,6 +20,11 @@ Result<Table> rowsOf(CsvReader& reader) {
     const auto row = reader.next();
     if (!row) return tl::make_unexpected(row.error());
     if (!*row) return rows;
+    if (const auto& damage = (*row)->damage) {
+      rows.push_back(
+          {fmt::format("{}:{}:{}", (*row)->line, damage->line, damage->column), std::string(damage->what)});
+      continue;
+    }
     rows.emplace_back((*row)->fields.begin(), (*row)->fields.end());
   }
 }
@@ -88,10 +93,8 @@ TEST(CsvReader, refusesDamagedFilesAndSaysWhere) {
       {"a,b\n\"1\n2\",\"3\n4\n", "line 3, column 2: the quote that opens",
        "opened on a later line of its row"},
       {"a,b\n1,\"2\"\"", "line 2, column 2: the quote that opens", "a doubled quote closes nothing"},
+      {"a,b\"c\n1,2\n", "line 1, column 2: a quote stands inside", "a damaged heading"},
       {"a,\"b\n1,2\n", "line 1, column 2: the quote that opens", "in the heading"},
-      {"a,b\n\"1\n\",2\n3,4\"5\n", "line 4, column 2: a quote stands inside", "stray quote"},
-      {"a,b\n1, \"2\"\n", "line 2, column 2: a quote stands inside", "a blank before the quote is a field"},
-      {"a,b\r1,2\r\"3\"x,4", "line 3, column 1: text follows", "text after the closing quote"},
       {"a,b\n1,2\n\x00,3\n"s, "line 3: there is a NUL", "NUL"},
       {"a,b\n1,\xE4\n", "line 2: byte 6 starts no character of UTF-8", "Latin-1"},
       {"a,b\r\n1,\xE4\r\n", "line 2: byte 7 starts", "a CRLF ends one line, not two"},
@@ -111,6 +114,31 @@ TEST(CsvReader, refusesDamagedFilesAndSaysWhere) {
     EXPECT_NE(refusal.find(says), std::string::npos) << why << ": " << refusal;
     EXPECT_TRUE(refusal.starts_with("bank.csv")) << why << ": " << refusal;
   }
+}
+
+TEST(CsvReader, goesOnBelowADamagedRow) {
+  const std::string stray = "a quote stands inside a field that does not start with one";
+  const std::string after = "text follows the closing quote (a quote within quotes is doubled)";
+  struct Case {
+    std::string text;
+    Table rows;
+    std::string_view why;
+  };
+  const std::vector<Case> cases = {
+      {"a,b\n1,Bob \"the\" builder\n3,4\n", {{"2:2:2", stray}, {"3", "4"}}, "stray quotes"},
+      {"a,b\n1, \"2\"\r\n3,4\r\n", {{"2:2:2", stray}, {"3", "4"}}, "a blank before the quote is a field"},
+      {"a,b\r1,2\r\"3\"x,4", {{"1", "2"}, {"3:3:1", after}}, "text after the closing quote ends the file"},
+      {"a,b\n\"1\n1\"x,2\n3,4", {{"2:3:1", after}, {"3", "4"}}, "found on a later line of the row"},
+      {"a,b\n1,x\"\n\"3\",4\n5,\"y\"z\n", {{"2:2:2", stray}, {"3", "4"}, {"4:4:2", after}}, "two of them"},
+      {"a,b\n1,x\"\n\n3,4\n", {{"2:2:2", stray}, {"3", "4"}}, "a blank line below it"},
+  };
+  for (const auto& [text, rows, why] : cases) {
+    auto reader = CsvReader::fromBytes(text, "bank.csv").value();
+    EXPECT_EQ(rowsOf(reader).value(), rows) << why;
+  }
+  EXPECT_NE(whyRefused("a,b\n1,x\"\n3,\"4\n").find("line 3, column 2: the quote that opens"),
+            std::string::npos)
+      << "an open quote is refused below a damaged row too";
 }
 
 TEST(CsvReader, knowsTheLineEachRowStartsOn) {

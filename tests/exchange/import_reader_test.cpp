@@ -9,10 +9,38 @@
 namespace moniva {
 namespace {
 
-Result<ImportFile> readText(const std::string& text, const ImportOptions& options = {}) {
-  auto reader = CsvReader::fromBytes(text, "bank.csv");
+/// All rows of a file.
+struct ImportFile {
+  std::vector<ImportRecord> records;
+  std::vector<RowProblem> problems;
+  std::size_t badRows = 0;
+  std::vector<std::string> ignoredHeadings;
+};
+
+Result<ImportFile> readAll(Result<ImportReader> reader) {
   if (!reader) return tl::make_unexpected(reader.error());
-  return readImport(*reader, options);
+  ImportFile file;
+  file.ignoredHeadings = reader->columns().ignored();
+  ImportRow row;
+  while (true) {
+    const auto more = reader->next(row);
+    if (!more) return tl::make_unexpected(more.error());
+    if (!*more) break;
+    if (row.problems.empty()) {
+      file.records.push_back(row.record);
+    } else {
+      ++file.badRows;
+      file.problems.insert(file.problems.end(), row.problems.begin(), row.problems.end());
+    }
+  }
+  EXPECT_EQ(reader->rowCount(), file.records.size() + file.badRows);
+  return file;
+}
+
+Result<ImportFile> readText(const std::string& text, const ImportOptions& options = {}) {
+  auto csv = CsvReader::fromBytes(text, "bank.csv");
+  if (!csv) return tl::make_unexpected(csv.error());
+  return readAll(ImportReader::make(std::move(*csv), options));
 }
 
 /// "line:column heading 'value' reason" of each problem.
@@ -25,7 +53,7 @@ std::vector<std::string> problemsOf(const ImportFile& file) {
 }
 
 TEST(ReadImport, readsEveryRecordOfAHousehold) {
-  const auto file = readImport(MONIVA_SOURCE_DIR "/examples/household.csv");
+  const auto file = readAll(ImportReader::open(MONIVA_SOURCE_DIR "/examples/household.csv"));
   ASSERT_TRUE(file) << file.error().why;
   EXPECT_EQ(problemsOf(*file), std::vector<std::string>{});
   EXPECT_EQ(file->ignoredHeadings, std::vector<std::string>{});
@@ -178,8 +206,15 @@ TEST(ReadImport, saysWhatIsWrongWithARow) {
        {"2:8 Foreign amount '' the foreign currency has no amount"},
        "no sum"},
       {"2024-02-29,,expense,,,,1,2,usd,,",
-       {"2:9 Foreign currency 'usd' a currency is a code of three capital letters"},
-       "code"},
+       {"2:9 Foreign currency 'usd' this is no currency; codes have three capital letters, such as EUR"},
+       "small letters"},
+      {"2024-02-29,,expense,,,,1,2,QQQ,,",
+       {"2:9 Foreign currency 'QQQ' this is no currency; codes have three capital letters, such as EUR"},
+       "a code of no currency"},
+      {"2024-02-29,,expense,Bob \"the\" builder,,,1,,,,",
+       {"2:4 Account '' a quote stands inside a field that does not start with one"},
+       "a stray quote"},
+      {"2024-02-29", {"2:2 Time '' the row has 1 field where the heading has 11"}, "one field"},
       {"2024-02-29,,transfer,A,,,1,,,A,",
        {"2:10 To account 'A' the transfer goes to the account it comes from"},
        ""},
@@ -216,13 +251,8 @@ TEST(ReadImport, namesTheFieldOfAColumnThatIsNotThere) {
                                       "2:0 To account '' the transfer has no account to go to"}));
 }
 
-TEST(ReadImport, keepsItsReportShort) {
-  std::string text = "Date,Color,Amount,,Color\n";
-  for (int i = 0; i < 1500; ++i) text += "never,,1,,\n";
-  const auto file = readText(text).value();
-  EXPECT_EQ(file.problems.size(), 1000U);
-  EXPECT_EQ(file.problemCount, 1500U);
-  EXPECT_EQ(file.badRows, 1500U);
+TEST(ReadImport, namesTheColumnsItDoesNotUse) {
+  const auto file = readText("Date,Color,Amount,,Color\n2024-01-01,red,1,,\n").value();
   EXPECT_EQ(file.ignoredHeadings, (std::vector<std::string>{"Color", "column 4", "Color"}));
 }
 

@@ -1,0 +1,197 @@
+#include "exchange/importer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+
+#include "model/record_entry.h"
+#include "support/household.h"
+
+namespace moniva {
+namespace {
+
+/// A store and a file to import into it.
+class Bank : public Household {
+ public:
+  Bank() { setClock("2024-06-15 12:00:00"); }
+
+  /// Takes a file of that text; new accounts are in dollars unless it says otherwise.
+  Result<ImportOutcome> import(const std::string& text, bool skipBad = false, bool dryRun = false) {
+    const auto file = documents() / "bank.csv";
+    std::ofstream(file) << text;
+    ImportRequest request;
+    request.skipBad = skipBad;
+    request.dryRun = dryRun;
+    request.currency = "USD";
+    return importFile(root, file, request);
+  }
+  std::string accounts() {
+    return rows("select title || ' ' || currency from account where kind = 1 and deleted = 0 order by title");
+  }
+};
+
+/// "line:column heading 'value' reason" of each problem.
+std::string problemsOf(const ImportOutcome& outcome) {
+  std::string shown;
+  for (const auto& [line, column, heading, value, reason] : outcome.problems) {
+    shown += fmt::format("{}:{} {} '{}' {}\n", line, column, heading, value, reason);
+  }
+  return shown;
+}
+
+using Names = std::vector<std::string>;
+
+TEST(ImportFile, countsUsesAndBalancesAsEnteringDoes) {
+  Bank typed;
+  const auto food = typed.category("Food");
+  MVCategory bakery(typed.root);
+  bakery.title = "Bakery";
+  bakery.parent = food.pk;
+  ASSERT_TRUE(bakery.addCate());
+  Vendor vendor(typed.root);
+  vendor.title = "Lang";
+  ASSERT_TRUE(vendor.add());
+  Spend spend(typed.root);
+  spend.amount = 12.5;
+  spend.book = typed.home->pk;
+  spend.account = typed.cash->pk;
+  spend.category = food.pk;
+  spend.subcategory = bakery.pk;
+  spend.vendor = vendor.pk;
+  ASSERT_TRUE(recordEntry(typed.root, spend));
+  Transfer transfer(typed.root);
+  transfer.accountA = typed.cash->pk;
+  transfer.accountB = typed.bank->pk;
+  transfer.amountA = transfer.amountB = 7;
+  ASSERT_TRUE(recordEntry(typed.root, transfer));
+
+  Bank imported;
+  ASSERT_TRUE(
+      imported.import("Date,Type,Book,Account,To account,Category,Subcategory,Payee,Amount\n"
+                      "2024-02-01,expense,Home,Cash,,Food,Bakery,Lang,12.5\n"
+                      "2024-02-01,transfer,,Cash,Bank,,,,7\n"));
+  for (const std::string_view kept :
+       {"select title || ' ' || ifnull(usedTimes, 0) from category order by title",
+        "select title || ' ' || used from category, categoryofbook where cate = oldTitle order by title",
+        "select title || ' ' || totalBalance from account order by title"}) {
+    EXPECT_EQ(imported.rows(kept), typed.rows(kept));
+  }
+}
+
+TEST(ImportFile, settlesCurrenciesWhateverTheOrderOfRows) {
+  struct Case {
+    std::vector<std::string> rows;
+    std::string accounts;
+    std::string_view why;
+  };
+  const std::vector<Case> cases = {
+      {{"transfer,Giro,Purse,,EUR", "expense,Purse,,,EUR"}, "Giro EUR\nPurse EUR", "both stated"},
+      {{"transfer,Giro,Purse,,", "expense,Giro,,,GBP"},
+       "Giro GBP\nPurse GBP",
+       "taken from where it comes from"},
+      {{"transfer,Giro,Purse,,", "expense,Purse,,,GBP"}, "Giro GBP\nPurse GBP", "and from where it goes to"},
+      {{"transfer,A,B,,", "transfer,B,C,,", "transfer,Bank,A,,"},
+       "A EUR\nB EUR\nC EUR",
+       "the store's, passed on"},
+      {{"transfer,Giro,Purse,5.5,", "expense,Giro,,,GBP"},
+       "Giro GBP\nPurse USD",
+       "an amount that arrives tells nothing"},
+      {{"transfer,Giro,Purse,,", "expense,Other,,,GBP"}, "Giro USD\nOther GBP\nPurse USD", "the default"},
+  };
+  for (const auto& [rows, accounts, why] : cases) {
+    auto ordered = rows;
+    std::sort(ordered.begin(), ordered.end());
+    do {
+      Bank bank;
+      std::string text = "Date,Amount,Type,Account,To account,To amount,Currency\n";
+      for (const auto& row : ordered) text += "2024-02-01,5," + row + "\n";
+      const auto outcome = bank.import(text);
+      ASSERT_TRUE(outcome) << why << ": " << outcome.error().why;
+      EXPECT_EQ(problemsOf(*outcome), "") << why << "\n" << text;
+      EXPECT_EQ(bank.rows("select title || ' ' || currency from account where kind = 1 and title not in"
+                          " ('Bank', 'Cash') order by title"),
+                accounts)
+          << why << "\n"
+          << text;
+    } while (std::next_permutation(ordered.begin(), ordered.end()));
+  }
+}
+
+TEST(ImportFile, leavesNothingBehindOfABadRow) {
+  const std::string text =
+      "Sum;Date;Konto;Typ;To account;To amount;Currency;Category;Payee;Book\n"
+      "5;2024-02-01;Cash;expense;;;USD;Cars;Bolt;Trip\n"
+      "5;2024-02-01;Dollars;expense;;;USD;;;\n"
+      "5;2024-02-01;Dollars;transfer;Bank;;;;;\n"
+      "5;2024-02-01;Cash;transfer;Bank;6;;;;\n"
+      "5;2024-02-01;Fresh;transfer;Fresh;;;;;\n"
+      "5;2024-02-01;Bob \"the\" builder;expense;;;;;;\n"
+      "5;2024-02-01;Cash;expense;;;;Food;;\n";
+  const std::string problems =
+      "2:7 Currency 'USD' the account 'Cash' is kept in EUR\n"
+      "4:6 To amount '' 'Dollars' is kept in USD and 'Bank' in EUR, so the amount that arrives is needed\n"
+      "5:6 To amount '6' 'Cash' and 'Bank' are both kept in EUR, so what leaves one arrives in the other\n"
+      "6:5 To account 'Fresh' the transfer goes to the account it comes from\n"
+      "7:3 Konto '' a quote stands inside a field that does not start with one\n";
+  const auto named = [](std::string file) { return file.replace(0, 3, "Amount"); };
+
+  Bank bank;
+  const auto keptOut = bank.import(named(text));
+  ASSERT_TRUE(keptOut) << keptOut.error().why;
+  EXPECT_EQ(problemsOf(*keptOut), problems);
+  EXPECT_EQ(keptOut->rows, 7U);
+  EXPECT_EQ(keptOut->badRows, 5U);
+  EXPECT_EQ(keptOut->added(), 0U);
+  EXPECT_FALSE(keptOut->written);
+  EXPECT_EQ(keptOut->newAccounts, Names{}) << "nothing is new when nothing is written";
+  EXPECT_EQ(bank.accounts(), "Bank EUR\nCash EUR");
+
+  const auto dry = bank.import(named(text), true, true);
+  ASSERT_TRUE(dry) << dry.error().why;
+  EXPECT_EQ(dry->newAccounts, Names{"Dollars"});
+  EXPECT_FALSE(dry->written);
+  EXPECT_EQ(bank.accounts(), "Bank EUR\nCash EUR");
+
+  const auto taken = bank.import(named(text), true);
+  ASSERT_TRUE(taken) << taken.error().why;
+  EXPECT_TRUE(taken->written);
+  EXPECT_EQ(taken->added(), 2U);
+  EXPECT_EQ(taken->newAccounts, Names{"Dollars"});
+  EXPECT_EQ(taken->newCategories, Names{"Food"});
+  EXPECT_EQ(taken->newVendors, Names{});
+  EXPECT_EQ(taken->newBooks, Names{"Default Book"});
+  EXPECT_EQ(bank.accounts(), "Bank EUR\nCash EUR\nDollars USD");
+  EXPECT_EQ(bank.rows("select title from category where deleted = 0"), "Food");
+  EXPECT_EQ(bank.rows("select title from account where kind = 2 order by title"), "Default Book\nHome");
+
+  const auto again = bank.import(named(text), true);
+  ASSERT_TRUE(again);
+  EXPECT_EQ(again->alreadyThere, 2U);
+  EXPECT_FALSE(again->written) << "there was nothing to write";
+}
+
+TEST(ImportFile, tellsRowsThatRepeatApart) {
+  Bank bank;
+  const std::string row = "2024-02-01,-5,Bakery\n";
+  const std::string heading = "Date,Amount,Payee\n";
+  EXPECT_EQ(bank.import(heading + row + row + "2024-02-01,-6,Bakery\n" + row)->added(), 4U);
+  EXPECT_EQ(bank.import(heading + row + row)->alreadyThere, 2U);
+  const auto fourth = bank.import(heading + row + row + row + row);
+  EXPECT_EQ(fourth->alreadyThere, 3U);
+  EXPECT_EQ(fourth->added(), 1U);
+  EXPECT_EQ(bank.number("select count(distinct eid) from transactions"), 5);
+}
+
+TEST(ImportFile, keepsItsReportShort) {
+  std::string text = "Date,Amount\n";
+  for (int i = 0; i < 1500; ++i) text += "never,1\n";
+  Bank bank;
+  const auto outcome = bank.import(text).value();
+  EXPECT_EQ(outcome.problems.size(), 1000U);
+  EXPECT_EQ(outcome.problemCount, 1500U);
+  EXPECT_EQ(outcome.badRows, 1500U);
+}
+
+}  // namespace
+}  // namespace moniva
