@@ -71,7 +71,7 @@ ParameterInfo describeParameter(const CLI::Option& option) {
   if (!isFlag) {
     readTypeName(option.get_type_name(), parameter);
     parameter.defaultValue = option.get_default_str();
-    parameter.isRepeated = option.get_items_expected_max() > 1;
+    parameter.isRepeated = option.get_expected_max() > 1;
   }
   parameter.isRequired = option.get_required();
   parameter.variable = option.get_envname();

@@ -7,6 +7,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/records.h"
+#include "ui/cli/text_width.h"
 
 namespace moniva {
 namespace {
@@ -39,7 +40,8 @@ std::string counted(std::size_t number, std::string_view one, std::string_view m
 std::string listed(const std::vector<std::string>& names) {
   constexpr std::size_t most = 8;
   std::string text;
-  for (std::size_t i = 0; i < names.size() && i < most; ++i) text += (i == 0 ? "" : ", ") + names[i];
+  for (std::size_t i = 0; i < names.size() && i < most; ++i)
+    text += (i == 0 ? "" : ", ") + printable(names[i]);
   if (names.size() > most) text += fmt::format(" and {} more", names.size() - most);
   return text;
 }
@@ -49,7 +51,15 @@ std::string problemLine(const std::string& file, const RowProblem& problem) {
   if (problem.column > 0) where += fmt::format(":{}", problem.column);
   if (!problem.heading.empty()) where += fmt::format(" ({})", problem.heading);
   if (!problem.value.empty()) where += fmt::format(" '{}'", problem.value);
-  return where + ": " + problem.reason;
+  return printable(where + ": " + problem.reason);
+}
+
+/// Why bad rows kept the file out.
+std::string keptOutLine(const ImportOutcome& outcome, bool dryRun) {
+  std::string line = fmt::format("{} of {} cannot be taken, so nothing {} written", outcome.badRows,
+                                 counted(outcome.rows, "row", "rows"), dryRun ? "would be" : "was");
+  if (outcome.badRows < outcome.rows) line += " (--skip-bad takes the others)";
+  return line;
 }
 
 json::object jsonOf(Session& session, const ImportOutcome& outcome) {
@@ -130,58 +140,57 @@ ImportOutcome runImport(Session& session, const std::filesystem::path& file, Imp
 }
 
 void addImportCommand(CommandLine& line) {
-  CLI::App* import = line.add(line.app(), "import");
+  CLI::App* command = line.add(line.app(), "import");
   auto options = std::make_shared<ImportCommandOptions>();
-  import->add_option("FILE", options->file, "The file of records")->required()->type_name("FILE")->check(
-      CLI::Validator([](const std::string&) { return std::string();
-}, "FILE"));
-import->add_flag("--dry-run", options->dryRun, "Show what would happen and write nothing");
-import->add_flag("--skip-bad", options->skipBad, "Take the good rows although others are bad");
-import
-    ->add_option("--currency", options->currency,
-                 "Currency of new books and accounts (else that of the locale)")
-    ->type_name("CODE");
-import->add_option("--decimal", options->decimalMark, "The decimal mark of the file (else found out)")
-    ->type_name("MARK")
-    ->check(oneOf({"auto", "point", "comma"}));
-import->add_option("--dates", options->dateOrder, "What the first number of 02/03/2024 is (else found out)")
-    ->type_name("ORDER")
-    ->check(oneOf({"auto", "day-first", "month-first"}));
-line.onRun(import, [options](Session& session) {
-  if (!options->currency.empty() && !isCurrencyCode(options->currency)) {
-    throw CommandError(
-        CommandError::kUsage,
-        fmt::format("'{}' is no currency; codes have three capital letters, such as EUR", options->currency));
-  }
-  const auto outcome = runImport(session, options->file,
-                                 {.reading = {.decimalMark = kDecimalMarks.at(options->decimalMark),
-                                              .dateOrder = kDateOrders.at(options->dateOrder)},
-                                  .skipBad = options->skipBad,
-                                  .dryRun = options->dryRun,
-                                  .currency = options->currency,
-                                  .progress = nullptr});
-  if (!outcome.ignoredHeadings.empty()) {
-    session.say(fmt::format("Columns not used: {}.", listed(outcome.ignoredHeadings)));
-  }
-  for (std::size_t i = 0; i < outcome.problems.size() && i < kProblemsShown; ++i) {
-    session.complain(problemLine(options->file, outcome.problems[i]));
-  }
-  if (outcome.problemCount > kProblemsShown) {
-    session.complain(fmt::format("... and {} more.", outcome.problemCount - kProblemsShown));
-  }
-  const bool keptOut = outcome.badRows > 0 && !options->skipBad;
-  if (session.options().json) {
-    session.printJson(jsonOf(session, outcome));
-  } else if (!keptOut) {
-    tell(session, outcome, options->dryRun);
-  }
-  if (keptOut) {
-    throw CommandError(
-        CommandError::kRefused,
-        fmt::format("{} of {} cannot be taken, so nothing was written (--skip-bad takes the others)",
-                    counted(outcome.badRows, "row", "rows"), outcome.rows));
-  }
-});
-}  // namespace moniva
+  command->add_option("FILE", options->file, "The file of records")
+      ->required()
+      ->type_name("FILE")
+      ->check(CLI::Validator([](const std::string&) { return std::string(); }, "FILE"));
+  command->add_flag("--dry-run", options->dryRun, "Show what would happen and write nothing");
+  command->add_flag("--skip-bad", options->skipBad, "Take the good rows although others are bad");
+  command
+      ->add_option("--currency", options->currency,
+                   "Currency of new books and accounts (else that of the locale)")
+      ->type_name("CODE");
+  command->add_option("--decimal", options->decimalMark, "The decimal mark of the file (else found out)")
+      ->type_name("MARK")
+      ->check(oneOf({"auto", "point", "comma"}));
+  command
+      ->add_option("--dates", options->dateOrder, "What the first number of 02/03/2024 is (else found out)")
+      ->type_name("ORDER")
+      ->check(oneOf({"auto", "day-first", "month-first"}));
+  line.onRun(command, [options](Session& session) {
+    if (!options->currency.empty() && !isCurrencyCode(options->currency)) {
+      throw CommandError(CommandError::kUsage,
+                         fmt::format("'{}' is no currency; codes have three capital letters, such as EUR",
+                                     printable(options->currency)));
+    }
+    const auto outcome = runImport(session, options->file,
+                                   {.reading = {.decimalMark = kDecimalMarks.at(options->decimalMark),
+                                                .dateOrder = kDateOrders.at(options->dateOrder)},
+                                    .skipBad = options->skipBad,
+                                    .dryRun = options->dryRun,
+                                    .currency = options->currency,
+                                    .progress = nullptr});
+    if (!outcome.ignoredHeadings.empty()) {
+      session.say(fmt::format("Columns not used: {}.", listed(outcome.ignoredHeadings)));
+    }
+    for (std::size_t i = 0; i < outcome.problems.size() && i < kProblemsShown; ++i) {
+      session.complain(problemLine(options->file, outcome.problems[i]));
+    }
+    if (outcome.problemCount > kProblemsShown) {
+      session.complain(fmt::format("... and {} more.", outcome.problemCount - kProblemsShown));
+    }
+    const bool keptOut = outcome.badRows > 0 && !options->skipBad;
+    if (session.options().json) {
+      session.printJson(jsonOf(session, outcome));
+    } else if (!keptOut) {
+      tell(session, outcome, options->dryRun);
+    }
+    if (keptOut) {
+      throw CommandError(CommandError::kRefused, keptOutLine(outcome, options->dryRun));
+    }
+  });
+}
 
 }  // namespace moniva

@@ -3,15 +3,16 @@
 #include "base/amount.h"
 #include "calendar/parse_date.h"
 #include "currency/amount_format.h"
-#include "model/account_balance.h"
 #include "model/mv_category.h"
-#include "model/spend.h"
+#include "model/record_entry.h"
 #include "model/vendor.h"
 #include "storage/transaction.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/did_you_mean.h"
 #include "ui/cli/records.h"
+#include "ui/cli/text_width.h"
+#include "ui/cli/typed_text.h"
 
 namespace moniva {
 namespace {
@@ -26,7 +27,7 @@ struct SpendAddOptions {
   std::string book;
   std::string date;
   std::string note;
-  std::vector<std::string> foreign;
+  std::pair<std::string, std::string> foreign;  ///< amount and code; empty for none
   bool create = false;
 };
 
@@ -38,12 +39,12 @@ MVCategory categoryNamed(Session& session, const std::string& title, const MVCat
     for (const auto& category : above.getAllSubcategoryList()) titles.push_back(category.title);
     const auto meant = didYouMean(title, titles);
     const std::string where =
-        above.isRoot() ? "category" : fmt::format("subcategory of '{}' named", above.title);
+        above.isRoot() ? "category" : fmt::format("subcategory of '{}' named", printable(above.title));
     throw CommandError(CommandError::kRefused,
                        meant
                            ? fmt::format("there is no {} '{}'; did you mean '{}'? (--create makes a new one)",
-                                         where, title, *meant)
-                           : fmt::format("there is no {} '{}'; --create makes it", where, title));
+                                         where, printable(title), printable(*meant))
+                           : fmt::format("there is no {} '{}'; --create makes it", where, printable(title)));
   }
   MVCategory made(root);
   made.title = title;
@@ -57,6 +58,11 @@ MVCategory categoryNamed(Session& session, const std::string& title, const MVCat
 Date momentTyped(Session& session, const std::string& text) {
   if (text.empty()) return session.now();
   const auto parsed = typed(parseDate(text, session.calendar(), session.now()));
+  if (!parsed.hasTime && parsed.movedByClockChange) {
+    throw CommandError(CommandError::kRefused,
+                       fmt::format("there is no {} in {}: the calendar went past that day there",
+                                   printable(text), session.calendar().zone()));
+  }
   if (!parsed.hasTime) return session.calendar().dateWithTime(parsed.date, session.now());
   if (parsed.movedByClockChange) {
     session.say(
@@ -69,7 +75,8 @@ Date momentTyped(Session& session, const std::string& text) {
 double amountTyped(const std::string& text) {
   const double amount = typed(parseAmount(text));
   if (amount <= 0)
-    throw CommandError(CommandError::kUsage, fmt::format("an amount must be above zero; '{}' is not", text));
+    throw CommandError(CommandError::kUsage,
+                       fmt::format("an amount must be above zero; '{}' is not", printable(text)));
   return amount;
 }
 
@@ -79,13 +86,13 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   spend.type = options.income ? kind::kIncome : kind::kExpense;
   spend.amount = amountTyped(options.amount);
   spend.datetime = momentTyped(session, options.date);
-  if (!options.foreign.empty()) {
-    spend.foreignAmount = amountTyped(options.foreign[0]);
-    spend.foreignCurrency = options.foreign[1];
+  if (const auto& [amount, code] = options.foreign; !amount.empty() || !code.empty()) {
+    spend.foreignAmount = amountTyped(amount);
+    spend.foreignCurrency = code;
     if (!isCurrencyCode(spend.foreignCurrency)) {
       throw CommandError(CommandError::kUsage,
                          fmt::format("'{}' is no currency; codes have three capital letters, such as USD",
-                                     spend.foreignCurrency));
+                                     printable(spend.foreignCurrency)));
     }
   }
   if (!options.subcategory.empty() && options.category.empty()) {
@@ -98,7 +105,7 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     account = accountNamed(session, options.account);
     spend.account = account->pk;
   }
-  spend.note = options.note;
+  spend.note = wellFormed(options.note, "the note");
   spend.paid = isPaidByDate(session.calendar(), spend.datetime, session.now());
 
   Connection* db = root.db().getDatabase();
@@ -106,35 +113,26 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal().why);
   std::string categoryText;
   if (!options.category.empty()) {
-    const auto above = categoryNamed(session, options.category, MVCategory::rootCateForType(root, spend.type),
-                                     options.create);
-    auto chosen = options.subcategory.empty()
-                      ? above
-                      : categoryNamed(session, options.subcategory, above, options.create);
+    const auto above = categoryNamed(session, wellFormed(options.category, "the category"),
+                                     MVCategory::rootCateForType(root, spend.type), options.create);
+    const auto chosen = options.subcategory.empty()
+                            ? above
+                            : categoryNamed(session, wellFormed(options.subcategory, "the subcategory"),
+                                            above, options.create);
     spend.category = above.pk;
     spend.subcategory = chosen.pk;
     categoryText = chosen.cateString();
-    chosen.updateUsingCount(book);
   }
-  std::optional<Vendor> vendor;
   if (!options.vendor.empty()) {
-    vendor.emplace(root);
-    vendor->title = options.vendor;
-    vendor->type = Vendor::typeFor(spend.type);
-    done(vendor->add());
-    spend.vendor = vendor->pk;
+    Vendor vendor(root);
+    vendor.title = wellFormed(options.vendor, "the vendor");
+    vendor.type = Vendor::typeFor(spend.type);
+    done(vendor.add());
+    spend.vendor = vendor.pk;
   }
-  done(spend.add());
-  if (vendor) vendor->updateUsingCount(spend.type);
-  if (spend.paid) {
-    const double change = options.income ? spend.amount : -spend.amount;
-    auto counted = book;
-    addToTotalBalance(counted, change);
-    if (account) addToTotalBalance(*account, change);
-  }
+  done(recordEntry(root, spend));
   if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal().why);
-  root.markRecentEditDate();
-  root.platform().notifications.post(notification::kExpenseChanged);
+  entriesChanged(root);
 
   if (session.options().json) return session.printJson(jsonOf(session, spend));
   const std::string& currency = account ? account->currency : book.currency;
@@ -144,11 +142,11 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     line +=
         fmt::format(" ({})", session.amounts().formatWithCode(spend.foreignAmount, spend.foreignCurrency));
   }
-  if (!categoryText.empty()) line += ", " + categoryText;
-  if (!options.vendor.empty()) line += (options.income ? ", from " : ", ") + options.vendor;
-  if (account) line += (options.income ? ", to " : ", paid from ") + account->title;
+  if (!categoryText.empty()) line += ", " + printable(categoryText);
+  if (!options.vendor.empty()) line += (options.income ? ", from " : ", ") + printable(options.vendor);
+  if (account) line += (options.income ? ", to " : ", paid from ") + printable(account->title);
   line += fmt::format(", on {}{}, in '{}'.", dateText(session, spend.datetime),
-                      spend.paid ? "" : " (pending)", book.title);
+                      spend.paid ? "" : " (pending)", printable(book.title));
   session.out() << line << '\n';
 }
 
@@ -167,42 +165,34 @@ void addTransfer(Session& session, const TransferAddOptions& options) {
   transfer.amountA = amountTyped(options.amount);
   transfer.amountB = options.toAmount.empty() ? transfer.amountA : amountTyped(options.toAmount);
   transfer.datetime = momentTyped(session, options.date);
-  auto from = accountNamed(session, options.from);
-  auto to = accountNamed(session, options.to);
+  const auto from = accountNamed(session, options.from);
+  const auto to = accountNamed(session, options.to);
   transfer.acrossCurrencies = from.currency != to.currency;
   if (transfer.acrossCurrencies && options.toAmount.empty()) {
     throw CommandError(CommandError::kRefused,
                        fmt::format("'{}' is kept in {} and '{}' in {}; say with --to-amount what arrives",
-                                   from.title, from.currency, to.title, to.currency));
+                                   printable(from.title), from.currency, printable(to.title), to.currency));
   }
   if (!transfer.acrossCurrencies && transfer.amountA != transfer.amountB) {
     throw CommandError(
         CommandError::kRefused,
-        fmt::format("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other", from.title,
-                    to.title, from.currency));
+        fmt::format("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other",
+                    printable(from.title), printable(to.title), from.currency));
   }
   transfer.accountA = from.pk;
   transfer.accountB = to.pk;
-  transfer.note = options.note;
+  transfer.note = wellFormed(options.note, "the note");
   transfer.paid = isPaidByDate(session.calendar(), transfer.datetime, session.now());
 
-  Connection* db = root.db().getDatabase();
-  Transaction transaction(*db);
-  if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal().why);
-  done(transfer.add());
-  if (transfer.paid) {
-    addToTotalBalance(from, -transfer.amountA);
-    addToTotalBalance(to, transfer.amountB);
-  }
-  if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal().why);
-  root.markRecentEditDate();
-  root.platform().notifications.post(notification::kExpenseChanged);
+  done(recordEntry(root, transfer));
+  entriesChanged(root);
 
   if (session.options().json) return session.printJson(jsonOf(session, transfer));
   std::string amount = session.amounts().format(transfer.amountA, from.currency);
   if (transfer.acrossCurrencies) amount += " -> " + session.amounts().format(transfer.amountB, to.currency);
-  session.out() << fmt::format("Moved {} from {} to {}, on {}{}.\n", amount, from.title, to.title,
-                               dateText(session, transfer.datetime), transfer.paid ? "" : " (pending)");
+  session.out() << fmt::format("Moved {} from {} to {}, on {}{}.\n", amount, printable(from.title),
+                               printable(to.title), dateText(session, transfer.datetime),
+                               transfer.paid ? "" : " (pending)");
 }
 
 }  // namespace
@@ -212,7 +202,9 @@ void addSpendCommands(CommandLine& line) {
   spend->require_subcommand(1);
   CLI::App* add = line.add(*spend, "add");
   auto options = std::make_shared<SpendAddOptions>();
-  add->add_option("AMOUNT", options->amount, "The amount, above zero, such as 12.50")->required();
+  add->add_option("AMOUNT", options->amount,
+                  "The amount, above zero, such as 12.50 (the decimal mark is '.')")
+      ->required();
   add->add_flag("--income", options->income, "Income instead of an expense");
   add->add_option("-c,--category", options->category, "The category")->type_name("NAME");
   add->add_option("-s,--subcategory", options->subcategory, "The subcategory")->type_name("NAME");
@@ -227,8 +219,7 @@ void addSpendCommands(CommandLine& line) {
   add->add_option("-n,--note", options->note, "A note")->type_name("TEXT");
   add->add_option("--foreign", options->foreign,
                   "What it was in another currency: amount and code, such as 20 USD")
-      ->type_name("AMOUNT CODE")
-      ->expected(2);
+      ->type_name("AMOUNT CODE");
   add->add_flag("--create", options->create, "Make the category or subcategory when it is new");
   line.onRun(add, [options](Session& session) { addSpend(session, *options); });
 }
@@ -238,7 +229,9 @@ void addTransferCommands(CommandLine& line) {
   transfer->require_subcommand(1);
   CLI::App* add = line.add(*transfer, "add");
   auto options = std::make_shared<TransferAddOptions>();
-  add->add_option("AMOUNT", options->amount, "What leaves the first account")->required();
+  add->add_option("AMOUNT", options->amount,
+                  "What leaves the first account, such as 12.50 (the decimal mark is '.')")
+      ->required();
   add->add_option("FROM", options->from, "Name of the account the money leaves")->required();
   add->add_option("TO", options->to, "Name of the account it arrives in")->required();
   add->add_option("--to-amount", options->toAmount,
