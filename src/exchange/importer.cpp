@@ -118,18 +118,18 @@ class Importer {
 
   Result<> take(const ImportRecord& record) {
     const auto time = root_.calendar().resolve(civilOf(record.date));
-    if (!outcome.firstDate || time.date < *outcome.firstDate) outcome.firstDate = time.date;
-    if (!outcome.lastDate || time.date > *outcome.lastDate) outcome.lastDate = time.date;
-
     // Asked before any name is looked up: a row that is there already must not revive what the user deleted.
     Identity identity = identify(record);
-    if (isThere(identity.eid)) {
-      ++outcome.alreadyThere;
+    const bool known = isThere(identity.eid);
+    // A row that is bad must leave nothing behind, so all is asked before anything is made for it.
+    if (!known && !fitsItsAccounts(record)) {
+      ++outcome.badRows;
       return {};
     }
-    // A row that is bad must leave nothing behind, so all is asked before anything is made for it.
-    if (!fitsItsAccounts(record)) {
-      ++outcome.badRows;
+    if (!outcome.firstDate || time.date < *outcome.firstDate) outcome.firstDate = time.date;
+    if (!outcome.lastDate || time.date > *outcome.lastDate) outcome.lastDate = time.date;
+    if (known) {
+      ++outcome.alreadyThere;
       return {};
     }
     if (time.moved) outcome.movedByClockChange.push_back(record.line);

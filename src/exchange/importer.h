@@ -46,7 +46,7 @@ struct ImportOutcome {
   /// taken).
   std::vector<std::size_t> movedByClockChange;
   std::vector<std::size_t> shownTwice;
-  std::optional<Date> firstDate;
+  std::optional<Date> firstDate;  ///< of the good rows, those already there included
   std::optional<Date> lastDate;
   /// Whether anything was written: false for a dry run, when bad rows kept the file out, and when there was
   /// nothing to add.
