@@ -1,7 +1,7 @@
 #include "exchange/importer.h"
 
 #include <boost/unordered/unordered_flat_set.hpp>
-#include <charconv>
+#include <cstdint>
 #include <unordered_map>
 
 #include "base/text.h"
@@ -149,7 +149,8 @@ class Importer {
   static double identityTimeOf(const ImportDate& date) {
     const CivilTime civil = civilOf(date);
     return static_cast<double>(daysFromCivil(civil.year, civil.month, civil.day) * kSecondsPerDay +
-                               civil.hour * 3600 + civil.minute * 60 + civil.second);
+                               std::int64_t{civil.hour} * 3600 + std::int64_t{civil.minute} * 60 +
+                               civil.second);
   }
 
   /// The identity of the row, told apart from equal rows before it in the file, and the identifier of the

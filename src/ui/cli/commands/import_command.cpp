@@ -56,10 +56,13 @@ std::string problemLine(const std::string& file, const RowProblem& problem) {
 
 /// Why bad rows kept the file out.
 std::string keptOutLine(const ImportOutcome& outcome, bool dryRun) {
-  std::string line = fmt::format("{} of {} cannot be taken, so nothing {} written", outcome.badRows,
-                                 counted(outcome.rows, "row", "rows"), dryRun ? "would be" : "was");
-  if (outcome.badRows < outcome.rows) line += " (--skip-bad takes the others)";
-  return line;
+  const std::string_view written = dryRun ? "would be" : "was";
+  if (outcome.rows == 1) return fmt::format("the row cannot be taken, so nothing {} written", written);
+  if (outcome.badRows == outcome.rows) {
+    return fmt::format("none of {} rows can be taken, so nothing {} written", outcome.rows, written);
+  }
+  return fmt::format("{} of {} rows cannot be taken, so nothing {} written (--skip-bad takes the others)",
+                     outcome.badRows, outcome.rows, written);
 }
 
 json::object jsonOf(Session& session, const ImportOutcome& outcome) {
