@@ -2,18 +2,36 @@
 
 #include <fmt/ranges.h>
 
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 
+#include "calendar/civil_time.h"
 #include "platform/call_stack.h"
 #include "platform/files.h"
 
 namespace moniva {
 namespace {
 
-std::filesystem::path& crashFile() {
-  static std::filesystem::path path;
-  return path;
+/// What the handler needs, which takes no arguments.
+struct Witness {
+  std::filesystem::path file;
+  std::function<Date()> clock;
+};
+
+Witness& witness() {
+  static Witness one;
+  return one;
+}
+
+/// "2024-02-29 13:30:05 UTC": without a calendar, which may be what broke.
+std::string utcText(Date date) {
+  const auto seconds = static_cast<std::int64_t>(std::floor(date.secondsSince1970));
+  const CivilTime day = civilFromDays(floorDivide(seconds, kSecondsPerDay));
+  const auto time = floorRemainder(seconds, kSecondsPerDay);
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02} UTC", day.year, day.month, day.day, time / 3600,
+                     time / 60 % 60, time % 60);
 }
 
 std::string currentExceptionText() {
@@ -30,13 +48,15 @@ std::string currentExceptionText() {
 
 }  // namespace
 
-void installUncaughtExceptionHandler(const std::filesystem::path& documents) {
-  crashFile() = documents / "crash.txt";
+void installUncaughtExceptionHandler(const std::filesystem::path& documents, std::function<Date()> clock) {
+  witness() = {documents / "crash.txt", std::move(clock)};
   std::set_terminate([] {
     const auto text = currentExceptionText();
-    // Nothing more can be done when even this fails.
-    static_cast<void>(
-        appendToFile(crashFile(), fmt::format("{}\n{}\n\n", text, fmt::join(programFrames(), "\n"))));
+    const auto& [file, now] = witness();
+    const auto recorded = appendToFile(
+        file, fmt::format("{}\n{}\n{}\n\n", utcText(now()), text, fmt::join(programFrames(), "\n")));
+    fmt::print(stderr, "moniva: ended unexpectedly: {}{}\n", text,
+               recorded ? fmt::format("; what is known of it is in '{}'", file.string()) : std::string());
     std::abort();
   });
 }

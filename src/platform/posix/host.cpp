@@ -8,9 +8,37 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <system_error>
 
 namespace moniva {
+namespace {
+
+/// The zone base keeps each zone with and without leap seconds under the same name; clocks here have none.
+std::string withoutVariant(const std::string& name) {
+  return name.starts_with("posix/") || name.starts_with("right/") ? name.substr(6) : name;
+}
+
+/// "/usr/share/zoneinfo/Europe/Berlin" is the file of Europe/Berlin.
+std::optional<std::string> zoneOfPath(const std::string& path) {
+  const std::string_view base = "zoneinfo/";
+  const auto at = path.find(base);
+  if (at == std::string::npos) return std::nullopt;
+  return withoutVariant(path.substr(at + base.size()));
+}
+
+/// "JST-9" and "<+0530>-5:30": a zone without summer time written as its distance, which counts west of
+/// Greenwich.
+std::optional<std::string> fixedZone(const std::string& text) {
+  static const std::regex form("(?:[A-Za-z]{3,}|<[A-Za-z0-9+-]{3,}>)([+-]?)([0-9]{1,2})(?::([0-5][0-9]))?");
+  std::smatch part;
+  if (!std::regex_match(text, part, form)) return std::nullopt;
+  if (part[2].str().find_first_not_of('0') == std::string::npos && !part[3].matched) return "UTC";
+  return "GMT" + std::string(part[1] == "-" ? "+" : "-") + part[2].str() + ":" +
+         (part[3].matched ? part[3].str() : "00");
+}
+
+}  // namespace
 
 Date SystemClock::now() const {
   std::timespec time{};
@@ -31,16 +59,24 @@ std::optional<std::string> environment(const char* name) {
   return std::string(value);
 }
 
-std::string systemZone() {
-  const std::string marker = "zoneinfo/";
-  if (auto zone = environment("TZ")) {
-    if (zone->front() == ':') zone->erase(0, 1);
-    if (const auto at = zone->find(marker); at != std::string::npos) zone->erase(0, at + marker.size());
-    if (!zone->empty()) return *zone;
+std::optional<std::string> environmentZone() {
+  const char* value = std::getenv("TZ");
+  if (value == nullptr) return std::nullopt;
+  const std::string zone = *value == ':' ? value + 1 : value;
+  if (zone.empty()) return "UTC";
+  if (zone == "/etc/localtime") return systemZone();
+  if (zone.front() == '/') {
+    if (const auto name = zoneOfPath(zone)) return name;
+    std::error_code error;
+    if (const auto name = zoneOfPath(std::filesystem::read_symlink(zone, error).string())) return name;
   }
+  return fixedZone(zone).value_or(withoutVariant(zone));
+}
+
+std::string systemZone() {
   std::error_code error;
-  const std::string link = std::filesystem::read_symlink("/etc/localtime", error).string();
-  if (const auto at = link.find(marker); at != std::string::npos) return link.substr(at + marker.size());
+  if (const auto name = zoneOfPath(std::filesystem::read_symlink("/etc/localtime", error).string()))
+    return *name;
   std::ifstream file("/etc/timezone");
   std::string line;
   if (std::getline(file, line) && !line.empty()) return line;
@@ -57,6 +93,10 @@ std::string systemLocale() {
     return *value;
   }
   return "en_US";
+}
+
+std::filesystem::path temporaryFolder() {
+  return environment("TMPDIR").value_or("/tmp");
 }
 
 bool isTerminal(int descriptor) {

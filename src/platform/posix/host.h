@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -22,13 +23,21 @@ class SystemRandom final : public RandomSource {
 /// An environment variable; nothing when it is unset or empty.
 std::optional<std::string> environment(const char* name);
 
-/// The IANA name of the host's time zone; "UTC" when the host does not say.
+/// The time zone the variable TZ asks for, as a name for a Zone: of a path into the zone base the name that
+/// file stands for, of a fixed distance such as "JST-9" that distance; an empty variable means UTC. Anything
+/// else comes back as it is, known or not. Nothing when the variable is not set.
+std::optional<std::string> environmentZone();
+
+/// The IANA name of the host's own time zone; "UTC" when the host does not say.
 std::string systemZone();
 
 /// The locale the user chose for messages and formats (LC_ALL, LC_TIME, LANG); "en_US" when none is set.
 std::string systemLocale();
 
-/// Whether the descriptor is a terminal, and how many columns that has.
+/// Where programs keep files for a while: TMPDIR, else "/tmp". It need not be there.
+std::filesystem::path temporaryFolder();
+
+/// Whether the descriptor is a terminal, and how many columns that has (80 when it does not say).
 bool isTerminal(int descriptor);
 int terminalWidth(int descriptor);
 

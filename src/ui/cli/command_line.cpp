@@ -58,6 +58,15 @@ const CLI::Option* findOption(const CLI::App* app, const std::string& name) {
   return nullptr;
 }
 
+/// The exit code, once all output is written; what could not be is told of.
+int ended(int exitCode, Terminal terminal) {
+  terminal.out.flush();
+  if (terminal.out) return exitCode;
+  terminal.err << "moniva: " << (exitCode == 0 ? "done, but " : "")
+               << "standard output could not be written\n";
+  return exitCode == 0 ? CommandError::kRefused : exitCode;
+}
+
 }  // namespace
 
 CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
@@ -71,6 +80,12 @@ CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
                   "The data folder (else MONIVA_DATA, else the folder for data of programs)")
       ->type_name("DIR")
       ->envname("MONIVA_DATA")
+      // A variable that was not set (--data "$LEDGER") must not lead to another store.
+      ->check(CLI::Validator(
+          [](const std::string& folder) {
+            return folder.empty() ? "an empty name is no folder" : std::string();
+          },
+          ""))
       ->take_last();
   app_.add_option("--now", options_.now, "The moment to take for the present, such as \"2024-02-29 14:30\"")
       ->type_name("DATE")
@@ -90,7 +105,7 @@ CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
   app_.add_option("--color", color_, "When to colour (else auto)")
       ->type_name("WHEN")
       ->check(oneOf({"auto", "always", "never"}));
-  app_.add_flag("-q,--quiet", options_.quiet, "No messages and no progress; only data and errors");
+  app_.add_flag("-q,--quiet", options_.quiet, "No messages and no progress on standard error; only errors");
   app_.add_flag("-v,--verbose", options_.verbose, "Tell what is going on, on standard error");
   addBookCommands(*this);
   addAccountCommands(*this);
@@ -144,12 +159,19 @@ int CommandLine::run(const std::vector<std::string>& arguments, Terminal termina
   Session session(options_, terminal);
   int exitCode = 0;
   const auto guarded = [&](const std::function<void()>& work) {
+    const auto failed = [&](int code, std::string_view why) {
+      terminal.out.flush();
+      session.complain(fmt::format("moniva: {}", why));
+      exitCode = code;
+    };
     try {
       work();
     } catch (const CommandError& error) {
-      terminal.out.flush();
-      terminal.err << "moniva: " << error.what() << '\n';
-      exitCode = error.exitCode();
+      failed(error.exitCode(), error.what());
+    } catch (const std::bad_alloc&) {
+      failed(CommandError::kRefused, "there is not enough memory");
+    } catch (const std::exception& error) {
+      failed(CommandError::kRefused, error.what());
     }
   };
   guarded([&] {
@@ -158,18 +180,13 @@ int CommandLine::run(const std::vector<std::string>& arguments, Terminal termina
     action_(session);
   });
   guarded([&] { session.leave(); });
-  terminal.out.flush();
-  if (!terminal.out) {
-    terminal.err << "moniva: standard output could not be written\n";
-    if (exitCode == 0) exitCode = CommandError::kRefused;
-  }
-  return exitCode;
+  return ended(exitCode, terminal);
 }
 
 int CommandLine::explain(const std::string& why, const std::vector<std::string>& arguments,
                          Terminal terminal) const {
   const std::string mistaken = mistakenWord(app_, arguments);
-  terminal.err << "moniva: " << (mistaken.empty() ? why : mistaken) << '\n';
+  terminal.err << "moniva: " << printableLines(mistaken.empty() ? why : mistaken) << '\n';
   std::string path = "moniva";
   const CLI::App* at = &app_;
   for (const auto& word : arguments) {

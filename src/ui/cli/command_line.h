@@ -19,6 +19,7 @@ class CommandLine {
   explicit CommandLine(const Style& helpStyle = {});
 
   /// Parses and runs; answers the exit code: 0 done, 1 refused or failed, 2 not understood.
+  /// Nothing that goes wrong in a command leaves it as an exception.
   int run(const std::vector<std::string>& arguments, Terminal terminal);
 
   CLI::App& app() { return app_; }
@@ -40,8 +41,8 @@ class CommandLine {
 /// A check that a value is one of some words; it refuses any other with a sentence that lists them.
 CLI::Validator oneOf(const std::vector<std::string>& words);
 
-/// Turns "--color" words, "--amount -5" slips and unknown words of a command line into a sentence with the
-/// nearest thing there is; empty when the line has no such word.
+/// The first word of a line that the parser cannot have understood ("bok", "--jsn", the "-5" of an amount
+/// with a sign), as a sentence with the nearest thing there is; empty when the line has no such word.
 std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& arguments);
 
 // One function a family of commands, each in its own file.

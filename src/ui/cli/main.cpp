@@ -6,6 +6,14 @@
 #include "platform/posix/host.h"
 #include "ui/cli/command_line.h"
 
+namespace {
+
+std::size_t widthOf(int descriptor) {
+  return static_cast<std::size_t>(moniva::terminalWidth(descriptor));
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   // A reader that went away (`moniva … | head`) is an ordinary write error, not a reason to die half-way; and
   // a file size limit shows as a full disk.
@@ -17,7 +25,8 @@ int main(int argc, char** argv) {
                                   .err = std::cerr,
                                   .outIsTerminal = outIsTerminal,
                                   .errIsTerminal = moniva::isTerminal(STDERR_FILENO),
-                                  .width = static_cast<std::size_t>(moniva::terminalWidth(STDOUT_FILENO))};
+                                  .width = outIsTerminal ? widthOf(STDOUT_FILENO) : 0,
+                                  .errWidth = widthOf(STDERR_FILENO)};
   const std::string noColor = moniva::environment("NO_COLOR").value_or("");
   const std::string term = moniva::environment("TERM").value_or("");
   const moniva::Style helpStyle(

@@ -43,16 +43,27 @@ json::value named(const std::optional<Row>& row, std::string_view key) {
 
 }  // namespace
 
-json::value isoDate(Session& session, Date date) {
-  if (date == Date{}) return nullptr;
-  const CivilTime civil = session.calendar().civilTime(date);
+json::value isoDate(Session& session, std::optional<Date> date) {
+  if (!date) return nullptr;
+  const auto instant = static_cast<std::int64_t>(std::floor(date->secondsSince1970));
+  const auto written = [](const CivilTime& civil, std::string_view offset) {
+    return json::string(fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}{}", civil.year, civil.month,
+                                    civil.day, civil.hour, civil.minute, civil.second, offset));
+  };
+  const CivilTime civil = session.calendar().civilTime(*date);
   const auto asUtc = daysFromCivil(civil.year, civil.month, civil.day) * kSecondsPerDay + civil.hour * 3600 +
                      civil.minute * 60 + civil.second;
-  const auto offset = asUtc - static_cast<std::int64_t>(std::floor(date.secondsSince1970));
+  const auto offset = asUtc - instant;
+  if (offset % 60 != 0) {
+    CivilTime utc = civilFromDays(floorDivide(instant, kSecondsPerDay));
+    const auto time = static_cast<int>(floorRemainder(instant, kSecondsPerDay));
+    utc.hour = time / 3600;
+    utc.minute = time / 60 % 60;
+    utc.second = time % 60;
+    return written(utc, "Z");
+  }
   const auto minutes = std::abs(offset) / 60;
-  return json::string(fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}{}{:02}:{:02}", civil.year, civil.month,
-                                  civil.day, civil.hour, civil.minute, civil.second, offset < 0 ? '-' : '+',
-                                  minutes / 60, minutes % 60));
+  return written(civil, fmt::format("{}{:02}:{:02}", offset < 0 ? '-' : '+', minutes / 60, minutes % 60));
 }
 
 json::object jsonOf(Session&, const MonivaAccount& account) {
@@ -78,6 +89,9 @@ json::object jsonOf(Session&, const MonivaAccount& account) {
 
 json::object jsonOf(Session& session, const Spend& spend) {
   auto& root = session.root();
+  // The store has the first moment of 1970 for none, and a record of that moment is paid then.
+  std::optional<Date> payDate = spend.payDate;
+  if (payDate == Date{} && spend.datetime != Date{}) payDate.reset();
   return {{"eid", spend.eid},
           {"type", spend.type},
           {"amount", spend.amount},
@@ -95,7 +109,7 @@ json::object jsonOf(Session& session, const Spend& spend) {
           {"needReimburse", spend.needReimburse},
           {"repeat", spend.repeat},
           {"repeatSeedID", spend.repeatSeedID},
-          {"payDate", isoDate(session, spend.payDate)},
+          {"payDate", isoDate(session, payDate)},
           {"connectionUUID", spend.connectionUUID},
           {"advancedType", spend.advancedType}};
 }
@@ -151,6 +165,13 @@ std::string dateText(Session& session, Date date) {
   const CivilTime civil = session.calendar().civilTime(date);
   return fmt::format("{} {:02}:{:02}", stringOfDateMediumStyle(session.calendar(), date), civil.hour,
                      civil.minute);
+}
+
+std::string currencyTyped(const Session& session, const std::string& code) {
+  if (code.empty()) return session.defaultCurrency();
+  if (isCurrencyCode(code)) return code;
+  throw CommandError(CommandError::kUsage,
+                     fmt::format("'{}' is no currency; codes have three capital letters, such as EUR", code));
 }
 
 MonivaAccount bookNamed(Session& session, const std::string& name) {

@@ -12,16 +12,20 @@
 /// Records as JSON under the names of their fields, and the few texts that several commands print of them.
 namespace moniva {
 
-/// "2024-02-29T14:30:05+01:00", in the user's zone; null for a date never set.
-boost::json::value isoDate(Session& session, Date date);
+/// "2024-02-29T14:30:05+01:00", in the user's zone; in UTC ("2024-02-29T13:30:05Z") where the zone's distance
+/// is no whole number of minutes, which this way of writing cannot hold. Null for no date.
+boost::json::value isoDate(Session& session, std::optional<Date> date);
 
 boost::json::object jsonOf(Session& session, const MonivaAccount& account);
 boost::json::object jsonOf(Session& session, const Spend& spend);
 boost::json::object jsonOf(Session& session, const Transfer& transfer);
 boost::json::object jsonOf(Session& session, const TransReportSummary& summary);
 
-/// "Thursday, February 29, 2024, 14:30" without seconds.
+/// "Feb 29, 2024 14:30" in the words of the user's locale.
 std::string dateText(Session& session, Date date);
+
+/// A code typed for a currency, or the default one for none. Ends the command for what is no currency.
+std::string currencyTyped(const Session& session, const std::string& code);
 
 /// The live book or account of that name. Ends the command when there is none, with the nearest name there
 /// is; a blank book name means the current book.

@@ -5,13 +5,16 @@
 #include <ostream>
 
 #include "app/crash_record.h"
+#include "calendar/locale_name.h"
 #include "calendar/parse_date.h"
+#include "calendar/zone.h"
 #include "platform/files.h"
 #include "platform/posix/file_user_defaults.h"
 #include "platform/posix/host.h"
 #include "storage/store_files.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/json_out.h"
+#include "ui/cli/text_width.h"
 #include "version.h"
 
 namespace moniva {
@@ -19,16 +22,27 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The data folder: as told, else where programs of this host keep data.
-fs::path dataFolder(const std::string& told) {
-  if (!told.empty()) return fs::absolute(told);
-  if (const auto folder = environment("XDG_DATA_HOME")) return fs::path(*folder) / "moniva";
-  if (const auto home = environment("HOME")) return fs::path(*home) / ".local/share/moniva";
-  return fs::absolute("moniva-data");
-}
+constexpr const char* kDefaultLocale = "en_US";
 
 std::string stringOr(std::optional<std::string> value) {
   return value.value_or("");
+}
+
+/// The data folder: as told, else where programs of this host keep data.
+Result<fs::path> dataFolderFor(const std::string& told) {
+  if (!told.empty()) {
+    std::error_code error;
+    auto folder = fs::absolute(told, error);
+    if (error) return refuse("the data folder '{}' cannot be reached from here: {}", told, error.message());
+    return folder;
+  }
+  // A relative one would be another folder in every folder.
+  if (const fs::path folder = stringOr(environment("XDG_DATA_HOME")); folder.is_absolute())
+    return folder / "moniva";
+  if (const fs::path home = stringOr(environment("HOME")); home.is_absolute())
+    return home / ".local/share/moniva";
+  return refuse(
+      "where to keep data is not known, because HOME names no folder; name one with --data or MONIVA_DATA");
 }
 
 Style styleFor(ColorMode mode, bool isTerminal) {
@@ -39,6 +53,17 @@ Style styleFor(ColorMode mode, bool isTerminal) {
 }
 
 }  // namespace
+
+std::string printableLines(std::string_view message) {
+  std::string lines;
+  for (;;) {
+    const auto end = message.find('\n');
+    lines += printable(message.substr(0, end));
+    if (end == std::string_view::npos) return lines;
+    lines += '\n';
+    message.remove_prefix(end + 1);
+  }
+}
 
 /// The front end of a terminal: it has no screens, and says so where one is asked for.
 class Session::Host final : public AppHost {
@@ -64,15 +89,22 @@ class Session::Host final : public AppHost {
 Session::Session(GlobalOptions options, Terminal terminal)
     : options_(std::move(options)), terminal_(terminal) {}
 
-Session::~Session() = default;
+Session::~Session() {
+  try {
+    leave();
+    // Blocks in the background use what goes before their queue does.
+    if (app_) app_->settle();
+  } catch (const std::exception& error) {
+    complain(fmt::format("moniva: {}", error.what()));
+  }
+}
 
 void Session::prepare() {
   style_ = styleFor(options_.color, terminal_.outIsTerminal);
   errStyle_ = styleFor(options_.color, terminal_.errIsTerminal);
   platform_ = std::make_unique<Platform>();
   platform_->info.version = kVersion;
-  platform_->calendar = typed(Calendar::make(options_.timezone.empty() ? systemZone() : options_.timezone,
-                                             options_.locale.empty() ? systemLocale() : options_.locale));
+  platform_->calendar = typed(Calendar::make(zone(), locale()));
   amounts_ = typed(AmountFormat::make(platform_->calendar->locale()));
   platform_->clock = std::make_unique<SystemClock>();
   if (!options_.now.empty()) {
@@ -80,20 +112,44 @@ void Session::prepare() {
     platform_->clock = std::make_unique<FixedClock>(moment.date);
   }
   platform_->random = std::make_unique<SystemRandom>();
-  platform_->directories.documents = dataFolder(options_.data);
   platform_->directories.resources = fs::path(programFolder()) / "../share/moniva";
   if (options_.verbose) {
-    platform_->log.setSink([this](std::string_view line) { terminal_.err << errStyle_.dim(line) << '\n'; });
+    platform_->log.setSink(
+        [this](std::string_view line) { terminal_.err << errStyle_.dim(printable(line)) << '\n'; });
   }
 }
 
+std::string Session::zone() {
+  if (!options_.timezone.empty()) return options_.timezone;
+  const auto wanted = environmentZone();
+  if (wanted && Zone::make(*wanted)) return *wanted;
+  const std::string known = Zone::make(systemZone()) ? systemZone() : "UTC";
+  if (wanted) say(fmt::format("The time zone '{}' of TZ is not known here; {} is used.", *wanted, known));
+  return known;
+}
+
+std::string Session::locale() {
+  if (!options_.locale.empty()) return options_.locale;
+  const std::string wanted = systemLocale();
+  if (localeName(wanted) && AmountFormat::make(wanted)) return wanted;
+  say(fmt::format("The locale '{}' of the environment is not known here; {} is used.", wanted,
+                  kDefaultLocale));
+  return kDefaultLocale;
+}
+
+const fs::path& Session::dataFolder() {
+  auto& documents = platform_->directories.documents;
+  if (documents.empty()) documents = done(dataFolderFor(options_.data));
+  return documents;
+}
+
 void Session::launchLocked() {
-  const auto& documents = platform_->directories.documents;
+  const auto& documents = dataFolder();
   done(makeWritableFolder(documents));
   auto defaults = done(FileUserDefaults::open(documents / "settings.json", now()));
   if (!defaults->notice().empty()) say(defaults->notice());
   platform_->userDefaults = std::move(defaults);
-  installUncaughtExceptionHandler(documents);
+  installUncaughtExceptionHandler(documents, [] { return SystemClock().now(); });
   db_ = std::make_unique<DoDB>(*platform_);
   host_ = std::make_unique<Host>(*this);
   root_ = std::make_unique<MVAppRoot>(*platform_, *db_);
@@ -147,12 +203,16 @@ std::string Session::defaultCurrency() const {
   return currency.empty() ? "USD" : currency;
 }
 
+void Session::answer(std::string_view line) {
+  out() << printable(line) << '\n';
+}
+
 void Session::say(std::string_view message) {
-  if (!options_.quiet) terminal_.err << message << '\n';
+  if (!options_.quiet) complain(message);
 }
 
 void Session::complain(std::string_view message) {
-  terminal_.err << message << '\n';
+  terminal_.err << printableLines(message) << '\n';
 }
 
 void Session::printJson(const boost::json::value& value) {
@@ -162,7 +222,7 @@ void Session::printJson(const boost::json::value& value) {
 ProgressPlace Session::progressPlace() {
   return {.out = terminal_.err,
           .shown = terminal_.errIsTerminal && !options_.quiet,
-          .width = terminal_.width,
+          .width = terminal_.errWidth,
           .style = errStyle_};
 }
 

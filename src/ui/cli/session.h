@@ -1,6 +1,8 @@
 #pragma once
 
+#include <filesystem>
 #include <iosfwd>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,8 +33,12 @@ struct Terminal {
   std::ostream& err;
   bool outIsTerminal = false;
   bool errIsTerminal = false;
-  std::size_t width = 80;
+  std::size_t width = 0;      ///< cells of a line of `out`; 0 where lines may be as long as they like
+  std::size_t errWidth = 80;  ///< cells of a line of `err`
 };
+
+/// The message as it is safe on a terminal, its lines kept: see printable().
+std::string printableLines(std::string_view message);
 
 /// One run of the program from the command line: the platform by the options, the store once it is asked for,
 /// and the ways to print. Every command that uses the store is a launch and ends as entering the background.
@@ -44,15 +50,18 @@ class Session {
   Session& operator=(const Session&) = delete;
 
   /// Reads the options that need understanding (the moment, the zone, the locale); ends the command where one
-  /// is not understood. Touches no file but the settings.
+  /// is not understood. What only the environment says is never refused: where it is not known the host's own
+  /// zone and the default locale are used, and the person is told. Touches no file.
   void prepare();
+  /// The folder the store is in; ends the command when nobody says which.
+  const std::filesystem::path& dataFolder();
   /// Launches: makes or opens the store and does what is due.
   void launch();
   /// Launches up to the lock and leaves it to the caller to unlock.
   void launchLocked();
   /// Gives the passcode of the options to a locked store; ends the command when it is missing or wrong.
   void unlock();
-  /// Enters the background; safe to call when nothing was launched.
+  /// Enters the background; safe to call when nothing was launched. The end of the session does it as well.
   void leave();
 
   const GlobalOptions& options() const { return options_; }
@@ -64,11 +73,16 @@ class Session {
 
   const Terminal& terminal() const { return terminal_; }
   std::ostream& out() { return terminal_.out; }
-  std::size_t width() const { return terminal_.width; }
+  /// Cells there are for a line of output; as many as there can be when it goes to no terminal.
+  std::size_t width() const {
+    return terminal_.width > 0 ? terminal_.width : std::numeric_limits<std::size_t>::max();
+  }
   const Style& style() const { return style_; }
   const AmountFormat& amounts() const { return *amounts_; }
   /// The currency of new books and accounts when none is named.
   std::string defaultCurrency() const;
+  /// The answer of a command that changed something: one line on standard output.
+  void answer(std::string_view line);
   /// A line for the person on standard error; nothing with --quiet.
   void say(std::string_view message);
   /// A line about what is wrong, on standard error, with --quiet too.
@@ -84,6 +98,9 @@ class Session {
 
  private:
   class Host;
+
+  std::string zone();
+  std::string locale();
 
   GlobalOptions options_;
   Terminal terminal_;

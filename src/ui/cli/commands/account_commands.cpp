@@ -39,12 +39,7 @@ void addAccount(Session& session, const AccountAddOptions& options) {
   account.aKind = kAccountKind;
   account.title = options.name;
   account.setType(kTypes.at(options.type));
-  account.currency = options.currency.empty() ? session.defaultCurrency() : options.currency;
-  if (!isCurrencyCode(account.currency)) {
-    throw CommandError(
-        CommandError::kUsage,
-        fmt::format("'{}' is no currency; codes have three capital letters, such as EUR", account.currency));
-  }
+  account.currency = currencyTyped(session, options.currency);
   if (!options.openingBalance.empty())
     account.beginBalance = typed(parseSignedAmount(options.openingBalance));
   account.note = options.note;
@@ -56,7 +51,7 @@ void addAccount(Session& session, const AccountAddOptions& options) {
   countTheTotalBalance(account);
   session.root().markRecentEditDate();
   if (session.options().json) return session.printJson(jsonOf(session, account));
-  session.out() << fmt::format("Added the account '{}' in {}.\n", account.title, account.currency);
+  session.answer(fmt::format("Added the account '{}' in {}.", account.title, account.currency));
 }
 
 void showAccount(Session& session, const std::string& name) {

@@ -1,4 +1,5 @@
 #include <boost/json.hpp>
+#include <charconv>
 
 #include "calendar/book_periods.h"
 #include "currency/amount_format.h"
@@ -22,17 +23,6 @@ struct BookAddOptions {
   int yearStartsOn = 0;
 };
 
-/// A code a person typed for a currency, or the default one.
-std::string currencyTyped(const Session& session, const std::string& code) {
-  if (code.empty()) return session.defaultCurrency();
-  if (!isCurrencyCode(code)) {
-    throw CommandError(
-        CommandError::kUsage,
-        fmt::format("'{}' is no currency; codes have three capital letters, such as EUR", code));
-  }
-  return code;
-}
-
 void addBook(Session& session, const BookAddOptions& options) {
   auto existing = MonivaAccount::getBookWithTitle(session.root(), options.name);
   if (existing && existing->isDeleted == 0) {
@@ -55,8 +45,8 @@ void addBook(Session& session, const BookAddOptions& options) {
     refreshUsingMonivaAccount(session.root());
   }
   if (session.options().json) return session.printJson(jsonOf(session, book));
-  session.out() << fmt::format("Added the book '{}' in {}.{}\n", book.title, book.currency,
-                               isFirst ? " It is the current book." : "");
+  session.answer(fmt::format("Added the book '{}' in {}.{}", book.title, book.currency,
+                             isFirst ? " It is the current book." : ""));
 }
 
 void listBooks(Session& session) {
@@ -110,7 +100,22 @@ void useBook(Session& session, const std::string& name) {
   book.saveToLocal();
   refreshUsingMonivaAccount(session.root());
   if (session.options().json) return session.printJson(jsonOf(session, book));
-  session.out() << fmt::format("'{}' is the current book now.\n", book.title);
+  session.answer(fmt::format("'{}' is the current book now.", book.title));
+}
+
+/// A check that a value is a whole number from 1 to `last`, or from -1 to -`last`; it passes on what it read,
+/// since the parser would take a leading zero for an octal number.
+CLI::Validator beginning(int last, const std::string& refusal) {
+  return CLI::Validator(
+      [last, refusal](std::string& text) {
+        int number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool isWhole = error == std::errc() && end == text.data() + text.size();
+        if (!isWhole || number == 0 || std::abs(number) > last) return refusal;
+        text = std::to_string(number);
+        return std::string();
+      },
+      "");
 }
 
 }  // namespace
@@ -132,23 +137,11 @@ void addBookCommands(CommandLine& line) {
   add->add_option("--month-starts", options->monthStartsOn,
                   "Day a month begins on; a negative one is that day of the month before")
       ->type_name("DAY")
-      ->check(CLI::Validator(
-          [](const std::string& text) {
-            const int day = std::atoi(text.c_str());
-            return day == 0 || day < -31 || day > 31 ? "a month begins on day 1 to 31, or -1 to -31"
-                                                     : std::string();
-          },
-          ""));
+      ->transform(beginning(31, "a month begins on day 1 to 31, or -1 to -31"));
   add->add_option("--year-starts", options->yearStartsOn,
                   "Month a year begins in; a negative one is that month of the year before")
       ->type_name("MONTH")
-      ->check(CLI::Validator(
-          [](const std::string& text) {
-            const int month = std::atoi(text.c_str());
-            return month == 0 || month < -12 || month > 12 ? "a year begins in month 1 to 12, or -1 to -12"
-                                                           : std::string();
-          },
-          ""));
+      ->transform(beginning(12, "a year begins in month 1 to 12, or -1 to -12"));
   line.onRun(add, [options](Session& session) { addBook(session, *options); });
 
   line.onRun(line.add(*book, "list"), listBooks);

@@ -1,7 +1,9 @@
 #include <unistd.h>
 
 #include <boost/json.hpp>
+#include <cerrno>
 
+#include "platform/posix/host.h"
 #include "reports/largest_categories.h"
 #include "reports/transaction_report.h"
 #include "ui/cli/bars.h"
@@ -21,9 +23,12 @@ namespace fs = std::filesystem;
 class ThrowAwayFolder {
  public:
   ThrowAwayFolder() {
-    std::string name = (fs::temp_directory_path() / "moniva-demo-XXXXXX").string();
+    const fs::path above = temporaryFolder();
+    std::string name = (above / "moniva-demo-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) {
-      throw CommandError(CommandError::kRefused, fmt::format("cannot make a folder such as '{}'", name));
+      throw CommandError(CommandError::kRefused,
+                         fmt::format("cannot make a folder for the demo in '{}': {}", above.string(),
+                                     std::generic_category().message(errno)));
     }
     path_ = name;
   }
@@ -89,6 +94,8 @@ void demo(Session& outer) {
   GlobalOptions options = outer.options();
   options.data = folder.path().string();
   if (options.timezone.empty()) options.timezone = "Europe/Berlin";
+  // Known by now, and what there was to say of it is said.
+  if (options.locale.empty()) options.locale = outer.calendar().locale();
   if (options.now.empty()) options.now = "2025-01-01 12:00";
   Session session(options, outer.terminal());
   session.prepare();

@@ -25,7 +25,8 @@ void examine(Session& session) {
   if (session.options().json) {
     session.printJson(boost::json::object{{"file", file}, {"findings", std::move(list)}});
   } else {
-    session.out() << "The store " << file << "\n\n" << table.render(session.style(), session.width());
+    session.answer("The store " + file);
+    session.out() << '\n' << table.render(session.style(), session.width());
   }
   if (ill > 0) {
     throw CommandError(CommandError::kRefused,
@@ -36,7 +37,7 @@ void examine(Session& session) {
 /// Sets a data file that cannot be used aside, without opening it as a store first; the next start makes a
 /// new one.
 void setAside(Session& session) {
-  const auto path = session.platform().directories.documents / session.platform().info.kDatabaseName;
+  const auto path = session.dataFolder() / session.platform().info.kDatabaseName;
   std::string why;
   std::error_code error;
   if (!std::filesystem::exists(path, error)) {
@@ -53,8 +54,8 @@ void setAside(Session& session) {
       break;
   }
   const auto aside = done(setDataFileAside(path, session.now()));
-  session.out() << fmt::format("The data file is kept as '{}'. The next command begins a new store.\n",
-                               aside.string());
+  session.answer(
+      fmt::format("The data file is kept as '{}'. The next command begins a new store.", aside.string()));
 }
 
 }  // namespace
