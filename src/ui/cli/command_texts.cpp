@@ -8,13 +8,23 @@ std::span<const CommandText> commandTexts() {
        "a personal-finance ledger",
        "Moniva keeps what you spend, earn and move: books that group expense and income, and the accounts "
        "they are paid"
-       " from. All of it lies in one file in the data folder.",
+       " from. All of it lies in one file in the data folder.\n\n"
+       "Standard output carries what was asked for: tables, JSON, and the sentence that answers a command "
+       "which "
+       "changed something. Messages about it, such as that the clock skips a time, and progress go to "
+       "standard "
+       "error; --quiet leaves them out, but never an error.",
        {{"moniva demo", "see it at work on the records of a household"},
         {"moniva book add Household --currency EUR", "begin a book"},
         {"moniva account add Cash", "begin an account"},
         {"moniva spend add 12.50 -c Food -a Cash --create", "record an expense"},
         {"moniva report month", "see the months of this year"}}},
-      {"book", "books: what groups expense and income", "", {}},
+      {"book",
+       "books: what groups expense and income",
+       "",
+       {{"moniva book add Household --currency EUR", "begin one"},
+        {"moniva book list", "see them all"},
+        {"moniva book use Household", "the book that commands mean which name none"}}},
       {"book add",
        "begin a book",
        "A book has its own currency and its own beginnings of week, month and year. The first book is the "
@@ -26,7 +36,11 @@ std::span<const CommandText> commandTexts() {
       {"book list", "list the books, the current one marked", "", {{"moniva book list --json", "as JSON"}}},
       {"book show", "show a book with its present periods", "", {{"moniva book show Household", ""}}},
       {"book use", "make a book the current one", "", {{"moniva book use Workshop", ""}}},
-      {"account", "accounts: what is paid from and into", "", {}},
+      {"account",
+       "accounts: what is paid from and into",
+       "",
+       {{"moniva account add Checking --currency EUR --opening-balance 1250.00", "begin one"},
+        {"moniva account list", "see them all with their balances"}}},
       {"account add",
        "begin an account",
        "",
@@ -34,7 +48,11 @@ std::span<const CommandText> commandTexts() {
         {"moniva account add \"Credit card\" --type debt", "what is on it is owed"}}},
       {"account list", "list the accounts with their balances", "", {{"moniva account list", ""}}},
       {"account show", "show an account", "", {{"moniva account show Cash", ""}}},
-      {"spend", "expenses and income", "", {}},
+      {"spend",
+       "expenses and income",
+       "",
+       {{"moniva spend add 12.50 -c Food -a Cash --create", "an expense, in a category that may be new"},
+        {"moniva spend add 2950 --income -a Checking", "income"}}},
       {"spend add",
        "record an expense, or income",
        "The amount stands without a sign: it is an expense, or with --income income. A date without a time "
@@ -44,7 +62,10 @@ std::span<const CommandText> commandTexts() {
         {"moniva spend add 2950 --income -c Salary --payer Weber -a Checking -d 2024-02-01", "income"},
         {"moniva spend add 18.40 --foreign 20 USD -c Travel -a \"Credit card\"",
          "paid in another currency"}}},
-      {"transfer", "money moved between accounts", "", {}},
+      {"transfer",
+       "money moved between accounts",
+       "",
+       {{"moniva transfer add 60 Checking Cash", "from one account to another"}}},
       {"transfer add",
        "move money from one account to another",
        "",
@@ -66,7 +87,12 @@ std::span<const CommandText> commandTexts() {
        {{"moniva import records.csv --dry-run", "see what would happen"},
         {"moniva import records.csv", "take the file in"},
         {"moniva import bank.csv --skip-bad --decimal comma", "take the good rows of a German bank's file"}}},
-      {"report", "what came in and went out", "", {}},
+      {"report",
+       "what came in and went out",
+       "",
+       {{"moniva report month", "the months of this year"},
+        {"moniva report day 2024-02", "the days of a month"},
+        {"moniva report year --json", "all years, for another program"}}},
       {"report year",
        "the years of a book or an account",
        "",
@@ -91,11 +117,15 @@ std::span<const CommandText> commandTexts() {
         {"moniva doctor --set-aside", "keep a damaged data file under a dated name and begin a new store"}}},
       {"open",
        "hand a URL or a file to the program",
-       "Maintenance requests are moniva://sendlog, moniva://fix, moniva://fix2, moniva://fix3 and "
-       "moniva://resetdb; the"
-       " last begins an empty store and keeps the old file beside it. A file waits while the store is "
-       "locked.",
-       {{"moniva open moniva://sendlog", "where the log of faults is"},
+       "Some URLs ask for maintenance: moniva://sendlog has the next command tell where the log of faults "
+       "is; "
+       "moniva://fix, moniva://fix2 and moniva://fix3 leave a request for repairs with the settings, for the "
+       "first "
+       "opening of a day, and change nothing else; "
+       "moniva://resetdb begins an empty store at once and keeps the old file beside it. A file waits while "
+       "the "
+       "store is locked.",
+       {{"moniva open moniva://sendlog && moniva book list", "the second tells where the log of faults is"},
         {"moniva open file:///home/ada/backup.mvk", "a file"}}},
       {"demo",
        "show the program at work on the records of a household",
@@ -114,18 +144,24 @@ std::span<const CommandText> commandTexts() {
 }
 
 std::vector<ManualEntry> exitStatusTexts() {
-  return {{"0", "done"},
-          {"1", "refused or failed; nothing was changed"},
-          {"2", "the command line was not understood"}};
+  return {
+      {"0", "done"},
+      {"1",
+       "refused or failed; nothing was changed, unless the message says that the work is done and only its "
+       "answer could not be written"},
+      {"2", "the command line was not understood"}};
 }
 
 std::vector<ManualEntry> environmentTexts() {
   return {{"MONIVA_DATA", "the data folder, unless --data names one"},
           {"MONIVA_PASSCODE", "the passcode of a locked store"},
           {"XDG_DATA_HOME",
-           "the folder the data folder \"moniva\" is in, unless one is named (else ~/.local/share)"},
-          {"TZ", "the time zone, unless --timezone names one"},
-          {"LC_ALL, LC_TIME, LANG", "the language and region, unless --locale names them"},
+           "an absolute path: the folder the data folder \"moniva\" is in, unless one is named (else "
+           "~/.local/share)"},
+          {"TZ", "the time zone, unless --timezone names one; the system's own where it is not known"},
+          {"LC_ALL, LC_TIME, LANG",
+           "the language and region, unless --locale names them; en_US where they are not known"},
+          {"TMPDIR", "the folder the demo makes its store in (else /tmp)"},
           {"NO_COLOR", "when not empty, nothing is coloured"}};
 }
 

@@ -51,8 +51,8 @@ json::value isoDate(Session& session, std::optional<Date> date) {
                                     civil.day, civil.hour, civil.minute, civil.second, offset));
   };
   const CivilTime civil = session.calendar().civilTime(*date);
-  const auto asUtc = daysFromCivil(civil.year, civil.month, civil.day) * kSecondsPerDay + civil.hour * 3600 +
-                     civil.minute * 60 + civil.second;
+  const auto asUtc = daysFromCivil(civil.year, civil.month, civil.day) * kSecondsPerDay +
+                     std::int64_t{civil.hour} * 3600 + std::int64_t{civil.minute} * 60 + civil.second;
   const auto offset = asUtc - instant;
   if (offset % 60 != 0) {
     CivilTime utc = civilFromDays(floorDivide(instant, kSecondsPerDay));

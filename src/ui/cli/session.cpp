@@ -131,7 +131,7 @@ std::string Session::zone() {
 std::string Session::locale() {
   if (!options_.locale.empty()) return options_.locale;
   const std::string wanted = systemLocale();
-  if (localeName(wanted) && AmountFormat::make(wanted)) return wanted;
+  if (localeName(wanted)) return wanted;
   say(fmt::format("The locale '{}' of the environment is not known here; {} is used.", wanted,
                   kDefaultLocale));
   return kDefaultLocale;
