@@ -15,9 +15,13 @@ update=0
 [ "${1:-}" = --update ] && { update=1; shift; }
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 program="$(cd "$(dirname "$program")" && pwd)/$(basename "$program")"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+dir="$work/case"
+actual="$work/actual"
 # The present stands still unless a command says otherwise.
-bin=$(mktemp -d)
-trap 'rm -rf "$bin"' EXIT
+bin="$work/bin"
+mkdir "$bin"
 printf '#!/bin/sh\nexec "%s" --now "2024-06-15 12:00" "$@"\n' "$program" >"$bin/moniva"
 chmod +x "$bin/moniva"
 export PATH="$bin:$PATH"
@@ -29,9 +33,9 @@ passed=0
 cases=("$@")
 [ ${#cases[@]} -eq 0 ] && cases=("$here"/tests/cli/*.test)
 for file in "${cases[@]}"; do
-  dir=$(mktemp -d)
+  mkdir "$dir"
+  : >"$actual"
   export MONIVA_DATA="$dir/data" DIR="$dir"
-  actual=$(mktemp)
   ran=0
   while IFS= read -r line || [ -n "$line" ]; do
     case "$line" in
@@ -58,7 +62,6 @@ for file in "${cases[@]}"; do
   else
     failed=$((failed + 1))
   fi
-  rm -f "$actual"
 done
 echo "whole-program cases: $passed passed, $failed failed"
 [ "$failed" -eq 0 ]

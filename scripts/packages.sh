@@ -14,10 +14,15 @@ case "${1:-}" in
   *) echo "usage: packages.sh build|check" >&2; exit 2 ;;
 esac
 
+if ! command -v dpkg-query >/dev/null; then
+  # Another kind of host: CMake tells what it misses. Said once, before there is a build.
+  [ -d "$(dirname "${BASH_SOURCE[0]}")/../build" ] || echo "moniva: this is no Debian; it takes what is in ${wanted[*]}" >&2
+  exit 0
+fi
 installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null || true)
 missing=()
 for package in "${wanted[@]}"; do
-  grep -qx "$package installed" <<<"$installed" || missing+=("$package")
+  grep -qxF "$package installed" <<<"$installed" || missing+=("$package")
 done
 [ ${#missing[@]} -eq 0 ] && exit 0
 
