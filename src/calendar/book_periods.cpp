@@ -6,10 +6,13 @@
 namespace moniva {
 namespace {
 
-// Settings outside their range still count on into other months, but a damaged store must not make the search
-// for a period walk over millions of them.
-constexpr int kFurthestStart = 10'000;
+// Settings outside their range still count on into other months and years, but a damaged store must not make
+// the search for a period a long walk: none is further off than 400 months.
+constexpr int kFurthestStart = 400;
+constexpr int kFurthestWalk = kFurthestStart / 12 + 2;
+// Labels come from people and go further.
 constexpr int kFurthestYear = 1'000'000;
+constexpr int kFurthestMonth = 10'000;
 
 PeriodStarts bounded(PeriodStarts starts) {
   starts.weekStartsOn = static_cast<int>(floorRemainder(std::int64_t{starts.weekStartsOn} - 1, 7)) + 1;
@@ -45,14 +48,27 @@ BookPeriods::Span BookPeriods::yearFrom(std::int64_t first) const {
   return {first, calendar_->days().plusYears(first, 1) - 1};
 }
 
+BookPeriods::Span BookPeriods::monthAfter(std::int64_t day) const {
+  const DaySystem& days = calendar_->days();
+  std::int64_t first = days.firstOfMonth(day);
+  if (starts_.monthStartsOn < 0) first = days.firstOfMonth(first - 1);
+  return monthFrom(first + std::abs(starts_.monthStartsOn) - 1);
+}
+
+BookPeriods::Span BookPeriods::yearAfter(std::int64_t day) const {
+  const DaySystem& days = calendar_->days();
+  // Month 0 is the last one of the year before, however many months the calendar has.
+  DaySystem::Parts start = days.parts(starts_.yearStartsOn < 0 ? days.firstOfYear(day) - 1 : day);
+  start.month = std::abs(starts_.yearStartsOn) - (starts_.monthStartsOn < 0 ? 1 : 0);
+  start.day = std::abs(starts_.monthStartsOn);
+  return yearFrom(days.day(start));
+}
+
 BookPeriods::Span BookPeriods::monthHolding(std::int64_t day) const {
   const DaySystem& days = calendar_->days();
   if (starts_.monthStartsOn == 1) return {days.firstOfMonth(day), days.lastOfMonth(day)};
 
-  DaySystem::Parts start = days.parts(day);
-  if (starts_.monthStartsOn < 0) --start.month;
-  start.day = std::abs(starts_.monthStartsOn);
-  Span span = monthFrom(days.day(start));
+  Span span = monthAfter(day);
   while (day < span.first) span = monthFrom(days.plusMonths(span.first, -1));
   while (day > span.last) span = monthFrom(days.plusMonths(span.first, 1));
   return span;
@@ -60,11 +76,12 @@ BookPeriods::Span BookPeriods::monthHolding(std::int64_t day) const {
 
 BookPeriods::Span BookPeriods::yearHolding(std::int64_t day) const {
   const DaySystem& days = calendar_->days();
+  if (isPlain()) return yearFrom(days.firstOfYear(day));
+
   DaySystem::Parts start = days.parts(day);
-  start.month = std::abs(starts_.yearStartsOn);
-  if (starts_.monthStartsOn < 0) --start.month;
-  if (start.month == 0) start.month = 12;
-  if (start.month < 0) start.month = 12 - starts_.yearStartsOn;
+  start.month = std::abs(starts_.yearStartsOn) - (starts_.monthStartsOn < 0 ? 1 : 0);
+  // The calendar's last month: the 12th, or the 13th of the Hebrew and the Ethiopic.
+  if (start.month <= 0) start.month = days.parts(days.firstOfYear(day) - 1).month;
   start.day = std::abs(starts_.monthStartsOn);
 
   Span span = yearFrom(days.day(start));
@@ -73,38 +90,33 @@ BookPeriods::Span BookPeriods::yearHolding(std::int64_t day) const {
   return span;
 }
 
-BookPeriods::Span BookPeriods::monthCalled(int year, int month) const {
-  year = std::clamp(year, -kFurthestYear, kFurthestYear);
-  month = std::clamp(month, -kFurthestStart, kFurthestStart);
-  DaySystem::Parts start{DaySystem::kAnyEra, year, month, std::abs(starts_.monthStartsOn)};
-  if (starts_.monthStartsOn < 0 && --start.month == 0) {
-    start.month = 12;
-    --start.year;
-  }
-  return monthFrom(calendar_->days().day(start));
+std::int64_t BookPeriods::dayCalled(int year, int month) const {
+  const DaySystem& days = calendar_->days();
+  return days.day({days.parts(dayOf({})).era, std::clamp(year, -kFurthestYear, kFurthestYear),
+                   std::clamp(month, -kFurthestMonth, kFurthestMonth), 1});
 }
 
-BookPeriods::Span BookPeriods::yearCalled(int year) const {
-  year = std::clamp(year, -kFurthestYear, kFurthestYear);
-  DaySystem::Parts start{DaySystem::kAnyEra, year, starts_.yearStartsOn, std::abs(starts_.monthStartsOn)};
-  if (starts_.yearStartsOn < 0) {
-    start.month = -starts_.yearStartsOn;
-    --start.year;
-  }
-  if (starts_.monthStartsOn < 0) --start.month;
-  if (start.month == 0) {
-    start.month = 12;
-    --start.year;
-  }
-  return yearFrom(calendar_->days().day(start));
+std::int64_t BookPeriods::namesakeOfMonth(std::int64_t day) const {
+  if (starts_.monthStartsOn == 1) return day;
+  const Span span = monthAfter(day);
+  const DaySystem& days = calendar_->days();
+  if (day < span.first) return days.firstOfMonth(day) - 1;
+  return day > span.last ? days.lastOfMonth(day) + 1 : day;
 }
 
-BookPeriods::Label BookPeriods::monthLabel(std::int64_t day) const {
-  const DaySystem::Parts at = calendar_->days().parts(day);
-  const Span span = monthCalled(at.year, at.month);
-  if (day < span.first) return at.month == 1 ? Label{at.year - 1, 12} : Label{at.year, at.month - 1};
-  if (day > span.last) return at.month >= 12 ? Label{at.year + 1, 1} : Label{at.year, at.month + 1};
-  return {at.year, at.month};
+std::int64_t BookPeriods::namesakeOfYear(std::int64_t day) const {
+  if (isPlain()) return day;
+  const DaySystem& days = calendar_->days();
+  // One step is enough but for a year that begins in the December before the January before. A day that
+  // drift has left between two years is the earlier one's, so the walk never turns.
+  std::int64_t name = day;
+  const bool isEarlier = day < yearAfter(name).first;
+  for (int steps = 0; steps < kFurthestWalk; ++steps) {
+    const Span span = yearAfter(name);
+    if (isEarlier ? day >= span.first : day <= span.last) break;
+    name = isEarlier ? days.firstOfYear(name) - 1 : days.plusYears(days.firstOfYear(name), 1);
+  }
+  return name;
 }
 
 Date BookPeriods::firstDateOfWeek(std::optional<Date> date) const {
@@ -131,36 +143,29 @@ Date BookPeriods::lastDateOfYear(std::optional<Date> date) const {
 }
 
 Date BookPeriods::firstDateOfFiscalYear(int year) const {
-  return begin(yearCalled(year));
+  return begin(yearAfter(dayCalled(year, 1)));
 }
 Date BookPeriods::lastDateOfFiscalYear(int year) const {
-  return lastDay(yearCalled(year));
+  return lastDay(yearAfter(dayCalled(year, 1)));
 }
 Date BookPeriods::firstDateOfFiscalYear(int year, int month) const {
-  return begin(monthCalled(year, month));
+  return begin(monthAfter(dayCalled(year, month)));
 }
 Date BookPeriods::firstDateOfCalendarYear(int year, int month) const {
-  return calendar_->dateWithYear(year, month, 1);
+  return calendar_->beginOfDay(dayCalled(year, month));
 }
 
 int BookPeriods::getFiscalYear(std::optional<Date> date) const {
-  const std::int64_t day = dayOf(date);
-  int year = calendar_->days().parts(day).year;
-  // One step is enough but for a year that begins in the December before the January before. A day that
-  // drift has left between two years is the earlier one's, so the walk never turns.
-  if (day < yearCalled(year).first) {
-    while (year > -kFurthestYear && day < yearCalled(year).first) --year;
-  } else {
-    while (year < kFurthestYear && day > yearCalled(year).last) ++year;
-  }
-  return year;
+  return calendar_->days().parts(namesakeOfYear(dayOf(date))).year;
 }
-
 int BookPeriods::getFiscalMonth(std::optional<Date> date) const {
-  return monthLabel(dayOf(date)).month;
+  return calendar_->days().parts(namesakeOfMonth(dayOf(date))).month;
 }
 int BookPeriods::getYearForFiscalMonth(std::optional<Date> date) const {
-  return monthLabel(dayOf(date)).year;
+  return calendar_->days().parts(namesakeOfMonth(dayOf(date))).year;
+}
+Date BookPeriods::namesakeOfMonth(Date date) const {
+  return calendar_->beginOfDay(namesakeOfMonth(dayOf(date)));
 }
 
 bool BookPeriods::isCurrentYear(std::optional<Date> date) const {
@@ -205,7 +210,7 @@ std::string BookPeriods::getFisalYearPeriodMiddle(int year) const {
 }
 
 std::string BookPeriods::getFisalMonthPeriodMiddle(int year, int month) const {
-  const Span span = monthCalled(year, month);
+  const Span span = monthAfter(dayCalled(year, month));
   return joined(DateForm::mediumDay, begin(span), lastDay(span));
 }
 

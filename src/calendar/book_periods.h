@@ -23,6 +23,9 @@ struct PeriodStarts {
 /// callers that want the whole last day take its `dateEnd`. Where no date is given, `now` is meant. Nothing
 /// fails: numbers out of range count on into the neighbouring months and years.
 ///
+/// A period is called after a year and a month of the user's calendar, by their numbers there. A number that
+/// is given is meant in the era of `now`; one that is answered is of the era of the date.
+///
 /// A month that begins on the 29th to 31st is counted on from its neighbours and not anchored anew, so that
 /// after a short month it begins on an earlier day: 31 January, 28 February, 28 March.
 class BookPeriods {
@@ -48,7 +51,7 @@ class BookPeriods {
 
   /// What the fiscal year that holds the date is called.
   [[nodiscard]] int getFiscalYear(std::optional<Date> date = {}) const;
-  /// What the book month that holds the date is called, 1 to 12.
+  /// What the book month that holds the date is called, from 1 to the calendar's last.
   [[nodiscard]] int getFiscalMonth(std::optional<Date> date = {}) const;
   [[nodiscard]] int getYearForFiscalPeriod(std::optional<Date> date = {}) const {
     return getFiscalYear(date);
@@ -59,6 +62,9 @@ class BookPeriods {
   /// The calendar year that the book month is called after: with months from -25, 28 December 2023 is in
   /// January 2024.
   [[nodiscard]] int getYearForFiscalMonth(std::optional<Date> date = {}) const;
+
+  /// A day of the calendar month that the book month of the date is called after, to write its name by.
+  [[nodiscard]] Date namesakeOfMonth(Date date) const;
 
   /// Whether the date lies in the book year or month that holds today.
   [[nodiscard]] bool isCurrentYear(std::optional<Date> date = {}) const;
@@ -81,10 +87,6 @@ class BookPeriods {
     std::int64_t first;
     std::int64_t last;
   };
-  struct Label {
-    int year;
-    int month;
-  };
 
   [[nodiscard]] std::int64_t dayOf(std::optional<Date> date) const;
   [[nodiscard]] Date begin(const Span& span) const { return calendar_->beginOfDay(span.first); }
@@ -93,9 +95,17 @@ class BookPeriods {
   [[nodiscard]] Span yearFrom(std::int64_t first) const;
   [[nodiscard]] Span monthHolding(std::int64_t day) const;
   [[nodiscard]] Span yearHolding(std::int64_t day) const;
-  [[nodiscard]] Span monthCalled(int year, int month) const;
-  [[nodiscard]] Span yearCalled(int year) const;
-  [[nodiscard]] Label monthLabel(std::int64_t day) const;
+  /// The book month and year that are called after the calendar's month and year that hold the day.
+  [[nodiscard]] Span monthAfter(std::int64_t day) const;
+  [[nodiscard]] Span yearAfter(std::int64_t day) const;
+  /// The other way round: a day of the calendar month and year after which the period that holds `day` is
+  /// called. Days and not numbers, since a number means little without its era, and not all years have the
+  /// same months.
+  [[nodiscard]] std::int64_t namesakeOfMonth(std::int64_t day) const;
+  [[nodiscard]] std::int64_t namesakeOfYear(std::int64_t day) const;
+  /// The first day of the calendar month that a person calls so.
+  [[nodiscard]] std::int64_t dayCalled(int year, int month) const;
+  [[nodiscard]] bool isPlain() const { return starts_.monthStartsOn == 1 && starts_.yearStartsOn == 1; }
   [[nodiscard]] std::string joined(DateForm form, Date first, Date last) const;
 
   const Calendar* calendar_;

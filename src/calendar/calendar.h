@@ -56,9 +56,9 @@ class Calendar final : public ZonedCalendar {
   [[nodiscard]] int month(Date date) const { return days().parts(dayNumber(date)).month; }
   [[nodiscard]] int year(Date date) const { return days().parts(dayNumber(date)).year; }
   [[nodiscard]] int weekday(Date date) const;
-  /// By the locale's first weekday and shortest first week.
   /// The weekday a week begins on in the user's locale: 1 Sunday ... 7 Saturday.
   [[nodiscard]] int firstWeekday() const { return days().firstWeekday(); }
+  /// By the locale's first weekday and shortest first week.
   [[nodiscard]] int weekOfYear(Date date) const { return days().weekOfYear(dayNumber(date)); }
   [[nodiscard]] int dayOfYear(Date date) const { return days().dayOfYear(dayNumber(date)); }
 

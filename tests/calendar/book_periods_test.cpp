@@ -200,6 +200,75 @@ TEST(BookPeriods, GiveADayBetweenTwoYearsToTheEarlier) {
   EXPECT_EQ(book.getFiscalYear(), 2024);
 }
 
+TEST(BookPeriods, AreCalledAsInTheUsersCalendar) {
+  struct Case {
+    const char* why;
+    const char* locale;
+    PeriodStarts starts;
+    const char* date;
+    int fiscalYear, fiscalMonth, yearOfMonth;
+  };
+  const Case cases[] = {
+      {"Heisei, before today's era", "ja_JP@calendar=japanese", {}, "2018-06-15", 30, 6, 30},
+      {"Showa, two eras ago", "ja_JP@calendar=japanese", {}, "1985-06-15", 60, 6, 60},
+      {"the day an era begins", "ja_JP@calendar=japanese", {}, "2019-05-01", 1, 5, 1},
+      {"the day before", "ja_JP@calendar=japanese", {}, "2019-04-30", 31, 4, 31},
+      {"a month from the 25th", "ja_JP@calendar=japanese", {1, 25, 4}, "2018-06-15", 30, 5, 30},
+      {"back into a year of two eras", "ja_JP@calendar=japanese", {1, 1, 4}, "2020-02-01", 1, 2, 2},
+      {"back over an era's first year", "ja_JP@calendar=japanese", {1, 1, 4}, "1989-02-01", 63, 2, 1},
+      {"on into the next era", "ja_JP@calendar=japanese", {1, 1, -4}, "2019-04-10", 2, 4, 31},
+      {"the sixty years' count", "zh_CN@calendar=chinese", {}, "2024-03-15", 41, 2, 41},
+      {"the leap month has its number twice", "zh_CN@calendar=chinese", {}, "2023-04-01", 40, 2, 40},
+      {"the first year of sixty, and the last", "zh_CN@calendar=chinese", {1, 1, 4}, "1984-03-01", 60, 1, 1},
+      {"months from the 25th", "zh_CN@calendar=chinese", {1, 25, 1}, "2024-03-15", 41, 1, 41},
+      {"Korean", "ko_KR@calendar=dangi", {1, 25, 1}, "2024-03-15", 41, 1, 41},
+      {"Elul is the 13th month", "he_IL@calendar=hebrew", {}, "2024-09-28", 5784, 13, 5784},
+      {"1 Tishri is before the 25th of it",
+       "he_IL@calendar=hebrew",
+       {1, 25, 1},
+       "2024-10-04",
+       5784,
+       13,
+       5784},
+      {"25 Elul", "he_IL@calendar=hebrew", {1, 25, 1}, "2024-09-28", 5784, 13, 5784},
+      {"25 Elul is early Tishri", "he_IL@calendar=hebrew", {1, -25, 1}, "2024-09-28", 5785, 1, 5785},
+      {"a plain year has no sixth month", "he_IL@calendar=hebrew", {1, 25, 1}, "2025-03-01", 5785, 5, 5785},
+      {"Persian months from the 25th", "fa_IR", {1, 25, 1}, "2024-03-25", 1402, 12, 1402},
+      {"Thai years", "th_TH", {1, 1, 10}, "2024-03-25", 2566, 3, 2567},
+  };
+  for (const Case& c : cases) {
+    const auto calendar = calendarOf("Europe/Berlin", c.locale);
+    const BookPeriods book(*calendar, c.starts, at(*calendar, "2024-06-15"));
+    const Date date = at(*calendar, c.date);
+    EXPECT_EQ(book.getFiscalYear(date), c.fiscalYear) << c.why;
+    EXPECT_EQ(book.getFiscalMonth(date), c.fiscalMonth) << c.why;
+    EXPECT_EQ(book.getYearForFiscalMonth(date), c.yearOfMonth) << c.why;
+    EXPECT_EQ(calendar->month(book.namesakeOfMonth(date)), c.fiscalMonth) << c.why;
+  }
+}
+
+TEST(BookPeriods, AreFoundByTheLabelsOfTheUsersCalendar) {
+  struct Case {
+    const char* why;
+    const char* locale;
+    int year;
+    const char* first;
+    const char* firstOfSecondMonth;
+  };
+  for (const Case& c : {
+           Case{"Buddhist", "th_TH", 2567, "2024-01-01", "2024-02-01"},
+           Case{"Persian", "fa_IR", 1403, "2024-03-20", "2024-04-20"},
+           Case{"the era of today", "ja_JP@calendar=japanese", 6, "2024-01-01", "2024-02-01"},
+           Case{"the sixty years of today", "zh_CN@calendar=chinese", 41, "2024-02-10", "2024-03-10"},
+       }) {
+    const auto calendar = calendarOf("Europe/Berlin", c.locale);
+    const BookPeriods book(*calendar, {}, at(*calendar, "2024-06-15"));
+    EXPECT_EQ(book.firstDateOfFiscalYear(c.year), at(*calendar, c.first)) << c.why;
+    EXPECT_EQ(book.firstDateOfFiscalYear(c.year, 2), at(*calendar, c.firstOfSecondMonth)) << c.why;
+    EXPECT_EQ(book.firstDateOfCalendarYear(c.year, 2), at(*calendar, c.firstOfSecondMonth)) << c.why;
+  }
+}
+
 TEST(BookPeriods, KnowTheCurrentOnesAndTheDueDate) {
   const auto calendar = calendarOf("Europe/Berlin");
   const BookPeriods book(*calendar, {.monthStartsOn = 25, .yearStartsOn = 4},
@@ -257,6 +326,19 @@ TEST(BookPeriods, TileTheYearsFrom1990To2100) {
     checkTiles(
         *calendar, [&](Date date) { return book.firstDateOfYear(date); },
         [&](Date date) { return book.lastDateOfYear(date); });
+  }));
+  EXPECT_TRUE(rc::check("in every calendar a month holds its dates and its name leads back to it", [&] {
+    const auto calendar =
+        calendarOf("Europe/Berlin",
+                   *rc::gen::element<std::string>("fa_IR", "th_TH", "he_IL@calendar=hebrew",
+                                                  "zh_TW@calendar=roc", "ar_SA@calendar=islamic-civil"));
+    const Date now{static_cast<double>(*rc::gen::inRange<std::int64_t>(0, 4'000'000'000))};
+    const int day = *rc::gen::inRange(1, 29) * *rc::gen::element(1, -1);
+    const BookPeriods book(*calendar, {1, day, *rc::gen::inRange(-12, 13)}, now);
+    RC_ASSERT(book.firstDateOfMonth() <= now && now <= calendar->dateEnd(book.lastDateOfMonth()));
+    RC_ASSERT(book.firstDateOfYear() <= now && now <= calendar->dateEnd(book.lastDateOfYear()));
+    RC_ASSERT(book.firstDateOfFiscalYear(book.getYearForFiscalMonth(), book.getFiscalMonth()) ==
+              book.firstDateOfMonth());
   }));
   EXPECT_TRUE(rc::check("seen from noon, so do weeks", [&] {
     // Not Apia: its week of six days has no seven to tile with.
