@@ -7,8 +7,9 @@
 namespace moniva {
 
 /// The date of the first and of the last settled transaction of a book, an account or a group; nothing when
-/// it has none.
-std::optional<Date> getTheDateOfFirstTransaction(const MonivaAccount& account);
-std::optional<Date> getTheDateOfLastTransaction(const MonivaAccount& account);
+/// it has none, refused when the store cannot be read. However much there is, only the ends of the indexes
+/// are looked at.
+Result<std::optional<Date>> getTheDateOfFirstTransaction(const MonivaAccount& account);
+Result<std::optional<Date>> getTheDateOfLastTransaction(const MonivaAccount& account);
 
 }  // namespace moniva

@@ -21,6 +21,18 @@ double chosen(const TransReportSummary& summary, double income, double expense) 
 
 }  // namespace
 
+void TransReportSummary::takeLabels(const BookPeriods& periods) {
+  const int firstYear = periods.getFiscalYear(beginDate);
+  if (firstYear == periods.getFiscalYear(endDate)) year = firstYear;
+  const int firstMonth = periods.getFiscalMonth(beginDate);
+  const int yearOfMonth = periods.getYearForFiscalMonth(beginDate);
+  if (firstMonth == periods.getFiscalMonth(endDate) &&
+      yearOfMonth == periods.getYearForFiscalMonth(endDate)) {
+    month = firstMonth;
+    year = yearOfMonth;
+  }
+}
+
 double TransReportSummary::amount() const {
   return chosen(*this, incomeAmount, expenseAmount);
 }

@@ -23,7 +23,8 @@ struct TransReportSummary {
   int transactionType = 12;
   std::optional<MVCategory> category;
 
-  /// Transactions of all kinds, and of each.
+  /// Transactions of each kind, and the four counts added up. In a whole report of an account (1050, 2312)
+  /// what came in by transfer is income as well and so is counted twice.
   int count = 0;
   int incomeCount = 0;
   int expenseCount = 0;
@@ -42,6 +43,10 @@ struct TransReportSummary {
   double sumAmount = 0;
 
   std::vector<TransReportSummary> listArray;
+
+  /// Takes the year's label when both bounds are in one fiscal year, the month's and its year's when they are
+  /// in one book month.
+  void takeLabels(const BookPeriods& periods);
 
   /// The amount the summary is about: by its category's type, else by the report type (11 and 23 income, 12
   /// and 33 expense; 0 for codes that hold both).

@@ -16,166 +16,127 @@ bool isOneOf(int code, std::initializer_list<int> codes) {
 }  // namespace
 
 TransactionReport::TransactionReport(MVAppRoot& root)
-    : root_(root), monivaAccount_(root), beginDate_(root.now()), endDate_(beginDate_), now_(beginDate_) {
-  setTransactionType(transactionType_);
-}
+    : root_(root), monivaAccount_(root), beginDate_(root.now()), endDate_(beginDate_), now_(beginDate_) {}
 
 void TransactionReport::setTransactionType(int type) {
   transactionType_ = type;
-  xctj_type_in_.clear();
-  xctj_type_out_.clear();
-  switch (type) {
-    case 1050:
-    case 2312:
-      xctj_type_ = "(type > 10 and type < 50) ";
-      xctj_type_in_ = "(type = 11 or (type > 21 and type < 29)) ";
-      xctj_type_out_ = "(type = 12 or (type > 31 and type < 39)) ";
-      return;
-    case 1112:
-      xctj_type_ = "(type = 11 or type = 12)";
-      xctj_type_in_ = "type = 11 ";
-      xctj_type_out_ = "type = 12 ";
-      return;
-    case kind::kIncome:
-      xctj_type_in_ = "type = 11 ";
-      break;
-    case kind::kExpense:
-      xctj_type_out_ = "type = 12 ";
-      break;
-    default:
-      break;
-  }
-  xctj_type_ = xctj_type_in_.empty() ? xctj_type_out_ : xctj_type_in_;
+  composeSums();
 }
 
 void TransactionReport::setCategory(std::optional<MVCategory> category) {
   category_ = std::move(category);
-  if (category_) setTransactionType(category_->type);
+  if (category_) transactionType_ = category_->type;
+  composeSums();
 }
 
 void TransactionReport::setMonivaAccount(const MonivaAccount& account) {
   monivaAccount_ = account;
   xctj_account_ = accountQuerySQL(account);
-  xctj_paid_ = " and paid = 1";
+  composeSums();
 }
 
 BookPeriods TransactionReport::periods() const {
   return BookPeriods(root_.calendar(), monivaAccount_.periodStarts(), now_);
 }
 
-void TransactionReport::label(TransReportSummary& summary) const {
-  const auto book = periods();
-  const Date begin = summary.beginDate;
-  const Date end = summary.endDate;
-  if (book.getFiscalYear(begin) == book.getFiscalYear(end)) summary.year = book.getFiscalYear(begin);
-  if (book.getFiscalMonth(begin) == book.getFiscalMonth(end) &&
-      book.getYearForFiscalMonth(begin) == book.getYearForFiscalMonth(end)) {
-    summary.month = book.getFiscalMonth(begin);
-    summary.year = book.getYearForFiscalMonth(begin);
+void TransactionReport::composeSums() {
+  sums_.clear();
+  if (xctj_account_.empty()) return;
+  using Summary = TransReportSummary;
+  constexpr std::string_view kSettled =
+      "select sum(amount) as amount, count(eid) as eid_count from transactions where deleted = 0 and paid = 1"
+      " and ? <= datetime and datetime <= ?";
+  if (category_) {
+    const bool isIncome = category_->type == kind::kIncome;
+    sums_ = {{fmt::format("{} and {} = ? and (type = {} or type = {}) and {}", kSettled,
+                          category_->isSubCate() ? "subcategory" : "category",
+                          isIncome ? kind::kIncome : kind::kExpense,
+                          isIncome ? kind::kFurtherIncome : kind::kFurtherExpense, xctj_account_),
+              isIncome ? &Summary::incomeCount : &Summary::expenseCount,
+              isIncome ? &Summary::incomeAmount : &Summary::expenseAmount}};
+    return;
+  }
+  const int code = transactionType_;
+  if (monivaAccount_.isAccount() && isOneOf(code, {1050, 2333, 112129, 23, 2312})) {
+    sums_.push_back({fmt::format("{} and type = {} and {}", kSettled, kind::kTransferIn, xctj_account_),
+                     &Summary::transferinCount, &Summary::transferinAmount});
+  }
+  if (monivaAccount_.isAccount() && isOneOf(code, {1050, 2333, 123139, 33})) {
+    sums_.push_back({fmt::format("{} and type = {} and {}", kSettled, kind::kTransferOut, xctj_account_),
+                     &Summary::transferoutCount, &Summary::transferoutAmount});
+  }
+  const bool isWhole = isOneOf(code, {1050, 2312});
+  if (isWhole || isOneOf(code, {1112, kind::kIncome})) {
+    sums_.push_back({fmt::format("{} and {} and {}", kSettled, xctj_account_,
+                                 isWhole ? "(type = 11 or (type > 21 and type < 29))" : "type = 11"),
+                     &Summary::incomeCount, &Summary::incomeAmount});
+  }
+  if (isWhole || isOneOf(code, {1112, kind::kExpense})) {
+    sums_.push_back({fmt::format("{} and type != 33 and {} and {}", kSettled, xctj_account_,
+                                 isWhole ? "(type = 12 or (type > 31 and type < 39))" : "type = 12"),
+                     &Summary::expenseCount, &Summary::expenseAmount});
   }
 }
 
-void TransactionReport::sum(Connection& db, TransReportSummary& summary, std::string_view sql,
-                            std::initializer_list<Value> arguments, int& count, double& amount) const {
-  Run run = db.query(sql, arguments);
-  if (!run.next()) return;
-  const int found = static_cast<int>(run.integer(1));
-  if (found > 0) {
-    summary.count += found;
-    count = found;
-  }
-  amount = run.real(0);
-}
-
-TransReportSummary TransactionReport::getSummaryFrom(Date from, Date to) {
+Result<TransReportSummary> TransactionReport::summed(Connection& db, Date from, Date to) const {
   TransReportSummary summary;
   summary.transactionType = transactionType_;
   summary.category = category_;
   summary.beginDate = from;
   summary.endDate = to;
-  label(summary);
-  Connection* db = root_.db().getDatabase();
-  if (db == nullptr || xctj_account_.empty()) return summary;
   const Date begin = root_.calendar().dateBegin(from);
   const Date end = root_.calendar().dateEnd(to);
   const std::string& key = monivaAccount_.pk;
-
-  if (category_) {
-    const bool isIncome = category_->type == kind::kIncome;
-    const int item = isIncome ? kind::kIncome : kind::kExpense;
-    const int furtherItem = isIncome ? kind::kFurtherIncome : kind::kFurtherExpense;
-    sum(*db, summary,
-        fmt::format(
-            "select sum(amount) as amount, count(eid) as eid_count from transactions where deleted = 0{} and"
-            " ? <= datetime and datetime <= ? and {} = ? and (type = ? or type = ?) and {} ",
-            xctj_paid_, category_->isSubCate() ? "subcategory" : "category", xctj_account_),
-        {begin, end, category_->pk, item, furtherItem, key},
-        isIncome ? summary.incomeCount : summary.expenseCount,
-        isIncome ? summary.incomeAmount : summary.expenseAmount);
-    return summary;
-  }
-  if (monivaAccount_.isAccount()) {
-    const std::string transfers = fmt::format(
-        "select sum(amount) as amount, count(eid) as eid_count from transactions where deleted = 0 and paid "
-        "= 1 and"
-        " ? <= datetime and datetime <= ? and type = ? and {}",
-        xctj_account_);
-    if (isOneOf(transactionType_, {1050, 2333, 112129, 23, 2312})) {
-      sum(*db, summary, transfers, {begin, end, kind::kTransferIn, key}, summary.transferinCount,
-          summary.transferinAmount);
+  for (const Sum& sum : sums_) {
+    Run run = category_ ? db.query(sum.sql, {begin, end, category_->pk, key})
+                        : db.query(sum.sql, {begin, end, key});
+    if (run.next()) {
+      summary.*sum.amount = run.real(0);
+      summary.*sum.count = static_cast<int>(run.integer(1));
+      summary.count += summary.*sum.count;
     }
-    if (isOneOf(transactionType_, {1050, 2333, 123139, 33})) {
-      sum(*db, summary, transfers, {begin, end, kind::kTransferOut, key}, summary.transferoutCount,
-          summary.transferoutAmount);
-    }
-  }
-  if (transactionType_ != kind::kTransferIn && !xctj_type_in_.empty()) {
-    sum(*db, summary,
-        fmt::format(
-            "select sum(amount) as amount, count(eid) as eid_count from transactions where deleted = 0{} and"
-            " ? <= datetime and datetime <= ? and {} and {}",
-            xctj_paid_, xctj_account_, xctj_type_in_),
-        {begin, end, key}, summary.incomeCount, summary.incomeAmount);
-  }
-  if (transactionType_ != kind::kTransferOut && !xctj_type_out_.empty()) {
-    sum(*db, summary,
-        fmt::format(
-            "select sum(amount) as amount, count(eid) as eid_count from transactions where deleted = 0{} and"
-            " type != 33 and ? <= datetime and datetime <= ? and {} and {}",
-            xctj_paid_, xctj_account_, xctj_type_out_),
-        {begin, end, key}, summary.expenseCount, summary.expenseAmount);
+    // A sum that could not be read must not pass for nothing.
+    if (!run.ok()) return tl::make_unexpected(db.refusal());
   }
   return summary;
 }
 
-Date TransactionReport::periodEnd(Unit unit, Date start) const {
-  switch (unit) {
-    case Unit::year:
-      return periods().lastDateOfYear(start);
-    case Unit::month:
-      return periods().lastDateOfMonth(start);
-    case Unit::day:
-      break;
-  }
-  return start;
+Result<TransReportSummary> TransactionReport::getSummaryFrom(Date from, Date to) const {
+  Connection* db = root_.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  auto summary = summed(*db, from, to);
+  if (summary) summary->takeLabels(periods());
+  return summary;
 }
 
-std::string TransactionReport::title(Unit unit, const TransReportSummary& summary, Date start) const {
+void TransactionReport::name(Unit unit, const BookPeriods& book, TransReportSummary& summary) const {
   const Calendar& calendar = root_.calendar();
+  const Date start = summary.beginDate;
   switch (unit) {
     case Unit::year:
-      return fmt::format("{}", periods().getFiscalYear(start));
-    case Unit::month:
-      return fmt::format("{}, {}",
-                         stringOfMonthName(calendar, calendar.dateWithYear(summary.year, summary.month, 1)),
-                         summary.year);
+      summary.year = book.getFiscalYear(start);
+      summary.title = fmt::format("{}", summary.year);
+      return;
+    case Unit::month: {
+      // A month cut by the bounds of the list keeps the name of the whole one.
+      const Date month = book.namesakeOfMonth(start);
+      summary.month = calendar.month(month);
+      summary.year = calendar.year(month);
+      summary.title = fmt::format("{}, {}", stringOfMonthName(calendar, month), summary.year);
+      return;
+    }
     case Unit::day:
       break;
   }
-  return fmt::format("{} {}", stringOfDateMediumStyle(calendar, start), stringOfWeekdayName(calendar, start));
+  const DaySystem::Parts at = calendar.days().parts(calendar.dayNumber(start));
+  summary.year = at.year;
+  summary.month = at.month;
+  summary.day = at.day;
+  summary.title =
+      fmt::format("{} {}", stringOfDateMediumStyle(calendar, start), stringOfWeekdayName(calendar, start));
 }
 
-TransReportSummary TransactionReport::walk(Unit unit) {
+Result<TransReportSummary> TransactionReport::walk(Connection& db, Unit unit) {
   const Calendar& calendar = root_.calendar();
   const auto book = periods();
   TransReportSummary list;
@@ -183,34 +144,24 @@ TransReportSummary TransactionReport::walk(Unit unit) {
   list.category = category_;
   list.beginDate = beginDate_;
   list.endDate = endDate_;
-  label(list);
+  list.takeLabels(book);
   const int firstYear = book.getFiscalYear(beginDate_);
   const int lastYear = book.getFiscalYear(endDate_);
   list.title =
       firstYear == lastYear ? fmt::format("{}", firstYear) : fmt::format("{} -- {}", firstYear, lastYear);
 
-  Connection* db = root_.db().getDatabase();
-  if (db == nullptr) return list;
-  const ReadTransaction snapshot(*db);
+  const ReadTransaction snapshot(db);
   Date start = beginDate_;
   while (!calendar.isAfterDay(start, endDate_) && !stopLoadingData_) {
-    Date end = periodEnd(unit, start);
+    Date end = unit == Unit::year    ? book.lastDateOfYear(start)
+               : unit == Unit::month ? book.lastDateOfMonth(start)
+                                     : start;
     if (calendar.isAfterDay(end, endDate_)) end = endDate_;
-    auto summary = getSummaryFrom(start, end);
+    auto found = summed(db, start, end);
+    if (!found) return found;
+    TransReportSummary& summary = *found;
     if (includeEmpty_ || summary.count > 0) {
-      if (unit == Unit::month) {
-        // A month cut by the bounds of the list keeps the label of the whole one.
-        summary.month = book.getFiscalMonth(start);
-        summary.year = book.getYearForFiscalMonth(start);
-      } else if (unit == Unit::year) {
-        summary.year = book.getFiscalYear(start);
-        summary.month = 0;
-      } else {
-        summary.year = calendar.year(start);
-        summary.month = calendar.month(start);
-        summary.day = calendar.day(start);
-      }
-      summary.title = title(unit, summary, start);
+      name(unit, book, summary);
       list.count += summary.count;
       list.incomeCount += summary.incomeCount;
       list.expenseCount += summary.expenseCount;
@@ -234,18 +185,25 @@ TransReportSummary TransactionReport::walk(Unit unit) {
 
 void TransactionReport::dispatch(Unit unit) {
   stopLoadingData_ = false;
-  root_.db().dispatchInDatabase("TransactionReport", [this, unit](Connection&) {
-    auto list = std::make_shared<TransReportSummary>(walk(unit));
+  root_.db().dispatchInDatabase("TransactionReport", [this, unit](Connection& db) {
+    auto list = std::make_shared<const Result<TransReportSummary>>(walk(db, unit));
+    if (!*list) root_.db().faultLog().line(fmt::format("== TransactionReport {}", list->error().why));
     root_.platform().mainQueue.dispatch([delegate = delegate_, list] {
-      if (const auto listener = delegate.lock()) listener->transactionReportQueryFinished(*list);
+      const auto listener = delegate.lock();
+      if (!listener) return;
+      if (*list) {
+        listener->transactionReportQueryFinished(**list);
+      } else {
+        listener->transactionReportQueryFailed(list->error());
+      }
     });
   });
 }
 
-TransReportSummary TransactionReport::waited(Unit unit) {
+Result<TransReportSummary> TransactionReport::waited(Unit unit) {
   stopLoadingData_ = false;
-  TransReportSummary list;
-  root_.db().inDatabase("TransactionReport", [&](Connection&) { list = walk(unit); });
+  Result<TransReportSummary> list = refuse("the store cannot be read: it is closed or busy with other work");
+  root_.db().inDatabase("TransactionReport", [&](Connection& db) { list = walk(db, unit); });
   return list;
 }
 
@@ -259,13 +217,13 @@ void TransactionReport::getReportByDay() {
   dispatch(Unit::day);
 }
 
-TransReportSummary TransactionReport::reportByYear() {
+Result<TransReportSummary> TransactionReport::reportByYear() {
   return waited(Unit::year);
 }
-TransReportSummary TransactionReport::reportByMonth() {
+Result<TransReportSummary> TransactionReport::reportByMonth() {
   return waited(Unit::month);
 }
-TransReportSummary TransactionReport::reportByDay() {
+Result<TransReportSummary> TransactionReport::reportByDay() {
   return waited(Unit::day);
 }
 

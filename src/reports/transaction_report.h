@@ -1,10 +1,11 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "calendar/book_periods.h"
 #include "model/mv_category.h"
@@ -18,6 +19,8 @@ class TransactionReportDelegate {
   virtual ~TransactionReportDelegate() = default;
   /// The list of periods, in date order, is in the summary's `listArray`.
   virtual void transactionReportQueryFinished(const TransReportSummary& summary) = 0;
+  /// The store could not be read; there is no list then. The fault log has it too.
+  virtual void transactionReportQueryFailed(const Refusal& /*refusal*/) {}
 };
 
 /// How much came in and went out for one book or account, over one period or split into years, months or
@@ -41,8 +44,9 @@ class TransactionReport {
   /// Ends a running walk at its next period.
   void setStopLoadingData(bool stop) { stopLoadingData_ = stop; }
 
-  /// The summary of one period, now, on the calling thread's connection.
-  TransReportSummary getSummaryFrom(Date from, Date to);
+  /// The summary of one period, now, on the calling thread's connection; all zero without a book. Refused
+  /// when the store cannot be read.
+  Result<TransReportSummary> getSummaryFrom(Date from, Date to) const;
 
   // Lists of periods, made on the database queue; the delegate hears of the end. The report must live until
   // then.
@@ -50,23 +54,29 @@ class TransactionReport {
   void getReportByMonth();
   void getReportByDay();
 
-  /// The same lists, waited for; each in one snapshot of the store.
-  TransReportSummary reportByYear();
-  TransReportSummary reportByMonth();
-  TransReportSummary reportByDay();
+  /// The same lists, waited for; each in one snapshot of the store. Refused when it cannot be read.
+  Result<TransReportSummary> reportByYear();
+  Result<TransReportSummary> reportByMonth();
+  Result<TransReportSummary> reportByDay();
 
  private:
   enum class Unit { year, month, day };
-  TransReportSummary walk(Unit unit);
+  /// One query of a summary and where its figures go.
+  struct Sum {
+    std::string sql;
+    int TransReportSummary::*count;
+    double TransReportSummary::*amount;
+  };
+  /// Writes the queries that the settings ask for.
+  void composeSums();
+  /// The figures and bounds of one period, without its labels.
+  Result<TransReportSummary> summed(Connection& db, Date from, Date to) const;
+  Result<TransReportSummary> walk(Connection& db, Unit unit);
   void dispatch(Unit unit);
-  TransReportSummary waited(Unit unit);
-  Date periodEnd(Unit unit, Date start) const;
-  std::string title(Unit unit, const TransReportSummary& summary, Date start) const;
-  void label(TransReportSummary& summary) const;
+  Result<TransReportSummary> waited(Unit unit);
+  /// Names a period of a list by its unit.
+  void name(Unit unit, const BookPeriods& book, TransReportSummary& summary) const;
   BookPeriods periods() const;
-  /// Sums one query's row into `count` and `amount` of a kind.
-  void sum(Connection& db, TransReportSummary& summary, std::string_view sql,
-           std::initializer_list<Value> arguments, int& count, double& amount) const;
 
   MVAppRoot& root_;
   MonivaAccount monivaAccount_;
@@ -79,11 +89,9 @@ class TransactionReport {
   bool includeEmpty_ = false;
   std::atomic<bool> stopLoadingData_ = false;
   std::weak_ptr<TransactionReportDelegate> delegate_;
-  std::string xctj_type_;
-  std::string xctj_type_in_;
-  std::string xctj_type_out_;
-  std::string xctj_account_;
-  std::string xctj_paid_;
+  /// The condition that selects the book's or account's rows; empty until one is set.
+  std::string_view xctj_account_;
+  std::vector<Sum> sums_;
 };
 
 }  // namespace moniva

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <mutex>
 #include <thread>
 
+#include "reports/largest_categories.h"
 #include "support/household.h"
 
 namespace moniva {
@@ -18,6 +20,12 @@ void ask(Household& home, TransactionReport& report, const MonivaAccount& accoun
   report.setTransactionType(type);
   report.setBeginDate(home.on(from));
   report.setEndDate(home.on(to));
+}
+
+/// The summary that was read.
+TransReportSummary must(Result<TransReportSummary> read) {
+  EXPECT_TRUE(read) << read.error().why;
+  return read.value_or(TransReportSummary{});
 }
 
 /// "title year-month-day income/expense" of each period.
@@ -40,14 +48,16 @@ TEST(Summaries, countWholeDaysInTheUsersZone) {
     TransactionReport report(home.root);
     report.setMonivaAccount(*home.home);
     // The time of day of the bounds plays no part; in Berlin this day has 23 hours.
-    const auto day = report.getSummaryFrom(home.on("2024-03-31 18:00:00"), home.on("2024-03-31 06:00:00"));
+    const auto day =
+        must(report.getSummaryFrom(home.on("2024-03-31 18:00:00"), home.on("2024-03-31 06:00:00")));
     EXPECT_EQ(day.expenseAmount, 6) << zone;
     EXPECT_EQ(day.expenseCount, 2);
     EXPECT_EQ(day.count, 2);
     EXPECT_EQ(day.amount(), 6);
     EXPECT_EQ(day.year, 2024);
     EXPECT_EQ(day.month, 3);
-    EXPECT_EQ(report.getSummaryFrom(home.on("2024-03-31"), home.on("2024-04-01")).month, 0) << "two months";
+    EXPECT_EQ(must(report.getSummaryFrom(home.on("2024-03-31"), home.on("2024-04-01"))).month, 0)
+        << "two months";
   }
 }
 
@@ -63,7 +73,7 @@ TEST(Summaries, leaveOutWhatIsDeletedPendingOrElsewhere) {
   TransactionReport report(home.root);
   report.setMonivaAccount(*home.home);
   report.setTransactionType(1112);
-  const auto day = report.getSummaryFrom(noon, noon);
+  const auto day = must(report.getSummaryFrom(noon, noon));
   EXPECT_EQ(day.expenseAmount, 1);
   EXPECT_EQ(day.incomeAmount, 32);
   EXPECT_EQ(day.count, 2);
@@ -111,7 +121,7 @@ TEST(Summaries, takeTheKindsOfTheirType) {
     TransactionReport report(home.root);
     report.setMonivaAccount(isBook ? *home.home : *home.cash);
     report.setTransactionType(type);
-    const auto day = report.getSummaryFrom(noon, noon);
+    const auto day = must(report.getSummaryFrom(noon, noon));
     EXPECT_EQ(day.incomeAmount, in) << why;
     EXPECT_EQ(day.expenseAmount, out) << why;
     EXPECT_EQ(day.transferinAmount, transferIn) << why;
@@ -119,7 +129,7 @@ TEST(Summaries, takeTheKindsOfTheirType) {
     EXPECT_EQ(day.count, count) << why;
   }
   TransactionReport none(home.root);
-  EXPECT_EQ(none.getSummaryFrom(noon, noon).count, 0) << "no book was set";
+  EXPECT_EQ(must(none.getSummaryFrom(noon, noon)).count, 0) << "no book was set";
 }
 
 TEST(Summaries, ofACategoryTakeItsFurtherKindToo) {
@@ -143,7 +153,7 @@ TEST(Summaries, ofACategoryTakeItsFurtherKindToo) {
     TransactionReport report(home.root);
     report.setMonivaAccount(*home.home);
     report.setCategory(category);
-    const auto day = report.getSummaryFrom(noon, noon);
+    const auto day = must(report.getSummaryFrom(noon, noon));
     EXPECT_EQ(day.expenseAmount, expense) << category.title;
     EXPECT_EQ(day.amount(), expense);
     EXPECT_EQ(day.incomeAmount, 0);
@@ -165,7 +175,7 @@ TEST(Summaries, ofAGroupTakeItsMembers) {
       {home.home->pk, all.pk, all.pk, all.pk});
   TransactionReport report(home.root);
   report.setMonivaAccount(all);
-  EXPECT_EQ(report.getSummaryFrom(noon, noon).expenseAmount, 3);
+  EXPECT_EQ(must(report.getSummaryFrom(noon, noon)).expenseAmount, 3);
 }
 
 TEST(Lists, splitAYearByTheBooksOwnMonths) {
@@ -178,7 +188,7 @@ TEST(Lists, splitAYearByTheBooksOwnMonths) {
   home.spend("Late", 16, home.on("2024-03-02"));
   TransactionReport report(home.root);
   ask(home, report, *home.home, 1112, "2023-11-25", "2024-03-01");
-  const auto list = report.reportByMonth();
+  const auto list = must(report.reportByMonth());
   EXPECT_EQ(shown(list),
             "December, 2023 2023-12-0 0/1\n"
             "January, 2024 2024-1-0 4/2\n"
@@ -191,7 +201,7 @@ TEST(Lists, splitAYearByTheBooksOwnMonths) {
   EXPECT_EQ(list.maxInSumAmount, 4);
   EXPECT_EQ(list.maxOutSumAmount, 8);
   report.setIncludeEmpty(true);
-  EXPECT_EQ(report.reportByMonth().listArray.size(), 4U);
+  EXPECT_EQ(must(report.reportByMonth()).listArray.size(), 4U);
 }
 
 TEST(Lists, namePeriodsByTheFiscalYearAndTheirDay) {
@@ -203,15 +213,15 @@ TEST(Lists, namePeriodsByTheFiscalYearAndTheirDay) {
   home.spend("Food", 8, home.on("2024-03-31 12:00:00"));
   TransactionReport report(home.root);
   ask(home, report, *home.home, 12, "2022-04-01", "2024-03-31");
-  EXPECT_EQ(shown(report.reportByYear()), "2022 2022-0-0 0/1\n2023 2023-0-0 0/14\n");
+  EXPECT_EQ(shown(must(report.reportByYear())), "2022 2022-0-0 0/1\n2023 2023-0-0 0/14\n");
   ask(home, report, *home.home, 12, "2024-02-28", "2024-04-01");
-  const auto days = report.reportByDay();
+  const auto days = must(report.reportByDay());
   EXPECT_EQ(shown(days),
             "Feb 29, 2024 Thursday 2024-2-29 0/4\n"
             "Mar 31, 2024 Sunday 2024-3-31 0/8\n");
   EXPECT_EQ(days.title, "2023 -- 2024");
   ask(home, report, *home.home, 12, "2024-02-28", "2024-02-28");
-  EXPECT_EQ(report.reportByDay().title, "2023");
+  EXPECT_EQ(must(report.reportByDay()).title, "2023");
 }
 
 RC_GTEST_PROP(Lists, missNothingAndCountNothingTwice, ()) {
@@ -233,9 +243,9 @@ RC_GTEST_PROP(Lists, missNothingAndCountNothingTwice, ()) {
   report.setMonivaAccount(*home.home);
   report.setBeginDate(from);
   report.setEndDate(to);
-  RC_ASSERT(report.reportByDay().expenseAmount == expected);
-  RC_ASSERT(report.reportByMonth().expenseAmount == expected);
-  RC_ASSERT(report.reportByYear().expenseAmount == expected);
+  RC_ASSERT(must(report.reportByDay()).expenseAmount == expected);
+  RC_ASSERT(must(report.reportByMonth()).expenseAmount == expected);
+  RC_ASSERT(must(report.reportByYear()).expenseAmount == expected);
 }
 
 TEST(Lists, compileNothingTheSecondTime) {
@@ -248,9 +258,9 @@ TEST(Lists, compileNothingTheSecondTime) {
     EXPECT_TRUE(home.db.inDatabase("Test", [&](Connection& db) { compiled = db.statementsCompiled(); }));
     return compiled;
   };
-  const auto first = report.reportByMonth();
+  const auto first = must(report.reportByMonth());
   const auto compiled = compiledOnQueue();
-  const auto second = report.reportByMonth();
+  const auto second = must(report.reportByMonth());
   EXPECT_EQ(compiledOnQueue(), compiled);
   EXPECT_EQ(shown(first), shown(second));
   home.spend("Food", 1, home.on("2024-02-29"));
@@ -268,7 +278,9 @@ class Listener final : public TransactionReportDelegate {
     heard.push_back(summary);
     thread = std::this_thread::get_id();
   }
+  void transactionReportQueryFailed(const Refusal& refusal) override { failed.push_back(refusal.why); }
   std::vector<TransReportSummary> heard;
+  std::vector<std::string> failed;
   std::thread::id thread;
 };
 
@@ -312,7 +324,110 @@ TEST(Lists, endEarlyWhenTheyAreStopped) {
   ASSERT_EQ(listener->heard.size(), 1U);
   EXPECT_TRUE(listener->heard[0].listArray.empty());
   EXPECT_EQ(home.commentary().back(), "== TransactionReport getReportByDay 查询被中断");
-  EXPECT_EQ(report.reportByDay().listArray.size(), 366U) << "the next one is not stopped";
+  EXPECT_EQ(must(report.reportByDay()).listArray.size(), 366U) << "the next one is not stopped";
+}
+
+TEST(Reports, sayWhenTheStoreCouldNotBeRead) {
+  Household home;
+  home.spend("Food", 1, home.on("2024-02-29"));
+  TransactionReport report(home.root);
+  ask(home, report, *home.home, 1112, "2024-01-01", "2024-12-31");
+  auto listener = std::make_shared<Listener>();
+  report.setDelegate(listener);
+  EXPECT_EQ(must(report.reportByMonth()).count, 1) << "the queue has the store open";
+  ASSERT_TRUE(home.sql("alter table transactions rename to elsewhere"));
+  const auto sql = std::string("no such table");
+  const Date noon = home.on("2024-02-29");
+  const auto single = report.getSummaryFrom(noon, noon);
+  ASSERT_FALSE(single);
+  EXPECT_NE(single.error().why.find(sql), std::string::npos) << single.error().why;
+  EXPECT_FALSE(report.reportByYear());
+  EXPECT_FALSE(report.reportByMonth());
+  EXPECT_FALSE(report.reportByDay());
+  EXPECT_FALSE(largestCategories(*home.home, 12, noon, noon));
+  report.getReportByMonth();
+  home.db.drain();
+  home.platform.mainQueue.runPending();
+  EXPECT_TRUE(listener->heard.empty());
+  ASSERT_EQ(listener->failed.size(), 1U);
+  EXPECT_NE(listener->failed[0].find(sql), std::string::npos) << listener->failed[0];
+  EXPECT_NE(home.takeFaults().find("== TransactionReport"), std::string::npos);
+
+  ASSERT_TRUE(home.sql("alter table elsewhere rename to transactions"));
+  ASSERT_TRUE(home.sql("alter table category rename to elsewhere"));
+  EXPECT_FALSE(largestCategories(*home.home, 12, noon, noon)) << "no titles to be had";
+}
+
+TEST(Reports, sayWhenOtherWorkHoldsTheStore) {
+  Household home;
+  TransactionReport report(home.root);
+  ask(home, report, *home.home, 1112, "2024-01-01", "2024-12-31");
+  bool refused = false;
+  home.db.inDatabase("Other work", [&](Connection&) { refused = !report.reportByMonth(); });
+  EXPECT_TRUE(refused);
+  EXPECT_NE(home.takeFaults().find("Other work"), std::string::npos);
+}
+
+TEST(Lists, nameMonthsOfAnyCalendar) {
+  struct Case {
+    const char* why;
+    const char* locale;
+    int monthStartsOn;
+    const char* from;
+    const char* to;
+    const char* shown;
+  };
+  for (const auto& c : {
+           Case{"the month of an era that is over", "en_JP@calendar=japanese", 1, "2018-06-15", "2018-06-20",
+                "June, 30 30-6-0 0/0\n"},
+           Case{"the thirteenth month, cut at both ends", "en_IL@calendar=hebrew", 25, "2024-10-04",
+                "2024-10-10", "Elul, 5784 5784-13-0 0/0\n"},
+           Case{"a month that begins in the one before", "en_IL@calendar=hebrew", -25, "2024-10-04",
+                "2024-10-10", "Tishri, 5785 5785-1-0 0/0\n"},
+           Case{"a leap month", "en_CN@calendar=chinese", 1, "2023-04-01", "2023-04-02",
+                "Second Monthbis, 40 40-2-0 0/0\n"},
+       }) {
+    Household home;
+    home.platform.calendar = *Calendar::make("Europe/Berlin", c.locale);
+    home.home->updateMonthStartsOn(c.monthStartsOn);
+    TransactionReport report(home.root);
+    ask(home, report, *home.home, 1112, c.from, c.to);
+    report.setIncludeEmpty(true);
+    EXPECT_EQ(shown(must(report.reportByMonth())), c.shown) << c.why;
+  }
+}
+
+RC_GTEST_PROP(LargestCategories, areWhatTheReportOfEachSays, ()) {
+  Household home;
+  const Date noon = home.on("2024-02-29 12:00:00");
+  const std::vector<std::string> titles = {"Food", "Rent", "Fun", "Ärzte"};
+  const int type = *rc::gen::element(11, 12);
+  for (const auto& title : titles) home.category(title, type);
+  for (int n = *rc::gen::inRange(0, 12); n > 0; --n) {
+    const auto category = home.category(*rc::gen::elementOf(titles), type);
+    home.sql(
+        "insert into transactions (eid, type, amount, datetime, book, category, deleted, paid)"
+        " values (?, ?, ?, ?, ?, ?, ?, ?)",
+        {home.root.newIdentifier(), *rc::gen::inRange(11, 15), *rc::gen::inRange(1, 4),
+         noon.plusSeconds(86400 * *rc::gen::inRange(-1, 2)), *rc::gen::element(home.home->pk, home.cash->pk),
+         category.pk, *rc::gen::element(0, 0, 0, 1), *rc::gen::element(1, 1, 1, 0)});
+  }
+  std::vector<std::pair<std::string, double>> expected;
+  for (const auto& category : MVCategory::rootCateForType(home.root, type).getAllSubcategoryList()) {
+    TransactionReport report(home.root);
+    report.setMonivaAccount(*home.home);
+    report.setCategory(category);
+    const auto summary = must(report.getSummaryFrom(noon, noon));
+    if (summary.count > 0) expected.emplace_back(category.title, summary.amount());
+  }
+  std::ranges::stable_sort(expected, std::greater<>(), [](const auto& pair) { return pair.second; });
+  std::vector<std::pair<std::string, double>> found;
+  const auto largest = largestCategories(*home.home, type, noon, noon).value();
+  for (const auto& summary : largest) {
+    found.emplace_back(summary.title, summary.amount());
+    RC_ASSERT(summary.year == 2024 && summary.month == 2 && summary.count > 0);
+  }
+  RC_ASSERT(found == expected);
 }
 
 }  // namespace

@@ -68,9 +68,10 @@ void showAccount(Session& session, const std::string& name) {
   if (!account.note.empty()) line("Note", account.note);
   line("Opening balance", session.amounts().format(account.beginBalance, account.currency));
   line("Balance", session.amounts().format(account.totalBalance, account.currency));
-  if (const auto first = getTheDateOfFirstTransaction(account))
+  if (const auto first = done(getTheDateOfFirstTransaction(account)))
     line("First record", dateText(session, *first));
-  if (const auto last = getTheDateOfLastTransaction(account)) line("Last record", dateText(session, *last));
+  if (const auto last = done(getTheDateOfLastTransaction(account)))
+    line("Last record", dateText(session, *last));
   session.out() << table.render(session.style(), session.width());
 }
 

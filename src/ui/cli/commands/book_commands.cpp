@@ -85,11 +85,15 @@ void showBook(Session& session, const std::string& name) {
   line("Book", book.title);
   line("Currency", book.currency);
   if (!book.note.empty()) line("Note", book.note);
-  line("This week", periods.getWeekPeriodShort());
+  // Weeks are counted back in fixed seconds: from noon, a change of the clock leaves them on their day.
+  const Date noon = calendar.dateBegin(session.now()).plusSeconds(12 * 3600);
+  line("This week", periods.getWeekPeriodShort(noon));
   line("This month", periods.getMonthPeriodMiddle());
   line("This year", periods.getYearPeriodMiddle());
-  if (const auto first = getTheDateOfFirstTransaction(book)) line("First record", dateText(session, *first));
-  if (const auto last = getTheDateOfLastTransaction(book)) line("Last record", dateText(session, *last));
+  if (const auto first = done(getTheDateOfFirstTransaction(book)))
+    line("First record", dateText(session, *first));
+  if (const auto last = done(getTheDateOfLastTransaction(book)))
+    line("Last record", dateText(session, *last));
   line("Income less expense",
        session.amounts().format(getTheTotalBalance(book) - book.beginBalance, book.currency));
   session.out() << table.render(session.style(), session.width());

@@ -45,7 +45,7 @@ class ThrowAwayFolder {
 };
 
 void printLargestCategories(Session& session, const MonivaAccount& book, Date from, Date to) {
-  const auto categories = largestCategories(book, kind::kExpense, from, to);
+  const auto categories = done(largestCategories(book, kind::kExpense, from, to));
   double all = 0;
   for (const auto& category : categories) all += category.expenseAmount;
   Table table({{.title = "Largest categories"},
@@ -76,7 +76,7 @@ void show(Session& session) {
   report.setTransactionType(1112);
   report.setBeginDate(from);
   report.setEndDate(to);
-  const auto months = report.reportByMonth();
+  const auto months = done(report.reportByMonth());
   if (session.options().json) return session.printJson(jsonOf(session, months));
   session.out() << fmt::format(
       "Imported {} records of a household into a store that is thrown away at the end.\n\n", outcome.added());

@@ -36,36 +36,63 @@ std::optional<int> number(std::string_view text) {
   return value;
 }
 
-/// A period as the book counts: "2024" its year of that label, "2024-03" its month of that label; anything
-/// else by the days typed.
-ParsedPeriod periodTyped(Session& session, const MonivaAccount& of, const std::string& text) {
-  const BookPeriods periods(session.calendar(), of.periodStarts(), session.now());
-  const bool isPlain = session.calendar().days().isGregorian();
-  if (isPlain && text.size() == 4) {
-    if (const auto year = number(text); year && *year > 0) {
-      return {periods.firstDateOfFiscalYear(*year), periods.lastDateOfFiscalYear(*year)};
+/// "2024" or "2024-03" by the labels of the user's calendar and the book's own starts; nothing for texts that
+/// are neither.
+std::optional<ParsedPeriod> labelTyped(const Session& session, const BookPeriods& periods,
+                                       std::string_view text) {
+  const bool isGregorian = session.calendar().days().isGregorian();
+  const auto dash = std::min(text.find('-'), text.size());
+  const auto year = number(text.substr(0, dash));
+  // Other calendars have years of fewer digits: 6 of an era, 41 of sixty.
+  if (!year || *year < 1 || dash > 4 || (isGregorian && dash != 4)) return std::nullopt;
+  if (dash == text.size()) {
+    const ParsedPeriod period{periods.firstDateOfFiscalYear(*year), periods.lastDateOfFiscalYear(*year)};
+    // An era begins inside a year, sixty years end with the sixtieth: the label must lead back to itself.
+    if (isGregorian || periods.getFiscalYear(period.last) == *year ||
+        periods.getFiscalYear(period.first) == *year) {
+      return period;
     }
+    throw CommandError(CommandError::kUsage,
+                       fmt::format("'{}' is no period: your calendar has no year {} now", text, *year));
   }
-  if (isPlain && text.size() == 7 && text[4] == '-') {
-    const auto year = number(std::string_view(text).substr(0, 4));
-    const auto month = number(std::string_view(text).substr(5));
-    if (year && month && *month >= 1 && *month <= 12) {
-      const Date first = periods.firstDateOfFiscalYear(*year, *month);
-      return {first, periods.lastDateOfMonth(first)};
-    }
+  const auto month = number(text.substr(dash + 1));
+  if (!month || text.size() - dash > 3) return std::nullopt;
+  const Date first = periods.firstDateOfFiscalYear(*year, *month);
+  if (periods.getFiscalMonth(first) == *month && periods.getYearForFiscalMonth(first) == *year) {
+    return ParsedPeriod{first, periods.lastDateOfMonth(first)};
   }
-  return typed(parsePeriod(text, session.calendar(), session.now()));
+  if (isGregorian) return std::nullopt;
+  throw CommandError(
+      CommandError::kUsage,
+      fmt::format("'{}' is no period: the year {} of your calendar has no month {}", text, *year, *month));
+}
+
+/// A period as the book counts: a label of a year or month, or days as typed, or two of these joined by "..".
+ParsedPeriod periodTyped(Session& session, const BookPeriods& periods, const std::string& text) {
+  const auto one = [&](const std::string& part) {
+    const auto label = labelTyped(session, periods, CLI::detail::trim_copy(part));
+    return label ? *label : typed(parsePeriod(part, session.calendar(), session.now()));
+  };
+  const auto dots = text.find("..");
+  const bool isRange = dots != std::string::npos && dots > 0 && dots + 2 < text.size() &&
+                       text.find("..", dots + 2) == std::string::npos;
+  if (!isRange) return one(text);
+  const ParsedPeriod from = one(text.substr(0, dots));
+  const ParsedPeriod to = one(text.substr(dots + 2));
+  if (to.last < from.first) {
+    throw CommandError(CommandError::kUsage, fmt::format("'{}' ends before it begins", text));
+  }
+  return {from.first, to.last};
 }
 
 enum class Unit { year, month, day };
 
 /// Without a period: all there is for years, the present year for months, the present month for days.
-ParsedPeriod usualPeriod(Session& session, const MonivaAccount& of, Unit unit) {
-  const BookPeriods periods(session.calendar(), of.periodStarts(), session.now());
+ParsedPeriod usualPeriod(Session& session, const BookPeriods& periods, const MonivaAccount& of, Unit unit) {
   switch (unit) {
     case Unit::year:
-      return {periods.firstDateOfYear(getTheDateOfFirstTransaction(of).value_or(session.now())),
-              periods.lastDateOfYear(getTheDateOfLastTransaction(of).value_or(session.now()))};
+      return {periods.firstDateOfYear(done(getTheDateOfFirstTransaction(of)).value_or(session.now())),
+              periods.lastDateOfYear(done(getTheDateOfLastTransaction(of)).value_or(session.now()))};
     case Unit::month:
       return {periods.firstDateOfYear(), periods.lastDateOfYear()};
     case Unit::day:
@@ -80,17 +107,18 @@ void report(Session& session, const ReportOptions& options, Unit unit) {
   }
   const MonivaAccount of =
       options.account.empty() ? bookNamed(session, options.book) : accountNamed(session, options.account);
-  const auto period =
-      options.period.empty() ? usualPeriod(session, of, unit) : periodTyped(session, of, options.period);
+  const BookPeriods periods(session.calendar(), of.periodStarts(), session.now());
+  const auto period = options.period.empty() ? usualPeriod(session, periods, of, unit)
+                                             : periodTyped(session, periods, options.period);
   TransactionReport made(session.root());
   made.setMonivaAccount(of);
   made.setTransactionType(of.isAccount() && options.type == "all" ? 1050 : kBookTypes.at(options.type));
   made.setBeginDate(period.first);
   made.setEndDate(period.last);
   made.setIncludeEmpty(options.empty);
-  const auto list = unit == Unit::year    ? made.reportByYear()
-                    : unit == Unit::month ? made.reportByMonth()
-                                          : made.reportByDay();
+  const auto list = done(unit == Unit::year    ? made.reportByYear()
+                         : unit == Unit::month ? made.reportByMonth()
+                                               : made.reportByDay());
   if (session.options().json) return session.printJson(jsonOf(session, list));
   const char* const unitTitle = unit == Unit::year ? "Year" : unit == Unit::month ? "Month" : "Day";
   if (list.listArray.empty()) {
@@ -158,8 +186,10 @@ void addReportCommands(CommandLine& line) {
        {std::pair{"year", Unit::year}, {"month", Unit::month}, {"day", Unit::day}}) {
     CLI::App* command = line.add(*reports, name);
     auto options = std::make_shared<ReportOptions>();
-    command->add_option("PERIOD", options->period,
-                        "A year 2024, a month 2024-03, a day 2024-03-05, or two of them joined by \"..\"");
+    command->add_option(
+        "PERIOD", options->period,
+        "A year 2024 or a month 2024-03 as your calendar and the book count them, a Gregorian day "
+        "2024-03-05, or two of these joined by \"..\"");
     command->add_option("-b,--book", options->book, "The book (else the current one)")->type_name("NAME");
     command->add_option("-a,--account", options->account, "An account instead of a book")->type_name("NAME");
     command->add_option("--type", options->type, "What to count (else all)")
