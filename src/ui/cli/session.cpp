@@ -192,10 +192,17 @@ void Session::launch() {
 void Session::leave() {
   if (!launched_) return;
   launched_ = false;
+  const std::string fault = db_->fileFault();
   app_->applicationDidEnterBackground();
   app_->applicationWillTerminate();
   tellNotices();
   db_->closeDatabase();
+  if (!fault.empty()) {
+    throw CommandError(
+        CommandError::kRefused,
+        fmt::format("the data file '{}' is damaged ({}); do not trust what was shown, and see: moniva doctor",
+                    db_->databasePath().string(), fault));
+  }
 }
 
 std::string Session::defaultCurrency() const {

@@ -10,6 +10,7 @@
 #include "ui/cli/command_line.h"
 #include "ui/cli/records.h"
 #include "ui/cli/table.h"
+#include "ui/cli/typed_text.h"
 
 namespace moniva {
 namespace {
@@ -37,12 +38,12 @@ std::string typeText(const std::string& type) {
 void addAccount(Session& session, const AccountAddOptions& options) {
   MonivaAccount account(session.root());
   account.aKind = kAccountKind;
-  account.title = options.name;
+  account.title = wellFormed(options.name, "the name");
   account.setType(kTypes.at(options.type));
   account.currency = currencyTyped(session, options.currency);
   if (!options.openingBalance.empty())
     account.beginBalance = typed(parseSignedAmount(options.openingBalance));
-  account.note = options.note;
+  account.note = wellFormed(options.note, "the note");
   auto existing = MonivaAccount::getAccountWithTitle(session.root(), options.name);
   if (existing && existing->isDeleted == 0) {
     throw CommandError(CommandError::kRefused, fmt::format("there is an account '{}' already", options.name));

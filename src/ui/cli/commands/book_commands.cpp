@@ -10,6 +10,7 @@
 #include "ui/cli/command_line.h"
 #include "ui/cli/records.h"
 #include "ui/cli/table.h"
+#include "ui/cli/typed_text.h"
 
 namespace moniva {
 namespace {
@@ -30,10 +31,10 @@ void addBook(Session& session, const BookAddOptions& options) {
   }
   MonivaAccount book(session.root());
   book.aKind = kBookKind;
-  book.title = options.name;
+  book.title = wellFormed(options.name, "the name");
   book.setType("_Book");
   book.currency = currencyTyped(session, options.currency);
-  book.note = options.note;
+  book.note = wellFormed(options.note, "the note");
   const bool isFirst = MonivaAccount::list(session.root(), kBookKind).empty();
   // A new book's week begins as weeks do where the user lives; one that comes back keeps its own.
   const int week =
@@ -102,6 +103,7 @@ void showBook(Session& session, const std::string& name) {
 void useBook(Session& session, const std::string& name) {
   const MonivaAccount book = bookNamed(session, name);
   book.saveToLocal();
+  done(session.platform().userDefaults->synchronize());
   refreshUsingMonivaAccount(session.root());
   if (session.options().json) return session.printJson(jsonOf(session, book));
   session.answer(fmt::format("'{}' is the current book now.", book.title));

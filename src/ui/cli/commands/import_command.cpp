@@ -91,8 +91,8 @@ json::object jsonOf(Session& session, const ImportOutcome& outcome) {
           {"newVendors", json::value_from(outcome.newVendors)},
           {"movedByClockChange", json::value_from(outcome.movedByClockChange)},
           {"shownTwice", json::value_from(outcome.shownTwice)},
-          {"firstDate", isoDate(session, outcome.firstDate.value_or(Date{}))},
-          {"lastDate", isoDate(session, outcome.lastDate.value_or(Date{}))}};
+          {"firstDate", isoDate(session, outcome.firstDate)},
+          {"lastDate", isoDate(session, outcome.lastDate)}};
 }
 
 void tell(Session& session, const ImportOutcome& outcome, bool dryRun) {

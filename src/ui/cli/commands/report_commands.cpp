@@ -170,7 +170,7 @@ void printPeriods(Session& session, const TransReportSummary& list, const Moniva
   table.addTotal(
       {fmt::format("{} {}", list.listArray.size(), list.listArray.size() == 1 ? "period" : "periods"),
        amount(in(list)), amount(out(list)), amount(in(list)-out(list))});
-  session.out() << session.style().bold(fmt::format("{} · {}", of.title, list.title)) << "  "
+  session.out() << session.style().bold(fmt::format("{} · {}", printable(of.title), list.title)) << "  "
                 << session.style().dim(
                        fmt::format("{}, {} to {}", of.currency,
                                    stringOfDateMediumStyle(session.calendar(), list.beginDate),
