@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t kGregorianSince = daysFromCivil(1583, 1, 1);
 // Further away ICU's own counting overflows.
 constexpr std::int64_t kFurthestDay = 1'000'000'000;
-constexpr std::int64_t kFurthestYear = 2'800'000;
+constexpr std::int64_t kFurthestIcuYear = 2'800'000;
 constexpr int kGregorianAd = 1;
 
 constexpr UDate kMillisecondsPerDay = 86'400'000.0;
@@ -37,7 +37,7 @@ int field(const icu::Calendar& icu, UCalendarDateFields which) {
 
 std::int64_t added(icu::Calendar& icu, std::int64_t day, UCalendarDateFields which, std::int64_t count) {
   UErrorCode status = U_ZERO_ERROR;
-  const std::int64_t furthest = which == UCAL_MONTH ? 12 * kFurthestYear : kFurthestYear;
+  const std::int64_t furthest = which == UCAL_MONTH ? 12 * kFurthestIcuYear : kFurthestIcuYear;
   icu.add(which, static_cast<std::int32_t>(std::clamp(count, -furthest, furthest)), status);
   return U_FAILURE(status) ? day : dayOf(icu, day);
 }
@@ -88,7 +88,7 @@ std::int64_t DaySystem::day(const Parts& parts) const {
     if (isArithmetic(first) && isArithmetic(day)) return day;
   }
   const auto within = [](int value) {
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, -kFurthestYear, kFurthestYear));
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, -kFurthestIcuYear, kFurthestIcuYear));
   };
   const std::scoped_lock lock(icuMutex_);
   icu_->clear();

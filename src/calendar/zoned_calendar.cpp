@@ -8,11 +8,11 @@ namespace {
 
 // Some three million years either way. Beyond it ICU's counting of days overflows; such dates come from
 // damaged files and are only required not to do harm.
-constexpr std::int64_t kFurthestDay = 1'000'000'000;
-constexpr auto kFurthestSeconds = static_cast<double>(kFurthestDay * kSecondsPerDay);
+constexpr std::int64_t kFurthestTakenDay = 1'000'000'000;
+constexpr auto kFurthestSeconds = static_cast<double>(kFurthestTakenDay * kSecondsPerDay);
 
 std::int64_t wallSecondsOf(std::int64_t day, std::int64_t secondOfDay) {
-  return std::clamp(day, -kFurthestDay, kFurthestDay) * kSecondsPerDay + secondOfDay;
+  return std::clamp(day, -kFurthestTakenDay, kFurthestTakenDay) * kSecondsPerDay + secondOfDay;
 }
 
 Date dateOf(std::int64_t seconds) {

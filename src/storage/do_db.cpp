@@ -45,11 +45,12 @@ DoDB::~DoDB() {
   closeDatabase();
 }
 
-DoDB& DoDB::instance(Platform* platform) {
+DoDB* DoDB::instance(Platform* platform) {
+  static std::mutex mutex;
   static DoDB* shared = nullptr;
-  static std::once_flag once;
-  std::call_once(once, [platform] { shared = new DoDB(*platform); });
-  return *shared;
+  const std::scoped_lock lock(mutex);
+  if (shared == nullptr && platform != nullptr) shared = new DoDB(*platform);
+  return shared;
 }
 
 std::filesystem::path DoDB::defaultPath() const {

@@ -32,9 +32,9 @@ class DoDB {
   DoDB(const DoDB&) = delete;
   DoDB& operator=(const DoDB&) = delete;
 
-  /// The running program's store. The composition root calls it with the platform first; that call makes the
-  /// store, once, and every later call gives the same one.
-  static DoDB& instance(Platform* platform = nullptr);
+  /// The running program's store. The composition root calls it with the platform; that call makes the store,
+  /// once, and every later call gives the same one. Null before.
+  static DoDB* instance(Platform* platform = nullptr);
 
   /// Takes the path and opens the file there. False, with nothing changed, when there is no file at the path
   /// or it cannot be opened.

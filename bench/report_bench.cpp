@@ -1,0 +1,129 @@
+// What a list of months costs beside the same statements run by hand, as the ratio of both in the same run.
+
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <random>
+
+#include "model/moniva_account.h"
+#include "platform/platform.h"
+#include "reports/transaction_report.h"
+#include "side_by_side.h"
+#include "storage/transaction.h"
+
+namespace moniva {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kYears = 10;
+
+/// A store in a folder of its own with one book and so many expenses and incomes over ten years.
+class Store {
+ public:
+  explicit Store(int rows) : db_(described()), root(platform_, db_), book(root) {
+    if (!root.copyDatabaseIfNeed() || !db_.initDatabase()) return;
+    book.aKind = kBookKind;
+    book.title = "Household";
+    if (!book.add()) return;
+    Connection& db = *db_.getDatabase();
+    Transaction transaction(db);
+    std::mt19937 random(1);
+    for (int i = 0; i < rows; ++i) {
+      const double cents = static_cast<double>(random() % 20'000 + 1);
+      const double moment = begin() + static_cast<double>(random() % (kYears * 365 * 86'400U));
+      db.execute(
+          "insert into transactions (eid, bid, amount, type, datetime, book, paid) values (?,20,?,?,?,?,1)",
+          {root.newIdentifier(), cents / 100, random() % 20 == 0 ? 11 : 12, moment, book.pk});
+    }
+    ready = transaction.commit();
+  }
+  ~Store() {
+    db_.closeDatabase();
+    std::error_code ignored;
+    fs::remove_all(platform_.directories.documents, ignored);
+  }
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+
+  /// The first moment of the ten years.
+  double begin() const { return platform_.calendar->dateWithYear(2014, 1, 1).secondsSince1970; }
+  Date end() const { return platform_.calendar->dateWithYear(2014 + kYears, 1, 1).plusSeconds(-1); }
+  const Calendar& calendar() const { return *platform_.calendar; }
+  fs::path file() const { return db_.databasePath(); }
+
+ private:
+  Platform& described() {
+    std::string folder = (fs::temp_directory_path() / "moniva-bench-XXXXXX").string();
+    platform_.directories.documents = ::mkdtemp(folder.data()) != nullptr ? folder : std::string();
+    platform_.directories.resources = fs::path(MONIVA_TEMPLATE).parent_path();
+    platform_.calendar = *Calendar::make("Europe/Berlin", "en_US");
+    platform_.clock = std::make_unique<FixedClock>(Date{1.7e9});
+    platform_.random = std::make_unique<SeededRandom>(1);
+    platform_.userDefaults = std::make_unique<MemoryUserDefaults>();
+    return platform_;
+  }
+
+  Platform platform_;
+  DoDB db_;
+
+ public:
+  MVAppRoot root;
+  MonivaAccount book;
+  bool ready = false;
+};
+
+/// The two sums of each month by two statements compiled once, and nothing else.
+double byHand(sqlite3* db, const Store& store) {
+  double total = 0;
+  for (const char* sql : {"select sum(amount), count(eid) from transactions where deleted = 0 and paid = 1 "
+                          "and ? <= datetime and datetime"
+                          " <= ? and book=? and type = 11",
+                          "select sum(amount), count(eid) from transactions where deleted = 0 and paid = 1 "
+                          "and type != 33 and ? <= datetime"
+                          " and datetime <= ? and book=? and type = 12"}) {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(db, sql, -1, &statement, nullptr);
+    Date month{store.begin()};
+    for (int i = 0; i < kYears * 12; ++i) {
+      const Date next = store.calendar().dateWithMonth(month, 1);
+      sqlite3_bind_double(statement, 1, month.secondsSince1970);
+      sqlite3_bind_double(statement, 2, next.secondsSince1970 - 1);
+      sqlite3_bind_text(statement, 3, store.book.pk.c_str(), -1, SQLITE_STATIC);
+      sqlite3_step(statement);
+      total += sqlite3_column_double(statement, 0);
+      sqlite3_reset(statement);
+      month = next;
+    }
+    sqlite3_finalize(statement);
+  }
+  return total;
+}
+
+void monthsOfTenYears(benchmark::State& state) {
+  Store store(static_cast<int>(state.range(0)));
+  if (!store.ready) return state.SkipWithError("the store could not be made");
+  TransactionReport report(store.root);
+  report.setMonivaAccount(store.book);
+  report.setTransactionType(1112);
+  report.setBeginDate(Date{store.begin()});
+  report.setEndDate(store.end());
+  sqlite3* db = nullptr;
+  sqlite3_open_v2(store.file().c_str(), &db, SQLITE_OPEN_READONLY, nullptr);
+  const auto months = report.reportByMonth();
+  const double total = byHand(db, store);
+  if (!months || std::abs(months->incomeAmount + months->expenseAmount - total) > 0.005) {
+    state.SkipWithError("the results differ");
+  } else {
+    bench::sideBySide(
+        state, kYears * 12, [&] { benchmark::DoNotOptimize(report.reportByMonth()); },
+        [&] { benchmark::DoNotOptimize(byHand(db, store)); });
+  }
+  sqlite3_close(db);
+}
+BENCHMARK(monthsOfTenYears)->Arg(10'000)->Arg(100'000)->Iterations(21)->UseManualTime();
+
+}  // namespace
+}  // namespace moniva
