@@ -129,11 +129,10 @@ std::int64_t DaySystem::lastOfMonth(std::int64_t day) const {
     const CivilTime civil = civilFromDays(day);
     return day - civil.day + daysInMonth(civil.year, civil.month);
   }
-  return askIcu(day, [=](icu::Calendar& icu) {
-    UErrorCode status = U_ZERO_ERROR;
-    icu.set(UCAL_DATE, icu.getActualMaximum(UCAL_DATE, status));
-    return dayOf(icu, day);
-  });
+  // ICU's own length of a month is a day short for some Chinese ones. No month has more than 31 days, and
+  // none but the last of a year fewer than 29: 32 days on it is the next one.
+  constexpr int kIntoTheNext = 32;
+  return firstOfMonth(firstOfMonth(day) + kIntoTheNext) - 1;
 }
 
 std::int64_t DaySystem::firstOfQuarter(std::int64_t day) const {

@@ -247,6 +247,28 @@ TEST(BookPeriods, AreCalledAsInTheUsersCalendar) {
   }
 }
 
+TEST(BookPeriods, LeadOnInEveryCalendar) {
+  for (const char* locale :
+       {"zh_CN@calendar=chinese", "ko_KR@calendar=dangi", "he_IL@calendar=hebrew", "am_ET@calendar=ethiopic",
+        "ar_SA@calendar=islamic-umalqura", "ja_JP@calendar=japanese"}) {
+    const auto calendar = calendarOf("UTC", locale);
+    for (const int day : {1, 25, -25}) {
+      const BookPeriods book(*calendar, {1, day, day == 1 ? 1 : 4}, at(*calendar, "2024-06-15"));
+      // Chinese and Korean years have a leap month in 1987 and 2017, after one that is longer than usual.
+      for (Date start = at(*calendar, "1987-01-01"); start < at(*calendar, "1988-06-01");) {
+        ASSERT_GE(book.lastDateOfMonth(start), start) << locale << " " << day;
+        ASSERT_GE(book.lastDateOfYear(start), start) << locale << " " << day;
+        ASSERT_LE(book.firstDateOfYear(start), start) << locale << " " << day;
+        const Date next = calendar->getNextDay(book.lastDateOfMonth(start));
+        if (day == 1) {
+          ASSERT_EQ(book.firstDateOfMonth(next), next) << locale;
+        }
+        start = next;
+      }
+    }
+  }
+}
+
 TEST(BookPeriods, AreFoundByTheLabelsOfTheUsersCalendar) {
   struct Case {
     const char* why;
