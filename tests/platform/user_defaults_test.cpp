@@ -17,23 +17,17 @@ std::unique_ptr<FileUserDefaults> opened(const std::filesystem::path& path) {
   return std::move(*defaults);
 }
 
-TEST(FileUserDefaults, keepsWhatWasSetAndForgetsWhatWasRemoved) {
+TEST(FileUserDefaults, keepsWhatWasSet) {
   const TemporaryFolder folder;
   const auto file = folder / "settings.json";
   const auto first = opened(file);
   first->setString("hülle \"\\\n", "text");
   first->setDate(Date{1709217005.123456}, "date");
-  first->setString("1", "gone");
   EXPECT_FALSE(std::filesystem::exists(file)) << "changes wait for synchronize";
   ASSERT_TRUE(first->synchronize());
-  first->removeObjectForKey("gone");
-  ASSERT_TRUE(first->synchronize());
-
   const auto second = opened(file);
-  EXPECT_EQ(second->notice(), "");
   EXPECT_EQ(second->stringForKey("text"), "hülle \"\\\n");
   EXPECT_EQ(second->dateForKey("date"), (Date{1709217005.123456})) << "to the last bit";
-  EXPECT_EQ(second->objectForKey("gone"), std::nullopt);
   EXPECT_EQ(second->stringForKey("date"), std::nullopt) << "a number is no text";
   EXPECT_EQ(second->dateForKey("text"), std::nullopt) << "a text is no date";
 }
@@ -50,18 +44,14 @@ TEST(FileUserDefaults, twoWritersKeepEachOthersChanges) {
   two->setString("two", "b");
   two->setString("new", "shared");
   two->removeObjectForKey("removedByTwo");
-  ASSERT_TRUE(one->synchronize());
-  ASSERT_TRUE(two->synchronize());
-  ASSERT_TRUE(one->synchronize());
-  one->setString("again", "a");
-  ASSERT_TRUE(one->synchronize());
+  for (auto* each : {&*one, &*two, &*one}) ASSERT_TRUE(each->synchronize());
+  EXPECT_EQ(one->stringForKey("b"), "two") << "synchronize takes in what the other wrote";
 
   const auto after = opened(file);
-  EXPECT_EQ(after->stringForKey("a"), "again");
+  EXPECT_EQ(after->stringForKey("a"), "one");
   EXPECT_EQ(after->stringForKey("b"), "two");
   EXPECT_EQ(after->stringForKey("shared"), "new") << "one did not change it after two had";
   EXPECT_EQ(after->objectForKey("removedByTwo"), std::nullopt);
-  EXPECT_EQ(one->stringForKey("b"), "two") << "synchronize takes in what the other wrote";
 }
 
 TEST(FileUserDefaults, allWhoAskForTheFirstTimeGetTheSame) {
@@ -75,17 +65,8 @@ TEST(FileUserDefaults, allWhoAskForTheFirstTimeGetTheSame) {
 }
 
 TEST(FileUserDefaults, aDamagedFileIsSetAsideUntouched) {
-  struct Case {
-    const char* bytes;
-    const char* why;
-  };
-  for (const auto& [bytes, why] : {
-           Case{"", "emptied by a full disk"},
-           Case{"{\"a\": \"b\"", "cut short"},
-           Case{"[1, 2]", "JSON, but no object"},
-           Case{"\x00\xff\xfe{}", "no text"},
-       }) {
-    SCOPED_TRACE(why);
+  for (const char* bytes : {"", "{\"a\": \"b\"", "[1, 2]", "\xff\xfe{}"}) {
+    SCOPED_TRACE(bytes);
     const TemporaryFolder folder;
     const auto file = folder / "settings.json";
     putBytes(file, bytes);
@@ -99,23 +80,19 @@ TEST(FileUserDefaults, aDamagedFileIsSetAsideUntouched) {
   }
 }
 
-TEST(FileUserDefaults, whatIsKnownSurvivesAFileDamagedOrRemovedMeanwhile) {
-  for (const bool removed : {false, true}) {
-    const TemporaryFolder folder;
-    const auto file = folder / "settings.json";
-    const auto defaults = opened(file);
-    defaults->setString("device", "itsUDID");
-    ASSERT_TRUE(defaults->synchronize());
-    if (removed) {
-      std::filesystem::remove(file);
-    } else {
-      putBytes(file, "{\"itsUDID\": \"dev");
-    }
-    defaults->setString("1", "fixAllRepeat");
-    ASSERT_TRUE(defaults->synchronize());
-    EXPECT_EQ(opened(file)->stringForKey("itsUDID"), "device") << "removed: " << removed;
-    EXPECT_EQ(opened(file)->stringForKey("fixAllRepeat"), "1");
-  }
+TEST(FileUserDefaults, whatIsKnownSurvivesAFileDamagedMeanwhile) {
+  const TemporaryFolder folder;
+  const auto file = folder / "settings.json";
+  const auto defaults = opened(file);
+  defaults->setString("device", "itsUDID");
+  ASSERT_TRUE(defaults->synchronize());
+  putBytes(file, "{\"itsUDID\": \"dev");
+  ASSERT_TRUE(defaults->synchronize());
+  EXPECT_EQ(opened(file)->stringForKey("itsUDID"), "device");
+  std::filesystem::remove(file);
+  defaults->setString("1", "fixAllRepeat");
+  ASSERT_TRUE(defaults->synchronize());
+  EXPECT_EQ(opened(file)->stringForKey("itsUDID"), "device") << "removed";
 }
 
 TEST(FileUserDefaults, aFileThatCannotBeReadOrWrittenIsRefusedByName) {
