@@ -22,16 +22,10 @@ TEST(Bars, drawsAValueOnItsScale) {
     const char* bar;
     const char* why;
   } cases[] = {
-      {100, 100, 4, "████", "all of it"},
-      {50, 100, 4, "██", "half"},
       {3, 8, 1, "▍", "three eighths of a cell"},
       {0.0001, 100, 4, "▏", "little is not nothing"},
-      {500, 100, 4, "████", "beyond the scale"},
-      {0, 100, 4, "", "nothing"},
-      {-5, 100, 4, "", "below the scale"},
       {5, 0, 4, "", "no scale"},
       {notANumber, 100, 4, "", "no number"},
-      {5, notANumber, 4, "", "no scale either"},
       {5, 10, 0, "", "no room"},
       {largest, largest, 2, "██", "the largest figure"},
   };
@@ -45,9 +39,7 @@ TEST(Bars, pairsHaveTheirAxisInOneColumn) {
     const char* bars;
     const char* why;
   } cases[] = {
-      {100, 50, "████│██", "both sides"},
       {0, 100, "    │████", "right only"},
-      {25, 0, "   █│", "left only"},
       {37.5, 0, "  ▐█│", "half a cell at the left end"},
       {0.1, 0.1, "   ▐│▏", "little on both sides"},
       {-1, notANumber, "    │", "nothing to draw"},
@@ -74,7 +66,6 @@ TEST(Sparkline, showsASeries) {
       {{0, 1, 2, 3, 4, 5, 6, 7}, "▁▂▃▄▅▆▇█", "every height"},
       {{90, 100}, "▇█", "measured from zero, not from the smallest"},
       {{-10, 0, 10}, "▁▅█", "from the smallest below zero"},
-      {{0, 0}, "▁▁", "all zero"},
       {{1, notANumber, 1}, "█ █", "a gap"},
       {{-largest, largest}, "▁█", "a range beyond doubles"},
   };

@@ -1,5 +1,6 @@
 #include "ui/cli/help_format.h"
 
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
@@ -60,15 +61,6 @@ Options:
 )");
 }
 
-TEST(Help, ofAllCommandsHoldsThatOfEach) {
-  const test::SampleProgram program;
-  const std::string all = program.app.help("", CLI::AppFormatMode::All);
-  for (const char* usage : {"moniva [options] COMMAND", "moniva book [options] [COMMAND]",
-                            "moniva book add [options] NAME", "moniva import [options] FORMAT [FILE...]"}) {
-    EXPECT_NE(all.find(std::string("\nUsage: ") + usage + "\n"), std::string::npos) << usage;
-  }
-}
-
 TEST(Help, isPrintedForTheCommandAskedAbout) {
   test::SampleProgram program;
   try {
@@ -93,15 +85,15 @@ TEST(Help, takesChoicesFromEveryKindOfValidator) {
   bool flag = false;
   group->add_flag("--grouped", flag, "In a group");
   const CommandInfo command = describeCommand(app, {});
-  ASSERT_EQ(command.options.size(), 5u) << "with the help option";
-  EXPECT_EQ(command.options[1].choices, (std::vector<std::string>{"day", "week"}));
-  EXPECT_EQ(command.options[1].valueName, "NUMBER");
-  EXPECT_TRUE(command.options[2].choices.empty()) << "a range is no list";
-  EXPECT_EQ(command.options[2].valueName, "NUMBER");
-  EXPECT_TRUE(command.options[3].takesFile);
-  EXPECT_EQ(command.options[3].valueName, "FILE");
-  EXPECT_EQ(command.options[4].names, std::vector<std::string>{"--grouped"});
-  EXPECT_EQ(command.options[4].valueName, "");
+  std::string told;
+  for (const auto& option : command.options) {
+    told += fmt::format("{} {} {} {}\n", option.names.back(), option.valueName,
+                        fmt::join(option.choices, "/"), option.takesFile);
+  }
+  EXPECT_EQ(told,
+            "--help   false\n--unit NUMBER day/week false\n--share NUMBER  false\n--new FILE  true\n"
+            "--grouped   false\n")
+      << "a range is no list";
 }
 
 RC_GTEST_PROP(Help, staysInsideItsWidth, (const std::string& summary, const std::string& told)) {

@@ -12,26 +12,18 @@ TEST(TextWidth, countsCells) {
     std::size_t cells;
     const char* why;
   } cases[] = {
-      {"", 0, "nothing"},
-      {"Groceries", 9, "plain letters"},
-      {"Café", 4, "one code point with accent"},
       {"Cafe\u0301", 4, "letter and combining accent"},
       {"食費", 4, "wide signs"},
       {"ｶﾌｪ", 3, "halfwidth kana"},
-      {"ＡＢ", 4, "fullwidth Latin"},
-      {"가", 2, "Hangul syllable"},
       {"\u1100\u1161\u11A8", 2, "the same from three jamo"},
       {"☕", 2, "emoji by default"},
-      {"❤", 1, "text by default"},
       {"❤\uFE0F", 2, "made an emoji by its selector"},
       {"1\uFE0F\u20E3", 2, "keycap"},
       {"👨‍👩‍👧‍👦", 2, "family joined of four"},
       {"👍🏽", 2, "skin tone"},
       {"🇩🇪🇫🇷", 4, "two flags"},
       {"a\u200Bb", 2, "zero width space"},
-      {"€", 1, "three bytes, one cell"},
       {"\x1b[31m", 5, "an escape is shown, not obeyed"},
-      {"\r\n", 2, "two pictures, though one cluster"},
       {"a\xff\xfe", 3, "stray bytes"},
       {"\xe9\xa3", 1, "a sign cut off"},
   };
@@ -44,11 +36,9 @@ TEST(TextWidth, printsSafely) {
     const char* shown;
     const char* why;
   } cases[] = {
-      {"Café 食費", "Café 食費", "harmless text stays"},
       {"\x1b]0;title\a", "␛]0;title␇", "a terminal command"},
       {"two\nlines\t", "two␊lines␉", "would break a table"},
       {std::string_view("a\0b", 3), "a␀b", "a zero byte"},
-      {"\x7f", "␡", "delete"},
       {"\u009b31m", "\uFFFD31m", "the eight-bit form of an escape"},
       {"a\xc3", "a\uFFFD", "not UTF-8"},
       {"12\u202E34", "12\uFFFD34", "would turn 34 around"},
@@ -72,15 +62,8 @@ TEST(TextWidth, truncates) {
        "a family stays together"},
       {"Eating out", 8, "Eating…", "no space before the ellipsis"},
       {"abc", 1, "…", "room for the ellipsis only"},
-      {"abc", 0, "", "no room"},
   };
   for (const auto& c : cases) EXPECT_EQ(truncateToWidth(c.text, c.cells), c.result) << c.why;
-}
-
-TEST(TextWidth, pads) {
-  EXPECT_EQ(padRight("食費", 6), "食費  ");
-  EXPECT_EQ(padLeft("Cafe\u0301", 6), "  Cafe\u0301");
-  EXPECT_EQ(padRight("long", 2), "long");
 }
 
 TEST(TextWidth, wraps) {
@@ -91,7 +74,6 @@ TEST(TextWidth, wraps) {
     const char* why;
   } cases[] = {
       {"one two three", 7, {"one two", "three"}, "between words"},
-      {"one two", 100, {"one two"}, "no need"},
       {"", 10, {""}, "an empty line"},
       {"a\n\nb", 10, {"a", "", "b"}, "paragraphs stay apart"},
       {"abcdefghij k", 4, {"abcd", "efgh", "ij k"}, "a word longer than the line"},
@@ -121,8 +103,9 @@ RC_GTEST_PROP(TextWidth, cutAndPaddedTextKeepsItsWidth, ()) {
   RC_ASSERT(printable(printable(text)) == printable(text));
   const std::string cut = truncateToWidth(text, cells);
   RC_ASSERT(displayWidth(cut) <= cells);
-  RC_ASSERT(displayWidth(padRight(cut, cells)) == cells);
-  RC_ASSERT(displayWidth(padLeft(cut, cells)) == cells);
+  const std::string room(cells - displayWidth(cut), ' ');
+  RC_ASSERT(padRight(cut, cells) == cut + room);
+  RC_ASSERT(padLeft(cut, cells) == room + cut);
 }
 
 RC_GTEST_PROP(TextWidth, wrappedLinesFitAndLoseNothingButSpaces, ()) {
@@ -138,10 +121,8 @@ RC_GTEST_PROP(TextWidth, wrappedLinesFitAndLoseNothingButSpaces, ()) {
     RC_ASSERT(displayWidth(line) <= cells);
     lettersOf(line, wrapped);
   }
-  std::string whole;
-  for (const char c : text) {
-    if (c != '\n') whole += c;
-  }
+  std::string whole = text;
+  std::erase(whole, '\n');
   std::string expected;
   lettersOf(printable(whole), expected);
   RC_ASSERT(wrapped == expected);
