@@ -44,11 +44,14 @@ TEST(FileUserDefaults, twoWritersKeepEachOthersChanges) {
   two->setString("two", "b");
   two->setString("new", "shared");
   two->removeObjectForKey("removedByTwo");
-  for (auto* each : {&*one, &*two, &*one}) ASSERT_TRUE(each->synchronize());
+  ASSERT_TRUE(one->synchronize());
+  ASSERT_TRUE(two->synchronize());
+  one->setString("again", "a");
+  ASSERT_TRUE(one->synchronize());
   EXPECT_EQ(one->stringForKey("b"), "two") << "synchronize takes in what the other wrote";
 
   const auto after = opened(file);
-  EXPECT_EQ(after->stringForKey("a"), "one");
+  EXPECT_EQ(after->stringForKey("a"), "again");
   EXPECT_EQ(after->stringForKey("b"), "two");
   EXPECT_EQ(after->stringForKey("shared"), "new") << "one did not change it after two had";
   EXPECT_EQ(after->objectForKey("removedByTwo"), std::nullopt);
@@ -80,19 +83,19 @@ TEST(FileUserDefaults, aDamagedFileIsSetAsideUntouched) {
   }
 }
 
-TEST(FileUserDefaults, whatIsKnownSurvivesAFileDamagedMeanwhile) {
+TEST(FileUserDefaults, whatIsKnownSurvivesAFileDamagedOrRemovedMeanwhile) {
   const TemporaryFolder folder;
   const auto file = folder / "settings.json";
   const auto defaults = opened(file);
   defaults->setString("device", "itsUDID");
   ASSERT_TRUE(defaults->synchronize());
-  putBytes(file, "{\"itsUDID\": \"dev");
-  ASSERT_TRUE(defaults->synchronize());
-  EXPECT_EQ(opened(file)->stringForKey("itsUDID"), "device");
-  std::filesystem::remove(file);
-  defaults->setString("1", "fixAllRepeat");
-  ASSERT_TRUE(defaults->synchronize());
-  EXPECT_EQ(opened(file)->stringForKey("itsUDID"), "device") << "removed";
+  for (const bool removed : {false, true}) {
+    putBytes(file, "{\"itsUDID\": \"dev");
+    if (removed) std::filesystem::remove(file);
+    defaults->setString(removed ? "2" : "1", "fixAllRepeat");
+    ASSERT_TRUE(defaults->synchronize());
+    EXPECT_EQ(opened(file)->stringForKey("itsUDID"), "device") << "removed: " << removed;
+  }
 }
 
 TEST(FileUserDefaults, aFileThatCannotBeReadOrWrittenIsRefusedByName) {
