@@ -57,41 +57,23 @@ TEST(ReadImport, readsEveryRecordOfAHousehold) {
   ASSERT_TRUE(file) << file.error().why;
   EXPECT_EQ(problemsOf(*file), std::vector<std::string>{});
   EXPECT_EQ(file->ignoredHeadings, std::vector<std::string>{});
-  struct Total {
-    std::int64_t rows = 0;
-    std::int64_t cents = 0;
-  };
-  std::map<ImportKind, Total> totals;
-  Total dollars;
+  std::map<ImportKind, std::int64_t> cents;
+  std::int64_t dollarCents = 0;
   for (const auto& record : file->records) {
-    auto& total = totals[record.kind];
-    ++total.rows;
-    total.cents += std::llround(record.amount * 100);
-    if (record.foreignCurrency == "USD") {
-      ++dollars.rows;
-      dollars.cents += std::llround(record.foreignAmount.value() * 100);
-    }
+    cents[record.kind] += std::llround(record.amount * 100);
+    if (record.foreignCurrency == "USD") dollarCents += std::llround(record.foreignAmount.value() * 100);
   }
-  EXPECT_EQ(totals[ImportKind::expense].rows, 2230);
-  EXPECT_EQ(totals[ImportKind::expense].cents, 12087172);
-  EXPECT_EQ(totals[ImportKind::income].rows, 98);
-  EXPECT_EQ(totals[ImportKind::income].cents, 14697377);
-  EXPECT_EQ(totals[ImportKind::transfer].rows, 190);
-  EXPECT_EQ(totals[ImportKind::transfer].cents, 4379447);
-  EXPECT_EQ(dollars.rows, 143);
-  EXPECT_EQ(dollars.cents, 1137552);
+  EXPECT_EQ(cents, (std::map<ImportKind, std::int64_t>{{ImportKind::expense, 12087172},
+                                                       {ImportKind::income, 14697377},
+                                                       {ImportKind::transfer, 4379447}}));
+  EXPECT_EQ(dollarCents, 1137552);
 
   const auto& market = file->records.at(2);
   EXPECT_EQ(market.line, 4U);
   EXPECT_EQ(market.date, (ImportDate{2022, 1, 1, 8, 27, 51, true}));
-  EXPECT_EQ(market.book, "Household");
-  EXPECT_EQ(market.account, "Checking");
-  EXPECT_EQ(market.category, "Food");
-  EXPECT_EQ(market.subcategory, "Groceries");
-  EXPECT_EQ(market.vendor, "菜市场");
-  EXPECT_EQ(market.amount, 71.24);
-  EXPECT_EQ(market.note, "for the weekend, \"big\" shop");
-  EXPECT_EQ(file->records.at(3).toAccount, "Transit card");
+  EXPECT_EQ(fmt::format("{}|{}|{}|{}|{}|{}|{}", market.book, market.account, market.category,
+                        market.subcategory, market.vendor, market.amount, market.note),
+            "Household|Checking|Food|Groceries|菜市场|71.24|for the weekend, \"big\" shop");
 }
 
 TEST(ReadImport, knowsColumnsByTheirWordsInThreeLanguages) {
@@ -113,11 +95,9 @@ TEST(ReadImport, knowsColumnsByTheirWordsInThreeLanguages) {
     const auto& record = file->records.at(0);
     EXPECT_EQ(record.kind, ImportKind::transfer);
     EXPECT_EQ(record.date, (ImportDate{2024, 2, 29}));
-    EXPECT_EQ(record.toAccount, "B");
-    EXPECT_EQ(record.amount, 1234.5);
-    EXPECT_EQ(record.toAmount, 1300);
-    EXPECT_EQ(record.currency, "EUR");
-    EXPECT_EQ(record.note, "n");
+    EXPECT_EQ(fmt::format("{} {} {} {} {} {}", record.account, record.toAccount, record.amount,
+                          record.toAmount.value_or(0), record.currency, record.note),
+              "A B 1234.5 1300 EUR n");
     if (first.empty()) first = identityOf(record);
     EXPECT_EQ(identityOf(record), first) << "the same row, however the file is laid out";
   }
@@ -173,87 +153,57 @@ TEST(ReadImport, takesTheDirectionFromTheSignWhereThereIsNoType) {
 
 TEST(ReadImport, saysWhatIsWrongWithARow) {
   struct Case {
-    std::string_view row;  ///< below Date,Time,Type,Account,Category,Subcategory,Amount,Foreign amount,...
+    std::string_view row;  ///< of date, time, type, account, category, subcategory, amount and so on
     std::vector<std::string> problems;
-    std::string_view why;
   };
+  const std::string noCurrency = "this is no currency; codes have three capital letters, such as EUR";
   const std::vector<Case> cases = {
-      {"2024-02-29,8:05,expense,,,,1,,,,", {}, "a record needs no more"},
-      {"2023-02-29,,expense,,,,1,,,,",
-       {"2:1 Date '2023-02-29' '2023-02-29' is not a day of the calendar"},
-       "day"},
-      {",,expense,,,,1,,,,", {"2:1 Date '' the date is empty"}, "no date"},
+      {"2024-02-29,8:05,expense,,,,1,,,,", {}},
+      {",,,,,,,,,,", {}},
+      {"2023-02-29,,expense,,,,1,,,,", {"2:1 Date '2023-02-29' '2023-02-29' is not a day of the calendar"}},
+      {",,expense,,,,1,,,,", {"2:1 Date '' the date is empty"}},
       {"2024-02-29,24:00,expense,,,,1,,,,",
-       {"2:2 Time '24:00' '24:00' is not a time of day: write it as 14:30 or 14:30:05"},
-       "time"},
-      {"2024-02-29 10:00,11:00,expense,,,,1,,,,",
-       {"2:2 Time '11:00' the date has a time already"},
-       "two times"},
-      {"2024-02-29,,gift,,,,1,,,B,2",
-       {"2:3 Type 'gift' the type is none of expense, income and transfer"},
-       "unknown type; nothing follows from it"},
-      {"2024-02-29,,expense,,,,0.00,,,,", {"2:7 Amount '0.00' the amount is zero"}, "zero"},
+       {"2:2 Time '24:00' '24:00' is not a time of day: write it as 14:30 or 14:30:05"}},
+      {"2024-02-29 10:00,11:00,expense,,,,1,,,,", {"2:2 Time '11:00' the date has a time already"}},
+      {"2024-02-29,,gift,,,,1,,,B,2", {"2:3 Type 'gift' the type is none of expense, income and transfer"}},
+      {"2024-02-29,,expense,,,,0.00,,,,", {"2:7 Amount '0.00' the amount is zero"}},
       {"2024-02-29,,expense,,,,-1,,,,",
-       {"2:7 Amount '-1' the amount is negative, but the type already says in which direction it goes"},
-       "sign and type"},
-      {"2024-02-29,,expense,,,Rent,1,,,,",
-       {"2:5 Category '' the subcategory has no category"},
-       "half a pair"},
-      {"2024-02-29,,expense,,,,1,2,,,",
-       {"2:9 Foreign currency '' the foreign amount has no currency"},
-       "no code"},
-      {"2024-02-29,,expense,,,,1,,USD,,",
-       {"2:8 Foreign amount '' the foreign currency has no amount"},
-       "no sum"},
-      {"2024-02-29,,expense,,,,1,2,usd,,",
-       {"2:9 Foreign currency 'usd' this is no currency; codes have three capital letters, such as EUR"},
-       "small letters"},
-      {"2024-02-29,,expense,,,,1,2,QQQ,,",
-       {"2:9 Foreign currency 'QQQ' this is no currency; codes have three capital letters, such as EUR"},
-       "a code of no currency"},
+       {"2:7 Amount '-1' the amount is negative, but the type already says in which direction it goes"}},
+      {"2024-02-29,,expense,,,Rent,1,,,,", {"2:5 Category '' the subcategory has no category"}},
+      {"2024-02-29,,expense,,,,1,2,,,", {"2:9 Foreign currency '' the foreign amount has no currency"}},
+      {"2024-02-29,,expense,,,,1,,USD,,", {"2:8 Foreign amount '' the foreign currency has no amount"}},
+      {"2024-02-29,,expense,,,,1,2,QQQ,,", {"2:9 Foreign currency 'QQQ' " + noCurrency}},
       {"2024-02-29,,expense,Bob \"the\" builder,,,1,,,,",
-       {"2:4 Account '' a quote stands inside a field that does not start with one"},
-       "a stray quote"},
-      {"2024-02-29", {"2:2 Time '' the row has 1 field where the heading has 11"}, "one field"},
+       {"2:4 Account '' a quote stands inside a field that does not start with one"}},
       {"2024-02-29,,transfer,A,,,1,,,A,",
-       {"2:10 To account 'A' the transfer goes to the account it comes from"},
-       ""},
+       {"2:10 To account 'A' the transfer goes to the account it comes from"}},
       {"2024-02-29,,transfer,,,,1,,,,2",
        {"2:4 Account '' the transfer has no account to come from",
-        "2:10 To account '' the transfer has no account to go to"},
-       "neither end"},
+        "2:10 To account '' the transfer has no account to go to"}},
       {"2024-02-29,,income,A,,,1,,,B,2",
        {"2:10 To account 'B' only a transfer goes to an account",
-        "2:11 To amount '2' only a transfer has an amount that arrives"},
-       "income goes nowhere else"},
-      {"2024-02-29,,expense", {"2:4 Account '' the row has 3 fields where the heading has 11"}, "too few"},
-      {"2024-02-29,,expense,,,,1,,,,,x",
-       {"2:12  'x' the row has 12 fields where the heading has 11"},
-       "too many"},
-      {",,,,,,,,,,", {}, "an empty row of a spreadsheet"},
+        "2:11 To amount '2' only a transfer has an amount that arrives"}},
+      {"2024-02-29", {"2:2 Time '' the row has 1 field where the heading has 11"}},
+      {"2024-02-29,,expense,,,,1,,,,,x", {"2:12  'x' the row has 12 fields where the heading has 11"}},
   };
-  for (const auto& [row, problems, why] : cases) {
+  for (const auto& [row, problems] : cases) {
     const auto file = readText(
         fmt::format("Date,Time,Type,Account,Category,Subcategory,Amount,Foreign amount,Foreign currency,"
                     "To account,To amount\n{}\n2024-12-31,,income,,,,5,,,,\n",
                     row));
-    ASSERT_TRUE(file) << why << ": " << file.error().why;
-    EXPECT_EQ(problemsOf(*file), problems) << why;
-    EXPECT_EQ(file->badRows, problems.empty() ? 0U : 1U) << why;
-    EXPECT_EQ(file->records.back().amount, 5) << why << ": the good row is read all the same";
+    ASSERT_TRUE(file) << row << ": " << file.error().why;
+    EXPECT_EQ(problemsOf(*file), problems);
+    EXPECT_EQ(file->badRows, problems.empty() ? 0U : 1U) << row;
+    EXPECT_EQ(file->records.back().amount, 5) << row << ": the good row is read all the same";
   }
 }
 
-TEST(ReadImport, namesTheFieldOfAColumnThatIsNotThere) {
-  const auto file = readText("Date,Type,Amount\n2024-01-01,transfer,1\n").value();
+TEST(ReadImport, namesColumnsThatAreMissingAndThoseItDoesNotUse) {
+  const auto file = readText("Date,Type,Color,Amount,,Color\n2024-01-01,transfer,red,1,,\n").value();
   EXPECT_EQ(problemsOf(file),
             (std::vector<std::string>{"2:0 Account '' the transfer has no account to come from",
                                       "2:0 To account '' the transfer has no account to go to"}));
-}
-
-TEST(ReadImport, namesTheColumnsItDoesNotUse) {
-  const auto file = readText("Date,Color,Amount,,Color\n2024-01-01,red,1,,\n").value();
-  EXPECT_EQ(file.ignoredHeadings, (std::vector<std::string>{"Color", "column 4", "Color"}));
+  EXPECT_EQ(file.ignoredHeadings, (std::vector<std::string>{"Color", "column 5", "Color"}));
 }
 
 TEST(ReadImport, keepsTextsAsTypedUpToTenThousandCharacters) {
@@ -276,38 +226,26 @@ TEST(ParseImportDate, readsDatesAndRefusesTheRest) {
   };
   constexpr auto open = DateOrder::automatic;
   const std::vector<Case> cases = {
-      {"2024-02-29", open, ImportDate{2024, 2, 29}},
       {" 2024.2.9 ", open, ImportDate{2024, 2, 9}},
       {"20240229", open, ImportDate{2024, 2, 29}},
-      {"1.2.2024", DateOrder::monthFirst, ImportDate{2024, 2, 1}},
       {"2024-02-29 14:30:05", open, ImportDate{2024, 2, 29, 14, 30, 5, true}},
       {"29.02.2024  4:30", open, ImportDate{2024, 2, 29, 4, 30, 0, true}},
-      {"2024-02-29T00:00:00", open, ImportDate{2024, 2, 29, 0, 0, 0, true}},
       {"29/02/2024", open, ImportDate{2024, 2, 29}},
-      {"02-29-2024", open, ImportDate{2024, 2, 29}},
       {"03/03/2024", open, ImportDate{2024, 3, 3}},
       {"02/03/2024", DateOrder::dayFirst, ImportDate{2024, 3, 2}},
       {"02/03/2024", DateOrder::monthFirst, ImportDate{2024, 2, 3}},
       {"02/03/2024", open, {}},
       {"29/02/2024", DateOrder::monthFirst, {}},
       {"1900-02-29", open, {}},
-      {"31.04.2024", open, {}},
       {"31/04/2024", open, {}},
       {"2024-00-10", open, {}},
-      {"2024-13-10", open, {}},
-      {"20241301", open, {}},
       {"0000-01-01", open, {}},
       {"29.02.24", open, {}},
       {"2024-02/29", open, {}},
       {"2024-02-290", open, {}},
-      {"2024-02", open, {}},
-      {"202402291", open, {}},
       {"2024-02-29x", open, {}},
-      {"2024-02-29 ", open, ImportDate{2024, 2, 29}},
       {"2024-02-29 25:00", open, {}},
-      {"2024-02-29 14", open, {}},
       {"2024-02-29 14:3", open, {}},
-      {"2024-02-29 14:30:", open, {}},
       {"2024-02-29T14:30:05Z", open, {}},
       {"", open, {}},
   };
@@ -328,9 +266,8 @@ TEST(IdentityOf, tellsRecordsApartByAllTheySay) {
   record.category = "a";
   record.note = "b";
   const auto identity = identityOf(record);
-  auto same = record;
-  same.line = 99;
-  EXPECT_EQ(identityOf(same), identity) << "where it stands is not what it says";
+  record.line = 99;
+  EXPECT_EQ(identityOf(record), identity) << "where it stands is not what it says";
   const std::vector<void (*)(ImportRecord&)> changes = {
       [](ImportRecord& r) { r.kind = ImportKind::income; },
       [](ImportRecord& r) { r.date.day = 2; },
@@ -345,14 +282,7 @@ TEST(IdentityOf, tellsRecordsApartByAllTheySay) {
       [](ImportRecord& r) { r.toAccount = "a"; },
       [](ImportRecord& r) { r.foreignCurrency = "EUR"; },
       [](ImportRecord& r) { r.currency = "EUR"; },
-      [](ImportRecord& r) {
-        r.category = "a note=1:b";
-        r.note.clear();
-      },
-      [](ImportRecord& r) {
-        r.category = "a note=b";
-        r.note.clear();
-      },
+      [](ImportRecord& r) { r.category = "a note=1:b", r.note = ""; },
   };
   std::vector<std::string> identities = {identity};
   for (const auto change : changes) {

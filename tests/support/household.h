@@ -77,4 +77,45 @@ class Household : public Device {
   }
 };
 
+/// A household with a category, one below it and a vendor, and an expense for them that is not yet entered.
+class Recording : public Household {
+ public:
+  Recording() {
+    food = category("Food").pk;
+    MVCategory below(root);
+    below.title = "Bakery";
+    below.parent = food;
+    EXPECT_TRUE(below.addCate());
+    bakery = below.pk;
+    Vendor payee(root);
+    payee.title = "Lang";
+    EXPECT_TRUE(payee.add());
+    vendor = payee.pk;
+  }
+
+  Spend expense(double amount) {
+    Spend spend(root);
+    spend.amount = amount;
+    spend.book = home->pk;
+    spend.account = cash->pk;
+    spend.category = food;
+    spend.subcategory = bakery;
+    spend.vendor = vendor;
+    return spend;
+  }
+  Transfer transfer(double leaves, double arrives) {
+    Transfer made(root);
+    made.accountA = cash->pk;
+    made.accountB = bank->pk;
+    made.amountA = leaves;
+    made.amountB = arrives;
+    made.acrossCurrencies = leaves != arrives;
+    return made;
+  }
+
+  std::string food;
+  std::string bakery;
+  std::string vendor;
+};
+
 }  // namespace moniva
