@@ -14,37 +14,30 @@ namespace {
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double largest = std::numeric_limits<double>::max();
 
-TEST(Bars, drawsAValueOnItsScale) {
+TEST(Bars, drawValuesOnTheirScale) {
+  const auto line = [](const std::vector<double>& values) { return sparkline(values); };
   const struct {
-    double value;
-    double max;
-    std::size_t cells;
+    std::string drawn;
     const char* bar;
     const char* why;
   } cases[] = {
-      {3, 8, 1, "▍", "three eighths of a cell"},
-      {0.0001, 100, 4, "▏", "little is not nothing"},
-      {5, 0, 4, "", "no scale"},
-      {notANumber, 100, 4, "", "no number"},
-      {5, 10, 0, "", "no room"},
-      {largest, largest, 2, "██", "the largest figure"},
+      {bar(3, 8, 1), "▍", "three eighths of a cell"},
+      {bar(0.0001, 100, 4), "▏", "little is not nothing"},
+      {bar(5, 0, 4), "", "no scale"},
+      {bar(notANumber, 100, 4), "", "no number"},
+      {bar(5, 10, 0), "", "no room"},
+      {bar(largest, largest, 2), "██", "the largest figure"},
+      {pairedBars(0, 100, 100, 4), "    │████", "the axis in its column"},
+      {pairedBars(37.5, 0, 100, 4), "  ▐█│", "half a cell at the left end"},
+      {pairedBars(0.1, 0.1, 100, 4), "   ▐│▏", "little on both sides"},
+      {pairedBars(-1, notANumber, 100, 4), "    │", "nothing to draw"},
+      {line({0, 1, 2, 3, 4, 5, 6, 7}), "▁▂▃▄▅▆▇█", "every height"},
+      {line({90, 100}), "▇█", "measured from zero, not from the smallest"},
+      {line({-10, 0, 10}), "▁▅█", "from the smallest below zero"},
+      {line({1, notANumber, 1}), "█ █", "a gap"},
+      {line({-largest, largest}), "▁█", "a range beyond doubles"},
   };
-  for (const auto& c : cases) EXPECT_EQ(bar(c.value, c.max, c.cells), c.bar) << c.why;
-}
-
-TEST(Bars, pairsHaveTheirAxisInOneColumn) {
-  const struct {
-    double left;
-    double right;
-    const char* bars;
-    const char* why;
-  } cases[] = {
-      {0, 100, "    │████", "right only"},
-      {37.5, 0, "  ▐█│", "half a cell at the left end"},
-      {0.1, 0.1, "   ▐│▏", "little on both sides"},
-      {-1, notANumber, "    │", "nothing to draw"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(pairedBars(c.left, c.right, 100, 4), c.bars) << c.why;
+  for (const auto& c : cases) EXPECT_EQ(c.drawn, c.bar) << c.why;
 }
 
 RC_GTEST_PROP(Bars, longerMeansMore, (unsigned a, unsigned b)) {
@@ -54,22 +47,6 @@ RC_GTEST_PROP(Bars, longerMeansMore, (unsigned a, unsigned b)) {
   const std::string longer = bar(std::max(a, b), max, cells);
   RC_ASSERT(displayWidth(shorter) <= displayWidth(longer));
   RC_ASSERT(displayWidth(longer) <= cells);
-}
-
-TEST(Sparkline, showsASeries) {
-  const struct {
-    std::vector<double> values;
-    const char* line;
-    const char* why;
-  } cases[] = {
-      {{}, "", "nothing"},
-      {{0, 1, 2, 3, 4, 5, 6, 7}, "▁▂▃▄▅▆▇█", "every height"},
-      {{90, 100}, "▇█", "measured from zero, not from the smallest"},
-      {{-10, 0, 10}, "▁▅█", "from the smallest below zero"},
-      {{1, notANumber, 1}, "█ █", "a gap"},
-      {{-largest, largest}, "▁█", "a range beyond doubles"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(sparkline(c.values), c.line) << c.why;
 }
 
 }  // namespace

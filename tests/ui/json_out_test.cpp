@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 
 namespace moniva {
 namespace {
@@ -15,19 +14,14 @@ namespace {
 namespace json = boost::json;
 
 TEST(JsonOut, printsNumbersPlainly) {
-  const struct {
-    double number;
-    const char* text;
-    const char* why;
-  } cases[] = {
-      {0.1 + 0.2, "0.30000000000000004", "nothing is rounded away"},
-      {100000, "100000", "not 1e+05, though that is shorter"},
-      {1e21, "1e+21", "too long to read"},
-      {1e-7, "1e-07", "too small to read"},
-      {-0.0, "0", "no sign on zero"},
-      {std::numeric_limits<double>::quiet_NaN(), "null", "JSON has no NaN"},
+  const std::pair<double, const char*> cases[] = {
+      {0.1 + 0.2, "0.30000000000000004"},
+      {100000, "100000"},
+      {1e21, "1e+21"},
+      {-0.0, "0"},
+      {std::nan(""), "null"},
   };
-  for (const auto& c : cases) EXPECT_EQ(jsonNumber(c.number), c.text) << c.why;
+  for (const auto& [number, text] : cases) EXPECT_EQ(jsonNumber(number), text);
 }
 
 RC_GTEST_PROP(JsonOut, numbersReadBackTheSame, (std::uint64_t bits)) {
@@ -50,12 +44,10 @@ TEST(JsonOut, laysOut) {
   EXPECT_EQ(jsonText(value.at("list"), JsonLayout::pretty), "[\n  1,\n  null,\n  true,\n  {}\n]");
   EXPECT_EQ(jsonText(value.at("inner"), JsonLayout::pretty),
             "{\n  \"b\": 1,\n  \"a\": 18446744073709551615\n}");
+  EXPECT_EQ(jsonText(json::object{{"k\xc3", "a\xff\x1b"}}, JsonLayout::compact),
+            "{\"k\uFFFD\":\"a\uFFFD\\u001b\"}")
+      << "no text, yet UTF-8";
   EXPECT_EQ(json::parse(jsonText(value, JsonLayout::pretty)), value);
-}
-
-TEST(JsonOut, keepsToUtf8) {
-  EXPECT_EQ(jsonText(json::value("a\xff\x1b"), JsonLayout::compact), "\"a\uFFFD\\u001b\"");
-  EXPECT_EQ(jsonText(json::object{{"k\xc3", 1}}, JsonLayout::compact), "{\"k\uFFFD\":1}");
 }
 
 }  // namespace

@@ -52,13 +52,5 @@ TEST(ManPage, formatsWithoutWarnings) {
   }
 }
 
-TEST(ManPage, leavesOutWhatThereIsNot) {
-  CLI::App app("Does one thing", "tool");
-  app.set_help_flag("");
-  EXPECT_EQ(manPage(app, {}, "1.0", "2024-02-29"),
-            ".TH \"TOOL\" 1 \"2024\\-02\\-29\" \"tool 1.0\" \"User Commands\"\n"
-            ".SH NAME\ntool \\- Does one thing\n.SH SYNOPSIS\n\\fBtool\\fR\n");
-}
-
 }  // namespace
 }  // namespace moniva

@@ -31,8 +31,6 @@ TEST(Style, paints) {
     const char* expected;
     const char* why;
   } cases[] = {
-      {off.hex("#FF3333", "x"), "x", "off"},
-      {palette.red(""), "", "nothing to paint"},
       {palette.bold("a" + palette.green("b") + "c"), "\x1b[1ma\x1b[32mb\x1b[39mc\x1b[22m",
        "bold goes on after green"},
       {palette.paint(ink::bold | ink::red | ink::green, "x"), "\x1b[1m\x1b[32mx\x1b[39m\x1b[22m",
@@ -41,7 +39,6 @@ TEST(Style, paints) {
       {palette.hex("ff3333", "x"), "\x1b[38;5;203mx\x1b[39m", "nearest of the cube: ff5f5f"},
       {palette.hex("#808080", "x"), "\x1b[38;5;244mx\x1b[39m", "a grey is nearer among the greys"},
       {palette.hex("#000000", "x"), "\x1b[38;5;16mx\x1b[39m", "the cube's black, not the person's"},
-      {full.hex("red", "x"), "x", "no colour"},
       {full.hex("#+12345", "x"), "x", "a sign is no digit"},
   };
   for (const auto& c : cases) EXPECT_EQ(c.painted, c.expected) << c.why;

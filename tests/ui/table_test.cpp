@@ -10,26 +10,12 @@
 namespace moniva {
 namespace {
 
-Table spending() {
+TEST(Table, alignsWideSignsAndCutsTheWidestTextToFit) {
   Table table({{"Category", Align::left}, {"Vendor", Align::left}, {"Spent", Align::right}});
   table.addRow({"Groceries", "Corner shop of the Miller family", "412.10"});
   table.addRow({"食費", "", "38.00"});
   table.addTotal({"Total", "", "450.10"});
-  return table;
-}
-
-TEST(Table, alignsColumnsAndWideSigns) {
-  EXPECT_EQ(spending().render(),
-            "Category   Vendor                             Spent\n"
-            "───────────────────────────────────────────────────\n"
-            "Groceries  Corner shop of the Miller family  412.10\n"
-            "食費                                          38.00\n"
-            "───────────────────────────────────────────────────\n"
-            "Total                                        450.10\n");
-}
-
-TEST(Table, cutsTheWidestTextToFit) {
-  EXPECT_EQ(spending().render({}, 30),
+  EXPECT_EQ(table.render({}, 30),
             "Category   Vendor        Spent\n"
             "──────────────────────────────\n"
             "Groceries  Corner sho…  412.10\n"
