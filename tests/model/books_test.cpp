@@ -130,25 +130,20 @@ TEST(Books, theCurrentOneIsTheOneKeptElseTheFirst) {
 
 TEST(Balances, countEveryKindByItsSignAndNothingElse) {
   Household home;
-  struct Case {
-    int type;
-    double sign;
-  };
+  const std::pair<int, int> signs[] = {{11, 1},  {12, -1}, {13, 1},  {14, -1}, {23, 1}, {33, -1}, {24, 1},
+                                       {34, -1}, {25, 1},  {35, -1}, {61, 0},  {82, 0}, {85, 0}};
   double expected = 0;
   double amount = 1;
-  for (const auto& [type, sign] :
-       {Case{11, 1}, Case{12, -1}, Case{13, 1}, Case{14, -1}, Case{23, 1}, Case{33, -1}, Case{24, 1},
-        Case{34, -1}, Case{25, 1}, Case{35, -1}, Case{61, 0}, Case{82, 0}, Case{85, 0}}) {
+  for (const auto& [type, sign] : signs) {
     home.sql("insert into transactions (eid, account, type, amount) values (?, ?, ?, ?)",
              {std::to_string(type), home.cash->pk, type, amount});
     expected += sign * amount;
     amount *= 2;
   }
   for (const char* out : {"deleted = 1", "deleted = 3", "paid = 0"}) {
-    const auto eid = home.root.newIdentifier();
     home.sql("insert into transactions (eid, account, type, amount) values (?, ?, 11, 1e6)",
-             {eid, home.cash->pk});
-    home.sql("update transactions set " + std::string(out) + " where eid = ?", {eid});
+             {out, home.cash->pk});
+    home.sql("update transactions set " + std::string(out) + " where eid = ?", {out});
   }
   home.sql("update account set beginBalance = 0.5 where oldTitle = ?", {home.cash->pk});
   home.cash->getInfo();
