@@ -175,7 +175,7 @@ TEST(FaultLog, staysSmallAndOutOfBackups) {
   EXPECT_TRUE(contains(device.takeFaults(), "alone"));
 }
 
-TEST(Data, isCountedClearedAndSearchedAsAWhole) {
+TEST(Data, isCountedAndClearedAsAWhole) {
   Device device;
   device.open();
   EXPECT_EQ(device.db.getTheFirstUsingDateOfApp(), std::nullopt);
@@ -184,13 +184,6 @@ TEST(Data, isCountedClearedAndSearchedAsAWhole) {
   device.sql("insert into transactions (eid, type, editDate) values ('never', 12, 1000000)");
   EXPECT_FALSE(device.db.isEmpty());
   EXPECT_EQ(device.db.getTheFirstUsingDateOfApp(), Date{5000000}) << "1,000,000 is no stamp";
-
-  device.sql(
-      "insert into transactions (eid, note) values ('a', 'appdebugtrace'), ('s', 'syncdatacompletely')");
-  EXPECT_TRUE(device.db.enabledDebug("trace"));
-  EXPECT_TRUE(device.db.deleteDebugItem("trace"));
-  EXPECT_FALSE(device.db.enabledDebug("trace"));
-  EXPECT_TRUE(device.db.enabledDebug("syncdatacompletely"));
 
   device.sql("insert into photos (eid) values ('first')");
   EXPECT_TRUE(DoDB::makeAllDataDeleted(device.root));
@@ -208,21 +201,6 @@ TEST(Data, theCurrencyListIsFilledOnce) {
   EXPECT_EQ(device.number("select count(distinct editDate) from category where parent = '_currency'"), 10);
   device.sql("update category set deleted = 1 where title != 'EUR'");
   EXPECT_EQ(DoDB::getCurrencyList(device.root), std::vector<std::string>{"EUR"});
-}
-
-TEST(Data, settingsKeptTwiceGoToTheDevice) {
-  Device device;
-  device.open();
-  device.platform.userDefaults->setString("kept", "lastSyncState");
-  device.sql(
-      "insert into monivaSys (key, value, editDate) values ('lastBackupDate', 'new', 2000002),"
-      " ('lastBackupDate', 'old', 2000001), ('lastSyncDate', 'then', 0), ('other', 'x', 0)");
-  device.db.saveDBSysInfoToLocal();
-  const auto& defaults = *device.platform.userDefaults;
-  EXPECT_EQ(defaults.stringForKey("lastBackupDate"), "new") << "of two rows the newest";
-  EXPECT_EQ(defaults.stringForKey("lastSyncDate"), "then");
-  EXPECT_EQ(defaults.stringForKey("lastSyncState"), "kept");
-  EXPECT_EQ(defaults.stringForKey("other"), std::nullopt);
 }
 
 }  // namespace
