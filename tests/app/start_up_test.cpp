@@ -337,34 +337,5 @@ TEST(CrashRecords, areToldOfOnceAndTheLogWhenAskedFor) {
   }
 }
 
-/// A host that takes the time back as soon as it was granted.
-class ImpatientTasks final : public BackgroundTasks {
- public:
-  int begin(std::function<void(double)> onExpire) override {
-    expire = std::move(onExpire);
-    return ++begun;
-  }
-  void end(int task) override { ended.push_back(task); }
-  std::function<void(double)> expire;
-  int begun = 0;
-  std::vector<int> ended;
-};
-
-TEST(BackgroundTask, endsOnceHoweverItEnds) {
-  Program program;
-  auto owned = std::make_unique<ImpatientTasks>();
-  auto& tasks = *owned;
-  program.platform.backgroundTasks = std::move(owned);
-  program.launch();
-  program.app.applicationDidEnterBackground();
-  EXPECT_EQ(tasks.ended, std::vector<int>{1});
-  tasks.expire(2.5);
-  EXPECT_EQ(tasks.ended, std::vector<int>{1}) << "an expiry after the end ends nothing";
-  program.root.taskID = 1;
-  tasks.expire(2.5);
-  EXPECT_EQ(tasks.ended, (std::vector<int>{1, 1}));
-  EXPECT_EQ(program.root.taskID, 0);
-}
-
 }  // namespace
 }  // namespace moniva

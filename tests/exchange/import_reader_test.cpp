@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <map>
 
 namespace moniva {
 namespace {
@@ -52,22 +50,16 @@ std::vector<std::string> problemsOf(const ImportFile& file) {
   return shown;
 }
 
-TEST(ReadImport, readsEveryRecordOfAHousehold) {
+TEST(ReadImport, readsTheRecordsOfAHousehold) {
   const auto file = readAll(ImportReader::open(MONIVA_SOURCE_DIR "/examples/household.csv"));
   ASSERT_TRUE(file) << file.error().why;
   EXPECT_EQ(problemsOf(*file), std::vector<std::string>{});
   EXPECT_EQ(file->ignoredHeadings, std::vector<std::string>{});
-  std::map<ImportKind, std::int64_t> cents;
-  std::int64_t dollarCents = 0;
+  double dollars = 0;
   for (const auto& record : file->records) {
-    cents[record.kind] += std::llround(record.amount * 100);
-    if (record.foreignCurrency == "USD") dollarCents += std::llround(record.foreignAmount.value() * 100);
+    if (record.foreignCurrency == "USD") dollars += record.foreignAmount.value();
   }
-  EXPECT_EQ(cents, (std::map<ImportKind, std::int64_t>{{ImportKind::expense, 12087172},
-                                                       {ImportKind::income, 14697377},
-                                                       {ImportKind::transfer, 4379447}}));
-  EXPECT_EQ(dollarCents, 1137552);
-
+  EXPECT_NEAR(dollars, 11375.52, 0.001);
   const auto& market = file->records.at(2);
   EXPECT_EQ(market.line, 4U);
   EXPECT_EQ(market.date, (ImportDate{2022, 1, 1, 8, 27, 51, true}));
@@ -217,43 +209,31 @@ TEST(ReadImport, keepsTextsAsTypedUpToTenThousandCharacters) {
 TEST(ParseImportDate, readsDatesAndRefusesTheRest) {
   struct Case {
     std::string_view text;
-    DateOrder order;
-    std::optional<ImportDate> date;
+    ImportDate date;
+    DateOrder order = DateOrder::automatic;
   };
-  constexpr auto open = DateOrder::automatic;
-  const std::vector<Case> cases = {
-      {" 2024.2.9 ", open, ImportDate{2024, 2, 9}},
-      {"20240229", open, ImportDate{2024, 2, 29}},
-      {"2024-02-29 14:30:05", open, ImportDate{2024, 2, 29, 14, 30, 5, true}},
-      {"29.02.2024  4:30", open, ImportDate{2024, 2, 29, 4, 30, 0, true}},
-      {"29/02/2024", open, ImportDate{2024, 2, 29}},
-      {"03/03/2024", open, ImportDate{2024, 3, 3}},
-      {"02/03/2024", DateOrder::dayFirst, ImportDate{2024, 3, 2}},
-      {"02/03/2024", DateOrder::monthFirst, ImportDate{2024, 2, 3}},
-      {"02/03/2024", open, {}},
-      {"29/02/2024", DateOrder::monthFirst, {}},
-      {"1900-02-29", open, {}},
-      {"31/04/2024", open, {}},
-      {"2024-00-10", open, {}},
-      {"0000-01-01", open, {}},
-      {"29.02.24", open, {}},
-      {"2024-02/29", open, {}},
-      {"2024-02-290", open, {}},
-      {"2024-02-29x", open, {}},
-      {"2024-02-29 25:00", open, {}},
-      {"2024-02-29 14:3", open, {}},
-      {"2024-02-29T14:30:05Z", open, {}},
-      {"", open, {}},
-  };
-  for (const auto& [text, order, expected] : cases) {
-    const auto date = parseImportDate(text, order);
-    ASSERT_EQ(date.has_value(), expected.has_value()) << text;
-    if (date) {
-      EXPECT_EQ(*date, *expected) << text;
-    } else {
-      EXPECT_NE(date.error().why.find(text), std::string::npos) << date.error().why;
-    }
+  for (const auto& [text, date, order] : {
+           Case{" 2024.2.9 ", {2024, 2, 9}},
+           Case{"20240229", {2024, 2, 29}},
+           Case{"2024-02-29 14:30:05", {2024, 2, 29, 14, 30, 5, true}},
+           Case{"29.02.2024  4:30", {2024, 2, 29, 4, 30, 0, true}},
+           Case{"29/02/2024", {2024, 2, 29}},
+           Case{"03/03/2024", {2024, 3, 3}},
+           Case{"02/03/2024", {2024, 3, 2}, DateOrder::dayFirst},
+           Case{"02/03/2024", {2024, 2, 3}, DateOrder::monthFirst},
+       }) {
+    const auto read = parseImportDate(text, order);
+    ASSERT_TRUE(read) << read.error().why;
+    EXPECT_EQ(*read, date) << text;
   }
+  for (const std::string_view text :
+       {"", "02/03/2024", "1900-02-29", "31/04/2024", "2024-00-10", "0000-01-01", "29.02.24", "2024-02/29",
+        "2024-02-290", "2024-02-29x", "2024-02-29 25:00", "2024-02-29 14:3", "2024-02-29T14:30:05Z"}) {
+    const auto read = parseImportDate(text, DateOrder::automatic);
+    ASSERT_FALSE(read) << text;
+    EXPECT_NE(read.error().why.find(text), std::string::npos) << read.error().why;
+  }
+  EXPECT_FALSE(parseImportDate("29/02/2024", DateOrder::monthFirst));
 }
 
 TEST(IdentityOf, tellsRecordsApartByAllTheySay) {

@@ -207,22 +207,6 @@ TEST(Vendors, areOneOfATitleAndType) {
   EXPECT_TRUE(vendor->updateUsingCount(kind::kExpense));
   EXPECT_EQ(Vendor::getVendor(home.root, shop)->usedTimes, 1);
   EXPECT_GT(home.number("select editDate from category where oldTitle = ?", {shop}), before);
-
-  struct Case {
-    int transactionType;
-    Edition edition;
-    int type;
-    const char* title;
-  };
-  for (const auto& [transactionType, edition, type, title] :
-       {Case{11, Edition::second, 9, "NoPayer"}, Case{81, Edition::plus, 9, "NoPayer"},
-        Case{12, Edition::second, 6, "NoPayee"}, Case{14, Edition::plus, 6, "NoVendor"}}) {
-    home.platform.info.edition = edition;
-    const auto none = Vendor::noVendor(home.root, transactionType);
-    EXPECT_TRUE(none.isNoVendor());
-    EXPECT_EQ(none.type, type) << transactionType;
-    EXPECT_EQ(none.title, title) << transactionType;
-  }
 }
 
 }  // namespace

@@ -56,23 +56,17 @@ TEST(NotificationCenter, tellsWhoeverObservesTheName) {
   NotificationCenter center;
   std::string trace;
   auto first = center.observe("a", [&] { trace += "1"; });
-  {
-    auto token = center.observe("a", [&] { trace += "2"; });
-    auto other = center.observe("b", [&] { trace += "?"; });
-    center.post("a");
-    EXPECT_EQ(trace, "12");
-  }
-  // An observer may end itself, and add another, while it is told.
+  const auto other = center.observe("b", [&] { trace += "?"; });
+  center.post("a");
+  // An observer may end another, and add one, while it is told.
   NotificationCenter::Token added;
-  auto second = center.observe("a", [&] {
+  const auto second = center.observe("a", [&] {
     first.reset();
-    added = center.observe("a", [&] { trace += "3"; });
+    added = center.observe("a", [&] { trace += "2"; });
   });
   center.post("a");
-  EXPECT_EQ(trace, "121");
-  second.reset();
   center.post("a");
-  EXPECT_EQ(trace, "1213");
+  EXPECT_EQ(trace, "112");
 }
 
 }  // namespace

@@ -50,22 +50,5 @@ TEST(MVAppRoot, settingsFallBackToTheirDefaultAndTheNewestRowCounts) {
   EXPECT_EQ(device.root.objectForKey("themeTintColor"), "c");
 }
 
-TEST(MVAppRoot, theTimeOfTheLatestChangeIsWrittenOnce) {
-  Device device;
-  device.open();
-  device.root.updateRecentEditDateIfNeed();
-  EXPECT_EQ(device.number("select count(*) from monivaSys"), 0) << "nothing was changed";
-  for (const char* moment : {"2024-02-29 14:30:05", "2024-03-01 09:00:00"}) {
-    device.setClock(moment);
-    device.root.markRecentEditDate();
-    const auto before = device.connection().commits();
-    device.root.updateRecentEditDateIfNeed();
-    EXPECT_EQ(device.connection().commits(), before + 1);
-    EXPECT_EQ(device.rows("select value || '|' || (editDate = ?) || '|' || (ipid = ?) from monivaSys",
-                          {device.on(moment), device.root.itsUDID()}),
-              std::string(moment) + "|1|1");
-  }
-}
-
 }  // namespace
 }  // namespace moniva

@@ -235,20 +235,16 @@ TEST(Recovery, aResetKeepsTheOldStoreBesideTheEmptyOne) {
 }
 
 /// A cloud that keeps one data file in one container.
-class OneContainer final : public CloudContainers {
- public:
-  OneContainer(std::string name, fs::path file, std::vector<std::string>& asked)
-      : name_(std::move(name)), file_(std::move(file)), asked_(asked) {}
+struct OneContainer final : CloudContainers {
   bool isSignedIn() const override { return true; }
   bool restoreDatafile(std::string_view containerID, const fs::path& to) override {
-    asked_.emplace_back(containerID);
-    return containerID == name_ && fs::copy_file(file_, to);
+    asked += std::string(containerID) + " ";
+    return containerID == name && fs::copy_file(file, to);
   }
 
- private:
-  std::string name_;
-  fs::path file_;
-  std::vector<std::string>& asked_;
+  std::string name;
+  fs::path file;
+  std::string asked;
 };
 
 TEST(Recovery, damageFoundWhileReadingIsKeptInMind) {
@@ -270,28 +266,29 @@ TEST(Recovery, damageFoundWhileReadingIsKeptInMind) {
 TEST(Recovery, theCloudIsAskedInTheEditionsOrder) {
   struct Case {
     Edition edition;
-    const char* has;
-    std::vector<std::string> asked;
-    const char* why;
+    const char* name;
+    const char* asked;
+    bool damaged;
   };
-  for (const auto& [edition, has, expected, why] : {
-           Case{Edition::second, "moniva1", {"moniva2", "monivaPlus", "moniva1"}, "its own first"},
-           Case{Edition::plus, "moniva2", {"monivaPlus", "moniva2"}, "and none after the one that has it"},
-           Case{Edition::second, "damaged", {"moniva2", "monivaPlus", "moniva1"}, "the template then"},
-       }) {
+  for (const auto& [edition, name, asked, damaged] :
+       {Case{Edition::second, "moniva1", "moniva2 monivaPlus moniva1 ", false},
+        Case{Edition::plus, "moniva2", "monivaPlus moniva2 ", false},
+        Case{Edition::second, "moniva1", "moniva2 monivaPlus moniva1 ", true}}) {
     Device device;
-    const TemporaryFolder cloud;
-    const bool damaged = std::string_view(has) == "damaged";
-    makeStore(cloud / "data", "cloud");
-    if (damaged) putBytes(cloud / "data", "damaged on its way");
-    std::vector<std::string> asked;
+    const TemporaryFolder folder;
+    auto owned = std::make_unique<OneContainer>();
+    auto& cloud = *owned;
+    cloud.name = name;
+    cloud.file = folder / "data";
+    device.platform.cloud = std::move(owned);
     device.platform.info.edition = edition;
-    device.platform.cloud = std::make_unique<OneContainer>(damaged ? "moniva1" : has, cloud / "data", asked);
+    makeStore(cloud.file, "cloud");
+    if (damaged) putBytes(cloud.file, "damaged on its way");
     device.open();
-    EXPECT_EQ(asked, expected) << why;
-    EXPECT_EQ(marks(device), damaged ? "" : "cloud") << why;
-    EXPECT_EQ(device.platform.userDefaults->stringForKey("copyDataFile").has_value(), damaged) << why;
-    EXPECT_EQ(device.takeFaults().find("已损坏") != std::string::npos, damaged) << why;
+    EXPECT_EQ(cloud.asked, asked);
+    EXPECT_EQ(marks(device), damaged ? "" : "cloud") << "damaged, the template takes its place";
+    EXPECT_EQ(device.platform.userDefaults->stringForKey("copyDataFile").has_value(), damaged);
+    EXPECT_EQ(device.takeFaults().find("已损坏") != std::string::npos, damaged);
   }
 }
 
