@@ -198,6 +198,8 @@ TEST(Vendors, areOneOfATitleAndType) {
   home.sql("update category set deleted = 1 where oldTitle = ?", {shop});
   EXPECT_EQ(add("Ärzte", Vendor::kPayee), shop);
   EXPECT_EQ(home.number("select deleted from category where oldTitle = ?", {shop}), 0);
+  home.sql("insert into category (title, type, deleted, oldTitle) values ('Ärzte', 6, 1, 'removed')");
+  EXPECT_EQ(add("Ärzte", Vendor::kPayee), shop) << "one in use goes before one that is deleted";
 
   auto spend = home.spend("Doctor", 20, home.on("2024-02-29"));
   home.set(spend, "vendor", shop);
