@@ -7,23 +7,26 @@
 
 namespace moniva {
 
-Run::Run(Connection* connection, sqlite3_stmt* statement, bool owned)
-    : connection_(connection), statement_(statement), owned_(owned), ok_(statement != nullptr) {}
+Run::Run(Connection* connection, sqlite3_stmt* statement, bool* held)
+    : connection_(connection), statement_(statement), held_(held), ok_(statement != nullptr) {
+  if (held_ != nullptr) *held_ = true;
+}
 
 Run::Run(Run&& other) noexcept
     : connection_(other.connection_),
       statement_(std::exchange(other.statement_, nullptr)),
-      owned_(other.owned_),
+      held_(other.held_),
       ok_(other.ok_),
       ended_(other.ended_) {}
 
 Run::~Run() {
   if (statement_ == nullptr) return;
-  if (owned_) {
+  if (held_ == nullptr) {
     sqlite3_finalize(statement_);
   } else {
     sqlite3_reset(statement_);
     sqlite3_clear_bindings(statement_);
+    *held_ = false;
   }
 }
 
@@ -74,7 +77,7 @@ Connection::Connection(sqlite3* handle, std::filesystem::path path)
 }
 
 Connection::~Connection() {
-  for (auto& [text, statement] : statements_) sqlite3_finalize(statement);
+  for (auto& [text, kept] : statements_) sqlite3_finalize(kept.statement);
   sqlite3_close_v2(handle_);
 }
 
@@ -120,21 +123,18 @@ Run Connection::query(std::string_view sql, std::initializer_list<Value> argumen
 }
 
 Run Connection::query(std::string_view sql, std::span<const Value> arguments) {
-  if (depth_ > 0 && !inTransaction()) return {this, nullptr, false};
+  if (depth_ > 0 && !inTransaction()) return {this, nullptr, nullptr};
   sqlite3_stmt* statement = nullptr;
-  bool owned = false;
+  bool* mark = nullptr;
   if (const auto found = statements_.find(sql); found != statements_.end()) {
-    statement = found->second;
     // The same text may already be running further up the stack; that run keeps its place.
-    if (sqlite3_stmt_busy(statement) != 0) {
-      statement = compile(sql);
-      owned = true;
-    }
+    statement = found->second.held ? compile(sql) : found->second.statement;
+    if (!found->second.held) mark = &found->second.held;
   } else {
     statement = compile(sql);
-    if (statement != nullptr) statements_.emplace(sql, statement);
+    if (statement != nullptr) mark = &statements_.emplace(sql, Kept{statement}).first->second.held;
   }
-  Run run(this, statement, owned);
+  Run run(this, statement, mark);
   if (statement == nullptr) return run;
   if (sqlite3_bind_parameter_count(statement) != static_cast<int>(arguments.size())) {
     noteError(SQLITE_RANGE, fmt::format("{} arguments given for {} slots in: {}", arguments.size(),

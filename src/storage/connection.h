@@ -43,11 +43,12 @@ class Run {
 
  private:
   friend class Connection;
-  Run(Connection* connection, sqlite3_stmt* statement, bool owned);
+  /// `held` is the mark of a kept statement that a run has it; null for a statement of the run's own.
+  Run(Connection* connection, sqlite3_stmt* statement, bool* held);
 
   Connection* connection_;
   sqlite3_stmt* statement_;
-  bool owned_;
+  bool* held_;
   bool ok_ = true;
   bool ended_ = false;
 };
@@ -124,7 +125,11 @@ class Connection {
   std::filesystem::path path_;
   std::uint64_t serial_;
   int patience_ = 0;
-  std::unordered_map<std::string, sqlite3_stmt*, TextHash, std::equal_to<>> statements_;
+  struct Kept {
+    sqlite3_stmt* statement = nullptr;
+    bool held = false;  ///< by a run, until that goes: also one that has ended is still to be reset
+  };
+  std::unordered_map<std::string, Kept, TextHash, std::equal_to<>> statements_;
   int errorCode_ = 0;
   std::string errorMessage_;
   std::function<void(int, const std::string&)> fileFault_;

@@ -68,6 +68,7 @@ TEST(Connection, compilesATextOnceAndRunsItWithinItself) {
     pairs += std::string(outer.text(0)) + device.rows(text, {"k"}).substr(0, 1) + " ";
   }
   EXPECT_EQ(pairs, "aa ba ca ") << "the same text, run inside itself, keeps its place";
+  EXPECT_EQ(device.rows(text, {"k"}), "a\nb\nc") << "a run that has ended but not gone is no hindrance";
 
   auto insert = db.query("insert into monivaSys (key, value) values ('once', '')");
   EXPECT_FALSE(insert.next());
