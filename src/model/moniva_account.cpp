@@ -2,6 +2,7 @@
 
 #include <boost/json.hpp>
 
+#include "model/title.h"
 #include "model/transaction_type.h"
 #include "storage/transaction.h"
 
@@ -31,6 +32,10 @@ std::string_view overviewUI(Edition edition) {
     default:
       return "BookDashboardControllerV1";
   }
+}
+
+boost::json::string_view orderKey(int categoryType) {
+  return categoryType == kind::kIncome ? "incomeCategoryOrderType" : "expenseCategoryOrderType";
 }
 
 bool isBlank(std::string_view text) {
@@ -145,7 +150,7 @@ void MonivaAccount::setType(std::string_view type) {
 }
 
 Result<> MonivaAccount::add() {
-  if (isBlank(title)) return refuse("a {} needs a title", isBook() ? "book" : "payment account");
+  if (auto usable = checkTitle(title, isBook() ? "a book" : "a payment account"); !usable) return usable;
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   if (isAccount() && isBlank(aType)) aType = "_SavingAccount";
@@ -223,6 +228,21 @@ bool MonivaAccount::updateMonthStartsOn(int day) {
 bool MonivaAccount::updateYearStartsOn(int month) {
   yearStartsOn = month;
   return update("update account set yearStartsOn = ?, editDate = ?, edit_ipid = ? where oldTitle = ?", month);
+}
+
+bool MonivaAccount::updateExpandOption() {
+  return update("update account set expandOption = ?, editDate = ?, edit_ipid = ? where oldTitle = ?",
+                boost::json::serialize(expandOptionDict));
+}
+
+std::string MonivaAccount::getCategoryOrder(int type) const {
+  const auto* mode = expandOptionDict.if_contains(orderKey(type));
+  return mode != nullptr && mode->is_string() ? std::string(mode->get_string()) : "0";
+}
+
+bool MonivaAccount::setCategoryOrder(std::string_view mode, int type) {
+  expandOptionDict[orderKey(type)] = boost::json::string_view(mode.data(), mode.size());
+  return updateExpandOption();
 }
 
 bool MonivaAccount::updateTotalBalance(double balance) {

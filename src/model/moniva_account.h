@@ -73,6 +73,9 @@ class MonivaAccount {
   bool updateWeekStartsOn(int day);
   bool updateMonthStartsOn(int day);
   bool updateYearStartsOn(int month);
+  /// The order mode of the book's categories of a type (11 income, otherwise expense): "0" unless it was set.
+  std::string getCategoryOrder(int type) const;
+  bool setCategoryOrder(std::string_view mode, int type);
   /// Caches the balance; not an edit, so it leaves the stamp alone.
   bool updateTotalBalance(double balance);
   /// The same for what is added to it.
@@ -88,6 +91,8 @@ class MonivaAccount {
   static std::optional<MonivaAccount> withTitle(MVAppRoot& root, int aKind, std::string_view title);
   void read(const Run& run);
   bool update(std::string_view sql, const Value& value);
+  /// Writes `expandOptionDict` with the edit stamp.
+  bool updateExpandOption();
 
   MVAppRoot* root_;
 };

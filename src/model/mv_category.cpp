@@ -1,5 +1,6 @@
 #include "model/mv_category.h"
 
+#include "model/title.h"
 #include "model/transaction_type.h"
 #include "storage/transaction.h"
 
@@ -67,7 +68,7 @@ std::string MVCategory::cateString() const {
 }
 
 Result<> MVCategory::addCate() {
-  if (title.find_first_not_of(" \t\r\n") == std::string::npos) return refuse("a category needs a title");
+  if (auto usable = checkTitle(title, "a category"); !usable) return usable;
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);

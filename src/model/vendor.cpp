@@ -1,6 +1,7 @@
 #include "model/vendor.h"
 
 #include "model/mv_category.h"
+#include "model/title.h"
 #include "model/transaction_type.h"
 #include "storage/transaction.h"
 
@@ -54,7 +55,7 @@ std::optional<Vendor> Vendor::getVendor(MVAppRoot& root, std::string_view key) {
 }
 
 Result<> Vendor::add() {
-  if (title.find_first_not_of(" \t\r\n") == std::string::npos) return refuse("a vendor needs a name");
+  if (auto usable = checkTitle(title, "a vendor"); !usable) return usable;
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);

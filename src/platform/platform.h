@@ -8,6 +8,7 @@
 #include "platform/background_tasks.h"
 #include "platform/clock.h"
 #include "platform/cloud_containers.h"
+#include "platform/localization.h"
 #include "platform/log.h"
 #include "platform/notification_center.h"
 #include "platform/random_source.h"
@@ -37,6 +38,7 @@ struct Platform {
   std::unique_ptr<UserDefaults> userDefaults;
   std::unique_ptr<CloudContainers> cloud = std::make_unique<NoCloudContainers>();
   std::unique_ptr<BackgroundTasks> backgroundTasks = std::make_unique<UnlimitedBackgroundTasks>();
+  std::unique_ptr<Localization> localization = std::make_unique<Localization>();
   NotificationCenter notifications;
   Log log;
   MainQueue mainQueue;
@@ -44,6 +46,8 @@ struct Platform {
   WorkQueue backgroundQueue;
 
   Date now() const { return clock->now(); }
+  /// A text of the program in the person's language.
+  std::string localized(std::string_view text) const { return localization->localized(text); }
 };
 
 }  // namespace moniva

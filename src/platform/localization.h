@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace moniva {
+
+/// The program's own texts in the person's language. The English text is the key to its translation; what is
+/// not translated stays English.
+class Localization {
+ public:
+  virtual ~Localization() = default;
+
+  /// The text in the person's language.
+  virtual std::string localized(std::string_view text) const { return std::string(text); }
+  /// The language of the texts: "en", "de" or "zh-Hans".
+  virtual std::string language() const { return "en"; }
+};
+
+/// What a currency is called in the language of the locale ("US Dollar"); its code when it has no name.
+std::string currencyDisplayName(std::string_view code, std::string_view locale);
+
+}  // namespace moniva
