@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,10 @@ class Localization {
 
   /// The text in the person's language.
   virtual std::string localized(std::string_view text) const { return std::string(text); }
+  /// Of a text that counts `n` things the form for that number: `one` or `many` in English.
+  virtual std::string localized(std::string_view one, std::string_view many, std::int64_t n) const {
+    return std::string(n == 1 ? one : many);
+  }
   /// The language of the texts: "en", "de" or "zh-Hans".
   virtual std::string language() const { return "en"; }
 };

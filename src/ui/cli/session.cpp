@@ -205,6 +205,15 @@ void Session::leave() {
   }
 }
 
+std::string Session::filled(const std::string& translation, fmt::string_view english,
+                            fmt::format_args slots) {
+  try {
+    return fmt::vformat(translation, slots);
+  } catch (const fmt::format_error&) {
+    return fmt::vformat(english, slots);
+  }
+}
+
 std::string Session::defaultCurrency() const {
   const auto currency = moniva::defaultCurrency(platform_->calendar->locale());
   return currency.empty() ? "USD" : currency;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <fmt/format.h>
+
 #include <filesystem>
 #include <iosfwd>
 #include <limits>
@@ -79,6 +81,22 @@ class Session {
   }
   const Style& style() const { return style_; }
   const AmountFormat& amounts() const { return *amounts_; }
+  /// A text in the person's language, its slots filled: text("Added the book '{}'.", title).
+  template <class... Arguments>
+  std::string text(fmt::format_string<Arguments...> english, Arguments&&... arguments) const {
+    const fmt::string_view form = english;
+    return filled(platform_->localized({form.data(), form.size()}), form,
+                  fmt::make_format_args(arguments...));
+  }
+  /// The same for a text that counts `n` things: count("{} book", "{} books", n). Its one slot takes `n`.
+  std::string count(fmt::format_string<std::int64_t&> one, fmt::format_string<std::int64_t&> many,
+                    std::int64_t n) const {
+    const fmt::string_view single = one;
+    const fmt::string_view several = many;
+    return filled(platform_->localization->localized({single.data(), single.size()},
+                                                     {several.data(), several.size()}, n),
+                  n == 1 ? single : several, fmt::make_format_args(n));
+  }
   /// The currency of new books and accounts when none is named.
   std::string defaultCurrency() const;
   /// The answer of a command that changed something: one line on standard output.
@@ -98,6 +116,9 @@ class Session {
 
  private:
   class Host;
+
+  /// The translation with its slots filled; the English text when a translation's slots are not sound.
+  static std::string filled(const std::string& translation, fmt::string_view english, fmt::format_args slots);
 
   std::string zone();
   std::string locale();

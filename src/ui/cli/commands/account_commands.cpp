@@ -52,7 +52,7 @@ void addAccount(Session& session, const AccountAddOptions& options) {
   countTheTotalBalance(account);
   session.root().markRecentEditDate();
   if (session.options().json) return session.printJson(jsonOf(session, account));
-  session.answer(fmt::format("Added the account '{}' in {}.", account.title, account.currency));
+  session.answer(session.text("Added the account '{}' in {}.", account.title, account.currency));
 }
 
 void showAccount(Session& session, const std::string& name) {
