@@ -1,16 +1,67 @@
 #include "model/account_balance.h"
 
+#include <cmath>
 #include <functional>
 #include <set>
+
+#include "calendar/date_texts.h"
+#include "model/account_groups.h"
+#include "model/transaction_type.h"
+#include "storage/writes.h"
 
 namespace moniva {
 namespace {
 
-/// What came in and what went out, as the columns of a query.
-constexpr std::string_view kInAndOut =
-    "sum(case when type in (11, 13, 23, 24, 25) then amount end), sum(case when type in (12, 14, 33, 34, 35) "
-    "then amount"
-    " end)";
+/// The sums a balance is made of, as the columns of a query over `transactions`; `readSums` takes them in
+/// order. One pass over the rows of an account, whatever it tracks.
+constexpr std::string_view kSums =
+    "sum(case when type = 11 then amount end), sum(case when type > 21 and type < 29 and type != 23 then "
+    "amount end),"
+    " sum(case when type = 23 then amount end), sum(case when type = 12 then amount end),"
+    " sum(case when type > 31 and type < 39 and type != 33 then amount end),"
+    " sum(case when type = 33 then amount end), sum(case when type = 50 then amount end)";
+/// Which rows they are taken from.
+constexpr std::string_view kCounted = "deleted = 0 and (paid = 1 or type = 50)";
+
+int codeOf(int aKind, int trackingType) {
+  if (aKind == kBookKind) return trackingType == 11 || trackingType == 12 ? trackingType : 1112;
+  return trackingType == 12 || trackingType == 2312 ? trackingType : 1050;
+}
+
+bool tracksIncome(int code) {
+  return code != 12;
+}
+bool tracksExpense(int code) {
+  return code != 11;
+}
+/// Transfers and debts too.
+bool tracksMoves(int code) {
+  return code == 1050 || code == 2312;
+}
+
+AccountTotals readSums(const Run& run, int first, int code) {
+  AccountTotals totals;
+  if (tracksIncome(code)) totals.income = run.real(first);
+  if (tracksExpense(code)) totals.expense = run.real(first + 3);
+  if (tracksMoves(code)) {
+    totals.income += run.real(first + 1);
+    totals.transferIn = run.real(first + 2);
+    totals.expense += run.real(first + 4);
+    totals.transferOut = run.real(first + 5);
+  }
+  totals.adjusted = run.real(first + 6);
+  return totals;
+}
+
+/// 1 for a type that comes in, -1 for one that goes out, 0 for one that does not count.
+int signOf(int code, int type) {
+  if (type == kind::kIncome) return tracksIncome(code) ? 1 : 0;
+  if (type == kind::kExpense) return tracksExpense(code) ? -1 : 0;
+  if (type == kind::kBalanceCorrection) return 1;
+  if (!tracksMoves(code)) return 0;
+  if (type > 21 && type < 29) return 1;
+  return type > 31 && type < 39 ? -1 : 0;
+}
 
 double openingBalance(const MonivaAccount& account) {
   if (!account.isGroup) return account.beginBalance;
@@ -25,58 +76,133 @@ double openingBalance(const MonivaAccount& account) {
 }
 
 /// Applies `change` to the row and to every group that contains it, each once.
-bool forRowAndItsGroups(MonivaAccount& account, const std::function<bool(MonivaAccount&)>& change,
-                        std::set<std::string>& changed) {
+bool applyUpwards(MonivaAccount& account, const std::function<bool(MonivaAccount&)>& change,
+                  std::set<std::string>& changed) {
   changed.insert(account.pk);
   MVAppRoot& root = account.root();
-  bool kept = change(account);
+  if (!change(account)) return false;
   if (root.monivaAccount && root.monivaAccount->pk == account.pk) {
     root.monivaAccount->totalBalance = account.totalBalance;
   }
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return false;
-  Run run = db->query("select parent from category where title = ? and type = ? and deleted = 0",
-                      {account.pk, account.isBook() ? 8 : 7});
-  while (run.next()) {
-    auto group = MonivaAccount::getAccountWithPK(root, run.text(0));
+  for (auto& group : getFatherGroup(account)) {
     // A group that came to contain itself by a merge must not go round for ever.
-    if (group && !changed.contains(group->pk)) kept = forRowAndItsGroups(*group, change, changed) && kept;
+    if (!changed.contains(group.pk) && !applyUpwards(group, change, changed)) return false;
   }
-  return kept;
+  return true;
+}
+
+bool forRowAndItsGroups(MonivaAccount& account, const std::function<bool(MonivaAccount&)>& change) {
+  Connection* db = account.root().db().getDatabase();
+  if (db == nullptr) return false;
+  Transaction transaction(*db);
+  std::set<std::string> changed;
+  return transaction.began() && applyUpwards(account, change, changed) && transaction.commit();
 }
 
 }  // namespace
 
-double getTheTotalBalance(const MonivaAccount& account) {
+Result<AccountTotals> totalsOf(const MonivaAccount& account) {
   Connection* db = account.root().db().getDatabase();
-  if (db == nullptr) return 0;
-  Run run = db->query(fmt::format("select {} from transactions where {} and deleted = 0 and paid = 1",
-                                  kInAndOut, accountQuerySQL(account)),
-                      {account.pk});
-  return openingBalance(account) + (run.next() ? run.real(0) - run.real(1) : 0);
+  if (db == nullptr) return refuse("the store is not open");
+  Run run = db->query(
+      fmt::format("select {} from transactions where {} and {}", kSums, accountQuerySQL(account), kCounted),
+      {account.pk});
+  if (!run.next()) return tl::make_unexpected(db->refusal());
+  return readSums(run, 0, codeOf(account.aKind, account.trackingType));
+}
+
+double getTheTotalIncome(const MonivaAccount& account) {
+  return totalsOf(account).value_or(AccountTotals()).income;
+}
+
+double getTheTotalExpense(const MonivaAccount& account) {
+  return totalsOf(account).value_or(AccountTotals()).expense;
+}
+
+double getTheTotalTransferIn(const MonivaAccount& account) {
+  return totalsOf(account).value_or(AccountTotals()).transferIn;
+}
+
+double getTheTotalTransferOut(const MonivaAccount& account) {
+  return totalsOf(account).value_or(AccountTotals()).transferOut;
+}
+
+double getTheTotalBalance(const MonivaAccount& account) {
+  return openingBalance(account) + totalsOf(account).value_or(AccountTotals()).balance();
+}
+
+Result<> getAllStatistics(MonivaAccount& account) {
+  const auto totals = totalsOf(account);
+  if (!totals) return tl::make_unexpected(totals.error());
+  account.totalIncome = totals->income;
+  account.totalExpense = totals->expense;
+  account.totalTransferIn = totals->transferIn;
+  account.totalTransferOut = totals->transferOut;
+  account.adjustBalance = totals->adjusted;
+  account.totalBalance = openingBalance(account) + totals->balance();
+  return {};
 }
 
 bool countTheTotalBalance(MonivaAccount& account) {
-  std::set<std::string> changed;
-  return forRowAndItsGroups(
-      account, [](MonivaAccount& row) { return row.updateTotalBalance(getTheTotalBalance(row)); }, changed);
+  return forRowAndItsGroups(account, [](MonivaAccount& row) {
+    const auto totals = totalsOf(row);
+    return totals && row.updateTotalBalance(openingBalance(row) + totals->balance());
+  });
 }
 
-bool addToTotalBalance(MonivaAccount& account, double amount) {
-  std::set<std::string> changed;
-  return forRowAndItsGroups(
-      account, [amount](MonivaAccount& row) { return row.addToTotalBalance(amount); }, changed);
+bool addToTotalBalance(MonivaAccount& account, int transactionType, double amount) {
+  return forRowAndItsGroups(account, [&](MonivaAccount& row) {
+    const int sign = signOf(codeOf(row.aKind, row.trackingType), transactionType);
+    return sign == 0 || row.addToTotalBalance(sign * amount);
+  });
 }
 
-std::map<std::string, double, std::less<>> sumsOfAllAccounts(MVAppRoot& root) {
-  std::map<std::string, double, std::less<>> sums;
+Result<double> correctBalanceTo(MonivaAccount& account, double balance) {
+  if (!std::isfinite(balance)) return refuse("a balance is a number");
+  if (account.isGroup) return refuse("'{}' is a group; correct its members one by one", account.title);
+  MVAppRoot& root = account.root();
+  return atomically(root, [&](Connection&) -> Result<double> {
+    const auto totals = totalsOf(account);
+    if (!totals) return tl::make_unexpected(totals.error());
+    // No amount has more than six decimals: what lies behind them is noise of the sum.
+    const double missing = std::round((balance - openingBalance(account) - totals->balance()) * 1e6) / 1e6;
+    if (missing != 0) {
+      const Date now = root.now();
+      const auto written = write(
+          root,
+          fmt::format(
+              "insert into transactions (eid, amount, type, {}, datetime, sday, barcode, paid, editDate,"
+              " edit_ipid) values (?,?,?,?,?,?,?,1,?,?)",
+              account.isBook() ? "book" : "account"),
+          root.newIdentifier(), missing, kind::kBalanceCorrection, account.pk, now,
+          integerDateOfTimeZone(root.calendar(), now), root.calendar().zone(), root.editStamp(),
+          root.itsUDID());
+      if (!written) return tl::make_unexpected(written.error());
+    }
+    if (!countTheTotalBalance(account)) return refusalOfStore(root);
+    return missing;
+  });
+}
+
+Result<std::map<std::string, double, std::less<>>> sumsOfAllAccounts(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
-  if (db == nullptr) return sums;
-  Run run =
-      db->query(fmt::format("select account, {} from transactions where account != '' and deleted = 0 and "
-                            "paid = 1 group by account",
-                            kInAndOut));
-  while (run.next()) sums.emplace(run.text(0), run.real(1) - run.real(2));
+  if (db == nullptr) return refuse("the store is not open");
+  std::map<std::string, int, std::less<>> codes;
+  {
+    Run run = db->query("select oldTitle, incomeEnabled from account where kind = 1");
+    while (run.next()) {
+      codes.emplace(run.text(0), codeOf(kAccountKind, static_cast<int>(run.integer(1))));
+    }
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  std::map<std::string, double, std::less<>> sums;
+  Run run = db->query(fmt::format(
+      "select account, {} from transactions where account != '' and {} group by account", kSums, kCounted));
+  while (run.next()) {
+    const auto code = codes.find(run.text(0));
+    sums.emplace(run.text(0), readSums(run, 1, code == codes.end() ? 1050 : code->second).balance());
+  }
+  if (!run.ok()) return tl::make_unexpected(db->refusal());
   return sums;
 }
 

@@ -5,22 +5,54 @@
 
 #include "model/moniva_account.h"
 
-/// Balances: what is in an account, from its opening balance and its settled transactions. Money comes in by
-/// income (11, 13), borrowing (24), being repaid (25) and transfers in (23); it goes out by expense (12, 14),
-/// lending (34), repaying (35) and transfers out (33). Deleted rows and pending ones do not count.
+/// Balances: what is in an account, from its opening balance, its settled transactions and its corrections.
+/// Which transactions come in and go out follows from what the row tracks:
+///
+///     tracks       comes in                       goes out
+///     1050, 2312   income (11), 22 to 28          expense (12), 32 to 38
+///     1112         income (11)                    expense (12)
+///     11           income (11)
+///     12                                          expense (12)
+///
+/// where 22 to 28 are money borrowed, repaid to us and transferred in, 32 to 38 money lent, repaid by us and
+/// transferred out. A row that tracks anything else counts as its kind does: 1050 an account, 1112 a book.
+/// Deleted rows and pending ones do not count; corrections (50) have a sign of their own and count always.
 namespace moniva {
 
-/// The balance of the row, computed; for a group over its members.
+/// What the transactions of a row come to, each part by itself; parts that the row does not track are 0.
+struct AccountTotals {
+  double income = 0;   ///< without transfers
+  double expense = 0;  ///< without transfers
+  double transferIn = 0;
+  double transferOut = 0;
+  double adjusted = 0;  ///< corrections, above or below zero
+
+  double balance() const { return income + transferIn - expense - transferOut + adjusted; }
+};
+
+/// The totals of a book, an account or a group, computed in one pass.
+Result<AccountTotals> totalsOf(const MonivaAccount& account);
+double getTheTotalIncome(const MonivaAccount& account);
+double getTheTotalExpense(const MonivaAccount& account);
+double getTheTotalTransferIn(const MonivaAccount& account);
+double getTheTotalTransferOut(const MonivaAccount& account);
+/// The balance of the row, computed; for a group over its members, with their opening balances.
 double getTheTotalBalance(const MonivaAccount& account);
+/// Keeps the totals and the balance in the object; the row is not written.
+Result<> getAllStatistics(MonivaAccount& account);
 
 /// Computes the balance, caches it in the row and in the current book if it is this one, and does the same
-/// for every group that contains the row. False when it could not be written.
+/// for every group that contains the row. False, with nothing kept, when it could not be read or written.
 bool countTheTotalBalance(MonivaAccount& account);
+/// The same for one more settled transaction of that type, without counting everything again.
+bool addToTotalBalance(MonivaAccount& account, int transactionType, double amount);
 
-/// The same for one more amount (below zero for one that goes out), without counting everything again.
-bool addToTotalBalance(MonivaAccount& account, double amount);
+/// Makes the balance what it is found to be, by a correction dated now: a row of type 50 that is no income
+/// and no expense. Answers what was added (below zero when it was too much); 0 writes nothing. A group is
+/// refused.
+Result<double> correctBalanceTo(MonivaAccount& account, double balance);
 
 /// What all accounts' transactions come to, by account key, in one pass; opening balances are not in it.
-std::map<std::string, double, std::less<>> sumsOfAllAccounts(MVAppRoot& root);
+Result<std::map<std::string, double, std::less<>>> sumsOfAllAccounts(MVAppRoot& root);
 
 }  // namespace moniva

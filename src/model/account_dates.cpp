@@ -40,4 +40,28 @@ Result<std::optional<Date>> getTheDateOfLastTransaction(const MonivaAccount& acc
   return ask(account, "max");
 }
 
+Result<> getAllPeriod(MonivaAccount& account) {
+  const auto first = getTheDateOfFirstTransaction(account);
+  if (!first) return tl::make_unexpected(first.error());
+  const auto last = getTheDateOfLastTransaction(account);
+  if (!last) return tl::make_unexpected(last.error());
+  account.dateOfFirstTransaction = *first;
+  account.dateOfLastTransaction = *last;
+  MVAppRoot& root = account.root();
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  // A text is greater than every number, so the index has all of them at its end.
+  Run run = db->query(
+      fmt::format("select 1 from transactions where datetime >= '' and {} and typeof(datetime) = 'text'"
+                  " limit 1",
+                  accountQuerySQL(account)),
+      {account.pk});
+  if (run.next()) {
+    root.platform().userDefaults->setString("1", "updateStringTypeDateField");
+    root.platform().log.line("数据库日期字段结构为string");
+  }
+  if (!run.ok()) return tl::make_unexpected(db->refusal());
+  return {};
+}
+
 }  // namespace moniva

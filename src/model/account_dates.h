@@ -12,4 +12,8 @@ namespace moniva {
 Result<std::optional<Date>> getTheDateOfFirstTransaction(const MonivaAccount& account);
 Result<std::optional<Date>> getTheDateOfLastTransaction(const MonivaAccount& account);
 
+/// Keeps both in the object. Dates that an older program stored as texts leave a request for their repair
+/// with the settings.
+Result<> getAllPeriod(MonivaAccount& account);
+
 }  // namespace moniva

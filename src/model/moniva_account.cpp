@@ -2,9 +2,10 @@
 
 #include <boost/json.hpp>
 
+#include "base/text.h"
 #include "model/title.h"
 #include "model/transaction_type.h"
-#include "storage/transaction.h"
+#include "storage/writes.h"
 
 namespace moniva {
 namespace {
@@ -32,14 +33,6 @@ std::string_view overviewUI(Edition edition) {
     default:
       return "BookDashboardControllerV1";
   }
-}
-
-boost::json::string_view orderKey(int categoryType) {
-  return categoryType == kind::kIncome ? "incomeCategoryOrderType" : "expenseCategoryOrderType";
-}
-
-bool isBlank(std::string_view text) {
-  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
 
 }  // namespace
@@ -82,14 +75,21 @@ std::optional<MonivaAccount> MonivaAccount::getBookWithTitle(MVAppRoot& root, st
   return withTitle(root, kBookKind, title);
 }
 
-std::vector<MonivaAccount> MonivaAccount::list(MVAppRoot& root, int aKind) {
+MonivaAccount MonivaAccount::pseudo(MVAppRoot& root, std::string_view type) {
+  MonivaAccount account(root);
+  account.aKind = kAccountKind;
+  account.pk = account.aType = account.title = type;
+  return account;
+}
+
+std::vector<MonivaAccount> MonivaAccount::list(MVAppRoot& root, int aKind, Rows which) {
   std::vector<MonivaAccount> rows;
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return rows;
   Run run = db->query(fmt::format("select {}, oldTitle from account where kind = ? and deleted = 0 and "
-                                  "isGroup = 0 order by orderID, eid",
+                                  "isGroup = ? order by orderID, eid",
                                   kColumns),
-                      {aKind});
+                      {aKind, which == Rows::groups});
   while (run.next()) {
     MonivaAccount row(root);
     row.read(run);
@@ -133,6 +133,20 @@ void MonivaAccount::read(const Run& run) {
   }
 }
 
+bool MonivaAccount::isOtherAccount() const {
+  return isAccount() && !isSavingAccount() && !isDebtAccount() && !isPrepaidAccount() && !isDiscountAccount();
+}
+
+bool MonivaAccount::isEmpty() const {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return false;
+  Run run =
+      db->query(isBook() ? "select count(eid) as eid_count from transactions where book = ? and type < 20"
+                         : "select count(eid) as eid_count from transactions where account = ? and type < 50",
+                {pk});
+  return run.next() && run.integer(0) == 0;
+}
+
 void MonivaAccount::setType(std::string_view type) {
   aType = type;
   if (type == "_PrepaidAccount") {
@@ -149,110 +163,67 @@ void MonivaAccount::setType(std::string_view type) {
   expandOptionDict["showProfitForSummary"] = showProfitForSummary;
 }
 
-Result<> MonivaAccount::add() {
-  if (auto usable = checkTitle(title, isBook() ? "a book" : "a payment account"); !usable) return usable;
-  Connection* db = root_->db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  if (isAccount() && isBlank(aType)) aType = "_SavingAccount";
-  if (isBook() && isBlank(aType)) aType = "_Book";
+Result<MonivaAccount::Added> MonivaAccount::add() {
+  if (auto usable = checkTitle(title, isBook() ? "a book" : "a payment account"); !usable)
+    return tl::make_unexpected(usable.error());
+  if (isAccount() && trimBlanks(aType).empty()) aType = "_SavingAccount";
+  if (isBook() && trimBlanks(aType).empty()) aType = "_Book";
   if (isAccount() && trackingType == 1112) trackingType = 1050;
   if (isBook() && trackingType == 1050) trackingType = 1112;
 
-  Transaction transaction(*db);
-  if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  std::string revived;
-  {
-    Run run = db->query(
-        "select oldTitle, type from account where title = ? and kind = ? and isGroup = ? and deleted = 1"
-        " order by editDate DESC",
-        {title, aKind, isGroup});
-    if (run.next()) revived = run.text(0);
-  }
-  bool written = false;
-  if (!revived.empty()) {
-    written = root_->executeUpdate(
-        "update account set deleted = 0, enabled = 1, editDate=?, edit_ipid = ? where oldTitle=?",
-        root_->editStamp(), root_->itsUDID(), revived);
-    const std::string ownNote = note;
-    pk = revived;
-    getInfo();
-    if (isBlank(ownNote)) note = ownNote;
-  } else {
+  return atomically(*root_, [this](Connection& db) -> Result<Added> {
+    std::string revived;
+    {
+      Run run = db.query(
+          "select oldTitle, type from account where title = ? and kind = ? and isGroup = ? and deleted = 1"
+          " order by editDate DESC",
+          {title, aKind, isGroup});
+      if (run.next()) revived = run.text(0);
+      if (!run.ok()) return tl::make_unexpected(db.refusal());
+    }
+    if (!revived.empty()) {
+      const auto written = write(
+          *root_, "update account set deleted = 0, enabled = 1, editDate=?, edit_ipid = ? where oldTitle=?",
+          root_->editStamp(), root_->itsUDID(), revived);
+      if (!written) return tl::make_unexpected(written.error());
+      const std::string ownNote = note;
+      pk = revived;
+      getInfo();
+      if (trimBlanks(ownNote).empty()) note = ownNote;
+      return Added::revived;
+    }
     pk = root_->newIdentifier();
     if (orderID == 0) {
-      Run run = db->query("select max(orderID) from account where kind = ?", {aKind});
+      Run run = db.query("select max(orderID) from account where kind = ?", {aKind});
       if (run.next()) orderID = static_cast<int>(run.integer(0)) + 1;
     }
     if (isBook()) expandOptionDict["overviewUI"] = std::string(overviewUI(root_->platform().info.edition));
     expandOptionDict["expenseCategoryOrderType"] = "0";
     expandOptionDict["incomeCategoryOrderType"] = "0";
     expandOptionDict["showProfitForSummary"] = showProfitForSummary;
-    written = root_->executeUpdate(
+    const auto written = write(
+        *root_,
         "insert into account (title, type, beginBalance, currency, enabled, orderID, editDate, kind, deleted,"
         " incomeEnabled, budgetEnabled, note, oldTitle, isGroup, edit_ipid, familyUser, expandOption)"
         " values(?,?,?,?,1,?,?,?,0,?,?,?,?,?,?,'',?)",
         title, aType, beginBalance, currency, orderID, root_->editStamp(), aKind, trackingType, budgetEnabled,
         note, pk, isGroup, root_->itsUDID(), boost::json::serialize(expandOptionDict));
-  }
-  if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
-  return {};
+    if (!written) return tl::make_unexpected(written.error());
+    return Added::anew;
+  });
 }
 
-Result<> MonivaAccount::addWithPeriods(PeriodStarts starts) {
-  Connection* db = root_->db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  Transaction transaction(*db);
-  if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  if (auto added = add(); !added) return added;
-  const bool written = (starts.weekStartsOn == 0 || updateWeekStartsOn(starts.weekStartsOn)) &&
-                       (starts.monthStartsOn == 0 || updateMonthStartsOn(starts.monthStartsOn)) &&
-                       (starts.yearStartsOn == 0 || updateYearStartsOn(starts.yearStartsOn));
-  if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
-  return {};
-}
-
-bool MonivaAccount::update(std::string_view sql, const Value& value) {
-  return root_->executeUpdate(sql, value, root_->editStamp(), root_->itsUDID(), pk);
-}
-
-bool MonivaAccount::updateWeekStartsOn(int day) {
-  weekStartsOn = day;
-  return update("update account set weekStartsOn = ?, editDate = ?, edit_ipid = ? where oldTitle = ?", day);
-}
-
-bool MonivaAccount::updateMonthStartsOn(int day) {
-  monthStartsOn = day;
-  return update("update account set monthStartsOn = ?, editDate = ?, edit_ipid = ? where oldTitle = ?", day);
-}
-
-bool MonivaAccount::updateYearStartsOn(int month) {
-  yearStartsOn = month;
-  return update("update account set yearStartsOn = ?, editDate = ?, edit_ipid = ? where oldTitle = ?", month);
-}
-
-bool MonivaAccount::updateExpandOption() {
-  return update("update account set expandOption = ?, editDate = ?, edit_ipid = ? where oldTitle = ?",
-                boost::json::serialize(expandOptionDict));
-}
-
-std::string MonivaAccount::getCategoryOrder(int type) const {
-  const auto* mode = expandOptionDict.if_contains(orderKey(type));
-  return mode != nullptr && mode->is_string() ? std::string(mode->get_string()) : "0";
-}
-
-bool MonivaAccount::setCategoryOrder(std::string_view mode, int type) {
-  expandOptionDict[orderKey(type)] = boost::json::string_view(mode.data(), mode.size());
-  return updateExpandOption();
-}
-
-bool MonivaAccount::updateTotalBalance(double balance) {
-  totalBalance = balance;
-  return root_->executeUpdate("update account set totalBalance=? where oldTitle=?", balance, pk);
-}
-
-bool MonivaAccount::addToTotalBalance(double amount) {
-  totalBalance += amount;
-  return root_->executeUpdate("update account set totalBalance=totalBalance+? where oldTitle=?", amount, pk);
+Result<MonivaAccount::Added> MonivaAccount::addWithPeriods(PeriodStarts starts) {
+  return atomically(*root_, [&](Connection&) -> Result<Added> {
+    auto added = add();
+    if (!added) return added;
+    Result<> set;
+    if (starts.weekStartsOn != 0) set = updateWeekStartsOn(starts.weekStartsOn);
+    if (set && starts.monthStartsOn != 0) set = updateMonthStartsOn(starts.monthStartsOn);
+    if (set && starts.yearStartsOn != 0) set = updateYearStartsOn(starts.yearStartsOn);
+    if (!set) return tl::make_unexpected(set.error());
+    return added;
+  });
 }
 
 void MonivaAccount::saveToLocal() const {

@@ -42,12 +42,33 @@ class MonivaAccount {
   std::string showProfitForSummary = "1";
   Date editDate;
 
+  // Computed on demand (getAllStatistics, getAllPeriod), in the row's currency.
+  double totalIncome = 0;
+  double totalExpense = 0;
+  double totalTransferIn = 0;
+  double totalTransferOut = 0;
+  double adjustBalance = 0;
+  std::optional<Date> dateOfFirstTransaction;
+  std::optional<Date> dateOfLastTransaction;
+  /// Whether this object has changed the row since it was loaded.
+  bool edited = false;
+
+  // Entries of pickers that stand for something else than a row; their key is their type text.
+  static MonivaAccount getNoneAccount(MVAppRoot& root) { return pseudo(root, "_NoneAccount"); }
+  static MonivaAccount getOutsideAccount(MVAppRoot& root) { return pseudo(root, "_OutsideAccount"); }
+  static MonivaAccount getMutipleAccount(MVAppRoot& root) { return pseudo(root, "_MutipleAccount"); }
+  static MonivaAccount getPendingAccount(MVAppRoot& root) { return pseudo(root, "_PendingAccount"); }
+  static bool isNoneAccount(std::string_view key) { return key == "_NoneAccount"; }
+
   // Lookups; nothing when there is no such row. By title: the live row first, then the one edited last.
   static std::optional<MonivaAccount> getAccountWithPK(MVAppRoot& root, std::string_view pk);
   static std::optional<MonivaAccount> getAccountWithTitle(MVAppRoot& root, std::string_view title);
   static std::optional<MonivaAccount> getBookWithTitle(MVAppRoot& root, std::string_view title);
-  /// The live books or accounts (not groups) in the order of the list.
-  static std::vector<MonivaAccount> list(MVAppRoot& root, int aKind);
+  enum class Rows { plain, groups };
+  /// The live books or accounts, closed ones too, in the order of the list; or the groups of them.
+  static std::vector<MonivaAccount> list(MVAppRoot& root, int aKind, Rows rows = Rows::plain);
+  /// Writes the places of the list into the rows, with the edit stamp.
+  static Result<> saveOrder(MVAppRoot& root, const std::vector<MonivaAccount>& list);
 
   /// Loads the row of `pk`; false when there is none.
   bool getInfo();
@@ -58,24 +79,65 @@ class MonivaAccount {
   bool isDebtAccount() const { return aType == "_DebtAccount"; }
   bool isPrepaidAccount() const { return aType == "_PrepaidAccount"; }
   bool isDiscountAccount() const { return aType == "_DiscountAccount"; }
+  bool isOutsideAccount() const { return aType == "_OutsideAccount"; }
+  /// An account of none of the kinds above.
+  bool isOtherAccount() const;
+  /// Whether no record is kept in the row; one that cannot be read is not called empty.
+  bool isEmpty() const;
 
   /// Sets the kind text with the tracking type and the profit display that go with it.
   void setType(std::string_view type);
-  /// Adds the row, or revives the newest deleted one of the same title, kind and group flag (with its key and
-  /// settings). A blank title is refused; so is what the store refuses, and then nothing is written.
-  Result<> add();
-
+  /// What `add` did.
+  enum class Added { anew, revived };
+  /// Adds the row, or revives the newest deleted one of the same title, kind and group flag, with its key and
+  /// settings. A title that will not do is refused; so is what the store refuses, and then nothing is
+  /// written.
+  Result<Added> add();
   /// The same, setting also when its periods begin; 0 leaves a setting as it is. One transaction with the
   /// adding.
-  Result<> addWithPeriods(PeriodStarts starts);
+  Result<Added> addWithPeriods(PeriodStarts starts);
 
-  // Each writes one column with the edit stamp.
-  bool updateWeekStartsOn(int day);
-  bool updateMonthStartsOn(int day);
-  bool updateYearStartsOn(int month);
+  // Each writes its column with the edit stamp. Refused in words, with nothing changed: what is out of range,
+  // what the store refuses, and a title that is the row's own already or another live row's.
+  Result<> updateTitle(std::string_view newTitle);
+  Result<> updateNote(std::string_view newNote);
+  /// Writes the opening balance and counts the balance afresh.
+  Result<> updateBeginBalance(double balance);
+  /// Writes the kind text and the profit display that goes with it; `updateTrackingType` writes the code.
+  Result<> updateType(std::string_view type);
+  /// Writes what the row tracks (1050, 2312 or 12 for accounts; 1112, 11 or 12 for books) and counts the
+  /// balance afresh by it.
+  Result<> updateTrackingType(int code);
+  /// A weekday from 1 (Sunday) to 7.
+  Result<> updateWeekStartsOn(int day);
+  /// A day from 1 to 31, or from -1 to -31 for that day of the month before.
+  Result<> updateMonthStartsOn(int day);
+  /// A month from 1 to 12, or from -1 to -12 for that month of the year before.
+  Result<> updateYearStartsOn(int month);
+  /// Writes the dashboard style of a book, one of `overviewStyles`.
+  Result<> updateOverViewUI(std::string_view style);
+  static const std::vector<std::string_view>& overviewStyles();
+  Result<> updateShowProfitForSummary(bool shows);
+  Result<> updateRepayNotificationEnabled(bool enabled);
+  bool repayNotificationEnabled() const;
+  /// Closes the row, or opens it again. The current book is not to be closed.
+  Result<> close(bool closed);
+  /// Writes another currency (an ISO 4217 code); the same one changes nothing. Where no open payment account
+  /// has that currency, one is added: it is answered. The row leaves all its groups, unless it is one.
+  Result<std::optional<MonivaAccount>> updateCurrency(std::string_view code);
+
+  /// Deletes the row and its memberships of groups; its records stay. The current book is not to be deleted.
+  Result<> delete_();
+  /// Brings back what was deleted under the object's title, books and accounts alike. Refused when nothing
+  /// was, or when a live row has the title by now.
+  Result<> recoverForTitle();
+  /// Removes all live records of the book or account and counts again every balance they were part of.
+  /// Answers how many there were. A group is not cleared.
+  Result<std::int64_t> clear();
+
   /// The order mode of the book's categories of a type (11 income, otherwise expense): "0" unless it was set.
   std::string getCategoryOrder(int type) const;
-  bool setCategoryOrder(std::string_view mode, int type);
+  Result<> setCategoryOrder(std::string_view mode, int type);
   /// Caches the balance; not an edit, so it leaves the stamp alone.
   bool updateTotalBalance(double balance);
   /// The same for what is added to it.
@@ -88,11 +150,15 @@ class MonivaAccount {
   MVAppRoot& root() const { return *root_; }
 
  private:
+  static MonivaAccount pseudo(MVAppRoot& root, std::string_view type);
   static std::optional<MonivaAccount> withTitle(MVAppRoot& root, int aKind, std::string_view title);
   void read(const Run& run);
-  bool update(std::string_view sql, const Value& value);
-  /// Writes `expandOptionDict` with the edit stamp.
-  bool updateExpandOption();
+  /// Runs an update of one column: value, stamp, device, key.
+  Result<> update(std::string_view sql, const Value& value);
+  /// Writes one of the display options.
+  Result<> updateOption(std::string_view key, std::string_view value);
+  /// The book in use and what is kept of it locally follow a change of its row.
+  void tellCurrentBook() const;
 
   MVAppRoot* root_;
 };

@@ -1,5 +1,7 @@
 #include "model/record_entry.h"
 
+#include <set>
+
 #include "model/account_balance.h"
 #include "model/mv_category.h"
 #include "model/vendor.h"
@@ -30,18 +32,17 @@ void EntryUpkeep::note(const Spend& spend) {
     ++categoryUses_[{spend.subcategory, spend.book}];
   }
   if (!spend.vendor.empty()) vendors_[spend.vendor] = spend.type;
-  const double change = spend.type == kind::kIncome ? spend.amount : -spend.amount;
-  noteChange(spend.book, change, spend.paid);
-  noteChange(spend.account, change, spend.paid);
+  noteChange(spend.book, spend.type, spend.amount, spend.paid);
+  noteChange(spend.account, spend.type, spend.amount, spend.paid);
 }
 
 void EntryUpkeep::note(const Transfer& transfer) {
-  noteChange(transfer.accountA, -transfer.amountA, transfer.paid);
-  noteChange(transfer.accountB, transfer.amountB, transfer.paid);
+  noteChange(transfer.accountA, kind::kTransferOut, transfer.amountA, transfer.paid);
+  noteChange(transfer.accountB, kind::kTransferIn, transfer.amountB, transfer.paid);
 }
 
-void EntryUpkeep::noteChange(const std::string& account, double amount, bool paid) {
-  if (paid && !account.empty()) changes_[account] += amount;
+void EntryUpkeep::noteChange(const std::string& account, int transactionType, double amount, bool paid) {
+  if (paid && !account.empty()) changes_[{account, transactionType}] += amount;
 }
 
 Result<> EntryUpkeep::write(Balances balances) {
@@ -65,12 +66,18 @@ bool EntryUpkeep::writeAll(Balances balances) {
     auto vendor = Vendor::getVendor(*root_, key);
     if (vendor && !vendor->updateUsingCount(type)) return false;
   }
+  std::set<std::string> counted;
   for (const auto& [key, change] : changes_) {
-    auto account = MonivaAccount::getAccountWithPK(*root_, key);
+    const auto& [accountKey, type] = key;
+    if (counted.contains(accountKey)) continue;
+    auto account = MonivaAccount::getAccountWithPK(*root_, accountKey);
     if (!account) continue;
-    const bool written =
-        balances == Balances::afresh ? countTheTotalBalance(*account) : addToTotalBalance(*account, change);
-    if (!written) return false;
+    if (balances == Balances::afresh) {
+      if (!countTheTotalBalance(*account)) return false;
+      counted.insert(accountKey);
+    } else if (!addToTotalBalance(*account, type, change)) {
+      return false;
+    }
   }
   return true;
 }

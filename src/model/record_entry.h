@@ -28,13 +28,13 @@ class EntryUpkeep {
   Result<> write(Balances balances);
 
  private:
-  void noteChange(const std::string& account, double amount, bool paid);
+  void noteChange(const std::string& account, int transactionType, double amount, bool paid);
   bool writeAll(Balances balances);
 
   MVAppRoot* root_;
   std::map<std::pair<std::string, std::string>, int> categoryUses_;  ///< by category and book
   std::map<std::string, int> vendors_;                               ///< with the type of their entries
-  std::map<std::string, double> changes_;                            ///< by book or account
+  std::map<std::pair<std::string, int>, double> changes_;            ///< by book or account, and type
 };
 
 /// Writes the entry with its upkeep, all or nothing. What is missing is made and refused as by its `add`.

@@ -17,6 +17,8 @@ inline constexpr int kBorrowed = 24;
 inline constexpr int kLent = 34;
 inline constexpr int kRepaidToUs = 25;
 inline constexpr int kRepaidByUs = 35;
+/// What a balance was corrected by; above or below zero, no income and no expense.
+inline constexpr int kBalanceCorrection = 50;
 inline constexpr int kOneTimeBudget = 60;
 inline constexpr int kMonthlyBudget = 61;
 inline constexpr int kCategoryAllocation = 62;

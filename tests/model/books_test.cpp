@@ -148,8 +148,8 @@ TEST(Balances, countEveryKindByItsSignAndNothingElse) {
   home.sql("update account set beginBalance = 0.5 where oldTitle = ?", {home.cash->pk});
   home.cash->getInfo();
   EXPECT_EQ(getTheTotalBalance(*home.cash), 0.5 + expected);
-  EXPECT_EQ(sumsOfAllAccounts(home.root).at(home.cash->pk), expected);
-  EXPECT_EQ(sumsOfAllAccounts(home.root).size(), 1U);
+  EXPECT_EQ(sumsOfAllAccounts(home.root)->at(home.cash->pk), expected);
+  EXPECT_EQ(sumsOfAllAccounts(home.root)->size(), 1U);
 
   // A group of the account, which by a merge came to contain itself, follows.
   home.sql("insert into account (title, kind, isGroup, oldTitle) values ('All', 1, 1, 'all')");

@@ -80,7 +80,7 @@ void showAccount(Session& session, const std::string& name) {
 
 void listAccounts(Session& session) {
   auto accounts = MonivaAccount::list(session.root(), kAccountKind);
-  const auto sums = sumsOfAllAccounts(session.root());
+  const auto sums = done(sumsOfAllAccounts(session.root()));
   std::map<std::string, double> totals;
   for (auto& account : accounts) {
     const auto sum = sums.find(account.pk);

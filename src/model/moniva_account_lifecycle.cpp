@@ -1,0 +1,186 @@
+#include <set>
+
+#include "calendar/date_texts.h"
+#include "model/account_balance.h"
+#include "model/account_groups.h"
+#include "model/moniva_account.h"
+#include "storage/writes.h"
+
+namespace moniva {
+namespace {
+
+Result<> recounted(MVAppRoot& root, const std::set<std::string>& keys) {
+  for (const auto& key : keys) {
+    auto account = MonivaAccount::getAccountWithPK(root, key);
+    if (account && !countTheTotalBalance(*account)) return refusalOfStore(root);
+  }
+  return {};
+}
+
+bool isCurrent(const MonivaAccount& account) {
+  const auto& current = account.root().monivaAccount;
+  return current && !current->pk.empty() && current->pk == account.pk;
+}
+
+/// The title of the account that a first currency is given: one that no live account has.
+std::string titleOfDefaultAccount(MVAppRoot& root, std::string_view code) {
+  const std::string wanted = fmt::format("{} {}", root.platform().localized("Default Payment Account"),
+                                         currencyDisplayName(code, root.calendar().locale()));
+  std::string title = wanted;
+  for (int n = 2;; ++n) {
+    const auto taken = MonivaAccount::getAccountWithTitle(root, title);
+    if (!taken || taken->isDeleted != 0) return title;
+    title = fmt::format("{} {}", wanted, n);
+  }
+}
+
+}  // namespace
+
+Result<> MonivaAccount::saveOrder(MVAppRoot& root, const std::vector<MonivaAccount>& list) {
+  return atomically(root, [&](Connection&) -> Result<> {
+    int place = 0;
+    for (const auto& account : list) {
+      auto written = write(root, "update account set orderID=?, editDate=?, edit_ipid = ? where oldTitle=?",
+                           ++place, root.editStamp(), root.itsUDID(), account.pk);
+      if (!written) return written;
+    }
+    return {};
+  });
+}
+
+Result<> MonivaAccount::close(bool closed) {
+  if (closed && isCurrent(*this)) return refuse("'{}' is the current book; use another one first", title);
+  auto written =
+      update("update account set enabled = ?, editDate = ?, edit_ipid = ? where oldTitle = ?", !closed);
+  if (written) enabled = !closed;
+  return written;
+}
+
+Result<std::optional<MonivaAccount>> MonivaAccount::updateCurrency(std::string_view code) {
+  if (code == currency) return std::optional<MonivaAccount>();
+  auto changed = atomically(*root_, [&](Connection& db) -> Result<std::optional<MonivaAccount>> {
+    auto written =
+        write(*root_, "update account set currency = ?, editDate=?, edit_ipid = ?  where oldTitle=?", code,
+              root_->editStamp(), root_->itsUDID(), pk);
+    if (!written) return tl::make_unexpected(written.error());
+    // Payment accounts are counted, whatever this row is: a book would always find itself.
+    bool hasAccount = false;
+    {
+      Run run = db.query(
+          "select count(oldTitle) as accountCount from account where currency = ? and deleted = 0 and"
+          " enabled = 1 and kind = ?",
+          {code, kAccountKind});
+      if (!run.next()) return tl::make_unexpected(db.refusal());
+      hasAccount = run.integer(0) > 0;
+    }
+    std::optional<MonivaAccount> made;
+    if (!hasAccount) {
+      made.emplace(*root_);
+      made->aKind = kAccountKind;
+      made->setType("_SavingAccount");
+      made->title = titleOfDefaultAccount(*root_, code);
+      made->currency = code;
+      if (auto added = made->add(); !added) return tl::make_unexpected(added.error());
+      // One that came back has the currency it had.
+      if (made->currency != code) {
+        if (auto set = made->updateCurrency(code); !set) return tl::make_unexpected(set.error());
+      }
+    }
+    if (!isGroup) {
+      if (auto left = removeFromAllGroup(*this); !left) return tl::make_unexpected(left.error());
+    }
+    return made;
+  });
+  if (changed) {
+    currency = code;
+    edited = true;
+    tellCurrentBook();
+  }
+  return changed;
+}
+
+Result<> MonivaAccount::delete_() {
+  if (isCurrent(*this)) return refuse("'{}' is the current book; use another one first", title);
+  auto deletedNow = atomically(*root_, [&](Connection&) -> Result<> {
+    const auto groups = getFatherGroup(*this);
+    auto written =
+        write(*root_, "update account set deleted = 1, editDate = ?, edit_ipid = ? where oldTitle = ?",
+              root_->editStamp(), root_->itsUDID(), pk);
+    // Older keys are titles, which a category may have as well: membership rows alone are meant.
+    if (written) {
+      written =
+          write(*root_,
+                "update category set deleted = 1, editDate=?, edit_ipid = ?  where (title = ? or parent = ?)"
+                " and (type = 7 or type = 8)",
+                root_->editStamp(), root_->itsUDID(), pk, pk);
+    }
+    if (!written) return written;
+    std::set<std::string> keys;
+    for (const auto& group : groups) keys.insert(group.pk);
+    return recounted(*root_, keys);
+  });
+  if (deletedNow) {
+    isDeleted = 1;
+    root_->platform().notifications.post(notification::kAccountDeleted);
+  }
+  return deletedNow;
+}
+
+Result<> MonivaAccount::recoverForTitle() {
+  return atomically(*root_, [&](Connection& db) -> Result<> {
+    {
+      Run run = db.query(
+          "select kind, isGroup, sum(deleted != 0), count(*) from account where title = ? group by kind, "
+          "isGroup",
+          {title});
+      bool any = false;
+      while (run.next()) {
+        any = any || run.integer(2) > 0;
+        if (run.integer(2) > 0 && run.integer(3) > 1) {
+          return refuse(
+              "'{}' cannot be recovered: there would be two of that title then; rename the other one first",
+              title);
+        }
+      }
+      if (!run.ok()) return tl::make_unexpected(db.refusal());
+      if (!any) return refuse("nothing of the title '{}' was deleted", title);
+    }
+    auto written =
+        write(*root_, "update account set deleted = 0, editDate = ?, edit_ipid = ? where title = ?",
+              root_->editStamp(), root_->itsUDID(), title);
+    if (written) isDeleted = 0;
+    return written;
+  });
+}
+
+Result<std::int64_t> MonivaAccount::clear() {
+  if (isGroup) return refuse("'{}' is a group; clear its members one by one", title);
+  return atomically(*root_, [&](Connection& db) -> Result<std::int64_t> {
+    std::set<std::string> touched{pk};
+    {
+      Run run = db.query(
+          isBook()
+              ? "select distinct account from transactions where book = ? and deleted = 0 and account != ''"
+              : "select distinct book from transactions where account = ? and deleted = 0 and book != ''",
+          {pk});
+      while (run.next()) touched.emplace(run.text(0));
+      if (!run.ok()) return tl::make_unexpected(db.refusal());
+    }
+    const std::string mark = fmt::format("delete by clear {} data on {}", isBook() ? "book" : "account",
+                                         stringOfDatetime(root_->calendar(), root_->now()));
+    auto written =
+        write(*root_,
+              isBook() ? "update transactions set deleted = 3, ipid = ?, editDate=?, edit_ipid = ?  where"
+                         " book = ? and deleted = 0"
+                       : "update transactions set deleted = 3, ipid = ?, editDate=?, edit_ipid = ?  where"
+                         " account = ? and deleted = 0",
+              mark, root_->editStamp(), root_->itsUDID(), pk);
+    if (!written) return tl::make_unexpected(written.error());
+    const auto cleared = db.changes();
+    if (auto counted = recounted(*root_, touched); !counted) return tl::make_unexpected(counted.error());
+    getInfo();
+    return cleared;
+  });
+}
+
+}  // namespace moniva
