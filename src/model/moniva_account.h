@@ -82,7 +82,7 @@ class MonivaAccount {
   bool isOutsideAccount() const { return aType == "_OutsideAccount"; }
   /// An account of none of the kinds above.
   bool isOtherAccount() const;
-  /// Whether no record is kept in the row; one that cannot be read is not called empty.
+  /// Whether no record was ever kept in the row, deleted ones included; one that cannot be read is not empty.
   bool isEmpty() const;
 
   /// Sets the kind text with the tracking type and the profit display that go with it.

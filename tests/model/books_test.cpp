@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <functional>
+
+#include "model/account_groups.h"
+#include "model/title.h"
 #include "support/household.h"
 
 namespace moniva {
@@ -95,20 +100,155 @@ TEST(Books, aDeletedOneOfTheSameTitleComesBackWithItsKey) {
   EXPECT_FALSE(untitled.add());
 }
 
-TEST(Books, aPeriodStartIsAnEditAndACachedBalanceIsNot) {
+TEST(Books, everyChangeIsWrittenWithItsStampAndABadOneNotAtAll) {
   Household home;
-  const auto stamp = [&] { return home.number("select editDate from account where title = 'Home'"); };
-  auto before = stamp();
-  for (const auto update : {&MonivaAccount::updateWeekStartsOn, &MonivaAccount::updateMonthStartsOn,
-                            &MonivaAccount::updateYearStartsOn}) {
-    EXPECT_TRUE(((*home.home).*update)(7));
-    EXPECT_GT(stamp(), before);
-    before = stamp();
+  auto visa = home.account("Visa", "_DebtAccount");
+  home.book("Trip");
+  const std::string all =
+      "json_array(title, note, beginBalance, type, incomeEnabled, weekStartsOn, monthStartsOn, yearStartsOn, "
+      "enabled,"
+      " currency, totalBalance, expandOption)";
+  struct Case {
+    const char* why;
+    std::function<Result<>()> change;
+    const char* column;
+    const char* now;  ///< null for a change that is refused
+  };
+  auto& book = *home.home;
+  const std::string long120(kLongestTitle, 'x');
+  for (const auto& [why, change, column, now] : {
+           Case{"title", [&] { return visa.updateTitle("Card"); }, "title", "Card"},
+           Case{"onto itself", [&] { return visa.updateTitle("Card"); }, "", nullptr},
+           Case{"another's title", [&] { return visa.updateTitle("Cash"); }, "", nullptr},
+           Case{"a book's title", [&] { return visa.updateTitle("Trip"); }, "title", "Trip"},
+           Case{"blank", [&] { return visa.updateTitle(" \u3000"); }, "", nullptr},
+           Case{"the longest", [&] { return visa.updateTitle(long120); }, "length(title)", "120"},
+           Case{"too long", [&] { return visa.updateTitle(long120 + "x"); }, "", nullptr},
+           Case{"no UTF-8", [&] { return visa.updateTitle("caf\xE9"); }, "", nullptr},
+           Case{"note", [&] { return visa.updateNote("n"); }, "note", "n"},
+           Case{"opening balance", [&] { return visa.updateBeginBalance(-12.5); },
+                "beginBalance || ' ' || totalBalance", "-12.5 -12.5"},
+           Case{"no number", [&] { return visa.updateBeginBalance(NAN); }, "", nullptr},
+           Case{"type", [&] { return visa.updateType("_PrepaidAccount"); },
+                "type || incomeEnabled || json_extract(expandOption, '$.showProfitForSummary')",
+                "_PrepaidAccount10500"},
+           Case{"a book's type", [&] { return visa.updateType("_Book"); }, "", nullptr},
+           Case{"unknown type", [&] { return visa.updateType("_None"); }, "", nullptr},
+           Case{"tracking", [&] { return visa.updateTrackingType(2312); }, "incomeEnabled", "2312"},
+           Case{"a book's tracking", [&] { return visa.updateTrackingType(1112); }, "", nullptr},
+           Case{"profit", [&] { return visa.updateShowProfitForSummary(true); },
+                "json_extract(expandOption, '$.showProfitForSummary')", "1"},
+           Case{"an account has no dashboard",
+                [&] { return visa.updateOverViewUI("BookDashboardPadController"); }, "", nullptr},
+           Case{"week", [&] { return visa.updateWeekStartsOn(7); }, "weekStartsOn", "7"},
+           Case{"eighth day of the week", [&] { return visa.updateWeekStartsOn(8); }, "", nullptr},
+           Case{"month", [&] { return visa.updateMonthStartsOn(-31); }, "monthStartsOn", "-31"},
+           Case{"day 0", [&] { return visa.updateMonthStartsOn(0); }, "", nullptr},
+           Case{"year", [&] { return visa.updateYearStartsOn(12); }, "yearStartsOn", "12"},
+           Case{"13th month", [&] { return visa.updateYearStartsOn(-13); }, "", nullptr},
+           Case{"closed", [&] { return visa.close(true); }, "enabled", "0"},
+           Case{"opened", [&] { return visa.close(false); }, "enabled", "1"},
+       }) {
+    const auto was = row(home, visa, all);
+    home.sql("update account set edit_ipid = 'another', editDate = 1");
+    const auto changed = change();
+    ASSERT_EQ(changed.has_value(), now != nullptr) << why;
+    if (now != nullptr) {
+      EXPECT_EQ(row(home, visa, column), now) << why;
+      EXPECT_EQ(row(home, visa, "edit_ipid"), home.root.itsUDID()) << why;
+      EXPECT_EQ(row(home, visa, "editDate > 1"), "1") << why;
+    } else {
+      EXPECT_EQ(row(home, visa, all + " || editDate || edit_ipid"), was + "1.0another") << why;
+    }
+    const auto loaded = MonivaAccount::getAccountWithPK(home.root, visa.pk);
+    EXPECT_EQ(loaded->title + loaded->note, visa.title + visa.note)
+        << why << ": the object says what the row says";
   }
-  EXPECT_EQ(row(home, *home.home, "weekStartsOn || ' ' || monthStartsOn || ' ' || yearStartsOn"), "7 7 7");
-  EXPECT_TRUE(home.home->updateTotalBalance(12.5));
-  EXPECT_EQ(row(home, *home.home, "totalBalance"), "12.5");
-  EXPECT_EQ(stamp(), before);
+  EXPECT_TRUE(book.updateOverViewUI("BookDashboardPadController"));
+  EXPECT_FALSE(book.updateOverViewUI("Blackboard"));
+  EXPECT_TRUE(book.setCategoryOrder("2", 11));
+  EXPECT_EQ(book.getCategoryOrder(11) + book.getCategoryOrder(12), "20");
+  EXPECT_EQ(row(home, book, "json_extract(expandOption, '$.overviewUI', '$.incomeCategoryOrderType')"),
+            R"(["BookDashboardPadController","2"])");
+
+  const auto stamp = row(home, visa, "editDate");
+  EXPECT_TRUE(visa.updateTotalBalance(7));
+  EXPECT_TRUE(visa.addToTotalBalance(0.5));
+  EXPECT_EQ(row(home, visa, "totalBalance || ' ' || editDate"), "7.5 " + stamp)
+      << "a cached balance is no edit";
+}
+
+TEST(Books, deletingTakesTheMembershipsAndNothingElse) {
+  Household home;
+  home.setClock("2024-06-15 12:00:00");
+  auto trip = home.book("Trip");
+  auto all = home.group("All", {*home.cash, *home.bank});
+  refreshUsingMonivaAccount(home.root);
+  home.spend("Food", 12, home.on("2024-06-01"));
+  // An older store has titles for keys: a category of that name is none of the memberships.
+  home.sql(
+      "insert into category (title, parent, type, oldTitle) values (?, '_rootCate', 12, ?), ('Bar', ?, 12, "
+      "'bar')",
+      {home.cash->pk, home.cash->pk, home.cash->pk});
+  EXPECT_FALSE(home.home->delete_()) << "the current book";
+  EXPECT_FALSE(home.home->close(true));
+  int told = 0;
+  const auto token = home.root.platform().notifications.observe("accountDeleted", [&] { ++told; });
+  ASSERT_TRUE(home.cash->delete_());
+  EXPECT_EQ(told, 1);
+  EXPECT_EQ(row(home, *home.cash, "deleted"), "1");
+  EXPECT_EQ(home.rows("select count(*) from transactions where deleted = 0"), "1");
+  EXPECT_EQ(home.rows("select group_concat(type || deleted, ' ') from category where title = ? or parent = ?"
+                      " order by type",
+                      {home.cash->pk, home.cash->pk}),
+            "71 120 120");
+  EXPECT_EQ(getGroupMembers(all).size(), 1U);
+
+  home.sql("update account set editDate = 1");
+  ASSERT_TRUE(home.cash->recoverForTitle());
+  EXPECT_EQ(row(home, *home.cash, "deleted || (editDate > 1)"), "01");
+  EXPECT_FALSE(home.cash->recoverForTitle()) << "nothing is deleted any more";
+  ASSERT_TRUE(trip.delete_());
+  ASSERT_TRUE(home.home->updateTitle("Trip"));
+  EXPECT_FALSE(trip.recoverForTitle()) << "two of a title";
+  EXPECT_EQ(row(home, trip, "deleted"), "1");
+}
+
+TEST(Books, clearingMarksTheRecordsAndCountsWhatTheyWerePartOf) {
+  Household home;
+  home.setClock("2024-06-15 12:00:00");
+  auto trip = home.book("Trip");
+  home.spend("Food", 12, home.on("2024-06-01"));
+  const auto fare = home.spend("Fare", 30, home.on("2024-06-02"));
+  home.set(fare, "book", trip.pk);
+  ASSERT_TRUE(countTheTotalBalance(*home.cash));
+  EXPECT_EQ(home.cash->totalBalance, -42);
+  EXPECT_EQ(trip.clear(), 1);
+  EXPECT_EQ(home.rows("select deleted || ' ' || ipid || ' ' || edit_ipid from transactions where eid = ?",
+                      {fare.eid}),
+            "3 delete by clear book data on 2024-06-15 12:00:00 " + home.root.itsUDID());
+  EXPECT_EQ(row(home, *home.cash, "totalBalance"), "-12.0");
+  EXPECT_EQ(home.cash->clear(), 1);
+  EXPECT_EQ(row(home, *home.home, "totalBalance"), "0.0");
+  EXPECT_EQ(
+      home.rows("select count(*) from transactions where ipid like 'delete by clear account data on %'"),
+      "1");
+}
+
+TEST(Books, aFirstCurrencyGetsAnAccountAndTheRowLeavesItsGroups) {
+  Household home;
+  auto all = home.group("All", {*home.cash, *home.bank});
+  const auto none = home.cash->updateCurrency(home.cash->currency);
+  EXPECT_TRUE(none && !*none);
+  EXPECT_EQ(getGroupMembers(all).size(), 2U);
+  const auto made = home.home->updateCurrency("USD");
+  ASSERT_TRUE(made && *made);
+  EXPECT_EQ(row(home, **made, "title || kind || type || currency"),
+            "Default Payment Account US Dollar1_SavingAccountUSD");
+  const auto second = home.cash->updateCurrency("USD");
+  EXPECT_TRUE(second && !*second) << "there is one by now";
+  EXPECT_EQ(getGroupMembers(all).size(), 1U);
+  EXPECT_TRUE(getFatherGroup(*home.cash).empty());
 }
 
 TEST(Books, theCurrentOneIsTheOneKeptElseTheFirst) {
@@ -126,38 +266,6 @@ TEST(Books, theCurrentOneIsTheOneKeptElseTheFirst) {
   home.sql("update account set deleted = 1");
   EXPECT_EQ(current(), "Default Book");
   EXPECT_EQ(home.root.monivaAccount->pk, "");
-}
-
-TEST(Balances, countEveryKindByItsSignAndNothingElse) {
-  Household home;
-  const std::pair<int, int> signs[] = {{11, 1},  {12, -1}, {13, 1},  {14, -1}, {23, 1}, {33, -1}, {24, 1},
-                                       {34, -1}, {25, 1},  {35, -1}, {61, 0},  {82, 0}, {85, 0}};
-  double expected = 0;
-  double amount = 1;
-  for (const auto& [type, sign] : signs) {
-    home.sql("insert into transactions (eid, account, type, amount) values (?, ?, ?, ?)",
-             {std::to_string(type), home.cash->pk, type, amount});
-    expected += sign * amount;
-    amount *= 2;
-  }
-  for (const char* out : {"deleted = 1", "deleted = 3", "paid = 0"}) {
-    home.sql("insert into transactions (eid, account, type, amount) values (?, ?, 11, 1e6)",
-             {out, home.cash->pk});
-    home.sql("update transactions set " + std::string(out) + " where eid = ?", {out});
-  }
-  home.sql("update account set beginBalance = 0.5 where oldTitle = ?", {home.cash->pk});
-  home.cash->getInfo();
-  EXPECT_EQ(getTheTotalBalance(*home.cash), 0.5 + expected);
-  EXPECT_EQ(sumsOfAllAccounts(home.root)->at(home.cash->pk), expected);
-  EXPECT_EQ(sumsOfAllAccounts(home.root)->size(), 1U);
-
-  // A group of the account, which by a merge came to contain itself, follows.
-  home.sql("insert into account (title, kind, isGroup, oldTitle) values ('All', 1, 1, 'all')");
-  home.sql("insert into category (title, parent, type) values (?, 'all', 7), ('all', 'all', 7)",
-           {home.cash->pk});
-  EXPECT_TRUE(countTheTotalBalance(*home.cash));
-  EXPECT_EQ(home.rows("select group_concat(totalBalance, ' ') from account where title in ('Cash', 'All')"),
-            home.rows("select ? || ' ' || ?", {0.5 + expected, 0.5 + expected}));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/account_balance.h"
+#include "model/account_groups.h"
 #include "model/mv_category.h"
 #include "model/spend.h"
 #include "model/transfer.h"
@@ -23,6 +24,17 @@ class Household : public Device {
   MonivaAccount book(const std::string& title) { return added(title, kBookKind, "_Book"); }
   MonivaAccount account(const std::string& title, const std::string& type = "_SavingAccount") {
     return added(title, kAccountKind, type);
+  }
+  MonivaAccount group(const std::string& title, const std::vector<MonivaAccount>& members) {
+    MonivaAccount made(root);
+    made.title = title;
+    made.aKind = members.front().aKind;
+    made.isGroup = true;
+    made.aType = groupType(made.aKind);
+    made.currency = members.front().currency;
+    EXPECT_TRUE(made.add());
+    for (const auto& member : members) EXPECT_TRUE(addToGroup(made, member));
+    return made;
   }
   MVCategory category(const std::string& title, int type = kind::kExpense) {
     MVCategory made(root);
