@@ -2,13 +2,11 @@
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
-#include <stdlib.h>
 
-#include <filesystem>
 #include <random>
 
+#include "bench_store.h"
 #include "model/moniva_account.h"
-#include "platform/platform.h"
 #include "reports/transaction_report.h"
 #include "side_by_side.h"
 #include "storage/transaction.h"
@@ -16,19 +14,17 @@
 namespace moniva {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr int kYears = 10;
 
-/// A store in a folder of its own with one book and so many expenses and incomes over ten years.
-class Store {
+/// A store with one book and so many expenses and incomes over ten years.
+class Store : public bench::BenchStore {
  public:
-  explicit Store(int rows) : db_(described()), root(platform_, db_), book(root) {
-    if (!root.copyDatabaseIfNeed() || !db_.initDatabase()) return;
+  explicit Store(int rows) : book(root) {
     book.aKind = kBookKind;
     book.title = "Household";
-    if (!book.add()) return;
-    Connection& db = *db_.getDatabase();
+    ready = ready && book.add().has_value();
+    if (!ready) return;
+    Connection& db = connection();
     Transaction transaction(db);
     std::mt19937 random(1);
     for (int i = 0; i < rows; ++i) {
@@ -40,39 +36,12 @@ class Store {
     }
     ready = transaction.commit();
   }
-  ~Store() {
-    db_.closeDatabase();
-    std::error_code ignored;
-    fs::remove_all(platform_.directories.documents, ignored);
-  }
-  Store(const Store&) = delete;
-  Store& operator=(const Store&) = delete;
 
   /// The first moment of the ten years.
-  double begin() const { return platform_.calendar->dateWithYear(2014, 1, 1).secondsSince1970; }
-  Date end() const { return platform_.calendar->dateWithYear(2014 + kYears, 1, 1).plusSeconds(-1); }
-  const Calendar& calendar() const { return *platform_.calendar; }
-  fs::path file() const { return db_.databasePath(); }
+  double begin() const { return calendar().dateWithYear(2014, 1, 1).secondsSince1970; }
+  Date end() const { return calendar().dateWithYear(2014 + kYears, 1, 1).plusSeconds(-1); }
 
- private:
-  Platform& described() {
-    std::string folder = (fs::temp_directory_path() / "moniva-bench-XXXXXX").string();
-    platform_.directories.documents = ::mkdtemp(folder.data()) != nullptr ? folder : std::string();
-    platform_.directories.resources = fs::path(MONIVA_TEMPLATE).parent_path();
-    platform_.calendar = *Calendar::make("Europe/Berlin", "en_US");
-    platform_.clock = std::make_unique<FixedClock>(Date{1.7e9});
-    platform_.random = std::make_unique<SeededRandom>(1);
-    platform_.userDefaults = std::make_unique<MemoryUserDefaults>();
-    return platform_;
-  }
-
-  Platform platform_;
-  DoDB db_;
-
- public:
-  MVAppRoot root;
   MonivaAccount book;
-  bool ready = false;
 };
 
 /// The two sums of each month by two statements compiled once, and nothing else.
