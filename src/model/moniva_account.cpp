@@ -1,5 +1,6 @@
 #include "model/moniva_account.h"
 
+#include <algorithm>
 #include <boost/json.hpp>
 
 #include "base/text.h"
@@ -240,7 +241,8 @@ void refreshUsingMonivaAccount(MVAppRoot& root) {
   if (auto kept = MonivaAccount::getAccountWithPK(root, key); kept && kept->isDeleted == 0) {
     *book = std::move(*kept);
   } else if (auto books = MonivaAccount::list(root, kBookKind); !books.empty()) {
-    *book = std::move(books.front());
+    const auto open = std::ranges::find(books, true, &MonivaAccount::enabled);
+    *book = std::move(open != books.end() ? *open : books.front());
   }
   root.monivaAccount = std::move(book);
 }
