@@ -87,10 +87,13 @@ std::vector<MonivaAccount> MonivaAccount::list(MVAppRoot& root, int aKind, Rows 
   std::vector<MonivaAccount> rows;
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return rows;
-  Run run = db->query(fmt::format("select {}, oldTitle from account where kind = ? and deleted = 0 and "
-                                  "isGroup = ? order by orderID, eid",
-                                  kColumns),
-                      {aKind, which == Rows::groups});
+  const std::string_view chosen = which == Rows::deleted  ? "deleted != 0"
+                                  : which == Rows::groups ? "deleted = 0 and isGroup = 1"
+                                                          : "deleted = 0 and isGroup = 0";
+  Run run = db->query(fmt::format("select {}, oldTitle from account where kind = ? and {} order by orderID, "
+                                  "eid",
+                                  kColumns, chosen),
+                      {aKind});
   while (run.next()) {
     MonivaAccount row(root);
     row.read(run);
@@ -146,6 +149,16 @@ bool MonivaAccount::isEmpty() const {
                          : "select count(eid) as eid_count from transactions where account = ? and type < 50",
                 {pk});
   return run.next() && run.integer(0) == 0;
+}
+
+Result<std::int64_t> MonivaAccount::recordCount() const {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Run run = db->query(
+      fmt::format("select count(eid) from transactions where {} and deleted = 0", accountQuerySQL(*this)),
+      {pk});
+  if (!run.next()) return tl::make_unexpected(db->refusal());
+  return run.integer(0);
 }
 
 void MonivaAccount::setType(std::string_view type) {

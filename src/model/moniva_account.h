@@ -64,8 +64,9 @@ class MonivaAccount {
   static std::optional<MonivaAccount> getAccountWithPK(MVAppRoot& root, std::string_view pk);
   static std::optional<MonivaAccount> getAccountWithTitle(MVAppRoot& root, std::string_view title);
   static std::optional<MonivaAccount> getBookWithTitle(MVAppRoot& root, std::string_view title);
-  enum class Rows { plain, groups };
-  /// The live books or accounts, closed ones too, in the order of the list; or the groups of them.
+  enum class Rows { plain, groups, deleted };
+  /// The live books or accounts, closed ones too, in the order of the list; or the groups of them; or what
+  /// was deleted of both.
   static std::vector<MonivaAccount> list(MVAppRoot& root, int aKind, Rows rows = Rows::plain);
   /// Writes the places of the list into the rows, with the edit stamp.
   static Result<> saveOrder(MVAppRoot& root, const std::vector<MonivaAccount>& list);
@@ -84,6 +85,9 @@ class MonivaAccount {
   bool isOtherAccount() const;
   /// Whether no record was ever kept in the row, deleted ones included; one that cannot be read is not empty.
   bool isEmpty() const;
+  /// How many live rows of `transactions` are kept in the book or account, of whatever kind: what `clear`
+  /// removes.
+  Result<std::int64_t> recordCount() const;
 
   /// Sets the kind text with the tracking type and the profit display that go with it.
   void setType(std::string_view type);

@@ -20,6 +20,18 @@ class CommandError : public std::runtime_error {
   int exitCode_;
 };
 
+/// Something that was understood could not be done: `throw refused("there is no data file '{}'", path);`
+template <class... Arguments>
+CommandError refused(fmt::format_string<Arguments...> text, Arguments&&... arguments) {
+  return {CommandError::kRefused, fmt::format(text, std::forward<Arguments>(arguments)...)};
+}
+
+/// Something typed could not be understood.
+template <class... Arguments>
+CommandError notUnderstood(fmt::format_string<Arguments...> text, Arguments&&... arguments) {
+  return {CommandError::kUsage, fmt::format(text, std::forward<Arguments>(arguments)...)};
+}
+
 /// The value, or the end of the command: something that was understood could not be done.
 template <class T>
 T done(Result<T>&& result) {

@@ -109,6 +109,7 @@ CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
   app_.add_flag("-v,--verbose", options_.verbose, "Tell what is going on, on standard error");
   addBookCommands(*this);
   addAccountCommands(*this);
+  addGroupCommands(*this);
   addSpendCommands(*this);
   addTransferCommands(*this);
   addImportCommand(*this);

@@ -48,6 +48,7 @@ std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& ar
 // One function a family of commands, each in its own file.
 void addBookCommands(CommandLine& line);
 void addAccountCommands(CommandLine& line);
+void addGroupCommands(CommandLine& line);
 void addSpendCommands(CommandLine& line);
 void addTransferCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);

@@ -1,6 +1,14 @@
 #include "ui/cli/command_texts.h"
 
 namespace moniva {
+namespace {
+
+std::vector<CommandText> joined(std::vector<CommandText> texts, const std::vector<CommandText>& more) {
+  texts.insert(texts.end(), more.begin(), more.end());
+  return texts;
+}
+
+}  // namespace
 
 std::span<const CommandText> commandTexts() {
   static const std::vector<CommandText> texts = {
@@ -19,35 +27,6 @@ std::span<const CommandText> commandTexts() {
         {"moniva account add Cash", "begin an account"},
         {"moniva spend add 12.50 -c Food -a Cash --create", "record an expense"},
         {"moniva report month", "see the months of this year"}}},
-      {"book",
-       "books: what groups expense and income",
-       "",
-       {{"moniva book add Household --currency EUR", "begin one"},
-        {"moniva book list", "see them all"},
-        {"moniva book use Household", "the book that commands mean which name none"}}},
-      {"book add",
-       "begin a book",
-       "A book has its own currency and its own beginnings of week, month and year. The first book is the "
-       "current one:"
-       " commands that name no book mean it.",
-       {{"moniva book add Household", "a book in the currency of the locale"},
-        {"moniva book add Workshop --currency EUR --month-starts 25", "months that begin on the 25th"},
-        {"moniva book add Club --year-starts -7", "a year that begins in July of the year before"}}},
-      {"book list", "list the books, the current one marked", "", {{"moniva book list --json", "as JSON"}}},
-      {"book show", "show a book with its present periods", "", {{"moniva book show Household", ""}}},
-      {"book use", "make a book the current one", "", {{"moniva book use Workshop", ""}}},
-      {"account",
-       "accounts: what is paid from and into",
-       "",
-       {{"moniva account add Checking --currency EUR --opening-balance 1250.00", "begin one"},
-        {"moniva account list", "see them all with their balances"}}},
-      {"account add",
-       "begin an account",
-       "",
-       {{"moniva account add Checking --currency EUR --opening-balance 1250.00", ""},
-        {"moniva account add \"Credit card\" --type debt", "what is on it is owed"}}},
-      {"account list", "list the accounts with their balances", "", {{"moniva account list", ""}}},
-      {"account show", "show an account", "", {{"moniva account show Cash", ""}}},
       {"spend",
        "expenses and income",
        "",
@@ -140,7 +119,8 @@ std::span<const CommandText> commandTexts() {
         {"moniva completion fish > ~/.config/fish/completions/moniva.fish", "for good"}}},
       {"man", "print the manual page", "", {{"moniva man | man -l -", "read it"}}},
   };
-  return texts;
+  static const std::vector<CommandText> all = joined(texts, bookTexts());
+  return all;
 }
 
 std::vector<ManualEntry> exitStatusTexts() {

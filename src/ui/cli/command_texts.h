@@ -10,6 +10,8 @@ namespace moniva {
 
 /// What is told of each command beyond its options: the one source of help, completion and manual page.
 std::span<const CommandText> commandTexts();
+/// Those of books, accounts and groups.
+std::vector<CommandText> bookTexts();
 
 std::vector<ManualEntry> exitStatusTexts();
 std::vector<ManualEntry> environmentTexts();

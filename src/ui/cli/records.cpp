@@ -1,6 +1,8 @@
 #include "ui/cli/records.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 #include "calendar/date_texts.h"
 #include "model/mv_category.h"
@@ -20,8 +22,13 @@ std::vector<std::string> titlesOf(const std::vector<MonivaAccount>& rows) {
   return titles;
 }
 
-[[noreturn]] void noSuch(Session& session, std::string_view what, int aKind, const std::string& name) {
-  const auto titles = titlesOf(MonivaAccount::list(session.root(), aKind));
+[[noreturn]] void noSuch(Session& session, std::string_view what, int aKind, const std::string& name,
+                         Meant asked) {
+  auto titles = titlesOf(MonivaAccount::list(session.root(), aKind));
+  if (asked == Meant::groupsToo) {
+    std::ranges::move(titlesOf(MonivaAccount::list(session.root(), aKind, MonivaAccount::Rows::groups)),
+                      std::back_inserter(titles));
+  }
   if (titles.empty()) {
     throw CommandError(CommandError::kRefused,
                        fmt::format("there is no {0} yet; add one with: moniva {0} add NAME", what));
@@ -30,6 +37,19 @@ std::vector<std::string> titlesOf(const std::vector<MonivaAccount>& rows) {
   throw CommandError(CommandError::kRefused,
                      meant ? fmt::format("there is no {} '{}'; did you mean '{}'?", what, name, *meant)
                            : fmt::format("there is no {0} '{1}'; see: moniva {0} list", what, name));
+}
+
+MonivaAccount asMeant(MonivaAccount row, Meant meant) {
+  if (row.isGroup && meant != Meant::groupsToo) {
+    throw row.isBook() ? refused("'{}' is a group of books; name one of them", row.title)
+                       : refused("'{}' is a group of accounts; name one of them", row.title);
+  }
+  if (meant == Meant::open && !row.enabled) {
+    throw row.isBook()
+        ? refused("the book '{}' is closed; open it with: moniva book reopen NAME", row.title)
+        : refused("the account '{}' is closed; open it with: moniva account reopen NAME", row.title);
+  }
+  return row;
 }
 
 /// The key and the title of a category or vendor, as an object; null for none.
@@ -85,6 +105,18 @@ json::object jsonOf(Session&, const MonivaAccount& account) {
           {"yearStartsOn", account.yearStartsOn},
           {"expandOptionDict", account.expandOptionDict},
           {"isDeleted", account.isDeleted}};
+}
+
+json::object jsonWithTotals(Session& session, const MonivaAccount& account) {
+  json::object object = jsonOf(session, account);
+  object["totalIncome"] = account.totalIncome;
+  object["totalExpense"] = account.totalExpense;
+  object["totalTransferIn"] = account.totalTransferIn;
+  object["totalTransferOut"] = account.totalTransferOut;
+  object["adjustBalance"] = account.adjustBalance;
+  object["dateOfFirstTransaction"] = isoDate(session, account.dateOfFirstTransaction);
+  object["dateOfLastTransaction"] = isoDate(session, account.dateOfLastTransaction);
+  return object;
 }
 
 json::object jsonOf(Session& session, const Spend& spend) {
@@ -174,21 +206,37 @@ std::string currencyTyped(const Session& session, const std::string& code) {
                      fmt::format("'{}' is no currency; codes have three capital letters, such as EUR", code));
 }
 
-MonivaAccount bookNamed(Session& session, const std::string& name) {
+MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant) {
   if (name.empty()) {
     const auto& current = session.root().monivaAccount;
-    if (current && !current->pk.empty()) return *current;
-    noSuch(session, "book", kBookKind, name);
+    if (!current || current->pk.empty()) noSuch(session, "book", kBookKind, name, meant);
+    return asMeant(*current, meant);
   }
   auto book = MonivaAccount::getBookWithTitle(session.root(), name);
-  if (!book || book->isDeleted != 0) noSuch(session, "book", kBookKind, name);
-  return *book;
+  if (!book || book->isDeleted != 0) noSuch(session, "book", kBookKind, name, meant);
+  return asMeant(std::move(*book), meant);
 }
 
-MonivaAccount accountNamed(Session& session, const std::string& name) {
+MonivaAccount accountNamed(Session& session, const std::string& name, Meant meant) {
   auto account = MonivaAccount::getAccountWithTitle(session.root(), name);
-  if (!account || account->isDeleted != 0) noSuch(session, "account", kAccountKind, name);
-  return *account;
+  if (!account || account->isDeleted != 0) noSuch(session, "account", kAccountKind, name, meant);
+  return asMeant(std::move(*account), meant);
+}
+
+MonivaAccount groupNamed(Session& session, const std::string& name, bool ofBooks) {
+  std::vector<std::string> titles;
+  for (const int aKind : {kAccountKind, kBookKind}) {
+    if (ofBooks && aKind == kAccountKind) continue;
+    for (auto& group : MonivaAccount::list(session.root(), aKind, MonivaAccount::Rows::groups)) {
+      if (group.title == name) return std::move(group);
+      titles.push_back(std::move(group.title));
+    }
+  }
+  if (titles.empty()) throw refused("there is no group yet; add one with: moniva group add TITLE MEMBER...");
+  if (const auto near = didYouMean(name, titles)) {
+    throw refused("there is no group '{}'; did you mean '{}'?", name, *near);
+  }
+  throw refused("there is no group '{}'; see: moniva group list", name);
 }
 
 }  // namespace moniva

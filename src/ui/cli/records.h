@@ -17,6 +17,8 @@ namespace moniva {
 boost::json::value isoDate(Session& session, std::optional<Date> date);
 
 boost::json::object jsonOf(Session& session, const MonivaAccount& account);
+/// The same with what `getAllStatistics` and `getAllPeriod` computed.
+boost::json::object jsonWithTotals(Session& session, const MonivaAccount& account);
 boost::json::object jsonOf(Session& session, const Spend& spend);
 boost::json::object jsonOf(Session& session, const Transfer& transfer);
 boost::json::object jsonOf(Session& session, const TransReportSummary& summary);
@@ -27,9 +29,14 @@ std::string dateText(Session& session, Date date);
 /// A code typed for a currency, or the default one for none. Ends the command for what is no currency.
 std::string currencyTyped(const Session& session, const std::string& code);
 
+/// What a name may mean: one book or account; one that takes new records; or a group as well.
+enum class Meant { single, open, groupsToo };
 /// The live book or account of that name. Ends the command when there is none, with the nearest name there
-/// is; a blank book name means the current book.
-MonivaAccount bookNamed(Session& session, const std::string& name);
-MonivaAccount accountNamed(Session& session, const std::string& name);
+/// is, and when what the name means is not what is asked for; a blank book name means the current book.
+MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant = Meant::single);
+MonivaAccount accountNamed(Session& session, const std::string& name, Meant meant = Meant::single);
+/// The group of accounts of that name, or of books; where there are both and `ofBooks` is not set, the former
+/// is meant.
+MonivaAccount groupNamed(Session& session, const std::string& name, bool ofBooks);
 
 }  // namespace moniva

@@ -1,13 +1,14 @@
 #include <boost/json.hpp>
-#include <cmath>
 
 #include "base/amount.h"
-#include "currency/amount_format.h"
 #include "model/account_balance.h"
 #include "model/account_dates.h"
 #include "model/transaction_type.h"
+#include "storage/writes.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
+#include "ui/cli/commands/account_rows.h"
+#include "ui/cli/commands/report_commands.h"
 #include "ui/cli/records.h"
 #include "ui/cli/table.h"
 #include "ui/cli/typed_text.h"
@@ -17,63 +18,71 @@ namespace {
 
 struct AccountAddOptions {
   std::string name;
-  std::string type = "saving";
+  std::string type;
   std::string currency;
   std::string openingBalance;
-  std::string note;
+  std::optional<std::string> note;
 };
 
-const std::map<std::string, std::string> kTypes = {{"saving", "_SavingAccount"},
-                                                   {"debt", "_DebtAccount"},
-                                                   {"prepaid", "_PrepaidAccount"},
-                                                   {"discount", "_DiscountAccount"}};
-
-std::string typeText(const std::string& type) {
-  for (const auto& [word, text] : kTypes) {
-    if (text == type) return word;
+/// What was typed goes into an account that came back, too; what was not stays as it was.
+std::string writeTyped(Session& session, MonivaAccount& account, const AccountAddOptions& options,
+                       double openingBalance) {
+  std::string also;
+  if (!options.currency.empty()) also = changeCurrency(session, account, options.currency);
+  if (!options.type.empty()) {
+    done(account.updateType(keptFor(accountTypeWords(), options.type)));
+    done(account.updateTrackingType(account.trackingType));
   }
-  return type;
+  if (!options.openingBalance.empty()) done(account.updateBeginBalance(openingBalance));
+  if (options.note) done(account.updateNote(*options.note));
+  return also;
 }
 
 void addAccount(Session& session, const AccountAddOptions& options) {
-  MonivaAccount account(session.root());
+  auto& root = session.root();
+  MonivaAccount account(root);
   account.aKind = kAccountKind;
   account.title = wellFormed(options.name, "the name");
-  account.setType(kTypes.at(options.type));
+  account.setType(keptFor(accountTypeWords(), options.type));
   account.currency = currencyTyped(session, options.currency);
-  if (!options.openingBalance.empty())
-    account.beginBalance = typed(parseSignedAmount(options.openingBalance));
-  account.note = wellFormed(options.note, "the note");
-  auto existing = MonivaAccount::getAccountWithTitle(session.root(), options.name);
-  if (existing && existing->isDeleted == 0) {
-    throw CommandError(CommandError::kRefused, fmt::format("there is an account '{}' already", options.name));
-  }
-  done(account.add());
-  countTheTotalBalance(account);
-  session.root().markRecentEditDate();
+  const double opening =
+      options.openingBalance.empty() ? 0 : typed(parseSignedAmount(options.openingBalance));
+  account.beginBalance = opening;
+  account.note = wellFormed(options.note.value_or(""), "the note");
+  requireFreeTitle(session, kAccountKind, options.name);
+  const auto answer = done(atomically(root, [&](Connection&) -> Result<std::string> {
+    const bool isBack = done(account.add()) == MonivaAccount::Added::revived;
+    const std::string also = isBack ? writeTyped(session, account, options, opening) : "";
+    if (!countTheTotalBalance(account)) return refusalOfStore(root);
+    return isBack ? revivedText(session, account) + also
+                  : session.text("Added the account '{}' in {}.", account.title, account.currency);
+  }));
+  root.markRecentEditDate();
+  account.getInfo();
   if (session.options().json) return session.printJson(jsonOf(session, account));
-  session.answer(session.text("Added the account '{}' in {}.", account.title, account.currency));
+  session.answer(answer);
 }
 
 void showAccount(Session& session, const std::string& name) {
   MonivaAccount account = accountNamed(session, name);
-  account.totalBalance = getTheTotalBalance(account);
-  if (session.options().json) return session.printJson(jsonOf(session, account));
-  Table table({{.title = ""}, {.title = ""}});
-  const auto line = [&](const char* what, const std::string& value) {
-    table.addRow({Cell(what, ink::dim), value});
-  };
-  line("Account", account.title);
-  line("Kind", typeText(account.aType));
-  line("Currency", account.currency);
-  if (!account.note.empty()) line("Note", account.note);
-  line("Opening balance", session.amounts().format(account.beginBalance, account.currency));
-  line("Balance", session.amounts().format(account.totalBalance, account.currency));
-  if (const auto first = done(getTheDateOfFirstTransaction(account)))
-    line("First record", dateText(session, *first));
-  if (const auto last = done(getTheDateOfLastTransaction(account)))
-    line("Last record", dateText(session, *last));
-  session.out() << table.render(session.style(), session.width());
+  done(getAllStatistics(account));
+  done(getAllPeriod(account));
+  if (session.options().json) return session.printJson(jsonWithGroups(session, account));
+  Facts facts(session);
+  facts.add(session.text("Account"), account.title);
+  facts.add(session.text("Kind"), typeText(session, account));
+  facts.add(session.text("Currency"), account.currency);
+  facts.addState(account);
+  facts.add(session.text("Tracks"), trackingText(session, account));
+  if (account.isDebtAccount()) {
+    facts.add(session.text("Reminders"),
+              account.repayNotificationEnabled() ? session.text("on") : session.text("off"));
+  }
+  facts.add(session.text("Opening balance"),
+            session.amounts().format(account.beginBalance, account.currency));
+  facts.addTotals(account);
+  facts.addDates(account);
+  facts.print();
 }
 
 }  // namespace
@@ -92,20 +101,19 @@ void listAccounts(Session& session) {
     for (const auto& account : accounts) list.push_back(jsonOf(session, account));
     return session.printJson(list);
   }
-  if (accounts.empty()) return session.say("There is no account yet. Add one with: moniva account add NAME");
-  Table table({{.title = "Account"},
-               {.title = "Kind"},
-               {.title = "Currency"},
-               {.title = "Balance", .align = Align::right}});
-  const auto amount = [&](double value, const std::string& currency) {
-    return Cell(session.amounts().formatPlain(value, currency), value < 0 ? ink::red : ink::plain);
-  };
+  if (accounts.empty()) {
+    return session.say(session.text("There is no account yet. Add one with: moniva account add NAME"));
+  }
+  Table table({{.title = session.text("Account")},
+               {.title = session.text("Kind")},
+               {.title = session.text("Currency")},
+               {.title = session.text("Balance"), .align = Align::right}});
   for (const auto& account : accounts) {
-    table.addRow({account.title, Cell(typeText(account.aType), ink::dim), account.currency,
-                  amount(account.totalBalance, account.currency)});
+    table.addRow({titleCell(session, account), Cell(typeText(session, account), ink::dim), account.currency,
+                  amountCell(session, account.totalBalance, account.currency)});
   }
   for (const auto& [currency, total] : totals)
-    table.addTotal({"Total", "", currency, amount(total, currency)});
+    table.addTotal({session.text("Total"), "", currency, amountCell(session, total, currency)});
   session.out() << table.render(session.style(), session.width());
 }
 
@@ -118,7 +126,7 @@ void addAccountCommands(CommandLine& line) {
   add->add_option("NAME", options->name, "Name of the account")->required();
   add->add_option("--type", options->type, "Kind of account (else saving)")
       ->type_name("KIND")
-      ->check(oneOf({"saving", "debt", "prepaid", "discount"}));
+      ->check(oneOf(wordsOf(accountTypeWords())));
   add->add_option("--currency", options->currency, "Currency of the account (else that of the locale)")
       ->type_name("CODE");
   add->add_option("--opening-balance", options->openingBalance, "What was in it at the beginning")
@@ -126,12 +134,21 @@ void addAccountCommands(CommandLine& line) {
   add->add_option("--note", options->note, "A note")->type_name("TEXT");
   line.onRun(add, [options](Session& session) { addAccount(session, *options); });
 
-  line.onRun(line.add(*account, "list"), listAccounts);
+  CLI::App* list = line.add(*account, "list");
+  auto deleted = std::make_shared<bool>(false);
+  list->add_flag("--deleted", *deleted, "Those that were deleted");
+  line.onRun(list, [deleted](Session& session) {
+    return *deleted ? listDeleted(session, kAccountKind) : listAccounts(session);
+  });
 
   CLI::App* show = line.add(*account, "show");
   auto shown = std::make_shared<std::string>();
   show->add_option("NAME", *shown, "Name of the account")->required();
   line.onRun(show, [shown](Session& session) { showAccount(session, *shown); });
+
+  const RowFamily family{line, *account, kAccountKind};
+  addRowSettings(family);
+  addRowUpkeep(family);
 }
 
 }  // namespace moniva

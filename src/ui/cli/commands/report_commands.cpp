@@ -105,8 +105,8 @@ void report(Session& session, const ReportOptions& options, Unit unit) {
   if (!options.book.empty() && !options.account.empty()) {
     throw CommandError(CommandError::kUsage, "a report is of a book or of an account, not of both");
   }
-  const MonivaAccount of =
-      options.account.empty() ? bookNamed(session, options.book) : accountNamed(session, options.account);
+  const MonivaAccount of = options.account.empty() ? bookNamed(session, options.book, Meant::groupsToo)
+                                                   : accountNamed(session, options.account, Meant::groupsToo);
   const BookPeriods periods(session.calendar(), of.periodStarts(), session.now());
   const auto period = options.period.empty() ? usualPeriod(session, periods, of, unit)
                                              : periodTyped(session, periods, options.period);
@@ -190,8 +190,10 @@ void addReportCommands(CommandLine& line) {
         "PERIOD", options->period,
         "A year 2024 or a month 2024-03 as your calendar and the book count them, a Gregorian day "
         "2024-03-05, or two of these joined by \"..\"");
-    command->add_option("-b,--book", options->book, "The book (else the current one)")->type_name("NAME");
-    command->add_option("-a,--account", options->account, "An account instead of a book")->type_name("NAME");
+    command->add_option("-b,--book", options->book, "The book, or a group of books (else the current book)")
+        ->type_name("NAME");
+    command->add_option("-a,--account", options->account, "An account, or a group of them, instead of a book")
+        ->type_name("NAME");
     command->add_option("--type", options->type, "What to count (else all)")
         ->type_name("KIND")
         ->check(oneOf({"all", "income", "expense"}));

@@ -98,11 +98,11 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   if (!options.subcategory.empty() && options.category.empty()) {
     throw CommandError(CommandError::kUsage, "a subcategory needs its --category");
   }
-  const MonivaAccount book = bookNamed(session, options.book);
+  const MonivaAccount book = bookNamed(session, options.book, Meant::open);
   spend.book = book.pk;
   std::optional<MonivaAccount> account;
   if (!options.account.empty()) {
-    account = accountNamed(session, options.account);
+    account = accountNamed(session, options.account, Meant::open);
     spend.account = account->pk;
   }
   spend.note = wellFormed(options.note, "the note");
@@ -165,8 +165,8 @@ void addTransfer(Session& session, const TransferAddOptions& options) {
   transfer.amountA = amountTyped(options.amount);
   transfer.amountB = options.toAmount.empty() ? transfer.amountA : amountTyped(options.toAmount);
   transfer.datetime = momentTyped(session, options.date);
-  const auto from = accountNamed(session, options.from);
-  const auto to = accountNamed(session, options.to);
+  const auto from = accountNamed(session, options.from, Meant::open);
+  const auto to = accountNamed(session, options.to, Meant::open);
   transfer.acrossCurrencies = from.currency != to.currency;
   if (transfer.acrossCurrencies && options.toAmount.empty()) {
     throw CommandError(CommandError::kRefused,

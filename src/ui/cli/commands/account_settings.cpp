@@ -1,0 +1,129 @@
+#include "base/amount.h"
+#include "calendar/book_periods.h"
+#include "model/account_balance.h"
+#include "model/transaction_type.h"
+#include "storage/writes.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/commands/account_rows.h"
+#include "ui/cli/commands/period_options.h"
+#include "ui/cli/typed_text.h"
+
+namespace moniva {
+namespace {
+
+std::string balanceText(const Session& session, const MonivaAccount& row) {
+  return session.amounts().format(row.totalBalance, row.currency);
+}
+
+std::string rename(Session& session, MonivaAccount& row, const std::string& title) {
+  const std::string before = row.title;
+  done(row.updateTitle(wellFormed(title, "the name")));
+  return session.text("'{}' is called '{}' now.", before, title);
+}
+
+std::string setNote(Session& session, MonivaAccount& row, const std::string& note) {
+  done(row.updateNote(wellFormed(note, "the note")));
+  return note.empty() ? session.text("'{}' has no note now.", row.title)
+                      : session.text("'{}' has this note now: {}", row.title, note);
+}
+
+std::string setCurrency(Session& session, MonivaAccount& row, const std::string& code) {
+  if (!isCurrencyCode(code)) {
+    throw notUnderstood("'{}' is no currency; codes have three capital letters, such as EUR", code);
+  }
+  if (code == row.currency) throw refused("'{}' is kept in {} already", row.title, code);
+  const std::string also = changeCurrency(session, row, code);
+  return session.text("'{}' is kept in {} now; its amounts stand as they were.", row.title, code) + also;
+}
+
+std::string setOpeningBalance(Session& session, MonivaAccount& row, const std::string& text) {
+  const double amount = typed(parseSignedAmount(text));
+  done(row.updateBeginBalance(amount));
+  return session.text("'{}' began with {}; its balance is {} now.", row.title,
+                      session.amounts().format(amount, row.currency), balanceText(session, row));
+}
+
+std::string setType(Session& session, MonivaAccount& row, const std::string& word) {
+  done(row.updateType(keptFor(accountTypeWords(), word)));
+  done(row.updateTrackingType(row.trackingType));
+  return session.text("'{}' is of the kind {} now and tracks {}; its balance is {}.", row.title,
+                      typeText(session, row), trackingText(session, row), balanceText(session, row));
+}
+
+std::string setTracking(Session& session, MonivaAccount& row, const std::string& word) {
+  done(row.updateTrackingType(keptFor(trackingWords(row.aKind), word)));
+  return session.text("'{}' tracks {} now; its balance is {}.", row.title, trackingText(session, row),
+                      balanceText(session, row));
+}
+
+std::string setProfit(Session& session, MonivaAccount& row, const std::string& word) {
+  done(row.updateShowProfitForSummary(word == "on"));
+  return word == "on" ? session.text("Summaries of '{}' show its profit.", row.title)
+                      : session.text("Summaries of '{}' do not show its profit.", row.title);
+}
+
+std::string setReminders(Session& session, MonivaAccount& row, const std::string& word) {
+  done(row.updateRepayNotificationEnabled(word == "on"));
+  return word == "on" ? session.text("Repayments of '{}' are reminded of.", row.title)
+                      : session.text("Repayments of '{}' are not reminded of.", row.title);
+}
+
+const std::vector<Word<std::string>>& dashboardWords() {
+  static const std::vector<Word<std::string>> words = [] {
+    std::vector<Word<std::string>> made;
+    const auto& styles = MonivaAccount::overviewStyles();
+    for (const char* word : {"standard", "modern", "modern2", "tablet"}) {
+      made.push_back({word, std::string(styles[made.size()])});
+    }
+    return made;
+  }();
+  return words;
+}
+
+std::string setDashboard(Session& session, MonivaAccount& row, const std::string& word) {
+  done(row.updateOverViewUI(keptFor(dashboardWords(), word)));
+  return session.text("'{}' has the dashboard '{}' now.", row.title, dashboardText(session, row));
+}
+
+std::string setPeriods(Session& session, MonivaAccount& row, const PeriodStarts& starts) {
+  writeStarts(row, starts);
+  const PresentPeriods present(session, row);
+  return session.text("For '{}' this week is {}, this month {}, this year {}.", row.title, present.week,
+                      present.month, present.year);
+}
+
+}  // namespace
+
+void addRowSettings(const RowFamily& family) {
+  addSetting(family, "rename", "NEW", "The new name", rename);
+  addSetting(family, "note", "TEXT", "The note; \"\" for none", setNote);
+  addSetting(family, "currency", "CODE", "The currency, such as EUR", setCurrency);
+  addSetting(family, "opening-balance", "AMOUNT", "What was in it at the beginning; it may be below zero",
+             setOpeningBalance);
+  if (!family.ofBooks()) {
+    addSetting(family, "type", "KIND", "Kind of account", setType)->check(oneOf(wordsOf(accountTypeWords())));
+    addSetting(family, "reminders", "STATE", "Whether repayments are reminded of", setReminders)
+        ->check(oneOf({"on", "off"}));
+  } else {
+    addSetting(family, "dashboard", "STYLE", "How its dashboard looks", setDashboard)
+        ->check(oneOf(wordsOf(dashboardWords())));
+  }
+  addSetting(family, "tracking", "WHAT", "What of its records counts", setTracking)
+      ->check(oneOf(wordsOf(trackingWords(family.aKind))));
+  addSetting(family, "profit", "STATE", "Whether summaries show its profit", setProfit)
+      ->check(oneOf({"on", "off"}));
+
+  CLI::App* periods = family.line.add(family.app, "periods");
+  auto name = std::make_shared<std::string>();
+  auto starts = std::make_shared<PeriodStarts>(kNoStarts);
+  periods->add_option("NAME", *name, family.nameHelp())->required();
+  addPeriodOptions(*periods, *starts);
+  family.line.onRun(periods, [name, starts, aKind = family.aKind](Session& session) {
+    if (starts->weekStartsOn == 0 && starts->monthStartsOn == 0 && starts->yearStartsOn == 0) {
+      throw notUnderstood("say what begins when: --week-starts, --month-starts or --year-starts");
+    }
+    changeRow(session, aKind, *name, [&](MonivaAccount& row) { return setPeriods(session, row, *starts); });
+  });
+}
+
+}  // namespace moniva
