@@ -223,6 +223,13 @@ MonivaAccount accountNamed(Session& session, const std::string& name, Meant mean
   return asMeant(std::move(*account), meant);
 }
 
+void requireOpen(const MonivaAccount& row) {
+  if (row.enabled) return;
+  throw row.isBook()
+      ? refused("the book '{}' is closed; open it with: moniva book reopen NAME", row.title)
+      : refused("the account '{}' is closed; open it with: moniva account reopen NAME", row.title);
+}
+
 MonivaAccount groupNamed(Session& session, const std::string& name, bool ofBooks) {
   std::vector<std::string> titles;
   for (const int aKind : {kAccountKind, kBookKind}) {

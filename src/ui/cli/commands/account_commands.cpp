@@ -54,8 +54,10 @@ void addAccount(Session& session, const AccountAddOptions& options) {
     const bool isBack = done(account.add()) == MonivaAccount::Added::revived;
     const std::string also = isBack ? writeTyped(session, account, options, opening) : "";
     if (!countTheTotalBalance(account)) return refusalOfStore(root);
-    return isBack ? revivedText(session, account) + also
-                  : session.text("Added the account '{}' in {}.", account.title, account.currency);
+    if (!isBack) return session.text("Added the account '{}' in {}.", account.title, account.currency);
+    return session.text("The deleted account '{}' is back with {}.", account.title,
+                        ownRecordsText(session, account)) +
+           also;
   }));
   root.markRecentEditDate();
   account.getInfo();

@@ -87,10 +87,9 @@ void requireFreeTitle(Session& session, int aKind, const std::string& title) {
                            : refused("there is an account '{}' already", title);
 }
 
-std::string revivedText(Session& session, const MonivaAccount& row) {
-  const std::string records = recordsText(session, done(row.recordCount()));
-  return row.isBook() ? session.text("The deleted book '{}' is back with its {}.", row.title, records)
-                      : session.text("The deleted account '{}' is back with its {}.", row.title, records);
+std::string ownRecordsText(const Session& session, const MonivaAccount& row) {
+  const auto count = done(row.recordCount());
+  return count == 0 ? session.text("no records") : session.count("its {} record", "its {} records", count);
 }
 
 std::string changeCurrency(Session& session, MonivaAccount& row, const std::string& code) {

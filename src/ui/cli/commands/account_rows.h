@@ -51,13 +51,13 @@ Cell titleCell(const Session& session, const MonivaAccount& row);
 Cell amountCell(const Session& session, double amount, const std::string& currency);
 /// "12 records".
 std::string recordsText(const Session& session, std::int64_t count);
+/// "its 12 records", or "no records".
+std::string ownRecordsText(const Session& session, const MonivaAccount& row);
 /// "Cash, Checking".
 std::string titlesText(const std::vector<MonivaAccount>& rows);
 
 /// Ends the command when a live book or account has that title.
 void requireFreeTitle(Session& session, int aKind, const std::string& title);
-/// What is said of one that comes back with its records.
-std::string revivedText(Session& session, const MonivaAccount& row);
 /// Changes the currency and says what else that did, beginning with a blank; "" when it did nothing else.
 std::string changeCurrency(Session& session, MonivaAccount& row, const std::string& code);
 

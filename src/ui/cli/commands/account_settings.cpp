@@ -46,7 +46,7 @@ std::string setOpeningBalance(Session& session, MonivaAccount& row, const std::s
 std::string setType(Session& session, MonivaAccount& row, const std::string& word) {
   done(row.updateType(keptFor(accountTypeWords(), word)));
   done(row.updateTrackingType(row.trackingType));
-  return session.text("'{}' is of the kind {} now and tracks {}; its balance is {}.", row.title,
+  return session.text("'{}' is of the kind {} now (it tracks: {}); its balance is {}.", row.title,
                       typeText(session, row), trackingText(session, row), balanceText(session, row));
 }
 

@@ -37,7 +37,7 @@ void putInOrder(Session& session, int aKind, const std::vector<std::string>& nam
 
 std::string setClosed(Session& session, MonivaAccount& row, bool closed) {
   if (row.enabled != closed) {
-    throw closed ? refused("'{}' is closed already", row.title) : refused("'{}' is open", row.title);
+    throw closed ? refused("'{}' is closed already", row.title) : refused("'{}' is open already", row.title);
   }
   done(row.close(closed));
   return closed ? session.text("'{}' is closed and takes no new records.", row.title)
@@ -45,24 +45,24 @@ std::string setClosed(Session& session, MonivaAccount& row, bool closed) {
 }
 
 std::string deleteRow(Session& session, MonivaAccount& row) {
-  const auto count = done(row.recordCount());
+  const std::string records = ownRecordsText(session, row);
   done(row.delete_());
-  return row.isBook() ? session.text("Deleted the book '{}'; its {} stay (moniva book recover NAME).",
-                                     row.title, recordsText(session, count))
-                      : session.text("Deleted the account '{}'; its {} stay (moniva account recover NAME).",
-                                     row.title, recordsText(session, count));
+  return row.isBook()
+             ? session.text("Deleted the book '{}'; \"moniva book recover\" brings it back with {}.",
+                            row.title, records)
+             : session.text("Deleted the account '{}'; \"moniva account recover\" brings it back with {}.",
+                            row.title, records);
 }
 
 std::string recoveredText(Session& session, const MonivaAccount& row) {
-  const std::string records = recordsText(session, done(row.recordCount()));
+  const std::string records = ownRecordsText(session, row);
   if (row.isGroup) return session.text("The group '{}' is back, without members.", row.title);
   if (row.isBook()) {
-    return row.enabled ? session.text("The book '{}' is back with its {}.", row.title, records)
-                       : session.text("The book '{}' is back with its {}; it is closed.", row.title, records);
+    return row.enabled ? session.text("The book '{}' is back with {}.", row.title, records)
+                       : session.text("The book '{}' is back with {}; it is closed.", row.title, records);
   }
-  return row.enabled
-             ? session.text("The account '{}' is back with its {}.", row.title, records)
-             : session.text("The account '{}' is back with its {}; it is closed.", row.title, records);
+  return row.enabled ? session.text("The account '{}' is back with {}.", row.title, records)
+                     : session.text("The account '{}' is back with {}; it is closed.", row.title, records);
 }
 
 /// Brings back everything of the title, whichever kind was asked for: that is how it was deleted.
@@ -160,7 +160,7 @@ void recount(Session& session, int aKind, const std::string& name, bool all) {
 
 std::string correct(Session& session, MonivaAccount& row, const std::string& text) {
   const double wanted = typed(parseSignedAmount(text));
-  if (!row.enabled) throw refused("'{}' is closed and takes no correction", row.title);
+  requireOpen(row);
   const double booked = done(correctBalanceTo(row, wanted));
   const std::string balance = session.amounts().format(wanted, row.currency);
   if (booked == 0) return session.text("The balance of '{}' is {} as it stands.", row.title, balance);

@@ -38,7 +38,9 @@ void addBook(Session& session, const BookAddOptions& options) {
       if (!options.currency.empty()) also = changeCurrency(session, book, options.currency);
       if (options.note) done(book.updateNote(*options.note));
       writeStarts(book, options.starts);
-      return revivedText(session, book) + also;
+      return session.text("The deleted book '{}' is back with {}.", book.title,
+                          ownRecordsText(session, book)) +
+             also;
     }
     PeriodStarts starts = options.starts;
     // A new book's week begins as weeks do where the user lives; one that comes back keeps its own.

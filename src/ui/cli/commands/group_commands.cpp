@@ -74,15 +74,19 @@ void addGroup(Session& session, const GroupOptions& options) {
   group.isGroup = true;
   group.setType(groupType(group.aKind));
   group.currency = currency;
+  bool isBack = false;
   done(atomically(root, [&](Connection&) -> Result<> {
-    done(group.add());
+    isBack = done(group.add()) == MonivaAccount::Added::revived;
     // One of the title that was deleted comes back with the currency it had.
     done(group.updateCurrency(currency));
     return includeAll(group, members);
   }));
-  answerForGroup(session, group,
-                 session.text("Added the group '{}' of {} in {}.", group.title,
-                              membersText(session, group, members.size()), group.currency));
+  const std::string count = membersText(session, group, members.size());
+  answerForGroup(
+      session, group,
+      isBack
+          ? session.text("The deleted group '{}' is back, of {} in {}.", group.title, count, group.currency)
+          : session.text("Added the group '{}' of {} in {}.", group.title, count, group.currency));
 }
 
 void includeInGroup(Session& session, const GroupOptions& options) {
@@ -120,7 +124,8 @@ void deleteGroup(Session& session, const GroupOptions& options) {
   MonivaAccount group = groupNamed(session, options.title, options.ofBooks);
   const std::string members = membersText(session, group, getGroupMembers(group).size());
   done(group.delete_());
-  answerForGroup(session, group, session.text("Deleted the group '{}'; its {} stay.", group.title, members));
+  answerForGroup(session, group,
+                 session.text("Deleted the group '{}', but none of its {}.", group.title, members));
 }
 
 void listGroups(Session& session, const GroupOptions& options) {
