@@ -3,7 +3,7 @@
 namespace moniva {
 namespace {
 
-std::vector<CommandText> joined(std::vector<CommandText> texts, const std::vector<CommandText>& more) {
+std::vector<CommandText> textsWith(std::vector<CommandText> texts, const std::vector<CommandText>& more) {
   texts.insert(texts.end(), more.begin(), more.end());
   return texts;
 }
@@ -119,7 +119,7 @@ std::span<const CommandText> commandTexts() {
         {"moniva completion fish > ~/.config/fish/completions/moniva.fish", "for good"}}},
       {"man", "print the manual page", "", {{"moniva man | man -l -", "read it"}}},
   };
-  static const std::vector<CommandText> all = joined(texts, bookTexts());
+  static const std::vector<CommandText> all = textsWith(texts, bookTexts());
   return all;
 }
 

@@ -15,7 +15,7 @@ std::string balanceText(const Session& session, const MonivaAccount& row) {
   return session.amounts().format(row.totalBalance, row.currency);
 }
 
-std::string rename(Session& session, MonivaAccount& row, const std::string& title) {
+std::string renameRow(Session& session, MonivaAccount& row, const std::string& title) {
   const std::string before = row.title;
   done(row.updateTitle(wellFormed(title, "the name")));
   return session.text("'{}' is called '{}' now.", before, title);
@@ -43,7 +43,7 @@ std::string setOpeningBalance(Session& session, MonivaAccount& row, const std::s
                       session.amounts().format(amount, row.currency), balanceText(session, row));
 }
 
-std::string setType(Session& session, MonivaAccount& row, const std::string& word) {
+std::string setAccountType(Session& session, MonivaAccount& row, const std::string& word) {
   done(row.updateType(keptFor(accountTypeWords(), word)));
   done(row.updateTrackingType(row.trackingType));
   return session.text("'{}' is of the kind {} now (it tracks: {}); its balance is {}.", row.title,
@@ -95,13 +95,14 @@ std::string setPeriods(Session& session, MonivaAccount& row, const PeriodStarts&
 }  // namespace
 
 void addRowSettings(const RowFamily& family) {
-  addSetting(family, "rename", "NEW", "The new name", rename);
+  addSetting(family, "rename", "NEW", "The new name", renameRow);
   addSetting(family, "note", "TEXT", "The note; \"\" for none", setNote);
   addSetting(family, "currency", "CODE", "The currency, such as EUR", setCurrency);
   addSetting(family, "opening-balance", "AMOUNT", "What was in it at the beginning; it may be below zero",
              setOpeningBalance);
   if (!family.ofBooks()) {
-    addSetting(family, "type", "KIND", "Kind of account", setType)->check(oneOf(wordsOf(accountTypeWords())));
+    addSetting(family, "type", "KIND", "Kind of account", setAccountType)
+        ->check(oneOf(wordsOf(accountTypeWords())));
     addSetting(family, "reminders", "STATE", "Whether repayments are reminded of", setReminders)
         ->check(oneOf({"on", "off"}));
   } else {

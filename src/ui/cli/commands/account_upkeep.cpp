@@ -66,7 +66,7 @@ std::string recoveredText(Session& session, const MonivaAccount& row) {
 }
 
 /// Brings back everything of the title, whichever kind was asked for: that is how it was deleted.
-void recover(Session& session, const std::string& title) {
+void recoverTitle(Session& session, const std::string& title) {
   auto& root = session.root();
   std::vector<MonivaAccount> rows;
   std::vector<std::string> titles;
@@ -113,7 +113,7 @@ std::string clearRow(Session& session, MonivaAccount& row, bool yes) {
                       session.amounts().format(row.totalBalance, row.currency));
 }
 
-void recount(Session& session, int aKind, const std::string& name, bool all) {
+void recountBalances(Session& session, int aKind, const std::string& name, bool all) {
   auto& root = session.root();
   if (all && !name.empty()) throw notUnderstood("name one to count afresh, or say --all");
   if (!all && name.empty() && aKind != kBookKind) throw notUnderstood("say which account, or --all");
@@ -158,7 +158,7 @@ void recount(Session& session, int aKind, const std::string& name, bool all) {
   }
 }
 
-std::string correct(Session& session, MonivaAccount& row, const std::string& text) {
+std::string correctBalance(Session& session, MonivaAccount& row, const std::string& text) {
   const double wanted = typed(parseSignedAmount(text));
   requireOpen(row);
   const double booked = done(correctBalanceTo(row, wanted));
@@ -197,7 +197,7 @@ void addRowUpkeep(const RowFamily& family) {
   CLI::App* back = line.add(parent, "recover");
   auto title = std::make_shared<std::string>();
   back->add_option("NAME", *title, "The name it was deleted under")->required();
-  line.onRun(back, [title](Session& session) { recover(session, *title); });
+  line.onRun(back, [title](Session& session) { recoverTitle(session, *title); });
 
   auto yes = std::make_shared<bool>(false);
   addNamed(family, "clear", [yes](Session& s, MonivaAccount& row) {
@@ -209,10 +209,12 @@ void addRowUpkeep(const RowFamily& family) {
   auto all = std::make_shared<bool>(false);
   count->add_option("NAME", *counted, family.nameHelp());
   count->add_flag("--all", *all, "Count all of them");
-  line.onRun(count,
-             [counted, all, kind = aKind](Session& session) { recount(session, kind, *counted, *all); });
+  line.onRun(count, [counted, all, kind = aKind](Session& session) {
+    recountBalances(session, kind, *counted, *all);
+  });
 
-  addSetting(family, "correct", "AMOUNT", "What the balance is found to be; it may be below zero", correct);
+  addSetting(family, "correct", "AMOUNT", "What the balance is found to be; it may be below zero",
+             correctBalance);
 }
 
 }  // namespace moniva
