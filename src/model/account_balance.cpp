@@ -101,9 +101,29 @@ bool forRowAndItsGroups(MonivaAccount& account, const std::function<bool(MonivaA
 
 }  // namespace
 
+AccountTotals& AccountTotals::operator+=(const AccountTotals& other) {
+  income += other.income;
+  expense += other.expense;
+  transferIn += other.transferIn;
+  transferOut += other.transferOut;
+  adjusted += other.adjusted;
+  return *this;
+}
+
 Result<AccountTotals> totalsOf(const MonivaAccount& account) {
   Connection* db = account.root().db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
+  AccountTotals totals;
+  if (account.isGroup) {
+    // Each member counts as it does by itself, so that a group is what its members add up to.
+    for (const auto& member : getGroupMembers(account)) {
+      if (member.isGroup) continue;
+      const auto part = totalsOf(member);
+      if (!part) return part;
+      totals += *part;
+    }
+    return totals;
+  }
   Run run = db->query(
       fmt::format("select {} from transactions where {} and {}", kSums, accountQuerySQL(account), kCounted),
       {account.pk});
@@ -151,10 +171,10 @@ bool countTheTotalBalance(MonivaAccount& account) {
 }
 
 bool addToTotalBalance(MonivaAccount& account, int transactionType, double amount) {
-  return forRowAndItsGroups(account, [&](MonivaAccount& row) {
-    const int sign = signOf(codeOf(row.aKind, row.trackingType), transactionType);
-    return sign == 0 || row.addToTotalBalance(sign * amount);
-  });
+  const int sign = signOf(codeOf(account.aKind, account.trackingType), transactionType);
+  if (sign == 0) return true;
+  return forRowAndItsGroups(account,
+                            [&](MonivaAccount& row) { return row.addToTotalBalance(sign * amount); });
 }
 
 Result<double> correctBalanceTo(MonivaAccount& account, double balance) {

@@ -27,10 +27,11 @@ struct AccountTotals {
   double transferOut = 0;
   double adjusted = 0;  ///< corrections, above or below zero
 
+  AccountTotals& operator+=(const AccountTotals& other);
   double balance() const { return income + transferIn - expense - transferOut + adjusted; }
 };
 
-/// The totals of a book, an account or a group, computed in one pass.
+/// The totals of a book or an account, computed in one pass; of a group those of its members together.
 Result<AccountTotals> totalsOf(const MonivaAccount& account);
 double getTheTotalIncome(const MonivaAccount& account);
 double getTheTotalExpense(const MonivaAccount& account);

@@ -68,7 +68,7 @@ Result<std::optional<MonivaAccount>> MonivaAccount::updateCurrency(std::string_v
     {
       Run run = db.query(
           "select count(oldTitle) as accountCount from account where currency = ? and deleted = 0 and"
-          " enabled = 1 and kind = ?",
+          " enabled = 1 and kind = ? and isGroup = 0",
           {code, kAccountKind});
       if (!run.next()) return tl::make_unexpected(db.refusal());
       hasAccount = run.integer(0) > 0;
@@ -137,9 +137,7 @@ Result<> MonivaAccount::recoverForTitle() {
       while (run.next()) {
         any = any || run.integer(2) > 0;
         if (run.integer(2) > 0 && run.integer(3) > 1) {
-          return refuse(
-              "'{}' cannot be recovered: there would be two of that title then; rename the other one first",
-              title);
+          return refuse("'{}' cannot be recovered: there would be two of that title then", title);
         }
       }
       if (!run.ok()) return tl::make_unexpected(db.refusal());

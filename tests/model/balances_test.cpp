@@ -69,7 +69,7 @@ RC_GTEST_PROP(Balances, areWhatTheRowsAddUpTo, ()) {
     cents[row.pk] = *rc::gen::inRange<std::int64_t>(-100000, 100000);
     RC_ASSERT(row.updateBeginBalance(static_cast<double>(cents[row.pk]) / 100).has_value());
   }
-  auto group = home.group("All", {rows[1], rows[2], rows[3]});
+  auto group = home.group("All", {rows[1], rows[2], rows[3], rows[4]});
   const int count = *rc::gen::inRange(0, 60);
   for (int i = 0; i < count; ++i) {
     const auto& row = *rc::gen::elementOf(rows);
@@ -96,7 +96,7 @@ RC_GTEST_PROP(Balances, areWhatTheRowsAddUpTo, ()) {
     RC_ASSERT(isNear(MonivaAccount::getAccountWithPK(home.root, row.pk)->totalBalance, cents[row.pk]));
   }
   group.getInfo();
-  RC_ASSERT(isNear(group.totalBalance, cents[rows[1].pk] + cents[rows[2].pk] + cents[rows[3].pk]));
+  RC_ASSERT(isNear(group.totalBalance, cents[rows[1].pk] + cents[rows[2].pk] + cents[rows[3].pk] + cents[rows[4].pk]));
 }
 
 TEST(Balances, areCorrectedByARowOfTheirOwn) {
