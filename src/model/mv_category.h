@@ -8,6 +8,7 @@
 
 #include "base/result.h"
 #include "model/moniva_account.h"
+#include "model/order_string.h"
 
 namespace moniva {
 
@@ -53,9 +54,5 @@ class MVCategory {
  private:
   MVAppRoot* root_;
 };
-
-/// The text a title is ordered by: its Latin transliteration, folded, so that Chinese titles order by their
-/// sound and accented ones beside plain ones.
-std::string orderStringOf(std::string_view title);
 
 }  // namespace moniva

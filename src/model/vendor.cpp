@@ -1,11 +1,36 @@
 #include "model/vendor.h"
 
-#include "model/mv_category.h"
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "base/text.h"
+#include "model/order_string.h"
 #include "model/title.h"
 #include "model/transaction_type.h"
 #include "storage/transaction.h"
 
 namespace moniva {
+namespace {
+
+constexpr std::array<std::string_view, 3> kTitlesOfNoVendor = {"NoVendor", "NoPayee", "NoPayer"};
+
+std::string_view orderTypeKey(int transactionType) {
+  return Vendor::typeFor(transactionType) == Vendor::kPayer ? "_PayerCategoryOrderType"
+                                                            : "_VendorCategoryOrderType";
+}
+
+}  // namespace
+
+void Vendor::setOrderString(std::string_view text) {
+  std::size_t characters = 0;
+  std::size_t end = 0;
+  for (; end < text.size(); ++end) {
+    const bool begins = (static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80U;
+    if (begins && characters++ == kOrderStringLength) break;
+  }
+  orderString_ = text.substr(0, end);
+}
 
 int Vendor::typeFor(int transactionType) {
   switch (transactionType) {
@@ -26,11 +51,10 @@ Vendor Vendor::noVendor(MVAppRoot& root, int transactionType) {
   Vendor vendor(root);
   vendor.type = typeFor(transactionType);
   vendor.pk = kNoVendorKey;
-  if (vendor.type == kPayer) {
-    vendor.title = "NoPayer";
-  } else {
-    vendor.title = root.platform().info.edition == Edition::plus ? "NoVendor" : "NoPayee";
-  }
+  const auto& platform = root.platform();
+  vendor.title = platform.localized(vendor.type == kPayer                    ? "NoPayer"
+                                    : platform.info.edition == Edition::plus ? "NoVendor"
+                                                                             : "NoPayee");
   return vendor;
 }
 
@@ -38,49 +62,72 @@ bool Vendor::isNoVendor() const {
   return pk == kNoVendorKey;
 }
 
+bool Vendor::isNoVendorTitle(std::string_view title) {
+  return std::ranges::find(kTitlesOfNoVendor, trimBlanks(title)) != kTitlesOfNoVendor.end();
+}
+
+std::string Vendor::getOrderType(MVAppRoot& root, int transactionType) {
+  return root.objectForKey(orderTypeKey(transactionType));
+}
+
+Result<> Vendor::setOrderType(MVAppRoot& root, int transactionType, std::string_view mode) {
+  if (mode != "0" && mode != "1" && mode != "2") return refuse("vendors have no order '{}'", excerpt(mode));
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  // Settings are written on the other connection, which would wait for this one's transaction to end.
+  if (db->inTransaction()) return refuse("the order of vendors cannot be set amid other changes");
+  if (!root.setObject(mode, orderTypeKey(transactionType)))
+    return refuse("the order of vendors could not be written");
+  return {};
+}
+
 std::optional<Vendor> Vendor::getVendor(MVAppRoot& root, std::string_view key) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr || key.empty()) return std::nullopt;
-  Run run = db->query("select title, type, orderString, usedTimes, orderID from category where oldTitle = ?",
-                      {key});
+  Run run = db->query(
+      "select title, type, orderString, usedTimes, orderID, deleted, familyUser, ipid from category"
+      " where oldTitle = ?",
+      {key});
   if (!run.next()) return std::nullopt;
   Vendor vendor(root);
   vendor.pk = key;
   vendor.title = run.text(0);
   vendor.type = static_cast<int>(run.integer(1));
-  vendor.orderString = run.text(2);
+  vendor.setOrderString(run.text(2));
   vendor.usedTimes = static_cast<int>(run.integer(3));
   vendor.orderID = static_cast<int>(run.integer(4));
+  vendor.deleted = static_cast<int>(run.integer(5));
+  vendor.familyUser = run.text(6);
+  vendor.ipid = run.text(7);
   return vendor;
 }
 
+std::optional<Vendor> Vendor::withTitle(MVAppRoot& root, std::string_view title, int type) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return std::nullopt;
+  std::string key;
+  {
+    Run run = db->query("select oldTitle, deleted from category where title=? and type=? order by deleted",
+                        {title, type});
+    if (run.next()) key = run.text(0);
+  }
+  return getVendor(root, key);
+}
+
 Result<> Vendor::add() {
-  if (auto usable = checkTitle(title, "a vendor"); !usable) return usable;
+  if (auto usable = usableTitle(title); !usable) return usable;
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  std::string found;
-  bool wasDeleted = false;
-  {
-    Run run = db->query("select oldTitle, deleted from category where title=? and type=? order by deleted",
-                        {title, type});
-    if (run.next()) {
-      found = run.text(0);
-      wasDeleted = run.integer(1) != 0;
-    }
-  }
   bool written = true;
-  if (!found.empty()) {
-    pk = found;
-    if (wasDeleted) {
-      written =
-          root_->executeUpdate("update category set deleted=0, editDate=?, edit_ipid = ? where oldTitle=?",
-                               root_->editStamp(), root_->itsUDID(), pk);
-    }
+  if (const auto found = withTitle(*root_, title, type)) {
+    const bool wasDeleted = found->deleted != 0;
+    *this = *found;
+    if (wasDeleted) written = revive();
   } else {
     pk = root_->newIdentifier();
-    if (orderString.empty()) orderString = orderStringOf(title);
+    if (orderString_.empty()) setOrderString(orderStringOf(title));
     {
       Run run = db->query("select orderID from category where type=? order by orderID DESC limit 1", {type});
       orderID = run.next() ? static_cast<int>(run.integer(0)) + 1 : 1;
@@ -89,9 +136,10 @@ Result<> Vendor::add() {
         "insert into category (title, usedTimes, type, deleted, editDate, familyUser, account,  orderID, "
         "orderString,"
         " oldTitle, edit_ipid) values(?,0,?,0,?,'','',?,?,?,?)",
-        title, type, root_->editStamp(), orderID, orderString, pk, root_->itsUDID());
+        title, type, root_->editStamp(), orderID, orderString_, pk, root_->itsUDID());
   }
   if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
+  deleted = 0;
   return {};
 }
 
@@ -104,12 +152,48 @@ bool Vendor::isExist() const {
   return run.next() && run.integer(0) > 0;
 }
 
+std::int64_t Vendor::recordCount() const {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return 0;
+  Run run = db->query("select count(*) from transactions where vendor = ? and deleted = 0", {pk});
+  return run.next() ? run.integer(0) : 0;
+}
+
 bool Vendor::updateUsingCount(int transactionType) {
   return root_->executeUpdate(
       "update category set editDate = ?, edit_ipid = ?, usedTimes = (select count(eid) from transactions "
       "where vendor = ?"
       " and type = ?) where oldTitle = ?",
       root_->editStamp(), root_->itsUDID(), pk, transactionType, pk);
+}
+
+bool Vendor::updateUsingCount() {
+  return updateUsingCount(type == kPayer ? kind::kIncome : kind::kExpense);
+}
+
+Result<int> Vendor::updateUsingCounts(MVAppRoot& root, int type) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Transaction transaction(*db);
+  if (!transaction.began()) return tl::make_unexpected(db->refusal());
+  std::vector<Vendor> wrong;
+  {
+    Run run = db->query(
+        "select oldTitle from category where deleted = 0 and type = ? and usedTimes is not (select count(eid)"
+        " from transactions where vendor = category.oldTitle and transactions.type = ?)",
+        {type, type == kPayer ? kind::kIncome : kind::kExpense});
+    while (run.next()) {
+      Vendor& vendor = wrong.emplace_back(root);
+      vendor.pk = run.text(0);
+      vendor.type = type;
+    }
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  for (auto& vendor : wrong) {
+    if (!vendor.updateUsingCount()) return tl::make_unexpected(db->refusal());
+  }
+  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
+  return static_cast<int>(wrong.size());
 }
 
 }  // namespace moniva
