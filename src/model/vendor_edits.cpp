@@ -49,7 +49,7 @@ Result<> Vendor::rename(const std::string& newTitle) {
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
   auto changed = stored();
   if (!changed) return tl::make_unexpected(changed.error());
-  if (changed->title == newTitle) return refuse("'{}' is called so already", excerpt(newTitle));
+  if (changed->title == newTitle) return refuse("'{}' is its title already", excerpt(newTitle));
   bool written = false;
   if (auto other = withTitle(*root_, newTitle, changed->type)) {
     // One of the two has to go, and it is always the one renamed: the title it is given belongs to the other

@@ -110,6 +110,7 @@ CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
   addBookCommands(*this);
   addAccountCommands(*this);
   addGroupCommands(*this);
+  addVendorCommands(*this);
   addSpendCommands(*this);
   addTransferCommands(*this);
   addImportCommand(*this);

@@ -49,6 +49,7 @@ std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& ar
 void addBookCommands(CommandLine& line);
 void addAccountCommands(CommandLine& line);
 void addGroupCommands(CommandLine& line);
+void addVendorCommands(CommandLine& line);
 void addSpendCommands(CommandLine& line);
 void addTransferCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);

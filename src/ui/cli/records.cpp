@@ -7,7 +7,6 @@
 #include "calendar/date_texts.h"
 #include "model/mv_category.h"
 #include "model/transaction_type.h"
-#include "model/vendor.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/did_you_mean.h"
 
@@ -117,6 +116,18 @@ json::object jsonWithTotals(Session& session, const MonivaAccount& account) {
   object["dateOfFirstTransaction"] = isoDate(session, account.dateOfFirstTransaction);
   object["dateOfLastTransaction"] = isoDate(session, account.dateOfLastTransaction);
   return object;
+}
+
+json::object jsonOf(Session&, const Vendor& vendor) {
+  return {{"pk", vendor.pk},
+          {"title", vendor.title},
+          {"type", vendor.type},
+          {"orderString", vendor.orderString()},
+          {"usedTimes", vendor.usedTimes},
+          {"orderID", vendor.orderID},
+          {"deleted", vendor.deleted},
+          {"familyUser", vendor.familyUser},
+          {"ipid", vendor.ipid}};
 }
 
 json::object jsonOf(Session& session, const Spend& spend) {

@@ -6,6 +6,7 @@
 #include "model/moniva_account.h"
 #include "model/spend.h"
 #include "model/transfer.h"
+#include "model/vendor.h"
 #include "reports/trans_report_summary.h"
 #include "ui/cli/session.h"
 
@@ -19,6 +20,7 @@ boost::json::value isoDate(Session& session, std::optional<Date> date);
 boost::json::object jsonOf(Session& session, const MonivaAccount& account);
 /// The same with what `getAllStatistics` and `getAllPeriod` computed.
 boost::json::object jsonWithTotals(Session& session, const MonivaAccount& account);
+boost::json::object jsonOf(Session& session, const Vendor& vendor);
 boost::json::object jsonOf(Session& session, const Spend& spend);
 boost::json::object jsonOf(Session& session, const Transfer& transfer);
 boost::json::object jsonOf(Session& session, const TransReportSummary& summary);
