@@ -96,7 +96,8 @@ void listVendors(Session& session, const VendorOptions& options) {
     VendorSection all;
     for (auto& section : sections)
       std::ranges::move(section.cateArrayOfSameLetter, std::back_inserter(all.cateArrayOfSameLetter));
-    sections.assign(1, std::move(all));
+    sections.clear();
+    sections.push_back(std::move(all));
   }
   const bool lettered = mode == "2" && !options.byName;
   if (session.options().json) {
