@@ -13,7 +13,7 @@ std::vector<CommandText> vendorTexts() {
         {"moniva vendor list --payers --by-use", "who pays you most often"}}},
       {"vendor list",
        "list the vendors",
-       "In the order chosen with `moniva vendor order --mode`, unless an option names another. By name goes "
+       "In the order chosen with 'moniva vendor order --mode', unless an option names another. By name goes "
        "by "
        "your language; Chinese names are filed under the letter their reading begins with.",
        {{"moniva vendor list", "the payees in the order you chose"},
@@ -25,7 +25,7 @@ std::vector<CommandText> vendorTexts() {
        {{"moniva vendor add Lang", "a payee"}, {"moniva vendor add Weber --payer", "a payer"}}},
       {"vendor delete",
        "take a vendor out of the lists",
-       "Its records keep it; `moniva vendor add` brings it back.",
+       "Its records keep it; 'moniva vendor add' brings it back.",
        {{"moniva vendor delete Lang", ""}}},
       {"vendor rename",
        "give a vendor another name, or make it one with another",
