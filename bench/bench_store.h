@@ -12,7 +12,8 @@ namespace moniva::bench {
 /// An empty store in a folder of its own, gone with the object.
 class BenchStore {
  public:
-  BenchStore() : db_(described()), root(platform_, db_) {
+  explicit BenchStore(std::string locale = "en_US")
+      : db_(described(std::move(locale))), root(platform_, db_) {
     ready = root.copyDatabaseIfNeed().has_value() && db_.initDatabase().has_value();
   }
   ~BenchStore() {
@@ -28,11 +29,11 @@ class BenchStore {
   Connection& connection() { return *db_.getDatabase(); }
 
  private:
-  Platform& described() {
+  Platform& described(std::string locale) {
     std::string folder = (std::filesystem::temp_directory_path() / "moniva-bench-XXXXXX").string();
     platform_.directories.documents = ::mkdtemp(folder.data()) != nullptr ? folder : std::string();
     platform_.directories.resources = std::filesystem::path(MONIVA_TEMPLATE).parent_path();
-    platform_.calendar = *Calendar::make("Europe/Berlin", "en_US");
+    platform_.calendar = *Calendar::make("Europe/Berlin", std::move(locale));
     platform_.clock = std::make_unique<FixedClock>(Date{1.7e9});
     platform_.random = std::make_unique<SeededRandom>(1);
     platform_.userDefaults = std::make_unique<MemoryUserDefaults>();

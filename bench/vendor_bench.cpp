@@ -3,12 +3,11 @@
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
-#include <stdlib.h>
 
-#include <filesystem>
 #include <random>
 #include <set>
 
+#include "bench_store.h"
 #include "model/order_string.h"
 #include "model/vendor_query.h"
 #include "side_by_side.h"
@@ -17,14 +16,12 @@
 namespace moniva {
 namespace {
 
-namespace fs = std::filesystem;
-
-/// A store in a folder of its own with so many payees; of a hundred, `foreign` have titles beyond ASCII.
-class Shops {
+/// A store with so many payees; of a hundred, `foreign` have titles beyond ASCII.
+class Shops : public bench::BenchStore {
  public:
-  Shops(int vendors, int foreign) : db_(described()), root(platform_, db_) {
-    if (!root.copyDatabaseIfNeed() || !db_.initDatabase()) return;
-    Connection& db = *db_.getDatabase();
+  Shops(int vendors, int foreign) : BenchStore("de_DE") {
+    if (!ready) return;
+    Connection& db = connection();
     Transaction transaction(db);
     std::mt19937 random(1);
     const std::string_view beyond[] = {"Ä", "Ö", "É", "中", "北", "М", "Я", "Ε"};
@@ -43,34 +40,6 @@ class Shops {
     }
     ready = transaction.commit();
   }
-  ~Shops() {
-    db_.closeDatabase();
-    std::error_code ignored;
-    fs::remove_all(platform_.directories.documents, ignored);
-  }
-  Shops(const Shops&) = delete;
-  Shops& operator=(const Shops&) = delete;
-
-  fs::path file() const { return db_.databasePath(); }
-
- private:
-  Platform& described() {
-    std::string folder = (fs::temp_directory_path() / "moniva-bench-XXXXXX").string();
-    platform_.directories.documents = ::mkdtemp(folder.data()) != nullptr ? folder : std::string();
-    platform_.directories.resources = fs::path(MONIVA_TEMPLATE).parent_path();
-    platform_.calendar = *Calendar::make("Europe/Berlin", "de_DE");
-    platform_.clock = std::make_unique<FixedClock>(Date{1.7e9});
-    platform_.random = std::make_unique<SeededRandom>(1);
-    platform_.userDefaults = std::make_unique<MemoryUserDefaults>();
-    return platform_;
-  }
-
-  Platform platform_;
-  DoDB db_;
-
- public:
-  MVAppRoot root;
-  bool ready = false;
 };
 
 struct Row {
