@@ -48,9 +48,11 @@ Result<std::vector<TransReportSummary>> largestCategories(const MonivaAccount& b
     labelled.endDate = to;
     labelled.takeLabels(BookPeriods(calendar, book.periodStarts(), root.now()));
 
-    db.clearError();
+    auto categories = MVCategory::rootCateForType(root, type).getAllSubcategoryList();
+    if (!categories) return tl::make_unexpected(categories.error());
+    std::ranges::stable_sort(*categories, {}, &MVCategory::orderString);
     std::vector<TransReportSummary> found;
-    for (auto& category : MVCategory::rootCateForType(root, type).getAllSubcategoryList()) {
+    for (auto& category : *categories) {
       const auto sum = sums->find(category.pk);
       if (sum == sums->end() || sum->second.count == 0) continue;
       TransReportSummary& summary = found.emplace_back(labelled);
@@ -59,8 +61,6 @@ Result<std::vector<TransReportSummary>> largestCategories(const MonivaAccount& b
       summary.count = (isIncome ? summary.incomeCount : summary.expenseCount) = sum->second.count;
       (isIncome ? summary.incomeAmount : summary.expenseAmount) = sum->second.amount;
     }
-    // The list of categories tells of a failed read only here.
-    if (db.lastErrorCode() != 0) return tl::make_unexpected(db.refusal());
     std::ranges::stable_sort(found, std::greater<>(), &TransReportSummary::amount);
     return found;
   };

@@ -177,7 +177,7 @@ TEST(Categories, comeBackOrAreTouchedInsteadOfDoubled) {
   }
   EXPECT_NE(home.category("Bakery").pk, home.bakery) << "elsewhere it is another category";
   EXPECT_NE(home.category("Food", kind::kIncome).pk, home.food) << "and of another type";
-  EXPECT_EQ(MVCategory::rootCateForType(home.root, 12).getAllSubcategoryList().size(), 2U);
+  EXPECT_EQ(MVCategory::rootCateForType(home.root, 12).getAllSubcategoryList()->size(), 2U);
 }
 
 TEST(Vendors, areOneOfATitleAndType) {

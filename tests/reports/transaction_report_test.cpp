@@ -417,7 +417,8 @@ RC_GTEST_PROP(LargestCategories, areWhatTheReportOfEachSays, ()) {
   }
   RC_ASSERT(together.commit());
   std::vector<std::pair<std::string, double>> expected;
-  for (const auto& category : MVCategory::rootCateForType(home.root, type).getAllSubcategoryList()) {
+  std::ranges::stable_sort(categories, {}, &MVCategory::orderString);
+  for (const auto& category : categories) {
     TransactionReport report(home.root);
     report.setMonivaAccount(*home.home);
     report.setCategory(category);

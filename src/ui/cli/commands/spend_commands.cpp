@@ -36,7 +36,8 @@ MVCategory categoryNamed(Session& session, const std::string& title, const MVCat
   if (auto found = MVCategory::withTitle(root, title, above.type, above.pk)) return *found;
   if (!create) {
     std::vector<std::string> titles;
-    for (const auto& category : above.getAllSubcategoryList()) titles.push_back(category.title);
+    const auto known = done(above.getAllSubcategoryList());
+    for (const auto& category : known) titles.push_back(category.title);
     const auto meant = didYouMean(title, titles);
     const std::string where =
         above.isRoot() ? "category" : fmt::format("subcategory of '{}' named", printable(above.title));

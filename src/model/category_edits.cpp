@@ -1,0 +1,321 @@
+#include "model/category_rows.h"
+#include "storage/transaction.h"
+
+namespace moniva {
+namespace {
+
+/// The children of two top-level categories that become one: those of the same title become one as well, the
+/// others change their parent with everything else.
+Result<std::int64_t> mergeChildren(MVAppRoot& root, const MVCategory& loser, const MVCategory& winner) {
+  Connection* db = root.db().getDatabase();
+  std::vector<MVCategory> children;
+  {
+    Run run = db->query(fmt::format("select {} from category where parent = ? and type = ? and deleted = 0",
+                                    kCategoryColumns),
+                        {loser.pk, loser.type});
+    while (run.next()) children.push_back(categoryOfRow(root, run));
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  for (const auto& child : children) {
+    const auto same = liveSibling(root, child.title, child.type, winner.pk, child.pk);
+    if (!same) return tl::make_unexpected(same.error());
+    if (!*same) continue;
+    if (!repointCategory(root, child, **same) ||
+        !root.executeUpdate("update category set deleted=1, editDate=?, edit_ipid = ? where oldTitle=?",
+                            root.editStamp(), root.itsUDID(), child.pk)) {
+      return tl::make_unexpected(db->refusal());
+    }
+  }
+  return static_cast<std::int64_t>(children.size());
+}
+
+/// Makes the loser and the winner one. Inside the caller's transaction.
+Result<CategoryChange> mergeCategory(MVAppRoot& root, const MVCategory& loser, const MVCategory& winner) {
+  CategoryChange change{.merged = true};
+  if (auto records = recordsOf(root, loser.pk)) {
+    change.records = *records;
+  } else {
+    return tl::make_unexpected(records.error());
+  }
+  if (loser.isSuperCate() && winner.isSuperCate()) {
+    auto children = mergeChildren(root, loser, winner);
+    if (!children) return tl::make_unexpected(children.error());
+    change.subcategories = *children;
+  }
+  if (!repointCategory(root, loser, winner) ||
+      !root.executeUpdate("update category set deleted=1, editDate=?, edit_ipid = ? where oldTitle=?",
+                          root.editStamp(), root.itsUDID(), loser.pk)) {
+    return tl::make_unexpected(root.db().getDatabase()->refusal());
+  }
+  return change;
+}
+
+/// Whether the category may be moved below `above` (nothing: to the top).
+Result<> mayMove(const MVCategory& category, const MVCategory& newParent, std::int64_t children) {
+  if (newParent.pk == category.pk)
+    return refuse("the category '{}' cannot be moved under itself", category.title);
+  if (newParent.parent == category.pk) {
+    return refuse("the category '{}' cannot be moved under its own subcategory '{}'", category.title,
+                  newParent.title);
+  }
+  if (newParent.type != category.type) {
+    return refuse("'{}' and '{}' are not of one kind: one is for income, the other for expenses",
+                  category.title, newParent.title);
+  }
+  if (newParent.pk == category.parent) {
+    return newParent.isRoot()
+               ? refuse("the category '{}' is at the top already", category.title)
+               : refuse("the category '{}' is under '{}' already", category.title, newParent.title);
+  }
+  if (newParent.isSubCate()) {
+    return refuse("'{}' is a subcategory itself, and a subcategory has none", newParent.title);
+  }
+  if (children > 0) {
+    return refuse("the category '{}' has subcategories, and a subcategory has none; move those first",
+                  category.title);
+  }
+  return {};
+}
+
+}  // namespace
+
+Result<> MVCategory::addCate() {
+  if (auto usable = checkCategoryTitle(title); !usable) return usable;
+  if (!isCategoryType(type)) return refuse("{} is neither the type of income nor of expenses", type);
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Transaction transaction(*db);
+  if (!transaction.began()) return tl::make_unexpected(db->refusal());
+  if (isSubCate()) {
+    const auto above = liveCategory(*root_, parent);
+    if (!above) return tl::make_unexpected(above.error());
+    if (above->isSubCate() || above->type != type) {
+      return refuse("'{}' cannot be a subcategory of '{}', which is {}", title, above->title,
+                    above->isSubCate() ? "one itself" : "of the other kind");
+    }
+  }
+  std::string found;
+  bool wasDeleted = false;
+  {
+    // A live row is taken before a deleted one of the same name.
+    Run run =
+        isSuperCate()
+            ? db->query(
+                  "select oldTitle, deleted from category where title = ? and type=? and parent= '_rootCate'"
+                  " order by deleted",
+                  {title, type})
+            : db->query(
+                  "select oldTitle, deleted from category where title = ? and type=? and parent = ?"
+                  " order by deleted",
+                  {title, type, parent});
+    if (run.next()) {
+      found = run.text(0);
+      wasDeleted = run.integer(1) != 0;
+    }
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  const Date stamp = root_->editStamp();
+  bool written = false;
+  if (!found.empty()) {
+    pk = found;
+    written = wasDeleted
+                  ? root_->executeUpdate(
+                        "update category set deleted=0, usedTimes=0, familyUser='', editDate=?,"
+                        " edit_ipid = ? where oldTitle=?",
+                        stamp, root_->itsUDID(), pk)
+                  : root_->executeUpdate(
+                        "update category set editDate=?, deleted = 0, edit_ipid = ? where oldTitle = ?",
+                        stamp, root_->itsUDID(), pk);
+    if (written && isOfBook()) {
+      // The statement lacks a comma and always has: what was switched off in the book stays so. Nobody but
+      // the fault log is to hear of it.
+      root_->executeUpdate(
+          "update categoryofbook set editDate=?, edit_ipid=? enabled = 1 where cate = ? and book = ?", stamp,
+          root_->itsUDID(), pk, book->pk);
+      db->clearError();
+    }
+  } else {
+    pk = root_->newIdentifier();
+    if (orderString.empty()) orderString = orderStringOf(title);
+    written = root_->executeUpdate(
+        "insert into category (title, parent, type, deleted, editDate, familyUser,  orderString, oldTitle, "
+        "oldParent,"
+        " edit_ipid) values(?,?,?,0,?,'',?,?,?,?)",
+        title, parent, type, stamp, orderString, pk, parent, root_->itsUDID());
+    if (written && isSubCate()) {
+      written = root_->executeUpdate(
+          "update category set editDate=?, edit_ipid = ?, account = (select account from category where "
+          "oldTitle = ?)"
+          " where oldTitle = ?",
+          root_->editStamp(), root_->itsUDID(), parent, pk);
+    }
+  }
+  if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
+  deleted = 0;
+  return {};
+}
+
+Result<> MVCategory::delCate() {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Transaction transaction(*db);
+  if (!transaction.began()) return tl::make_unexpected(db->refusal());
+  const auto live = liveCategory(*root_, pk);
+  if (!live) return tl::make_unexpected(live.error());
+  const std::string& udid = root_->itsUDID();
+  const bool written =
+      root_->executeUpdate(
+          "update category set deleted = 1, editDate = ?, edit_ipid = ?, account = '' where oldTitle = ?",
+          root_->editStamp(), udid, pk) &&
+      (live->isSubCate() ||
+       root_->executeUpdate(
+           "update category set deleted = 1, editDate = ?, edit_ipid = ?, account = '' where parent = ?",
+           root_->editStamp(), udid, pk)) &&
+      root_->executeUpdate("update categoryofbook set enabled=0, editDate=?, edit_ipid = ? where cate=?",
+                           root_->editStamp(), udid, pk) &&
+      root_->executeUpdate("delete from transactions where category = ? and type = ?", pk,
+                           kind::kCategoryAllocation);
+  if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
+  deleted = 1;
+  return {};
+}
+
+Result<CategoryChange> MVCategory::rename(std::string_view newTitle) {
+  if (auto usable = checkCategoryTitle(newTitle); !usable) return tl::make_unexpected(usable.error());
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Transaction transaction(*db);
+  if (!transaction.began()) return tl::make_unexpected(db->refusal());
+  auto live = liveCategory(*root_, pk);
+  if (!live) return tl::make_unexpected(live.error());
+  if (live->title == newTitle) return refuse("the category is called '{}' already", newTitle);
+  auto other = liveSibling(*root_, newTitle, live->type, live->parent, pk);
+  if (!other) return tl::make_unexpected(other.error());
+  Result<CategoryChange> change;
+  if (*other) {
+    change = mergeCategory(*root_, *live, **other);
+    if (!change) return change;
+    live = std::move(**other);
+  } else {
+    live->title = newTitle;
+    live->orderString = orderStringOf(newTitle);
+    if (!root_->executeUpdate(
+            "update category set title = ?, orderString = ?, editDate=?, edit_ipid=? where oldTitle=?",
+            live->title, live->orderString, root_->editStamp(), root_->itsUDID(), pk)) {
+      return tl::make_unexpected(db->refusal());
+    }
+  }
+  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
+  live->book = book;
+  *this = std::move(*live);
+  return change;
+}
+
+Result<CategoryChange> MVCategory::moveTo(const MVCategory& newParent) {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Transaction transaction(*db);
+  if (!transaction.began()) return tl::make_unexpected(db->refusal());
+  auto live = liveCategory(*root_, pk);
+  if (!live) return tl::make_unexpected(live.error());
+  auto above = newParent.isRoot() ? Result<MVCategory>(newParent) : liveCategory(*root_, newParent.pk);
+  if (!above) return tl::make_unexpected(above.error());
+  const auto children = numberOf(
+      *db, "select count(*) from category where parent = ? and type = ? and deleted = 0", {pk, live->type});
+  if (!children) return tl::make_unexpected(children.error());
+  if (auto may = mayMove(*live, *above, *children); !may) return tl::make_unexpected(may.error());
+  auto other = liveSibling(*root_, live->title, live->type, above->pk, pk);
+  if (!other) return tl::make_unexpected(other.error());
+
+  Result<CategoryChange> change;
+  if (*other) {
+    change = mergeCategory(*root_, *live, **other);
+    if (!change) return change;
+    live = std::move(**other);
+  } else {
+    const auto records = recordsOf(*root_, pk);
+    if (!records) return tl::make_unexpected(records.error());
+    change->records = *records;
+    const bool wasTop = live->isSuperCate();
+    live->parent = above->pk;
+    const bool written =
+        root_->executeUpdate("update category set parent = ?, editDate = ?, edit_ipid = ? where oldTitle=?",
+                             live->parent, root_->editStamp(), root_->itsUDID(), pk) &&
+        (!wasTop || (chooseTopItself(*root_, pk, pk) && retopCategory(*root_, pk, above->pk))) &&
+        root_->executeUpdate(
+            "update transactions set category = ?, editDate = ?, ipid = 'batchEdit', edit_ipid = ? where"
+            " subcategory=?",
+            topKey(*live), root_->editStamp(), root_->itsUDID(), pk);
+    if (!written) return tl::make_unexpected(db->refusal());
+  }
+  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
+  live->book = book;
+  *this = std::move(*live);
+  return change;
+}
+
+Result<std::int64_t> MVCategory::moveDataTo(const MVCategory& other, std::optional<Date> fromDate,
+                                            std::optional<Date> toDate) {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  if (fromDate && toDate && *toDate < *fromDate) return refuse("the range ends before it begins");
+  Transaction transaction(*db);
+  if (!transaction.began()) return tl::make_unexpected(db->refusal());
+  const auto live = liveCategory(*root_, pk);
+  if (!live) return tl::make_unexpected(live.error());
+  const auto target = liveCategory(*root_, other.pk);
+  if (!target) return tl::make_unexpected(target.error());
+  if (target->pk == pk) return refuse("the records of '{}' are there already", live->title);
+  if (target->type != live->type) {
+    return refuse("'{}' and '{}' are not of one kind: one is for income, the other for expenses", live->title,
+                  target->title);
+  }
+  std::string range = live->isSubCate() ? "subcategory = ?" : "category = ?";
+  std::vector<Value> limits{pk};
+  if (fromDate) {
+    range += " and datetime >= ?";
+    limits.emplace_back(*fromDate);
+  }
+  if (toDate) {
+    range += " and datetime <= ?";
+    limits.emplace_back(*toDate);
+  }
+  std::int64_t records = 0;
+  {
+    Run run = db->query(
+        fmt::format("select count(*) from transactions where {} and {}", kRecordsInUse, range), limits);
+    if (!run.next()) return tl::make_unexpected(db->refusal());
+    records = run.integer(0);
+  }
+  // The device is not named, unlike in every other edit. A payment has no subcategory and gets none.
+  std::vector<Value> values{topKey(*target), target->pk, root_->editStamp(), kind::kCategoryAllocation};
+  values.insert(values.end(), limits.begin(), limits.end());
+  if (!root_->executeUpdate(
+          fmt::format("update transactions set category = ?, subcategory = case when bid = '10' then"
+                      " subcategory else ? end, editDate = ?, ipid = 'batchEdit' where type != ? and {}",
+                      range),
+          std::span<const Value>(values)) ||
+      !transaction.commit()) {
+    return tl::make_unexpected(db->refusal());
+  }
+  return records;
+}
+
+Result<> MVCategory::saveCustomCategoryOrder(MVAppRoot& root, const std::vector<MVCategory>& list) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Transaction transaction(*db);
+  if (!transaction.began()) return tl::make_unexpected(db->refusal());
+  int position = 0;
+  for (const auto& category : list) {
+    if (auto live = liveCategory(root, category.pk); !live) return tl::make_unexpected(live.error());
+    if (!root.executeUpdate("update category set orderID=?, editDate=?, edit_ipid=? where oldTitle=?",
+                            position++, root.editStamp(), root.itsUDID(), category.pk)) {
+      return tl::make_unexpected(db->refusal());
+    }
+  }
+  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
+  return {};
+}
+
+}  // namespace moniva

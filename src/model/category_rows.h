@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "model/mv_category.h"
+#include "model/transaction_type.h"
+
+/// What the files of MVCategory share: its row, and the checks and statements that several changes need.
+namespace moniva {
+
+/// The columns `categoryOfRow` reads, in its order.
+inline constexpr std::string_view kCategoryColumns =
+    "oldTitle, title, parent, type, orderString, deleted, orderID, familyUser, ipid, usedTimes";
+inline constexpr int kCategoryColumnCount = 10;
+MVCategory categoryOfRow(MVAppRoot& root, const Run& run);
+
+inline constexpr std::string_view kRootKey = "_rootCate";
+/// The setting that lets each book have its own view of the categories.
+inline constexpr std::string_view kPerBookSetting = "enabledCategoryForBook";
+/// The setting of the order mode of a type.
+constexpr std::string_view orderSetting(int type) {
+  return type == kind::kIncome ? "_IncomeCategoryOrderType" : "_ExpenseCategoryOrderType";
+}
+
+/// Rows of `transactions` a person would call a record in use of a category: no payments, budgets, templates.
+inline constexpr std::string_view kRecordsInUse = "deleted = 0 and type in (11,12,13,14) and bid is not '10'";
+
+constexpr bool isCategoryType(int type) {
+  return type == kind::kIncome || type == kind::kExpense;
+}
+/// Key of the top-level category above, or of the category itself.
+inline const std::string& topKey(const MVCategory& category) {
+  return category.isSubCate() ? category.parent : category.pk;
+}
+
+/// Whether the text will do as a category's title; the texts that stand for the root and for no category are
+/// refused.
+Result<> checkCategoryTitle(std::string_view title);
+/// The row of a category in use; refused for any other key.
+Result<MVCategory> liveCategory(MVAppRoot& root, std::string_view key);
+/// The live category of the title, type and parent key that has not the key `except`; nothing when there is
+/// none.
+Result<std::optional<MVCategory>> liveSibling(MVAppRoot& root, std::string_view title, int type,
+                                              std::string_view parent, std::string_view except);
+/// Numbers a query answers in its first row; refused when it failed.
+Result<std::int64_t> numberOf(Connection& db, std::string_view sql, std::initializer_list<Value> arguments);
+/// Records in use that name the key in either column.
+Result<std::int64_t> recordsOf(MVAppRoot& root, std::string_view key);
+
+// Parts of a merge, inside the caller's transaction. False when the store refused a statement.
+
+/// What refers to `loser` refers to `winner` afterwards: transactions, children, rows of books (one for a
+/// book), former parents; uses are added up. The row of `loser` stays as it is.
+bool repointCategory(MVAppRoot& root, const MVCategory& loser, const MVCategory& winner);
+/// Before a top-level category becomes a subcategory: items that name it without having chosen say that they
+/// chose it, lest they lose it with the name of the top.
+bool chooseTopItself(MVAppRoot& root, std::string_view key, std::string_view chosen);
+/// Records and deleted children of what was a top-level category get another top; its budget stays its own.
+bool retopCategory(MVAppRoot& root, std::string_view key, std::string_view top);
+
+}  // namespace moniva
