@@ -54,14 +54,16 @@ Result<int> mergeEquals(MVAppRoot& root, bool tops) {
 }
 
 /// What belongs to this one of the rows that share a key, goes to the new key.
-bool takeAlong(MVAppRoot& root, const MVCategory& category, std::string_view key) {
+bool takeAlong(MVAppRoot& root, const CategoryRow& row, std::string_view key) {
+  const MVCategory& category = row.category;
   const std::string& udid = root.itsUDID();
   const bool isIncome = category.type == kind::kIncome;
   if (category.isSubCate()) {
+    // The parent may have got a key of its own since the row was read.
     return root.executeUpdate(
         "update transactions set subcategory = ?, editDate = ?, edit_ipid = ? where subcategory = ? and"
-        " category = ?",
-        key, root.editStamp(), udid, category.pk, category.parent);
+        " category = (select parent from category where pk = ?)",
+        key, root.editStamp(), udid, category.pk, row.rowKey);
   }
   const std::string_view ofKind = isIncome ? "type in (11,13,81)" : "type in (12,14,62,82)";
   return root.executeUpdate(
@@ -108,7 +110,7 @@ Result<int> separate(MVAppRoot& root, std::span<const CategoryRow> rows) {
       const auto alike = std::ranges::count_if(rows, [&](const CategoryRow& other) {
         return other.category.type == category.type && other.category.parent == category.parent;
       });
-      written = written && (alike > 1 || takeAlong(root, category, key));
+      written = written && (alike > 1 || takeAlong(root, *row, key));
     }
     if (!written) return tl::make_unexpected(db->refusal());
     ++renewed;
