@@ -37,6 +37,12 @@ std::string_view orderClause(std::string_view byHand, std::string_view byUse, in
   }
 }
 
+/// The order of a list: by the clause, and where that leaves it open, by hand as all books have it, then as
+/// the categories were made.
+std::string inOrder(std::string_view clause) {
+  return clause.empty() ? std::string() : fmt::format("{}, orderID, category.pk", clause);
+}
+
 CategoryList rowsOf(const MVCategory& above, const std::string& sql, std::initializer_list<Value> arguments,
                     bool hasBookColumns) {
   Connection* db = above.root().db().getDatabase();
@@ -89,7 +95,7 @@ std::string_view MVCategory::getOrderSQL() const {
 
 CategoryList MVCategory::list(Part part) const {
   const std::string_view above = isRoot() ? kRootKey : std::string_view(pk);
-  const std::string_view order = getOrderSQL();
+  const std::string order = inOrder(getOrderSQL());
   CategoryList rows;
   if (!isOfBook()) {
     if (part == Part::off) return rows;
@@ -137,7 +143,7 @@ CategoryList MVCategory::getAllSubcategoryList() const {
 
 CategoryList MVCategory::tree() const {
   if (!isRoot()) return list(Part::all);
-  const std::string_view order = getOrderSQL();
+  const std::string order = inOrder(getOrderSQL());
   auto rows = isOfBook() ? rowsOf(*this,
                                   fmt::format("select {}{} from {} where type = ? and deleted = 0 group by"
                                               " oldTitle{}",

@@ -111,6 +111,7 @@ CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
   addAccountCommands(*this);
   addGroupCommands(*this);
   addVendorCommands(*this);
+  addCategoryCommands(*this);
   addSpendCommands(*this);
   addTransferCommands(*this);
   addImportCommand(*this);

@@ -50,6 +50,7 @@ void addBookCommands(CommandLine& line);
 void addAccountCommands(CommandLine& line);
 void addGroupCommands(CommandLine& line);
 void addVendorCommands(CommandLine& line);
+void addCategoryCommands(CommandLine& line);
 void addSpendCommands(CommandLine& line);
 void addTransferCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
