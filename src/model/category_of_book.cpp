@@ -76,8 +76,15 @@ Result<> MVCategory::enabledForBookOnly(const MonivaAccount& inBook) {
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
   if (auto switched = switchForBook(inBook, true); !switched) return switched;
-  for (const auto& other : MonivaAccount::list(*root_, kBookKind)) {
-    if (other.pk == inBook.pk) continue;
+  std::vector<MonivaAccount> others;
+  {
+    Run run = db->query(
+        "select oldTitle from account where kind = 2 and isGroup = 0 and deleted = 0 and oldTitle != ?",
+        {inBook.pk});
+    while (run.next()) others.emplace_back(*root_).pk = run.text(0);
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  for (const auto& other : others) {
     if (auto switched = switchForBook(other, false); !switched) return switched;
   }
   if (!transaction.commit()) return tl::make_unexpected(db->refusal());

@@ -182,8 +182,12 @@ std::string followers(Session& session, const CategoryChange& change) {
 void renameCategory(Session& session, const CategoryOptions& options) {
   auto category = categoryTyped(session, options.name, options.type());
   const std::string before = category.cateString();
-  const auto change = changed(session, options.merge,
-                              [&] { return category.rename(wellFormed(options.other, "the new name")); });
+  std::string title = wellFormed(options.other, "the new name");
+  // As it can be typed everywhere else, with the category above.
+  if (category.supcategory && title.starts_with(category.supcategory->title + "/")) {
+    title.erase(0, category.supcategory->title.size() + 1);
+  }
+  const auto change = changed(session, options.merge, [&] { return category.rename(title); });
   tellChange(session, category, change,
              change.merged
                  ? session.text("Merged the category '{}' into '{}'; with it went {}.", before,
