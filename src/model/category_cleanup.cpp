@@ -1,5 +1,3 @@
-#include "model/category_cleanup.h"
-
 #include <algorithm>
 
 #include "model/category_rows.h"
@@ -120,7 +118,8 @@ Result<int> separate(MVAppRoot& root, std::span<const CategoryRow> rows) {
 
 }  // namespace
 
-Result<RemovedCategoryRows> clearDuplicatedItemChangeEditDate(MVAppRoot& root, bool change) {
+Result<RemovedCategoryRows> MVCategory::clearDuplicatedItemChangeEditDate(MVAppRoot& root,
+                                                                          bool changeEditDate) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);
@@ -139,7 +138,7 @@ Result<RemovedCategoryRows> clearDuplicatedItemChangeEditDate(MVAppRoot& root, b
                            "delete from categoryofbook where cate is NULL or cate = '' or book"
                            " is NULL or book = ''");
   removed.incomplete = static_cast<int>(db->changes());
-  if (written && change) {
+  if (written && changeEditDate) {
     written = root.executeUpdate(
         fmt::format("update categoryofbook set editDate = ?, edit_ipid = ? where rowid in (select place from"
                     " {} where rank = 1 and equals > 1)",
@@ -154,7 +153,7 @@ Result<RemovedCategoryRows> clearDuplicatedItemChangeEditDate(MVAppRoot& root, b
   return removed;
 }
 
-Result<int> clearDuplicateCategory(MVAppRoot& root) {
+Result<int> MVCategory::clearDuplicateCategory(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);
@@ -170,7 +169,7 @@ Result<int> clearDuplicateCategory(MVAppRoot& root) {
   return removed;
 }
 
-Result<int> clearDuplicateCategoryPK(MVAppRoot& root) {
+Result<int> MVCategory::clearDuplicateCategoryPK(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);

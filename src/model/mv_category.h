@@ -20,6 +20,13 @@ struct CategoryChange {
   std::int64_t subcategories = 0;  ///< live subcategories that follow
 };
 
+/// Rows that a clean-up took away for good.
+struct RemovedCategoryRows {
+  int untitled = 0;    ///< rows of `category` without a usable title
+  int incomplete = 0;  ///< rows of a book without category or book
+  int duplicates = 0;  ///< rows of a book beyond the newest of a category
+};
+
 /// One expense or income category of the two-level tree that all books share. Transactions refer to it by
 /// `pk`: the top-level one in `category`, the chosen one in `subcategory`.
 ///
@@ -132,6 +139,21 @@ class MVCategory {
   static Result<int> updateUsingCountFromDate(MVAppRoot& root, Date from, Date toDate);
   /// The count as it stands: in `book` in its view, otherwise in all.
   Result<int> getUsingCount() const;
+
+  // Repairs of the whole tree, each one transaction: refused, nothing has changed.
+
+  /// Removes rows nobody can use. With `changeEditDate`, a row of a book that had duplicates gets a new
+  /// stamp, so that other devices hear which one is kept.
+  static Result<RemovedCategoryRows> clearDuplicatedItemChangeEditDate(MVAppRoot& root, bool changeEditDate);
+  /// Makes categories of one type, parent and title one: one in use goes before a deleted one, then the one
+  /// edited last. What refers to the others refers to it afterwards; their rows are removed for good. Answers
+  /// how many were.
+  static Result<int> clearDuplicateCategory(MVAppRoot& root);
+  /// Gives categories that share their key with another row of the table a key of their own, all but one
+  /// where only categories share it (the one in use, then the first made). Their transactions follow as far
+  /// as they can be told apart: by the category above for a subcategory, by income and expense for a
+  /// top-level one. Answers how many were.
+  static Result<int> clearDuplicateCategoryPK(MVAppRoot& root);
 
   MVAppRoot& root() const { return *root_; }
 

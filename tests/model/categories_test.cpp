@@ -3,7 +3,6 @@
 #include <set>
 
 #include "model/book_categories.h"
-#include "model/category_cleanup.h"
 #include "storage/transaction.h"
 #include "support/household.h"
 
@@ -443,10 +442,10 @@ TEST(Categories, areCleanedUp) {
   spent("b", 11, "Other", "Other");
   spent("c", 12, "Food", "Other");
   const std::string wanted = "a Other/Other12\nb Other/Other11\nc Food/Other12";
-  EXPECT_EQ(clearDuplicateCategoryPK(story.root).value(), 3) << "a vendor keeps its key";
+  EXPECT_EQ(MVCategory::clearDuplicateCategoryPK(story.root).value(), 3) << "a vendor keeps its key";
   EXPECT_EQ(names(), wanted);
   EXPECT_EQ(story.number("select count(distinct subcategory) from transactions"), 3);
-  EXPECT_EQ(clearDuplicateCategoryPK(story.root).value(), 0);
+  EXPECT_EQ(MVCategory::clearDuplicateCategoryPK(story.root).value(), 0);
 
   // Two of everything: tops and, by that, children. The deleted one is newer, and still no winner.
   const auto food = story.rows("select oldTitle from category where title = 'Food' and type = 12");
@@ -459,7 +458,7 @@ TEST(Categories, areCleanedUp) {
   story.sql(
       "insert into categoryofbook (pk, cate, book, used, editDate) values ('1', 'fun1', 'b', 3, 1), ('2',"
       " 'fun2', 'b', 4, 2), ('3', 'fun2', 'b', 0, 4), ('4', 'fun2', 'b', 0, '')");
-  const auto merged = clearDuplicateCategory(story.root);
+  const auto merged = MVCategory::clearDuplicateCategory(story.root);
   EXPECT_EQ(merged.value(), 3);
   EXPECT_EQ(names(), wanted + "\nd Food/Other12\ne Fun/Fun12");
   EXPECT_EQ(story.rows("select oldTitle from category where title = 'Fun'"), "fun2");
@@ -469,7 +468,7 @@ TEST(Categories, areCleanedUp) {
       "insert into categoryofbook (pk, cate, book, editDate) values ('5', 'fun2', 'b', 0), ('6', '', 'b', "
       "1)");
   story.sql("insert into category (title, type) values (null, 12), ('', 12), ('_rootCate', 12)");
-  const auto removed = clearDuplicatedItemChangeEditDate(story.root, true);
+  const auto removed = MVCategory::clearDuplicatedItemChangeEditDate(story.root, true);
   ASSERT_TRUE(removed);
   EXPECT_EQ(removed->untitled, 3);
   EXPECT_EQ(removed->incomplete, 1);

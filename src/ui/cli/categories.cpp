@@ -13,13 +13,13 @@ namespace {
 using CategoryTree = std::vector<MVCategory>;
 
 /// What a name can mean in a tree.
-struct Meant {
+struct CategoryMatch {
   const MVCategory* exact = nullptr;
   std::vector<const MVCategory*> below;  ///< subcategories of that title
 };
 
-Meant meantBy(const CategoryTree& tree, std::string_view name) {
-  Meant meant;
+CategoryMatch meantBy(const CategoryTree& tree, std::string_view name) {
+  CategoryMatch meant;
   for (const auto& top : tree) {
     if (top.title == name) meant.exact = &top;
   }

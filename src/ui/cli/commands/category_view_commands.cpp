@@ -4,7 +4,6 @@
 
 #include "calendar/parse_date.h"
 #include "model/book_categories.h"
-#include "model/category_cleanup.h"
 #include "model/category_rows.h"
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
@@ -172,9 +171,9 @@ void tidyCategories(Session& session, const CategoryViewOptions&) {
   std::int64_t keys = 0;
   std::int64_t merged = 0;
   inOneGo(session, [&] {
-    keys = done(clearDuplicateCategoryPK(session.root()));
-    merged = done(clearDuplicateCategory(session.root()));
-    removed = done(clearDuplicatedItemChangeEditDate(session.root(), true));
+    keys = done(MVCategory::clearDuplicateCategoryPK(session.root()));
+    merged = done(MVCategory::clearDuplicateCategory(session.root()));
+    removed = done(MVCategory::clearDuplicatedItemChangeEditDate(session.root(), true));
   });
   if (session.options().json) {
     return session.printJson(boost::json::object{{"keys", keys},
