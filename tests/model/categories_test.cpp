@@ -294,6 +294,25 @@ TEST(Categories, thatBecomeOneLeaveNothingBehind) {
   }
 }
 
+TEST(Categories, changeAsAWholeOrNotAtAll) {
+  CategoryStory story;
+  story.record("Food/Bakery");
+  story.record("Meals/Bakery");
+  auto food = story.at("Food");
+  ASSERT_TRUE(food.enabledForBook(*story.home));
+  const auto before = story.shown();
+  for (const char* write : {"update on categoryofbook", "update of deleted on category"}) {
+    story.sql("create temp trigger stop before " + std::string(write) +
+              " begin select raise(abort, 'no'); end");
+    EXPECT_FALSE(food.rename("Meals")) << write;
+    EXPECT_FALSE(food.delCate()) << write;
+    story.sql("drop trigger stop");
+    EXPECT_EQ(story.shown(), before) << write;
+    EXPECT_EQ(food.title + std::to_string(food.deleted), "Food0") << write;
+  }
+  EXPECT_NE(story.takeFaults(), "");
+}
+
 TEST(Categories, keepTheChoiceOfItemsAndPaymentsWhenTheyMoveDown) {
   CategoryStory story;
   auto bakery = story.at("Bakery");
