@@ -89,13 +89,13 @@ Result<int> separate(MVAppRoot& root, std::span<const CategoryRow> rows) {
   int renewed = 0;
   // The first goes last: what nobody could be told to own is its.
   for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
-    const auto& [rowKey, category] = *row;
+    const MVCategory& category = row->category;
     const bool isFirst = row + 1 == rows.rend();
     if (isFirst && *others == 0) break;
     const std::string key = root.newIdentifier();
     bool written =
         root.executeUpdate("update category set oldTitle = ?, editDate = ?, edit_ipid = ? where pk = ?", key,
-                           root.editStamp(), root.itsUDID(), rowKey);
+                           root.editStamp(), root.itsUDID(), row->rowKey);
     if (isFirst) {
       MVCategory renamed = category;
       renamed.pk = key;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <span>
 #include <unordered_map>
 
 #include "model/category_rows.h"
@@ -155,13 +156,13 @@ CategoryList MVCategory::tree() const {
                                   {type}, false);
   if (!rows) return rows;
   // The rows come in the order of all, which is also the order below each.
-  const auto below = std::ranges::stable_partition(*rows, &MVCategory::isSuperCate);
-  std::vector<MVCategory> tops(std::make_move_iterator(rows->begin()),
-                               std::make_move_iterator(below.begin()));
+  const auto below =
+      std::stable_partition(rows->begin(), rows->end(), [](const auto& row) { return row.isSuperCate(); });
+  std::vector<MVCategory> tops(std::make_move_iterator(rows->begin()), std::make_move_iterator(below));
   std::unordered_map<std::string_view, std::size_t> places;
   for (std::size_t place = 0; place < tops.size(); ++place) places.emplace(tops[place].pk, place);
   std::vector<std::shared_ptr<const MVCategory>> shared(tops.size());
-  for (auto& row : below) {
+  for (MVCategory& row : std::span(below, rows->end())) {
     const auto above = places.find(row.parent);
     if (!row.isSubCate() || above == places.end()) continue;
     MVCategory& top = tops[above->second];
