@@ -2,29 +2,28 @@
 // them and as all share them.
 
 #include <sqlite3.h>
-#include <stdlib.h>
 
-#include <filesystem>
+#include <utility>
 
+#include "bench_store.h"
 #include "model/mv_category.h"
-#include "platform/platform.h"
 #include "side_by_side.h"
 #include "storage/transaction.h"
 
 namespace moniva {
 namespace {
 
-/// A store in a folder of its own with top-level categories of nine children each, half of them with a row of
-/// the one book.
-class CategoryStore {
+/// A store with top-level categories of nine children each, half of them with a row of the one book.
+class CategoryStore : public bench::BenchStore {
  public:
-  explicit CategoryStore(int tops) : db_(described()), root(platform_, db_), book(root) {
-    if (!root.copyDatabaseIfNeed() || !db_.initDatabase()) return;
+  explicit CategoryStore(int tops) : book(root) {
+    const bool opened = std::exchange(ready, false);
+    if (!opened) return;
     root.setObject("1", "enabledCategoryForBook");
     book.aKind = kBookKind;
     book.title = "Household";
     if (!book.add()) return;
-    Connection& db = *db_.getDatabase();
+    Connection& db = connection();
     Transaction transaction(db);
     for (int i = 0; i < tops * 10; ++i) {
       MVCategory made(root);
@@ -36,35 +35,11 @@ class CategoryStore {
     }
     ready = transaction.commit();
   }
-  ~CategoryStore() {
-    db_.closeDatabase();
-    std::error_code ignored;
-    std::filesystem::remove_all(platform_.directories.documents, ignored);
-  }
-  CategoryStore(const CategoryStore&) = delete;
-  CategoryStore& operator=(const CategoryStore&) = delete;
-  std::filesystem::path file() const { return db_.databasePath(); }
+
+  MonivaAccount book;
 
  private:
-  Platform& described() {
-    std::string folder = (std::filesystem::temp_directory_path() / "moniva-bench-XXXXXX").string();
-    platform_.directories.documents = ::mkdtemp(folder.data()) != nullptr ? folder : std::string();
-    platform_.directories.resources = std::filesystem::path(MONIVA_TEMPLATE).parent_path();
-    platform_.calendar = *Calendar::make("Europe/Berlin", "en_US");
-    platform_.clock = std::make_unique<FixedClock>(Date{1.7e9});
-    platform_.random = std::make_unique<SeededRandom>(1);
-    platform_.userDefaults = std::make_unique<MemoryUserDefaults>();
-    return platform_;
-  }
-
-  Platform platform_;
-  DoDB db_;
   std::string last_;
-
- public:
-  MVAppRoot root;
-  MonivaAccount book;
-  bool ready = false;
 };
 
 struct PlainRow {
