@@ -67,17 +67,19 @@ void sendCrashLogMailIfNeed(MVAppRoot& root) {
   std::error_code error;
   if (std::filesystem::exists(record, error)) {
     if (const auto aside = setFileAside(record, root.now())) {
-      root.addNotice(fmt::format("The program ended unexpectedly last time; what it knew of it is in '{}'.",
-                                 aside->string()));
+      root.addNotice("The program ended unexpectedly last time; what it knew of it is in '{}'.",
+                     aside->string());
     }
   }
   auto& defaults = *root.platform().userDefaults;
   if (defaults.objectForKey("sendLogNow")) {
     defaults.removeObjectForKey("sendLogNow");
     const auto log = documents / "log.txt";
-    root.addNotice(std::filesystem::exists(log, error)
-                       ? fmt::format("The log to send is '{}'.", log.string())
-                       : std::string("There is no log to send: no fault of the store has been logged."));
+    if (std::filesystem::exists(log, error)) {
+      root.addNotice("The log to send is '{}'.", log.string());
+    } else {
+      root.addNotice("There is no log to send: no fault of the store has been logged.");
+    }
   }
 }
 

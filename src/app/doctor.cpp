@@ -7,54 +7,64 @@
 namespace moniva {
 namespace {
 
-/// A query that counts rows that should not be. What they are is told as "3 transfers of which ...": the name
-/// of one, which takes an s where there are more, and what is wrong with each.
+/// A query that counts rows that should not be, and what is told of one such row and of several.
 struct Count {
   std::string_view check;
   std::string_view sql;
   std::string_view one;
-  std::string_view wrong;
+  std::string_view several;
 };
 
 constexpr std::array kCounts = {
-    Count{"amounts",
+    Count{toTranslate("amounts"),
           "select count(*) from transactions where typeof(amount) not in ('real', 'integer') or"
           " (amount < 0 and type != 50) or abs(amount) > 1e15",
-          "transaction", "whose amount is no number, negative or beyond all measure"},
-    Count{"dates",
+          toTranslate("{} transaction whose amount is no number, negative or beyond all measure"),
+          toTranslate("{} transactions whose amount is no number, negative or beyond all measure")},
+    Count{toTranslate("dates"),
           "select count(*) from transactions where typeof(datetime) not in ('real', 'integer') and type < 50",
-          "transaction", "whose date is a text or missing"},
-    Count{"books",
+          toTranslate("{} transaction whose date is a text or missing"),
+          toTranslate("{} transactions whose date is a text or missing")},
+    Count{toTranslate("books"),
           "select count(*) from transactions where deleted = 0 and book != '' and book not in"
           " (select oldTitle from account where kind = 2)",
-          "transaction", "of a book that does not exist"},
-    Count{"accounts",
+          toTranslate("{} transaction of a book that does not exist"),
+          toTranslate("{} transactions of a book that does not exist")},
+    Count{toTranslate("accounts"),
           "select count(*) from transactions where deleted = 0 and account != '' and account not in"
           " (select oldTitle from account where kind = 1)",
-          "transaction", "of an account that does not exist"},
-    Count{"categories",
+          toTranslate("{} transaction of an account that does not exist"),
+          toTranslate("{} transactions of an account that does not exist")},
+    Count{toTranslate("categories"),
           "select count(*) from transactions where deleted = 0 and category != '' and"
           " category != '#NOMVCATEGORY' and category not in (select oldTitle from category)",
-          "transaction", "of a category that does not exist"},
-    Count{"vendors",
+          toTranslate("{} transaction of a category that does not exist"),
+          toTranslate("{} transactions of a category that does not exist")},
+    Count{toTranslate("vendors"),
           "select count(*) from transactions where deleted = 0 and vendor != '' and type in (11, 12) and"
           " vendor not in ('NoVendor', 'NoPayee', 'NoPayer') and vendor not in"
           " (select oldTitle from category where type in (6, 9))",
-          "transaction", "of a vendor that does not exist"},
-    Count{"transfers",
+          toTranslate("{} transaction of a vendor that does not exist"),
+          toTranslate("{} transactions of a vendor that does not exist")},
+    Count{toTranslate("transfers"),
           "select count(*) from transactions as side where side.deleted = 0 and side.type in (23, 33) and"
           " not exists (select 1 from transactions as other where other.transferEID = side.transferEID"
           " and (other.deleted = 0 or other.ipid like 'delete by clear %') and other.type = 56 - side.type)",
-          "transfer", "of which only one side is there"},
-    Count{"keys of books and accounts",
-          "select count(*) from (select oldTitle from account group by oldTitle having count(*) > 1)", "key",
-          "that two books or accounts share"},
-    Count{"keys of categories",
+          toTranslate("{} transfer of which only one side is there"),
+          toTranslate("{} transfers of which only one side is there")},
+    Count{toTranslate("keys of books and accounts"),
+          "select count(*) from (select oldTitle from account group by oldTitle having count(*) > 1)",
+          toTranslate("{} key that two books or accounts share"),
+          toTranslate("{} keys that two books or accounts share")},
+    Count{toTranslate("keys of categories"),
           "select count(*) from (select oldTitle from category where oldTitle != '' group by oldTitle having"
           " count(*) > 1)",
-          "key", "that two categories or vendors share"},
-    Count{"settings", "select count(*) from (select key from monivaSys group by key having count(*) > 1)",
-          "setting", "with more than one value (the newest counts)"},
+          toTranslate("{} key that two categories or vendors share"),
+          toTranslate("{} keys that two categories or vendors share")},
+    Count{toTranslate("settings"),
+          "select count(*) from (select key from monivaSys group by key having count(*) > 1)",
+          toTranslate("{} setting with more than one value (the newest counts)"),
+          toTranslate("{} settings with more than one value (the newest counts)")},
 };
 
 }  // namespace
@@ -62,36 +72,36 @@ constexpr std::array kCounts = {
 std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
   std::vector<DoctorFinding> findings;
   Connection* db = root.db().getDatabase();
-  if (db == nullptr) return {{"store", false, "the store is not open"}};
+  if (db == nullptr) return {{phrase("store"), false, phrase("the store is not open")}};
   const ReadTransaction snapshot(*db);
   {
-    DoctorFinding file{"file", true, {}};
+    std::string wrong;
     Run run = db->query("PRAGMA integrity_check(20)");
     while (run.next()) {
       if (run.text(0) == "ok") continue;
-      file.well = false;
-      if (!file.found.empty()) file.found += "; ";
-      file.found += run.text(0);
+      if (!wrong.empty()) wrong += "; ";
+      wrong += run.text(0);
     }
-    if (!run.ok()) file = {"file", false, db->lastErrorMessage()};
-    findings.push_back(std::move(file));
+    if (!run.ok()) wrong = db->lastErrorMessage();
+    findings.push_back({phrase("file"), wrong.empty(), Phrase::quoted(wrong)});
   }
   for (const Count& count : kCounts) {
+    const Phrase check(count.check, std::string(count.check));
     Run run = db->query(count.sql);
     if (!run.next()) {
-      findings.push_back({std::string(count.check), false, db->lastErrorMessage()});
+      findings.push_back({check, false, Phrase::quoted(db->lastErrorMessage())});
       continue;
     }
     const auto number = run.integer(0);
+    const std::string_view form = number == 1 ? count.one : count.several;
     findings.push_back(
-        {std::string(count.check), number == 0,
-         number == 0 ? std::string()
-                     : fmt::format("{} {}{} {}", number, count.one, number == 1 ? "" : "s", count.wrong)});
+        {check, number == 0,
+         number == 0 ? Phrase("") : Phrase(form, fmt::format(fmt::runtime(form), number), {number})});
   }
   {
-    const auto missing = root.db().missingIndexes();
-    findings.push_back({"indexes", missing.empty(),
-                        missing.empty() ? std::string() : fmt::format("{} missing", missing.size())});
+    const auto missing = root.db().missingIndexes().size();
+    findings.push_back(
+        {phrase("indexes"), missing == 0, missing == 0 ? Phrase("") : phrase("{} missing", missing)});
   }
   return findings;
 }

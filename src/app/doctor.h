@@ -3,15 +3,16 @@
 #include <string>
 #include <vector>
 
+#include "base/phrase.h"
 #include "storage/mv_app_root.h"
 
 namespace moniva {
 
 /// One thing looked at in a store, and what was found: nothing (well) or a sentence.
 struct DoctorFinding {
-  std::string check;
+  Phrase check;
   bool well = true;
-  std::string found;
+  Phrase found = "";
 };
 
 /// Looks a store over, from the file up to what its rows say of each other. Writes nothing.

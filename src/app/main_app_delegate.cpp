@@ -46,12 +46,12 @@ Result<> MainAppDelegate::applicationWillEnterForeground() {
 void MainAppDelegate::applicationDidEnterBackground() {
   settle();
   locked_ = hasPasscode();
-  if (auto done = run(backgroundSteps()); !done) root_.addNotice(done.error().why);
+  if (auto done = run(backgroundSteps()); !done) root_.addNotice(done.error());
   launchedWhole_ = false;
 }
 
 void MainAppDelegate::applicationWillTerminate() {
-  if (auto saved = platform().userDefaults->synchronize(); !saved) root_.addNotice(saved.error().why);
+  if (auto saved = platform().userDefaults->synchronize(); !saved) root_.addNotice(saved.error());
 }
 
 bool MainAppDelegate::unlock(std::string_view given) {
@@ -65,7 +65,7 @@ void MainAppDelegate::appLaunched() {
   const auto last = platform().userDefaults->dateForKey("lastOpenAppDate");
   const bool isQuickReturn = last && root_.calendar().isToday(*last, root_.now());
   const auto done = run(isQuickReturn ? quickReturnSteps() : dailySteps());
-  if (!done) root_.addNotice(done.error().why);
+  if (!done) root_.addNotice(done.error());
   if (isQuickReturn) launchedWhole_ = done.has_value();
 }
 

@@ -125,21 +125,22 @@ void MainAppDelegate::importDataFromOutside() {
   platform().log.line(fmt::format("=== 6 appLaunched {}", from));
   if (contains(from, "trans_data_from_moniva1_icloud")) {
     platform().log.line(fmt::format("从iCloud备份恢复Moniva1数据 {}", from));
-    root_.addNotice(
-        platform().cloud->isSignedIn()
-            ? "This version cannot take over the first edition's data from the cloud yet; it stays there."
-            : "Nobody is signed in to a cloud here, so there is no data of the first edition to take over.");
+    root_.addNotice(platform().cloud->isSignedIn()
+                        ? phrase("This version cannot take over the first edition's data from the cloud yet; "
+                                 "it stays there.")
+                        : phrase("Nobody is signed in to a cloud here, so there is no data of the first "
+                                 "edition to take over."));
   } else if (contains(from, "transdate_from_moniva1_group_path")) {
     root_.addNotice(
         platform().directories.groupContainer.empty()
-            ? "There is no shared folder of the first edition here, so there is no data to take over."
-            : "This version cannot take over the first edition's data yet; it stays where it is.");
+            ? phrase("There is no shared folder of the first edition here, so there is no data to take over.")
+            : phrase("This version cannot take over the first edition's data yet; it stays where it is."));
   } else if (contains(file, ".mvk") || contains(file, "_data")) {
     host_.showALertWhenImportDataBackup(from);
   } else if (contains(file, ".mvz")) {
     host_.showALertWhenImportSharedData(from);
   } else {
-    root_.addNotice(fmt::format("'{}' is no kind of file this program takes in by opening it.", from));
+    root_.addNotice("'{}' is no kind of file this program takes in by opening it.", from);
   }
 }
 

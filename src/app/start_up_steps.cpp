@@ -87,7 +87,7 @@ Result<> startUpgrades(MainAppDelegate& app) {
   app.platform().backgroundQueue.dispatch([&app] {
     app.platform().mainQueue.dispatch([&app] {
       const auto done = app.run(stepsAfterUpgrades());
-      if (!done) app.root().addNotice(done.error().why);
+      if (!done) app.root().addNotice(done.error());
       app.setLaunchedWhole(done.has_value());
     });
   });
@@ -134,7 +134,7 @@ Result<> launched(MainAppDelegate& app) {
 Result<> storeLastOpenAppDate(MainAppDelegate& app) {
   auto& defaults = *app.platform().userDefaults;
   if (app.wasLaunchedWhole()) defaults.setDate(app.root().now(), "lastOpenAppDate");
-  if (auto saved = defaults.synchronize(); !saved) app.root().addNotice(saved.error().why);
+  if (auto saved = defaults.synchronize(); !saved) app.root().addNotice(saved.error());
   return {};
 }
 
@@ -145,7 +145,7 @@ Result<> checkDataFile(MainAppDelegate& app) {
   if (path.empty() || app.root().db().databaseIsAvailable(path)) return {};
   std::string why;
   if (availabilityOf(path, why) != Availability::damaged) return {};
-  if (auto aside = app.root().setDatabaseAside(); !aside) app.root().addNotice(aside.error().why);
+  if (auto aside = app.root().setDatabaseAside(); !aside) app.root().addNotice(aside.error());
   return {};
 }
 

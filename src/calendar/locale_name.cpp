@@ -64,7 +64,7 @@ bool isKnownCalendar(const std::string& calendar) {
 }  // namespace
 
 Result<std::string> localeName(std::string_view typed) {
-  const auto unknown = [&](std::string_view what) {
+  const auto unknown = [&](const Phrase& what) {
     return refuse("'{}' is not a known locale: {}; one looks like 'en_US' or 'de-DE'", typed, what);
   };
   const std::string name = withoutCharacterSet(typed.substr(0, kLongestName));

@@ -8,15 +8,18 @@
 namespace moniva {
 namespace {
 
-constexpr std::string_view kDateShape = "write it as year-month-day, like 2024-02-29";
-constexpr std::string_view kTimeShape = "write it as hours:minutes, like 14:30 or 14:30:05";
+Phrase dateShape() {
+  return phrase("write it as year-month-day, like 2024-02-29");
+}
+Phrase timeShape() {
+  return phrase("write it as hours:minutes, like 14:30 or 14:30:05");
+}
 
-constexpr std::array<std::string_view, 12> kMonths = {"January",   "February", "March",    "April",
-                                                      "May",       "June",     "July",     "August",
-                                                      "September", "October",  "November", "December"};
-
-std::string_view monthName(int month) {
-  return kMonths.at(static_cast<std::size_t>(month - 1));
+Phrase monthName(int month) {
+  const std::array months = {phrase("January"),   phrase("February"), phrase("March"),    phrase("April"),
+                             phrase("May"),       phrase("June"),     phrase("July"),     phrase("August"),
+                             phrase("September"), phrase("October"),  phrase("November"), phrase("December")};
+  return months.at(static_cast<std::size_t>(month - 1));
 }
 
 bool isDigit(char c) {
@@ -102,7 +105,7 @@ tl::unexpected<Refusal> refuseSlashes(std::string_view text, int a, int b, int y
   if (monthFirst || dayFirst)
     return refuse("'{}' does not say which number is the month: write {:04}-{:02}-{:02}", text, year,
                   monthFirst ? a : b, monthFirst ? b : a);
-  return refuse("'{}' is not a date; {}", text, kDateShape);
+  return refuse("'{}' is not a date; {}", text, dateShape());
 }
 
 /// The date at the front of a text; the reader is left behind it.
@@ -124,17 +127,17 @@ Result<CivilTime> readDay(std::string_view text, Reader& reader) {
       return tl::make_unexpected(checked.error());
     return CivilTime{year, second.value, day};
   }
-  return refuse("'{}' is not a date; {}", text, kDateShape);
+  return refuse("'{}' is not a date; {}", text, dateShape());
 }
 
 /// The time of day that the reader has come to, up to the end of the text.
 Result<TimeOfDay> readTime(std::string_view text, Reader& reader) {
   const Number hour = reader.number();
-  if (!isShort(hour) || !reader.take(':')) return refuse("'{}' is not a time; {}", text, kTimeShape);
+  if (!isShort(hour) || !reader.take(':')) return refuse("'{}' is not a time; {}", text, timeShape());
   const Number minute = reader.number();
   Number second{0, 2};
   if (reader.take(':')) second = reader.number();
-  if (minute.digits != 2 || second.digits != 2) return refuse("'{}' is not a time; {}", text, kTimeShape);
+  if (minute.digits != 2 || second.digits != 2) return refuse("'{}' is not a time; {}", text, timeShape());
   if (!reader.rest().empty()) return refuse("'{}' is not a time: '{}' follows it", text, reader.rest());
   if (hour.value > 23) return refuse("'{}' is not a time: hours run from 0 to 23", text);
   if (minute.value > 59) return refuse("'{}' is not a time: minutes run from 0 to 59", text);
@@ -222,7 +225,7 @@ Result<CivilTime> parseCivil(std::string_view text) {
 
 Result<ParsedDate> parseDate(std::string_view typed, const Calendar& calendar, Date now) {
   const std::string_view text = trimmed(typed);
-  if (text.empty()) return refuse("the date is empty; {}", kDateShape);
+  if (text.empty()) return refuse("the date is empty; {}", dateShape());
   if (const auto day = namedDay(text, calendar, now)) return ParsedDate{*day};
   if (text.find_first_of("-/.") == std::string_view::npos && text.find(':') != std::string_view::npos) {
     const auto time = parseTimeOfDay(text);
@@ -245,7 +248,8 @@ Result<ParsedPeriod> parsePeriod(std::string_view typed, const Calendar& calenda
   const std::string_view before = trimmed(text.substr(0, dots));
   const std::string_view after = trimmed(text.substr(dots + 2));
   if (before.empty() || after.empty())
-    return refuse("'{}' leaves out where it {}", text, before.empty() ? "begins" : "ends");
+    return before.empty() ? refuse("'{}' leaves out where it begins", text)
+                          : refuse("'{}' leaves out where it ends", text);
   auto from = readPeriod(before, calendar, now);
   if (!from) return from;
   auto to = readPeriod(after, calendar, now);

@@ -180,8 +180,8 @@ Result<bool> CsvReader::feedLine() {
       return refuse("{}, line {}: the field is too long", name_, line);
     }
     noteDamage(line, text_[start + parsed] == '"'
-                         ? "a quote stands inside a field that does not start with one"
-                         : "text follows the closing quote (a quote within quotes is doubled)");
+                         ? phrase("a quote stands inside a field that does not start with one")
+                         : phrase("text follows the closing quote (a quote within quotes is doubled)"));
     return true;
   }
   if (parser.fieldEnds.size() != fieldsBefore) parser.openFieldLine = line;
@@ -189,7 +189,7 @@ Result<bool> CsvReader::feedLine() {
 }
 
 /// Ends the row as a damaged one; the parser starts anew with the next line.
-void CsvReader::noteDamage(std::size_t line, std::string_view what) {
+void CsvReader::noteDamage(std::size_t line, const Phrase& what) {
   const CsvDamage damage{line, parser_->fieldEnds.size() + 1, what};
   const auto rowLine = parser_->rowLine;
   parser_ = std::make_unique<Parser>(separator_);

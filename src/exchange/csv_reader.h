@@ -17,7 +17,7 @@ namespace moniva {
 struct CsvDamage {
   std::size_t line = 0;    ///< of the file, from 1
   std::size_t column = 0;  ///< of the table, from 1
-  std::string_view what;   ///< a sentence without place
+  Phrase what;             ///< a sentence without place
 };
 
 /// One row of a table. The fields are as written, without their quotes, and live until the next row is asked
@@ -68,7 +68,7 @@ class CsvReader {
   Result<bool> feedLine();
   Result<bool> finish();
   [[nodiscard]] bool isBlankRow() const;
-  void noteDamage(std::size_t line, std::string_view what);
+  void noteDamage(std::size_t line, const Phrase& what);
 
   std::string text_;
   std::string name_;

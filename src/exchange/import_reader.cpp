@@ -33,7 +33,7 @@ class ImportReader::Interpreter {
       : reader_(reader), columns_(reader.columns_), row_(from), into_(into) {}
 
   void read() {
-    if (row_.damage) return problem(row_.damage->column, {}, std::string(row_.damage->what));
+    if (row_.damage) return problem(row_.damage->column, {}, row_.damage->what);
     if (!hasAllFields()) return;
     ImportRecord& record = into_.record;
     readDate(record);
@@ -48,13 +48,13 @@ class ImportReader::Interpreter {
  private:
   [[nodiscard]] std::string_view cellOf(ImportField field) const { return cell(row_, columns_, field); }
 
-  void problem(std::size_t column, std::string_view value, std::string reason) {
+  void problem(std::size_t column, std::string_view value, Phrase reason) {
     const auto& headings = reader_.csv_.headings();
     into_.problems.push_back({row_.line, column, column <= headings.size() ? headings[column - 1] : "",
                               excerpt(value), std::move(reason)});
   }
 
-  void problem(ImportField field, std::string reason) {
+  void problem(ImportField field, Phrase reason) {
     into_.problems.push_back(reader_.problemWith(row_.line, field, cellOf(field), std::move(reason)));
   }
 
@@ -64,27 +64,27 @@ class ImportReader::Interpreter {
     if (given == expected) return true;
     const auto column = std::min(given, expected);
     problem(column + 1, given > expected ? row_.fields[column] : std::string_view(),
-            fmt::format("the row has {} field{} where the heading has {}", given, given == 1 ? "" : "s",
-                        expected));
+            given == 1 ? phrase("the row has {} field where the heading has {}", given, expected)
+                       : phrase("the row has {} fields where the heading has {}", given, expected));
     return false;
   }
 
   void readDate(ImportRecord& record) {
     const auto date = parseImportDate(cellOf(ImportField::date), reader_.spelling_.dateOrder);
-    if (!date) return problem(ImportField::date, date.error().why);
+    if (!date) return problem(ImportField::date, *date.error().phrase);
     record.date = *date;
     const auto time = cellOf(ImportField::time);
     if (time.empty()) return;
     if (date->hasTime) return problem(ImportField::time, "the date has a time already");
     if (const auto read = parseImportTime(time, record.date); !read)
-      problem(ImportField::time, read.error().why);
+      problem(ImportField::time, *read.error().phrase);
   }
 
   /// The amount with its sign, or nothing after taking down what is wrong with it.
   std::optional<double> readAmount(ImportField field) {
     const auto amount = parseSignedAmount(cellOf(field), reader_.spelling_.decimalMark);
     if (!amount) {
-      problem(field, amount.error().why);
+      problem(field, *amount.error().phrase);
       return std::nullopt;
     }
     if (*amount == 0) {
@@ -118,7 +118,7 @@ class ImportReader::Interpreter {
   void readText(ImportField field, std::string& text) {
     const auto value = cellOf(field);
     if (value.size() > mostCharacters && characterCount(value) > mostCharacters) {
-      return problem(field, fmt::format("the text is longer than {} characters", mostCharacters));
+      return problem(field, phrase("the text is longer than {} characters", mostCharacters));
     }
     text = value;
   }
@@ -193,7 +193,7 @@ Result<ImportReader> ImportReader::open(const std::filesystem::path& path, const
 
 Result<ImportReader> ImportReader::make(CsvReader csv, const ImportOptions& options) {
   auto columns = ImportColumns::find(csv.headings());
-  if (!columns) return refuse("{}: {}", csv.name(), columns.error().why);
+  if (!columns) return refuse("{}: {}", csv.name(), columns.error());
   ImportReader reader(std::move(csv), std::move(*columns));
   if (auto surveyed = reader.survey(options); !surveyed) return tl::make_unexpected(surveyed.error());
   return reader;
@@ -226,12 +226,12 @@ Result<> ImportReader::survey(const ImportOptions& options) {
   spelling_ = {options.decimalMark == DecimalMark::comma ? ',' : '.', options.dateOrder};
   if (options.decimalMark == DecimalMark::automatic) {
     const auto mark = marks.decide();
-    if (!mark) return refuse("{}: {}", csv_.name(), mark.error().why);
+    if (!mark) return refuse("{}: {}", csv_.name(), mark.error());
     spelling_.decimalMark = *mark;
   }
   if (options.dateOrder == DateOrder::automatic) {
     const auto order = orders.decide();
-    if (!order) return refuse("{}: {}", csv_.name(), order.error().why);
+    if (!order) return refuse("{}: {}", csv_.name(), order.error());
     spelling_.dateOrder = *order;
   }
   return {};
@@ -249,7 +249,7 @@ Result<bool> ImportReader::next(ImportRow& row) {
 }
 
 RowProblem ImportReader::problemWith(std::size_t line, ImportField field, std::string_view value,
-                                     std::string reason) const {
+                                     Phrase reason) const {
   const auto column = columns_.of(field);
   return {line, column ? *column + 1 : 0, column ? csv_.headings()[*column] : std::string(headingOf(field)),
           excerpt(value), std::move(reason)};

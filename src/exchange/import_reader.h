@@ -29,7 +29,7 @@ struct RowProblem {
   std::size_t column = 0;  ///< from 1; 0 for a column the file does not have
   std::string heading;     ///< as the file writes it
   std::string value;       ///< what stands there, shortened
-  std::string reason;      ///< a sentence without place
+  Phrase reason;           ///< a sentence without place
 };
 
 /// One row: a record, or what is wrong with it.
@@ -61,7 +61,7 @@ class ImportReader {
 
   /// A problem with what stands in the field's column, for those who find more wrong than a row shows.
   [[nodiscard]] RowProblem problemWith(std::size_t line, ImportField field, std::string_view value,
-                                       std::string reason) const;
+                                       Phrase reason) const;
 
  private:
   /// How the numbers and dates of the file are written.

@@ -33,18 +33,18 @@ std::string identityOf(const ImportRecord& record) {
   if (record.foreignAmount) fmt::format_to(out, " foreignAmount={}", *record.foreignAmount);
   if (record.toAmount) fmt::format_to(out, " toAmount={}", *record.toAmount);
   // The length keeps a text from running into the next one, whatever it contains.
-  const auto text = [&](std::string_view name, const std::string& value) {
+  const auto part = [&](std::string_view name, const std::string& value) {
     if (!value.empty()) fmt::format_to(out, " {}={}:{}", name, value.size(), value);
   };
-  text("book", record.book);
-  text("account", record.account);
-  text("category", record.category);
-  text("subcategory", record.subcategory);
-  text("vendor", record.vendor);
-  text("toAccount", record.toAccount);
-  text("note", record.note);
-  text("foreignCurrency", record.foreignCurrency);
-  text("currency", record.currency);
+  part("book", record.book);
+  part("account", record.account);
+  part("category", record.category);
+  part("subcategory", record.subcategory);
+  part("vendor", record.vendor);
+  part("toAccount", record.toAccount);
+  part("note", record.note);
+  part("foreignCurrency", record.foreignCurrency);
+  part("currency", record.currency);
   return identity;
 }
 

@@ -188,25 +188,25 @@ class Importer {
   /// Whether the row goes with the currencies of its accounts; if not, it is noted why.
   bool fitsItsAccounts(const ImportRecord& record) {
     const std::string& currency = currencies_.of(record.account);
-    const auto bad = [&](ImportField field, std::string_view value, std::string reason) {
+    const auto bad = [&](ImportField field, std::string_view value, Phrase reason) {
       note(reader_.problemWith(record.line, field, value, std::move(reason)));
       return false;
     };
     if (!record.account.empty() && !record.currency.empty() && currency != record.currency) {
       return bad(ImportField::currency, record.currency,
-                 fmt::format("the account '{}' is kept in {}", excerpt(record.account), currency));
+                 phrase("the account '{}' is kept in {}", excerpt(record.account), currency));
     }
     if (record.kind != ImportKind::transfer) return true;
     const std::string& arriving = currencies_.of(record.toAccount);
     if (currency != arriving && !record.toAmount) {
       return bad(ImportField::toAmount, "",
-                 fmt::format("'{}' is kept in {} and '{}' in {}, so the amount that arrives is needed",
-                             excerpt(record.account), currency, excerpt(record.toAccount), arriving));
+                 phrase("'{}' is kept in {} and '{}' in {}, so the amount that arrives is needed",
+                        excerpt(record.account), currency, excerpt(record.toAccount), arriving));
     }
     if (currency == arriving && record.toAmount && *record.toAmount != record.amount) {
       return bad(ImportField::toAmount, fmt::format("{}", *record.toAmount),
-                 fmt::format("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other",
-                             excerpt(record.account), excerpt(record.toAccount), currency));
+                 phrase("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other",
+                        excerpt(record.account), excerpt(record.toAccount), currency));
     }
     return true;
   }

@@ -6,7 +6,7 @@
 
 namespace moniva {
 
-Result<> checkTitle(std::string_view title, std::string_view what) {
+Result<> checkTitle(std::string_view title, const Phrase& what) {
   if (trimBlanks(title).empty()) return refuse("{} needs a title", what);
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(title.data());
   const auto size = static_cast<std::int32_t>(title.size());

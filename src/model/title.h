@@ -11,6 +11,6 @@ inline constexpr std::size_t kLongestTitle = 120;
 
 /// Whether the text will do as the title of something new. Refused: a blank one, one of more than
 /// `kLongestTitle` characters, one that is no UTF-8. `what` names the thing in the sentence: "a category".
-Result<> checkTitle(std::string_view title, std::string_view what);
+Result<> checkTitle(std::string_view title, const Phrase& what);
 
 }  // namespace moniva

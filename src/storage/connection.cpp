@@ -219,21 +219,21 @@ Refusal Connection::refusal() const {
   switch (errorCode_ & 0xFF) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-      return {fmt::format("the data file '{}' is in use by another program; try again when that has finished",
-                          file)};
+      return Refusal(
+          phrase("the data file '{}' is in use by another program; try again when that has finished", file));
     case SQLITE_FULL:
-      return {fmt::format("there is no space left to write to the data file '{}'", file)};
+      return Refusal(phrase("there is no space left to write to the data file '{}'", file));
     case SQLITE_READONLY:
     case SQLITE_PERM:
-      return {fmt::format("the data file '{}' cannot be written", file)};
+      return Refusal(phrase("the data file '{}' cannot be written", file));
     case SQLITE_NOTADB:
-      return {fmt::format("'{}' is not a data file of this program", file)};
+      return Refusal(phrase("'{}' is not a data file of this program", file));
     case SQLITE_CORRUPT:
-      return {fmt::format("the data file '{}' is damaged: {}", file, errorMessage_)};
+      return Refusal(phrase("the data file '{}' is damaged: {}", file, errorMessage_));
     case SQLITE_IOERR:
-      return {fmt::format("the data file '{}' could not be read or written: {}", file, errorMessage_)};
+      return Refusal(phrase("the data file '{}' could not be read or written: {}", file, errorMessage_));
     default:
-      return {fmt::format("the data file '{}' refused a statement: {}", file, errorMessage_)};
+      return Refusal(phrase("the data file '{}' refused a statement: {}", file, errorMessage_));
   }
 }
 

@@ -65,7 +65,7 @@ const std::string& MVAppRoot::itsUDID() {
     if (!udid_.empty()) return;
     const std::string made = newIdentifier();
     auto kept = defaults.stringForKeyOrSet("itsUDID", made);
-    if (!kept) addNotice(kept.error().why);
+    if (!kept) addNotice(kept.error());
     udid_ = kept.value_or(made);
   });
   return udid_;
@@ -142,7 +142,8 @@ std::vector<std::string> MVAppRoot::takeNotices() {
   return std::exchange(notices_, {});
 }
 
-void MVAppRoot::addNotice(std::string notice) {
+void MVAppRoot::addNotice(const Phrase& text) {
+  auto notice = text.in([this](std::string_view english) { return platform_.localized(english); });
   const std::scoped_lock lock(noticesMutex_);
   if (told_.insert(notice).second) notices_.push_back(std::move(notice));
 }

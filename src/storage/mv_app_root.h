@@ -88,8 +88,13 @@ class MVAppRoot {
 
   /// What the user should be told when there is a chance, in order; taken away by the reader.
   std::vector<std::string> takeNotices();
-  /// Each notice is told once in a run.
-  void addNotice(std::string notice);
+  /// Each notice is told once in a run, in the person's language: addNotice("The log is '{}'.", path).
+  template <class... Arguments>
+  void addNotice(fmt::format_string<Arguments...> text, Arguments&&... arguments) {
+    addNotice(phrase(text, std::forward<Arguments>(arguments)...));
+  }
+  void addNotice(const Refusal& refusal) { addNotice(*refusal.phrase); }
+  void addNotice(const Phrase& notice);
 
   std::shared_ptr<MonivaAccount> monivaAccount;
   std::optional<Date> recentEditDate;

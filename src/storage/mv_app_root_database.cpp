@@ -64,20 +64,20 @@ Result<> MVAppRoot::takeSafetyCopy() {
     if (!kind) {
       auto aside = setDataFileAside(backup, now());
       if (!aside) return tl::make_unexpected(aside.error());
-      addNotice(fmt::format(
-          "The safety copy '{}' cannot be used: {}. It was set aside as '{}'; the data file stays.",
-          backup.filename().string(), kind.error().why, aside->filename().string()));
+      addNotice("The safety copy '{}' cannot be used: {}. It was set aside as '{}'; the data file stays.",
+                backup.filename().string(), kind.error(), aside->filename().string());
       return {};
     }
     if (auto settled = settleDataFile(backup); !settled) return settled;
     auto aside = replaceDataFile(db_.defaultPath(), backup, now());
     if (!aside) return tl::make_unexpected(aside.error());
     stamps_.forget();
-    addNotice(
-        aside->empty()
-            ? fmt::format("The safety copy '{}' is now the data file.", backup.string())
-            : fmt::format("The safety copy '{}' took the place of the data file, which is kept as '{}'.",
-                          backup.filename().string(), aside->filename().string()));
+    if (aside->empty()) {
+      addNotice("The safety copy '{}' is now the data file.", backup.string());
+    } else {
+      addNotice("The safety copy '{}' took the place of the data file, which is kept as '{}'.",
+                backup.filename().string(), aside->filename().string());
+    }
     return {};
   });
 }
@@ -137,9 +137,8 @@ bool MVAppRoot::restoreDatafileFromiCloud(std::string_view containerID) {
   const Result<> kind = db_.databaseIsAvailable(arriving) ? checkKind(arriving) : refuse("it cannot be read");
   if (!kind) {
     const auto aside = setDataFileAside(arriving, now());
-    addNotice(fmt::format("The data file from the cloud ({}) cannot be used: {}.{}", containerID,
-                          kind.error().why,
-                          aside ? " It was set aside as '" + aside->filename().string() + "'." : ""));
+    addNotice("The data file from the cloud ({}) cannot be used: {}.", containerID, kind.error());
+    if (aside) addNotice("The file from the cloud was set aside as '{}'.", aside->filename().string());
     return false;
   }
   return settleDataFile(arriving) && replaceDataFile(path, arriving, now());
@@ -173,8 +172,7 @@ Result<> MVAppRoot::resetDatabase() {
     auto aside = replaceDataFile(path, fresh, now());
     if (!aside) return tl::make_unexpected(aside.error());
     if (!aside->empty()) {
-      addNotice(
-          fmt::format("The data file is kept as '{}'; the store is empty now.", aside->filename().string()));
+      addNotice("The data file is kept as '{}'; the store is empty now.", aside->filename().string());
     }
     return {};
   });
@@ -195,9 +193,8 @@ Result<fs::path> MVAppRoot::setDatabaseAside() {
   });
   if (!moved) return tl::make_unexpected(moved.error());
   stamps_.forget();
-  addNotice(fmt::format(
-      "The data file '{}' is damaged. It was set aside as '{}'; the next start begins a new store.",
-      dataFile().string(), kept.filename().string()));
+  addNotice("The data file '{}' is damaged. It was set aside as '{}'; the next start begins a new store.",
+            dataFile().string(), kept.filename().string());
   return kept;
 }
 

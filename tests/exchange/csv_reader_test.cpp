@@ -20,7 +20,7 @@ Result<Table> rowsOf(CsvReader& reader) {
     if (!*row) return rows;
     if (const auto& damage = (*row)->damage) {
       rows.push_back(
-          {fmt::format("{}:{}:{}", (*row)->line, damage->line, damage->column), std::string(damage->what)});
+          {fmt::format("{}:{}:{}", (*row)->line, damage->line, damage->column), damage->what.english()});
       continue;
     }
     rows.emplace_back((*row)->fields.begin(), (*row)->fields.end());

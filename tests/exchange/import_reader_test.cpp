@@ -197,7 +197,7 @@ TEST(ReadImport, namesColumnsThatAreMissingAndThoseItDoesNotUse) {
 TEST(ReadImport, keepsTextsAsTypedUpToTenThousandCharacters) {
   const auto noteOf = [](const std::string& note) {
     const auto file = readText("Date,Amount,Note\n2024-01-01,1,\"" + note + "\"\n").value();
-    return file.records.empty() ? file.problems.at(0).reason : file.records[0].note;
+    return file.records.empty() ? file.problems.at(0).reason.english() : file.records[0].note;
   };
   EXPECT_EQ(noteOf(" \t a  b\n\u00A0c \u3000"), "a  b\n\u00A0c");
   std::string longest;

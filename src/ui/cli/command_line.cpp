@@ -12,7 +12,6 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_texts.h"
 #include "ui/cli/did_you_mean.h"
-#include "ui/cli/help_format.h"
 #include "version.h"
 
 namespace moniva {
@@ -59,18 +58,20 @@ const CLI::Option* findOption(const CLI::App* app, const std::string& name) {
 }
 
 /// The exit code, once all output is written; what could not be is told of.
-int ended(int exitCode, Terminal terminal) {
+int ended(int exitCode, Terminal terminal, const Session& session) {
   terminal.out.flush();
   if (terminal.out) return exitCode;
-  terminal.err << "moniva: " << (exitCode == 0 ? "done, but " : "")
-               << "standard output could not be written\n";
+  const Phrase what = exitCode == 0 ? phrase("done, but standard output could not be written")
+                                    : phrase("standard output could not be written");
+  terminal.err << "moniva: " << what.in(session.translate()) << '\n';
   return exitCode == 0 ? CommandError::kRefused : exitCode;
 }
 
 }  // namespace
 
-CommandLine::CommandLine(const Style& helpStyle) : app_("", "moniva") {
-  app_.formatter(std::make_shared<HelpFormatter>(commandTexts(), helpStyle));
+CommandLine::CommandLine(const Style& helpStyle)
+    : app_("", "moniva"), help_(std::make_shared<HelpFormatter>(commandTexts(), helpStyle)) {
+  app_.formatter(help_);
   app_.set_version_flag("--version", fmt::format("moniva {}", kVersion), "Print the version and end");
   app_.set_help_flag("-h,--help", "Print this help and end");
   app_.require_subcommand(1);
@@ -150,6 +151,7 @@ int CommandLine::run(const std::vector<std::string>& arguments, Terminal termina
   } catch (const CLI::Success& wanted) {
     // Help and version: the parser's way of ending early.
     std::ostringstream text;
+    help_->speak(texts());
     app_.exit(wanted, text, terminal.err);
     terminal.out << trimmedEnd(text.str()) << '\n';
     return 0;
@@ -170,9 +172,9 @@ int CommandLine::run(const std::vector<std::string>& arguments, Terminal termina
     try {
       work();
     } catch (const CommandError& error) {
-      failed(error.exitCode(), error.what());
+      failed(error.exitCode(), error.in(session.translate()));
     } catch (const std::bad_alloc&) {
-      failed(CommandError::kRefused, "there is not enough memory");
+      failed(CommandError::kRefused, session.text("there is not enough memory"));
     } catch (const std::exception& error) {
       failed(CommandError::kRefused, error.what());
     }
@@ -183,13 +185,20 @@ int CommandLine::run(const std::vector<std::string>& arguments, Terminal termina
     action_(session);
   });
   guarded([&] { session.leave(); });
-  return ended(exitCode, terminal);
+  return ended(exitCode, terminal, session);
+}
+
+std::shared_ptr<const Localization> CommandLine::texts() const {
+  const auto& typed = app_.get_option("--locale")->results();
+  return textsFor(typed.empty() ? "" : typed.back());
 }
 
 int CommandLine::explain(const std::string& why, const std::vector<std::string>& arguments,
                          Terminal terminal) const {
-  const std::string mistaken = mistakenWord(app_, arguments);
-  terminal.err << "moniva: " << printableLines(mistaken.empty() ? why : mistaken) << '\n';
+  const auto localization = texts();
+  const Translate translate = [&](std::string_view english) { return localization->localized(english); };
+  const auto mistaken = mistakenWord(app_, arguments);
+  terminal.err << "moniva: " << printableLines(mistaken ? mistaken->in(translate) : why) << '\n';
   std::string path = "moniva";
   const CLI::App* at = &app_;
   for (const auto& word : arguments) {
@@ -198,18 +207,18 @@ int CommandLine::explain(const std::string& why, const std::vector<std::string>&
     at = next;
     path += " " + word;
   }
-  terminal.err << "Try: " << path << " --help\n";
+  terminal.err << phrase("Try: {} --help", path).in(translate) << '\n';
   return CommandError::kUsage;
 }
 
-std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& arguments) {
+std::optional<Phrase> mistakenWord(const CLI::App& app, const std::vector<std::string>& arguments) {
   const CLI::App* at = &app;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string& word = arguments[i];
     if (word == "--") return {};
     if (looksLikeNumber(word)) {
-      return fmt::format(
-          "'{}' has a sign; amounts are given without one, the direction comes from the command", word);
+      return phrase("'{}' has a sign; amounts are given without one, the direction comes from the command",
+                    word);
     }
     if (word.size() > 1 && word[0] == '-') {
       const std::string name = word.substr(0, word.find('='));
@@ -218,8 +227,8 @@ std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& ar
         continue;
       }
       const auto meant = name.starts_with("--") ? didYouMean(name, optionNames(at)) : std::nullopt;
-      return meant ? fmt::format("there is no option '{}'; did you mean '{}'?", name, *meant)
-                   : fmt::format("there is no option '{}'", name);
+      return meant ? phrase("there is no option '{}'; did you mean '{}'?", name, *meant)
+                   : phrase("there is no option '{}'", name);
     }
     const auto names = commandNames(*at);
     if (names.empty()) continue;
@@ -229,8 +238,8 @@ std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& ar
     }
     const std::string above = at->get_parent() == nullptr ? "" : at->get_name() + " ";
     const auto meant = didYouMean(word, names);
-    return meant ? fmt::format("there is no command '{}{}'; did you mean '{}{}'?", above, word, above, *meant)
-                 : fmt::format("there is no command '{}{}'", above, word);
+    return meant ? phrase("there is no command '{}{}'; did you mean '{}{}'?", above, word, above, *meant)
+                 : phrase("there is no command '{}{}'", above, word);
   }
   return {};
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "ui/cli/help_format.h"
 #include "ui/cli/session.h"
 
 namespace moniva {
@@ -29,9 +30,12 @@ class CommandLine {
   void onRun(CLI::App* command, Action action, bool withStore = true);
 
  private:
+  /// How texts are said before there is a session: by the --locale that was read so far.
+  std::shared_ptr<const Localization> texts() const;
   int explain(const std::string& why, const std::vector<std::string>& arguments, Terminal terminal) const;
 
   CLI::App app_;
+  std::shared_ptr<HelpFormatter> help_;
   GlobalOptions options_;
   std::string color_ = "auto";
   Action action_;
@@ -42,8 +46,8 @@ class CommandLine {
 CLI::Validator oneOf(const std::vector<std::string>& words);
 
 /// The first word of a line that the parser cannot have understood ("bok", "--jsn", the "-5" of an amount
-/// with a sign), as a sentence with the nearest thing there is; empty when the line has no such word.
-std::string mistakenWord(const CLI::App& app, const std::vector<std::string>& arguments);
+/// with a sign), as a sentence with the nearest thing there is; nothing when the line has no such word.
+std::optional<Phrase> mistakenWord(const CLI::App& app, const std::vector<std::string>& arguments);
 
 // One function a family of commands, each in its own file.
 void addBookCommands(CommandLine& line);

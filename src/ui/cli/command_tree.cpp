@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "base/phrase.h"
+
 namespace moniva {
 namespace {
 
@@ -59,7 +61,31 @@ void readTypeName(const std::string& typeName, ParameterInfo& parameter) {
   if (parameter.valueName.empty()) parameter.valueName = "VALUE";
 }
 
-ParameterInfo describeParameter(const CLI::Option& option) {
+std::string detailsOf(const ParameterInfo& parameter, const Translate& translate) {
+  std::vector<std::string> notes;
+  const auto note = [&](const Phrase& text) { notes.push_back(text.in(translate)); };
+  if (!parameter.choices.empty())
+    note(phrase("one of: {}", fmt::format("{}", fmt::join(parameter.choices, ", "))));
+  if (!parameter.defaultValue.empty()) note(phrase("default: {}", parameter.defaultValue));
+  if (!parameter.variable.empty()) note(phrase("variable: {}", parameter.variable));
+  const bool isOption = parameter.names.front().starts_with('-');
+  if (isOption && parameter.isRequired) note(phrase("required"));
+  if (isOption && parameter.isRepeated) note(phrase("may be repeated"));
+  if (notes.empty()) return parameter.description;
+  return fmt::format("{}{}({})", parameter.description, parameter.description.empty() ? "" : " ",
+                     fmt::join(notes, "; "));
+}
+
+std::string usageOf(const CommandInfo& command, const Translate& translate) {
+  std::string usage = command.fullName;
+  if (!command.options.empty()) usage += " [" + translate("options") + "]";
+  for (const ParameterInfo& argument : command.arguments) usage += " " + usageOf(argument);
+  if (command.commands.empty()) return usage;
+  const std::string name = translate("COMMAND");
+  return usage + (command.needsCommand ? " " + name : " [" + name + "]");
+}
+
+ParameterInfo describeParameter(const CLI::Option& option, const Translate& translate) {
   ParameterInfo parameter;
   if (option.nonpositional()) {
     for (const std::string& name : option.get_snames()) parameter.names.push_back("-" + name);
@@ -75,7 +101,8 @@ ParameterInfo describeParameter(const CLI::Option& option) {
   }
   parameter.isRequired = option.get_required();
   parameter.variable = option.get_envname();
-  parameter.description = option.get_description();
+  parameter.description = translate(option.get_description());
+  parameter.details = detailsOf(parameter, translate);
   return parameter;
 }
 
@@ -105,7 +132,8 @@ bool sharesName(const ParameterInfo& a, const ParameterInfo& b) {
 }
 
 /// Options of the commands above that the parser takes after this one as well.
-std::vector<ParameterInfo> inheritedOptions(const CLI::App& app, const std::vector<ParameterInfo>& own) {
+std::vector<ParameterInfo> inheritedOptions(const CLI::App& app, const std::vector<ParameterInfo>& own,
+                                            const Translate& translate) {
   std::vector<ParameterInfo> inherited;
   for (const CLI::App* at = &app; at->get_fallthrough() && at->get_parent() != nullptr;
        at = at->get_parent()) {
@@ -113,7 +141,7 @@ std::vector<ParameterInfo> inheritedOptions(const CLI::App& app, const std::vect
     forEachOption(parent, [&](const CLI::Option& option) {
       if (!option.nonpositional()) return;
       if (isHelpOrVersion(parent, option)) return;
-      ParameterInfo parameter = describeParameter(option);
+      ParameterInfo parameter = describeParameter(option, translate);
       const auto isSame = [&](const ParameterInfo& other) { return sharesName(parameter, other); };
       if (std::none_of(own.begin(), own.end(), isSame)) inherited.push_back(std::move(parameter));
     });
@@ -122,7 +150,7 @@ std::vector<ParameterInfo> inheritedOptions(const CLI::App& app, const std::vect
 }
 
 CommandInfo describe(const CLI::App& app, const std::string& path, const std::string& fullName,
-                     std::span<const CommandText> texts) {
+                     std::span<const CommandText> texts, const Translate& translate) {
   CommandInfo command;
   command.name = app.get_name();
   command.fullName = fullName;
@@ -140,12 +168,15 @@ CommandInfo describe(const CLI::App& app, const std::string& path, const std::st
     command.description = text->description;
     command.examples = text->examples;
   }
+  command.summary = translate(command.summary);
+  command.description = translate(command.description);
+  for (Example& example : command.examples) example.what = translate(example.what);
 
   forEachOption(app, [&](const CLI::Option& option) {
     auto& list = option.nonpositional() ? command.options : command.arguments;
-    list.push_back(describeParameter(option));
+    list.push_back(describeParameter(option, translate));
   });
-  command.globals = inheritedOptions(app, command.options);
+  command.globals = inheritedOptions(app, command.options, translate);
   command.needsCommand = app.get_require_subcommand_min() > 0;
   const auto isShown = [](const CLI::App* sub) {
     return !sub->get_name().empty() && !sub->get_group().empty();
@@ -153,48 +184,29 @@ CommandInfo describe(const CLI::App& app, const std::string& path, const std::st
   for (const CLI::App* sub : app.get_subcommands(isShown)) {
     const std::string& name = sub->get_name();
     command.commands.push_back(
-        describe(*sub, path.empty() ? name : path + " " + name, fullName + " " + name, texts));
+        describe(*sub, path.empty() ? name : path + " " + name, fullName + " " + name, texts, translate));
   }
+  command.usage = usageOf(command, translate);
   return command;
 }
 
 }  // namespace
 
-CommandInfo describeCommand(const CLI::App& app, std::span<const CommandText> texts) {
+CommandInfo describeCommand(const CLI::App& app, std::span<const CommandText> texts,
+                            const Localization& localization) {
   std::string path;
   const CLI::App* root = &app;
   for (; root->get_parent() != nullptr; root = root->get_parent()) {
     if (root->get_name().empty()) continue;
     path = path.empty() ? root->get_name() : root->get_name() + " " + path;
   }
-  return describe(app, path, path.empty() ? root->get_name() : root->get_name() + " " + path, texts);
-}
-
-std::string usageOf(const CommandInfo& command) {
-  std::string usage = command.fullName;
-  if (!command.options.empty()) usage += " [options]";
-  for (const ParameterInfo& argument : command.arguments) usage += " " + usageOf(argument);
-  if (!command.commands.empty()) usage += command.needsCommand ? " COMMAND" : " [COMMAND]";
-  return usage;
+  return describe(app, path, path.empty() ? root->get_name() : root->get_name() + " " + path, texts,
+                  [&](std::string_view english) { return localization.localized(english); });
 }
 
 std::string usageOf(const ParameterInfo& argument) {
   const std::string usage = argument.names.front() + (argument.isRepeated ? "..." : "");
   return argument.isRequired ? usage : "[" + usage + "]";
-}
-
-std::string detailsOf(const ParameterInfo& parameter) {
-  std::vector<std::string> notes;
-  if (!parameter.choices.empty())
-    notes.push_back(fmt::format("one of: {}", fmt::join(parameter.choices, ", ")));
-  if (!parameter.defaultValue.empty()) notes.push_back("default: " + parameter.defaultValue);
-  if (!parameter.variable.empty()) notes.push_back("variable: " + parameter.variable);
-  const bool isOption = parameter.names.front().starts_with('-');
-  if (isOption && parameter.isRequired) notes.emplace_back("required");
-  if (isOption && parameter.isRepeated) notes.emplace_back("may be repeated");
-  if (notes.empty()) return parameter.description;
-  return fmt::format("{}{}({})", parameter.description, parameter.description.empty() ? "" : " ",
-                     fmt::join(notes, "; "));
 }
 
 }  // namespace moniva

@@ -6,12 +6,14 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/localization.h"
+
 namespace moniva {
 
 /// A command line worth showing, and what it does.
 struct Example {
-  std::string_view command;
-  std::string_view what;
+  std::string command;
+  std::string what;
 };
 
 /// What is told of a command beyond its options. The texts of all commands stand in one table, from which
@@ -36,6 +38,9 @@ struct ParameterInfo {
   std::string defaultValue = {};
   std::string variable = {};  ///< environment variable that may stand in for it
   std::string description = {};
+  /// The description with what else there is to know: choices, the value taken when none is given, the
+  /// variable.
+  std::string details = {};
 };
 
 /// A command with all that is below it: the parser's tree without the parser.
@@ -45,6 +50,7 @@ struct CommandInfo {
   std::vector<std::string> aliases;
   std::string summary;
   std::string description;
+  std::string usage;  ///< "moniva book add [options] NAME": how the command is called
   std::vector<ParameterInfo> arguments;
   std::vector<ParameterInfo> options;
   std::vector<ParameterInfo> globals;  ///< options of the commands above that are taken here too
@@ -53,19 +59,14 @@ struct CommandInfo {
   std::vector<Example> examples;
 };
 
-/// The command `app` and what is below it. Hidden options and commands (those of the empty group) are left
-/// out, options of option groups are those of the command around. A command without a text takes its summary
-/// from the first line of its description in the parser, and its description from the rest.
-CommandInfo describeCommand(const CLI::App& app, std::span<const CommandText> texts);
-
-/// "moniva book add [options] NAME": how the command is called.
-std::string usageOf(const CommandInfo& command);
+/// The command `app` and what is below it, told in the language of the localization. Hidden options and
+/// commands (those of the empty group) are left out, options of option groups are those of the command
+/// around. A command without a text takes its summary from the first line of its description in the parser,
+/// and its description from the rest.
+CommandInfo describeCommand(const CLI::App& app, std::span<const CommandText> texts,
+                            const Localization& localization = Localization());
 
 /// An argument as the usage shows it: "NAME", "[NAME]", "FILE..." or "[FILE...]".
 std::string usageOf(const ParameterInfo& argument);
-
-/// The description with what else there is to know: choices, the value taken when none is given, the
-/// variable.
-std::string detailsOf(const ParameterInfo& parameter);
 
 }  // namespace moniva

@@ -11,8 +11,9 @@ std::optional<Shell> shellNamed(std::string_view name) {
   return std::nullopt;
 }
 
-std::string completionScript(const CLI::App& root, Shell shell, std::span<const CommandText> texts) {
-  const CommandInfo program = describeCommand(root, texts);
+std::string completionScript(const CLI::App& root, Shell shell, std::span<const CommandText> texts,
+                             const Localization& localization) {
+  const CommandInfo program = describeCommand(root, texts, localization);
   switch (shell) {
     case Shell::bash:
       return bashCompletion(program);

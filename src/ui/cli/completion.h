@@ -19,6 +19,7 @@ std::optional<Shell> shellNamed(std::string_view name);
 /// options, the choices of options and arguments that have some, and files and directories where they are
 /// taken. The script stands alone (for bash it needs bash 4 and no other package); it is to be sourced, or
 /// for zsh and fish put where they look for completions. Zsh and fish also show the summaries.
-std::string completionScript(const CLI::App& root, Shell shell, std::span<const CommandText> texts = {});
+std::string completionScript(const CLI::App& root, Shell shell, std::span<const CommandText> texts = {},
+                             const Localization& localization = Localization());
 
 }  // namespace moniva

@@ -27,14 +27,14 @@ std::string optionName(const ParameterInfo& option) {
 
 std::vector<Entry> optionEntries(const std::vector<ParameterInfo>& options) {
   std::vector<Entry> entries;
-  for (const ParameterInfo& option : options) entries.emplace_back(optionName(option), detailsOf(option));
+  for (const ParameterInfo& option : options) entries.emplace_back(optionName(option), option.details);
   return entries;
 }
 
 std::vector<Entry> argumentEntries(const std::vector<ParameterInfo>& arguments) {
   std::vector<Entry> entries;
   for (const ParameterInfo& argument : arguments)
-    entries.emplace_back(argument.names.front(), detailsOf(argument));
+    entries.emplace_back(argument.names.front(), argument.details);
   return entries;
 }
 
@@ -50,7 +50,8 @@ std::vector<Entry> commandEntries(const std::vector<CommandInfo>& commands) {
 
 class HelpWriter {
  public:
-  HelpWriter(const Style& style, std::size_t width) : style_(style), width_(width) {}
+  HelpWriter(const Style& style, std::size_t width, const Localization& localization)
+      : style_(style), width_(width), localization_(localization) {}
 
   void paragraph(std::string_view text, std::size_t indentation = 0) {
     for (const std::string& line : wrapToWidth(text, width_ - std::min(width_ / 2, indentation))) {
@@ -62,9 +63,9 @@ class HelpWriter {
   void heading(std::string_view title) { text_ += "\n" + style_.bold(title) + "\n"; }
 
   void usage(std::string_view usage) {
-    constexpr std::string_view word = "Usage:";
+    const std::string word = localization_.localized("Usage:");
     text_ += "\n" + style_.bold(word);
-    described(usage, word.size(), word.size() + 1);
+    described(usage, displayWidth(word), displayWidth(word) + 1);
   }
 
   /// Names in a column, beside them their texts, wrapped.
@@ -93,7 +94,7 @@ class HelpWriter {
 
   void examples(const std::vector<Example>& examples) {
     if (examples.empty()) return;
-    heading("Examples:");
+    heading(localization_.localized("Examples:"));
     for (const Example& example : examples) {
       text_.append(indent, ' ').append(style_.cyan(printable(example.command))) += '\n';
       if (!example.what.empty()) paragraph(example.what, 3 * indent);
@@ -115,38 +116,41 @@ class HelpWriter {
 
   const Style& style_;
   std::size_t width_;
+  const Localization& localization_;
   std::string text_;
 };
 
-std::string helpOfAll(const CommandInfo& command, const Style& style, std::size_t width) {
-  std::string text = helpText(command, style, width);
-  for (const CommandInfo& sub : command.commands) text += "\n" + helpOfAll(sub, style, width);
+std::string helpOfAll(const CommandInfo& command, const Style& style, std::size_t width,
+                      const Localization& localization) {
+  std::string text = helpText(command, style, width, localization);
+  for (const CommandInfo& sub : command.commands) text += "\n" + helpOfAll(sub, style, width, localization);
   return text;
 }
 
 }  // namespace
 
-std::string helpText(const CommandInfo& command, const Style& style, std::size_t width) {
-  HelpWriter help(style, width);
+std::string helpText(const CommandInfo& command, const Style& style, std::size_t width,
+                     const Localization& localization) {
+  HelpWriter help(style, width, localization);
   if (!command.summary.empty()) help.paragraph(command.summary);
-  help.usage(usageOf(command));
+  help.usage(command.usage);
   if (!command.description.empty()) {
     help.emptyLine();
     help.paragraph(command.description);
   }
-  help.section("Arguments:", argumentEntries(command.arguments));
-  help.section("Commands:", commandEntries(command.commands));
-  help.section("Options:", optionEntries(command.options));
-  help.section("Global options:", optionEntries(command.globals));
+  help.section(localization.localized("Arguments:"), argumentEntries(command.arguments));
+  help.section(localization.localized("Commands:"), commandEntries(command.commands));
+  help.section(localization.localized("Options:"), optionEntries(command.options));
+  help.section(localization.localized("Global options:"), optionEntries(command.globals));
   help.examples(command.examples);
   return help.take();
 }
 
 std::string HelpFormatter::make_help(const CLI::App* app, std::string /*name*/,
                                      CLI::AppFormatMode mode) const {
-  const CommandInfo command = describeCommand(*app, texts_);
-  return mode == CLI::AppFormatMode::All ? helpOfAll(command, style_, width_)
-                                         : helpText(command, style_, width_);
+  const CommandInfo command = describeCommand(*app, texts_, *localization_);
+  return mode == CLI::AppFormatMode::All ? helpOfAll(command, style_, width_, *localization_)
+                                         : helpText(command, style_, width_, *localization_);
 }
 
 }  // namespace moniva

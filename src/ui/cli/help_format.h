@@ -2,6 +2,7 @@
 
 #include <CLI/App.hpp>
 #include <cstddef>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -25,13 +26,18 @@ class HelpFormatter : public CLI::Formatter {
   /// the parser knows it only for commands that were called.
   std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override;
 
+  /// Tells everything in that language from now on.
+  void speak(std::shared_ptr<const Localization> localization) { localization_ = std::move(localization); }
+
  private:
   std::span<const CommandText> texts_;
   Style style_;
   std::size_t width_;
+  std::shared_ptr<const Localization> localization_ = std::make_shared<Localization>();
 };
 
 /// The help of one command as HelpFormatter prints it.
-std::string helpText(const CommandInfo& command, const Style& style = {}, std::size_t width = 80);
+std::string helpText(const CommandInfo& command, const Style& style = {}, std::size_t width = 80,
+                     const Localization& localization = Localization());
 
 }  // namespace moniva

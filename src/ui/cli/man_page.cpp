@@ -59,12 +59,16 @@ std::string upperCase(std::string_view text) {
 
 class ManWriter {
  public:
+  explicit ManWriter(const Localization& localization) : localization_(localization) {}
+
   void title(const CommandInfo& root, std::string_view version, std::string_view date) {
     text_ += ".TH \"" + escaped(upperCase(root.name)) + "\" 1 \"" + escaped(date) + "\" \"" +
-             escaped(root.name + " " + std::string(version)) + "\" \"User Commands\"\n";
+             escaped(root.name + " " + std::string(version)) + "\" \"" +
+             escaped(localization_.localized("User Commands")) + "\"\n";
   }
 
-  void section(std::string_view title) { text_ += ".SH " + std::string(title) + "\n"; }
+  /// `title` is in the person's language.
+  void section(const std::string& title) { text_ += ".SH " + title + "\n"; }
 
   void line(const std::string& troff) { text_ += troff + "\n"; }
 
@@ -79,13 +83,14 @@ class ManWriter {
 
   void synopsis(const CommandInfo& command) {
     std::string line = bold(command.fullName);
-    if (!command.options.empty()) line += " [" + italic("options") + "]";
+    if (!command.options.empty()) line += " [" + italic(localization_.localized("options")) + "]";
     for (const ParameterInfo& argument : command.arguments) {
       const std::string name = italic(argument.names.front()) + (argument.isRepeated ? "..." : "");
       line += argument.isRequired ? " " + name : " [" + name + "]";
     }
     if (!command.commands.empty())
-      line += command.needsCommand ? " " + italic("COMMAND") : " [" + italic("COMMAND") + "]";
+      line += command.needsCommand ? " " + italic(localization_.localized("COMMAND"))
+                                   : " [" + italic(localization_.localized("COMMAND")) + "]";
     text_ += line + "\n";
   }
 
@@ -97,20 +102,21 @@ class ManWriter {
       names += isOption ? bold(name) : italic(name);
     }
     if (isOption && !parameter.valueName.empty()) names += " " + italic(parameter.valueName);
-    tagged(names, detailsOf(parameter));
+    tagged(names, parameter.details);
   }
 
-  void entries(std::string_view title, const std::vector<ManualEntry>& entries) {
+  void entries(const std::string& title, const std::vector<ManualEntry>& entries) {
     if (entries.empty()) return;
     section(title);
-    for (const ManualEntry& entry : entries) tagged(bold(entry.name), entry.meaning);
+    for (const ManualEntry& entry : entries) tagged(bold(entry.name), localization_.localized(entry.meaning));
   }
 
   void command(const CommandInfo& command) {
     text_ += ".SS \"" + escaped(command.fullName) + "\"\n";
     synopsis(command);
     paragraphs(command.summary.empty() ? "" : command.summary + ".");
-    for (const std::string& alias : command.aliases) line(".PP\nAlso called " + bold(alias) + ".");
+    for (const std::string& alias : command.aliases)
+      line(".PP\n" + escaped(localization_.localized("Also called")) + " " + bold(alias) + ".");
     paragraphs(command.description);
     for (const ParameterInfo& argument : command.arguments) parameter(argument);
     for (const ParameterInfo& option : command.options) parameter(option);
@@ -135,6 +141,7 @@ class ManWriter {
     text_ += ".TP\n" + tag + "\n" + body + "\n";
   }
 
+  const Localization& localization_;
   std::string text_;
 };
 
@@ -146,34 +153,34 @@ bool hasExamples(const CommandInfo& command) {
 }  // namespace
 
 std::string manPage(const CLI::App& root, const ManualTexts& texts, std::string_view version,
-                    std::string_view date) {
-  const CommandInfo program = describeCommand(root, texts.commands);
-  ManWriter man;
+                    std::string_view date, const Localization& localization) {
+  const CommandInfo program = describeCommand(root, texts.commands, localization);
+  ManWriter man(localization);
   man.title(program, version, date);
-  man.section("NAME");
+  man.section(localization.localized("NAME"));
   man.line(escaped(program.name) + " \\- " + escaped(program.summary));
-  man.section("SYNOPSIS");
+  man.section(localization.localized("SYNOPSIS"));
   man.synopsis(program);
   if (!program.description.empty()) {
-    man.section("DESCRIPTION");
+    man.section(localization.localized("DESCRIPTION"));
     man.paragraphs(program.description);
   }
   if (!program.options.empty() || !program.arguments.empty()) {
-    man.section("OPTIONS");
+    man.section(localization.localized("OPTIONS"));
     for (const ParameterInfo& argument : program.arguments) man.parameter(argument);
     for (const ParameterInfo& option : program.options) man.parameter(option);
   }
   if (!program.commands.empty()) {
-    man.section("COMMANDS");
+    man.section(localization.localized("COMMANDS"));
     for (const CommandInfo& command : program.commands) man.command(command);
   }
   if (hasExamples(program)) {
-    man.section("EXAMPLES");
+    man.section(localization.localized("EXAMPLES"));
     man.examples(program);
   }
-  man.entries("EXIT STATUS", texts.exitStatus);
-  man.entries("ENVIRONMENT", texts.environment);
-  man.entries("FILES", texts.files);
+  man.entries(localization.localized("EXIT STATUS"), texts.exitStatus);
+  man.entries(localization.localized("ENVIRONMENT"), texts.environment);
+  man.entries(localization.localized("FILES"), texts.files);
   return man.take();
 }
 

@@ -28,6 +28,6 @@ struct ManualTexts {
 /// description, options, every command with its options, examples, and those of exit status, environment and
 /// files that have entries. `date` is printed as it is handed in ("2024-02-29").
 std::string manPage(const CLI::App& root, const ManualTexts& texts, std::string_view version,
-                    std::string_view date);
+                    std::string_view date, const Localization& localization = Localization());
 
 }  // namespace moniva

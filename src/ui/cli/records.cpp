@@ -21,21 +21,24 @@ std::vector<std::string> titlesOf(const std::vector<MonivaAccount>& rows) {
   return titles;
 }
 
-[[noreturn]] void noSuch(Session& session, std::string_view what, int aKind, const std::string& name,
-                         Meant asked) {
+[[noreturn]] void noSuch(Session& session, int aKind, const std::string& name, Meant asked) {
+  const bool isBook = aKind == kBookKind;
   auto titles = titlesOf(MonivaAccount::list(session.root(), aKind));
   if (asked == Meant::groupsToo) {
     std::ranges::move(titlesOf(MonivaAccount::list(session.root(), aKind, MonivaAccount::Rows::groups)),
                       std::back_inserter(titles));
   }
   if (titles.empty()) {
-    throw CommandError(CommandError::kRefused,
-                       fmt::format("there is no {0} yet; add one with: moniva {0} add NAME", what));
+    throw isBook ? refused("there is no book yet; add one with: moniva book add NAME")
+                 : refused("there is no account yet; add one with: moniva account add NAME");
   }
   const auto meant = didYouMean(name, titles);
-  throw CommandError(CommandError::kRefused,
-                     meant ? fmt::format("there is no {} '{}'; did you mean '{}'?", what, name, *meant)
-                           : fmt::format("there is no {0} '{1}'; see: moniva {0} list", what, name));
+  if (!meant) {
+    throw isBook ? refused("there is no book '{}'; see: moniva book list", name)
+                 : refused("there is no account '{}'; see: moniva account list", name);
+  }
+  throw isBook ? refused("there is no book '{}'; did you mean '{}'?", name, *meant)
+               : refused("there is no account '{}'; did you mean '{}'?", name, *meant);
 }
 
 MonivaAccount asMeant(MonivaAccount row, Meant meant) {
@@ -213,24 +216,23 @@ std::string dateText(Session& session, Date date) {
 std::string currencyTyped(const Session& session, const std::string& code) {
   if (code.empty()) return session.defaultCurrency();
   if (isCurrencyCode(code)) return code;
-  throw CommandError(CommandError::kUsage,
-                     fmt::format("'{}' is no currency; codes have three capital letters, such as EUR", code));
+  throw notUnderstood("'{}' is no currency; codes have three capital letters, such as EUR", code);
 }
 
 MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant) {
   if (name.empty()) {
     const auto& current = session.root().monivaAccount;
-    if (!current || current->pk.empty()) noSuch(session, "book", kBookKind, name, meant);
+    if (!current || current->pk.empty()) noSuch(session, kBookKind, name, meant);
     return asMeant(*current, meant);
   }
   auto book = MonivaAccount::getBookWithTitle(session.root(), name);
-  if (!book || book->isDeleted != 0) noSuch(session, "book", kBookKind, name, meant);
+  if (!book || book->isDeleted != 0) noSuch(session, kBookKind, name, meant);
   return asMeant(std::move(*book), meant);
 }
 
 MonivaAccount accountNamed(Session& session, const std::string& name, Meant meant) {
   auto account = MonivaAccount::getAccountWithTitle(session.root(), name);
-  if (!account || account->isDeleted != 0) noSuch(session, "account", kAccountKind, name, meant);
+  if (!account || account->isDeleted != 0) noSuch(session, kAccountKind, name, meant);
   return asMeant(std::move(*account), meant);
 }
 

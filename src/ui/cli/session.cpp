@@ -9,6 +9,7 @@
 #include "calendar/parse_date.h"
 #include "calendar/zone.h"
 #include "platform/files.h"
+#include "platform/gettext_localization.h"
 #include "platform/posix/file_user_defaults.h"
 #include "platform/posix/host.h"
 #include "storage/store_files.h"
@@ -45,6 +46,10 @@ Result<fs::path> dataFolderFor(const std::string& told) {
       "where to keep data is not known, because HOME names no folder; name one with --data or MONIVA_DATA");
 }
 
+fs::path resourcesFolder() {
+  return fs::path(programFolder()) / "../share/moniva";
+}
+
 Style styleFor(ColorMode mode, bool isTerminal) {
   const std::string noColor = stringOr(environment("NO_COLOR"));
   const std::string term = stringOr(environment("TERM"));
@@ -53,6 +58,10 @@ Style styleFor(ColorMode mode, bool isTerminal) {
 }
 
 }  // namespace
+
+std::unique_ptr<Localization> textsFor(const std::string& locale) {
+  return std::make_unique<GettextLocalization>(resourcesFolder(), locale.empty() ? systemLocale() : locale);
+}
 
 std::string printableLines(std::string_view message) {
   std::string lines;
@@ -71,18 +80,19 @@ class Session::Host final : public AppHost {
   explicit Host(Session& session) : session_(session) {}
 
   void showAddTransaction(std::string_view type) override {
-    session_.say(type == "addincome" ? "To add income: moniva spend add AMOUNT --income"
-                                     : "To add an expense: moniva spend add AMOUNT");
+    session_.say(type == "addincome" ? session_.text("To add income: moniva spend add AMOUNT --income")
+                                     : session_.text("To add an expense: moniva spend add AMOUNT"));
   }
-  void showALertWhenImportDataBackup(const fs::path& path) override { cannotTake(path, "a backup"); }
-  void showALertWhenImportSharedData(const fs::path& path) override { cannotTake(path, "shared data"); }
+  void showALertWhenImportDataBackup(const fs::path& path) override {
+    session_.root().addNotice("'{}' is a backup; the command line cannot restore it. Nothing was changed.",
+                              path.string());
+  }
+  void showALertWhenImportSharedData(const fs::path& path) override {
+    session_.root().addNotice("'{}' is shared data; the command line cannot restore it. Nothing was changed.",
+                              path.string());
+  }
 
  private:
-  void cannotTake(const fs::path& path, std::string_view what) {
-    session_.root().addNotice(fmt::format(
-        "'{}' is {}; the command line cannot restore it. Nothing was changed.", path.string(), what));
-  }
-
   Session& session_;
 };
 
@@ -94,6 +104,8 @@ Session::~Session() {
     leave();
     // Blocks in the background use what goes before their queue does.
     if (app_) app_->settle();
+  } catch (const CommandError& error) {
+    complain(fmt::format("moniva: {}", error.in(translate())));
   } catch (const std::exception& error) {
     complain(fmt::format("moniva: {}", error.what()));
   }
@@ -103,6 +115,9 @@ void Session::prepare() {
   style_ = styleFor(options_.color, terminal_.outIsTerminal);
   errStyle_ = styleFor(options_.color, terminal_.errIsTerminal);
   platform_ = std::make_unique<Platform>();
+  // First, so that what is refused below is said in the person's language.
+  platform_->localization = textsFor(options_.locale);
+  platform_->directories.resources = resourcesFolder();
   platform_->info.version = kVersion;
   platform_->calendar = typed(Calendar::make(zone(), locale()));
   amounts_ = typed(AmountFormat::make(platform_->calendar->locale()));
@@ -112,7 +127,6 @@ void Session::prepare() {
     platform_->clock = std::make_unique<FixedClock>(moment.date);
   }
   platform_->random = std::make_unique<SystemRandom>();
-  platform_->directories.resources = fs::path(programFolder()) / "../share/moniva";
   if (options_.verbose) {
     platform_->log.setSink(
         [this](std::string_view line) { terminal_.err << errStyle_.dim(printable(line)) << '\n'; });
@@ -124,7 +138,7 @@ std::string Session::zone() {
   const auto wanted = environmentZone();
   if (wanted && Zone::make(*wanted)) return *wanted;
   const std::string known = Zone::make(systemZone()) ? systemZone() : "UTC";
-  if (wanted) say(fmt::format("The time zone '{}' of TZ is not known here; {} is used.", *wanted, known));
+  if (wanted) say(text("The time zone '{}' of TZ is not known here; {} is used.", *wanted, known));
   return known;
 }
 
@@ -132,8 +146,7 @@ std::string Session::locale() {
   if (!options_.locale.empty()) return options_.locale;
   const std::string wanted = systemLocale();
   if (localeName(wanted)) return wanted;
-  say(fmt::format("The locale '{}' of the environment is not known here; {} is used.", wanted,
-                  kDefaultLocale));
+  say(text("The locale '{}' of the environment is not known here; {} is used.", wanted, kDefaultLocale));
   return kDefaultLocale;
 }
 
@@ -163,8 +176,8 @@ void Session::launchLocked() {
     std::string why;
     const auto path = db_->defaultPath();
     if (availabilityOf(path, why) == Availability::damaged) {
-      started.error().why +=
-          " (moniva doctor --set-aside keeps it under another name and begins a new store)";
+      started = refuse("{} (moniva doctor --set-aside keeps it under another name and begins a new store)",
+                       started.error());
     }
   }
   done(std::move(started));
@@ -175,11 +188,9 @@ void Session::launchLocked() {
 void Session::unlock() {
   if (!app_->isLocked()) return;
   if (options_.passcode.empty()) {
-    throw CommandError(CommandError::kRefused,
-                       "the store is locked; give its passcode with --passcode or MONIVA_PASSCODE");
+    throw refused("the store is locked; give its passcode with --passcode or MONIVA_PASSCODE");
   }
-  if (!app_->unlock(options_.passcode))
-    throw CommandError(CommandError::kRefused, "that is not the passcode");
+  if (!app_->unlock(options_.passcode)) throw refused("that is not the passcode");
   app_->settle();
 }
 
@@ -198,10 +209,8 @@ void Session::leave() {
   tellNotices();
   db_->closeDatabase();
   if (!fault.empty()) {
-    throw CommandError(
-        CommandError::kRefused,
-        fmt::format("the data file '{}' is damaged ({}); do not trust what was shown, and see: moniva doctor",
-                    db_->databasePath().string(), fault));
+    throw refused("the data file '{}' is damaged ({}); do not trust what was shown, and see: moniva doctor",
+                  db_->databasePath().string(), fault);
   }
 }
 

@@ -42,6 +42,10 @@ struct Terminal {
 /// The message as it is safe on a terminal, its lines kept: see printable().
 std::string printableLines(std::string_view message);
 
+/// The program's texts in the language of a locale; a blank one means that of the environment. A locale
+/// nobody knows gives English.
+std::unique_ptr<Localization> textsFor(const std::string& locale);
+
 /// One run of the program from the command line: the platform by the options, the store once it is asked for,
 /// and the ways to print. Every command that uses the store is a launch and ends as entering the background.
 class Session {
@@ -81,6 +85,10 @@ class Session {
   }
   const Style& style() const { return style_; }
   const AmountFormat& amounts() const { return *amounts_; }
+  /// How this session says the program's texts.
+  Translate translate() const {
+    return [this](std::string_view english) { return platform_->localized(english); };
+  }
   /// A text in the person's language, its slots filled: text("Added the book '{}'.", title).
   template <class... Arguments>
   std::string text(fmt::format_string<Arguments...> english, Arguments&&... arguments) const {

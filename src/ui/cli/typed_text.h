@@ -12,9 +12,9 @@ namespace moniva {
 
 /// A name or note as typed, or the end of the command when it is no UTF-8: what is kept has to be readable on
 /// every other device. `what` names it in the sentence, such as "the note".
-inline const std::string& wellFormed(const std::string& text, std::string_view what) {
+inline const std::string& wellFormed(const std::string& text, const Phrase& what) {
   if (wellFormedUtf8(text) == text) return text;
-  throw CommandError(CommandError::kUsage, fmt::format("{} is not UTF-8: {}", what, printable(text)));
+  throw notUnderstood("{} is not UTF-8: {}", what, printable(text));
 }
 
 }  // namespace moniva

@@ -3,6 +3,7 @@
 #include <boost/json.hpp>
 #include <cerrno>
 
+#include "app/demo_data.h"
 #include "platform/posix/host.h"
 #include "reports/largest_categories.h"
 #include "reports/transaction_report.h"
@@ -26,9 +27,8 @@ class ThrowAwayFolder {
     const fs::path above = temporaryFolder();
     std::string name = (above / "moniva-demo-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) {
-      throw CommandError(CommandError::kRefused,
-                         fmt::format("cannot make a folder for the demo in '{}': {}", above.string(),
-                                     std::generic_category().message(errno)));
+      throw refused("cannot make a folder for the demo in '{}': {}", above.string(),
+                    std::generic_category().message(errno));
     }
     path_ = name;
   }
@@ -48,10 +48,10 @@ void printLargestCategories(Session& session, const MonivaAccount& book, Date fr
   const auto categories = done(largestCategories(book, kind::kExpense, from, to));
   double all = 0;
   for (const auto& category : categories) all += category.expenseAmount;
-  Table table({{.title = "Largest categories"},
-               {.title = "Records", .align = Align::right},
-               {.title = "Expense", .align = Align::right},
-               {.title = "Share", .align = Align::right},
+  Table table({{.title = session.text("Largest categories")},
+               {.title = session.text("Records"), .align = Align::right},
+               {.title = session.text("Expense"), .align = Align::right},
+               {.title = session.text("Share"), .align = Align::right},
                {.title = ""}});
   for (const auto& category : categories) {
     table.addRow({category.title, fmt::format("{}", category.expenseCount),
@@ -63,10 +63,8 @@ void printLargestCategories(Session& session, const MonivaAccount& book, Date fr
 }
 
 void show(Session& session) {
-  const auto file = session.platform().directories.resources / "household.csv";
-  ImportRequest request;
-  request.currency = "EUR";
-  const auto outcome = runImport(session, file, std::move(request));
+  const auto outcome =
+      runImport(session, [&](auto progress) { return insertDemoData(session.root(), std::move(progress)); });
   const MonivaAccount book = bookNamed(session, "Household");
   const BookPeriods periods(session.calendar(), book.periodStarts(), session.now());
   const Date from = periods.firstDateOfFiscalYear(2024);
@@ -78,9 +76,10 @@ void show(Session& session) {
   report.setEndDate(to);
   const auto months = done(report.reportByMonth());
   if (session.options().json) return session.printJson(jsonOf(session, months));
-  session.out() << fmt::format(
-      "Imported {} records of a household into a store that is thrown away at the end.\n\n", outcome.added());
-  printPeriods(session, months, book, "Month");
+  session.answer(session.text(
+      "Imported {} records of a household into a store that is thrown away at the end.", outcome.added()));
+  session.out() << '\n';
+  printPeriods(session, months, book, session.text("Month"));
   session.out() << '\n';
   listAccounts(session);
   session.out() << '\n';

@@ -14,23 +14,24 @@ void examine(Session& session) {
   const auto findings = examineStore(session.root());
   std::size_t ill = 0;
   boost::json::array list;
-  Table table({{.title = ""}, {.title = "Looked at"}, {.title = "Found"}});
+  Table table({{.title = ""}, {.title = session.text("Looked at")}, {.title = session.text("Found")}});
   for (const auto& finding : findings) {
     ill += finding.well ? 0 : 1;
-    list.push_back({{"check", finding.check}, {"well", finding.well}, {"found", finding.found}});
-    table.addRow({finding.well ? Cell("✓", ink::green) : Cell("✗", ink::red), finding.check,
-                  finding.well ? Cell("well", ink::dim) : Cell(finding.found)});
+    list.push_back(
+        {{"check", finding.check.english()}, {"well", finding.well}, {"found", finding.found.english()}});
+    table.addRow(
+        {finding.well ? Cell("✓", ink::green) : Cell("✗", ink::red), finding.check.in(session.translate()),
+         finding.well ? Cell(session.text("well"), ink::dim) : Cell(finding.found.in(session.translate()))});
   }
   const std::string file = session.root().db().databasePath().string();
   if (session.options().json) {
     session.printJson(boost::json::object{{"file", file}, {"findings", std::move(list)}});
   } else {
-    session.answer("The store " + file);
+    session.answer(session.text("The store {}", file));
     session.out() << '\n' << table.render(session.style(), session.width());
   }
   if (ill > 0) {
-    throw CommandError(CommandError::kRefused,
-                       fmt::format("{} of {} checks found something wrong", ill, findings.size()));
+    throw refused("{} of {} checks found something wrong", ill, findings.size());
   }
 }
 
@@ -41,21 +42,19 @@ void setAside(Session& session) {
   std::string why;
   std::error_code error;
   if (!std::filesystem::exists(path, error)) {
-    throw CommandError(CommandError::kRefused, fmt::format("there is no data file '{}'", path.string()));
+    throw refused("there is no data file '{}'", path.string());
   }
   switch (availabilityOf(path, why)) {
     case Availability::available:
-      throw CommandError(CommandError::kRefused,
-                         fmt::format("the data file '{}' can be read; it stays in its place", path.string()));
+      throw refused("the data file '{}' can be read; it stays in its place", path.string());
     case Availability::unknown:
-      throw CommandError(CommandError::kRefused,
-                         fmt::format("whether '{}' is damaged cannot be told now: {}", path.string(), why));
+      throw refused("whether '{}' is damaged cannot be told now: {}", path.string(), why);
     case Availability::damaged:
       break;
   }
   const auto aside = done(setDataFileAside(path, session.now()));
   session.answer(
-      fmt::format("The data file is kept as '{}'. The next command begins a new store.", aside.string()));
+      session.text("The data file is kept as '{}'. The next command begins a new store.", aside.string()));
 }
 
 }  // namespace

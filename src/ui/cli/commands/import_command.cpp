@@ -32,37 +32,39 @@ const std::map<std::string, DateOrder> kDateOrders = {{"auto", DateOrder::automa
 /// Bad rows shown before the rest is only counted.
 constexpr std::size_t kProblemsShown = 20;
 
-std::string counted(std::size_t number, std::string_view one, std::string_view many) {
-  return fmt::format("{} {}", number, number == 1 ? one : many);
-}
-
 /// "a, b, c and 4 more".
-std::string listed(const std::vector<std::string>& names) {
+std::string listed(const Session& session, const std::vector<std::string>& names) {
   constexpr std::size_t most = 8;
   std::string text;
   for (std::size_t i = 0; i < names.size() && i < most; ++i)
     text += (i == 0 ? "" : ", ") + printable(names[i]);
-  if (names.size() > most) text += fmt::format(" and {} more", names.size() - most);
-  return text;
+  return names.size() > most ? session.text("{} and {} more", text, names.size() - most) : text;
 }
 
-std::string problemLine(const std::string& file, const RowProblem& problem) {
+std::string problemLine(const Session& session, const std::string& file, const RowProblem& problem) {
   std::string where = fmt::format("{}:{}", file, problem.line);
   if (problem.column > 0) where += fmt::format(":{}", problem.column);
   if (!problem.heading.empty()) where += fmt::format(" ({})", problem.heading);
   if (!problem.value.empty()) where += fmt::format(" '{}'", problem.value);
-  return printable(where + ": " + problem.reason);
+  return printable(where + ": " + problem.reason.in(session.translate()));
 }
 
 /// Why bad rows kept the file out.
-std::string keptOutLine(const ImportOutcome& outcome, bool dryRun) {
-  const std::string_view written = dryRun ? "would be" : "was";
-  if (outcome.rows == 1) return fmt::format("the row cannot be taken, so nothing {} written", written);
-  if (outcome.badRows == outcome.rows) {
-    return fmt::format("none of {} rows can be taken, so nothing {} written", outcome.rows, written);
+CommandError keptOut(const ImportOutcome& outcome, bool dryRun) {
+  if (outcome.rows == 1) {
+    return dryRun ? refused("the row cannot be taken, so nothing would be written")
+                  : refused("the row cannot be taken, so nothing was written");
   }
-  return fmt::format("{} of {} rows cannot be taken, so nothing {} written (--skip-bad takes the others)",
-                     outcome.badRows, outcome.rows, written);
+  if (outcome.badRows == outcome.rows) {
+    return dryRun ? refused("none of {} rows can be taken, so nothing would be written", outcome.rows)
+                  : refused("none of {} rows can be taken, so nothing was written", outcome.rows);
+  }
+  return dryRun
+             ? refused(
+                   "{} of {} rows cannot be taken, so nothing would be written (--skip-bad takes the others)",
+                   outcome.badRows, outcome.rows)
+             : refused("{} of {} rows cannot be taken, so nothing was written (--skip-bad takes the others)",
+                       outcome.badRows, outcome.rows);
 }
 
 json::object jsonOf(Session& session, const ImportOutcome& outcome) {
@@ -72,7 +74,7 @@ json::object jsonOf(Session& session, const ImportOutcome& outcome) {
                         {"column", problem.column},
                         {"heading", problem.heading},
                         {"value", problem.value},
-                        {"reason", problem.reason}});
+                        {"reason", problem.reason.english()}});
   }
   return {{"written", outcome.written},
           {"rows", outcome.rows},
@@ -96,48 +98,58 @@ json::object jsonOf(Session& session, const ImportOutcome& outcome) {
 }
 
 void tell(Session& session, const ImportOutcome& outcome, bool dryRun) {
-  auto& out = session.out();
-  out << fmt::format(
-      "{} {}: {}, {}, {}.\n", dryRun ? "Would add" : "Added", counted(outcome.added(), "record", "records"),
-      counted(outcome.addedExpenses, "expense", "expenses"), fmt::format("{} income", outcome.addedIncome),
-      counted(outcome.addedTransfers, "transfer", "transfers"));
+  const auto number = [](std::size_t count) { return static_cast<std::int64_t>(count); };
+  const std::string records = session.count("{} record", "{} records", number(outcome.added()));
+  const std::string expenses = session.count("{} expense", "{} expenses", number(outcome.addedExpenses));
+  const std::string income = session.text("{} income", outcome.addedIncome);
+  const std::string transfers = session.count("{} transfer", "{} transfers", number(outcome.addedTransfers));
+  session.answer(dryRun ? session.text("Would add {}: {}, {}, {}.", records, expenses, income, transfers)
+                        : session.text("Added {}: {}, {}, {}.", records, expenses, income, transfers));
   if (outcome.alreadyThere > 0) {
-    out << fmt::format("{} there already.\n",
-                       outcome.alreadyThere == 1 ? "1 was" : fmt::format("{} were", outcome.alreadyThere));
+    session.answer(
+        session.count("{} was there already.", "{} were there already.", number(outcome.alreadyThere)));
   }
   if (outcome.pending > 0) {
-    out << fmt::format("{} pending until {} day comes.\n", counted(outcome.pending, "is", "are"),
-                       outcome.pending == 1 ? "its" : "their");
+    session.answer(session.count("{} is pending until its day comes.",
+                                 "{} are pending until their day comes.", number(outcome.pending)));
   }
   if (outcome.firstDate) {
-    out << fmt::format("From {} to {}.\n", stringOfDateMediumStyle(session.calendar(), *outcome.firstDate),
-                       stringOfDateMediumStyle(session.calendar(), *outcome.lastDate));
+    session.answer(session.text("From {} to {}.",
+                                stringOfDateMediumStyle(session.calendar(), *outcome.firstDate),
+                                stringOfDateMediumStyle(session.calendar(), *outcome.lastDate)));
   }
-  const auto made = [&](std::string_view what, const std::vector<std::string>& names) {
-    if (!names.empty()) out << fmt::format("New {}: {}.\n", what, listed(names));
-  };
-  made("books", outcome.newBooks);
-  made("accounts", outcome.newAccounts);
-  made("categories", outcome.newCategories);
-  made("vendors", outcome.newVendors);
+  const auto names = [&](const std::vector<std::string>& made) { return listed(session, made); };
+  if (!outcome.newBooks.empty()) session.answer(session.text("New books: {}.", names(outcome.newBooks)));
+  if (!outcome.newAccounts.empty()) {
+    session.answer(session.text("New accounts: {}.", names(outcome.newAccounts)));
+  }
+  if (!outcome.newCategories.empty()) {
+    session.answer(session.text("New categories: {}.", names(outcome.newCategories)));
+  }
+  if (!outcome.newVendors.empty()) {
+    session.answer(session.text("New vendors: {}.", names(outcome.newVendors)));
+  }
   for (const auto line : outcome.movedByClockChange) {
-    out << fmt::format("Line {}: the clock skips that time of day; it was moved past the gap.\n", line);
+    session.answer(
+        session.text("Line {}: the clock skips that time of day; it was moved past the gap.", line));
   }
   for (const auto line : outcome.shownTwice) {
-    out << fmt::format("Line {}: the clock shows that time twice on that day; the first was taken.\n", line);
+    session.answer(
+        session.text("Line {}: the clock shows that time twice on that day; the first was taken.", line));
   }
 }
 
 }  // namespace
 
-ImportOutcome runImport(Session& session, const std::filesystem::path& file, ImportRequest request) {
+ImportOutcome runImport(
+    Session& session,
+    const std::function<Result<ImportOutcome>(std::function<void(std::size_t, std::size_t)>)>& import) {
   std::optional<Progress> progress;
-  request.progress = [&](std::size_t rows, std::size_t total) {
-    if (!progress) progress.emplace(session.progressPlace(), &Session::watch, "Importing", total);
+  auto outcome = done(import([&](std::size_t rows, std::size_t total) {
+    if (!progress)
+      progress.emplace(session.progressPlace(), &Session::watch, session.text("Importing"), total);
     progress->moveTo(rows);
-  };
-  if (request.currency.empty()) request.currency = session.defaultCurrency();
-  auto outcome = done(importFile(session.root(), file, request));
+  }));
   if (progress) progress->finish();
   return outcome;
 }
@@ -164,35 +176,36 @@ void addImportCommand(CommandLine& line) {
       ->check(oneOf({"auto", "day-first", "month-first"}));
   line.onRun(command, [options](Session& session) {
     if (!options->currency.empty() && !isCurrencyCode(options->currency)) {
-      throw CommandError(CommandError::kUsage,
-                         fmt::format("'{}' is no currency; codes have three capital letters, such as EUR",
-                                     printable(options->currency)));
+      throw notUnderstood("'{}' is no currency; codes have three capital letters, such as EUR",
+                          printable(options->currency));
     }
-    const auto outcome = runImport(session, options->file,
-                                   {.reading = {.decimalMark = kDecimalMarks.at(options->decimalMark),
-                                                .dateOrder = kDateOrders.at(options->dateOrder)},
-                                    .skipBad = options->skipBad,
-                                    .dryRun = options->dryRun,
-                                    .currency = options->currency,
-                                    .progress = nullptr});
+    ImportRequest request{
+        .reading = {.decimalMark = kDecimalMarks.at(options->decimalMark),
+                    .dateOrder = kDateOrders.at(options->dateOrder)},
+        .skipBad = options->skipBad,
+        .dryRun = options->dryRun,
+        .currency = options->currency.empty() ? session.defaultCurrency() : options->currency,
+        .progress = nullptr};
+    const auto outcome = runImport(session, [&](auto progress) {
+      request.progress = std::move(progress);
+      return importFile(session.root(), options->file, request);
+    });
     if (!outcome.ignoredHeadings.empty()) {
-      session.say(fmt::format("Columns not used: {}.", listed(outcome.ignoredHeadings)));
+      session.say(session.text("Columns not used: {}.", listed(session, outcome.ignoredHeadings)));
     }
     for (std::size_t i = 0; i < outcome.problems.size() && i < kProblemsShown; ++i) {
-      session.complain(problemLine(options->file, outcome.problems[i]));
+      session.complain(problemLine(session, options->file, outcome.problems[i]));
     }
     if (outcome.problemCount > kProblemsShown) {
-      session.complain(fmt::format("... and {} more.", outcome.problemCount - kProblemsShown));
+      session.complain(session.text("... and {} more.", outcome.problemCount - kProblemsShown));
     }
-    const bool keptOut = outcome.badRows > 0 && !options->skipBad;
+    const bool isKeptOut = outcome.badRows > 0 && !options->skipBad;
     if (session.options().json) {
       session.printJson(jsonOf(session, outcome));
-    } else if (!keptOut) {
+    } else if (!isKeptOut) {
       tell(session, outcome, options->dryRun);
     }
-    if (keptOut) {
-      throw CommandError(CommandError::kRefused, keptOutLine(outcome, options->dryRun));
-    }
+    if (isKeptOut) throw keptOut(outcome, options->dryRun);
   });
 }
 

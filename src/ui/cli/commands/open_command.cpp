@@ -16,8 +16,7 @@ void open(Session& session, const std::string& url) {
   // A word without a scheme is a quick action.
   if (url.find(':') == std::string::npos) {
     if (!session.app().performActionForShortcutItem(url)) {
-      throw CommandError(CommandError::kRefused, "there is no quick action '" + url +
-                                                     "'; there are addexpense, addincome and quickadd");
+      throw refused("there is no quick action '{}'; there are addexpense, addincome and quickadd", url);
     }
     return;
   }

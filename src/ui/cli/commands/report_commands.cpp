@@ -52,8 +52,7 @@ std::optional<ParsedPeriod> labelTyped(const Session& session, const BookPeriods
         periods.getFiscalYear(period.first) == *year) {
       return period;
     }
-    throw CommandError(CommandError::kUsage,
-                       fmt::format("'{}' is no period: your calendar has no year {} now", text, *year));
+    throw notUnderstood("'{}' is no period: your calendar has no year {} now", text, *year);
   }
   const auto month = number(text.substr(dash + 1));
   if (!month || text.size() - dash > 3) return std::nullopt;
@@ -62,9 +61,7 @@ std::optional<ParsedPeriod> labelTyped(const Session& session, const BookPeriods
     return ParsedPeriod{first, periods.lastDateOfMonth(first)};
   }
   if (isGregorian) return std::nullopt;
-  throw CommandError(
-      CommandError::kUsage,
-      fmt::format("'{}' is no period: the year {} of your calendar has no month {}", text, *year, *month));
+  throw notUnderstood("'{}' is no period: the year {} of your calendar has no month {}", text, *year, *month);
 }
 
 /// A period as the book counts: a label of a year or month, or days as typed, or two of these joined by "..".
@@ -80,7 +77,7 @@ ParsedPeriod periodTyped(Session& session, const BookPeriods& periods, const std
   const ParsedPeriod from = one(text.substr(0, dots));
   const ParsedPeriod to = one(text.substr(dots + 2));
   if (to.last < from.first) {
-    throw CommandError(CommandError::kUsage, fmt::format("'{}' ends before it begins", text));
+    throw notUnderstood("'{}' ends before it begins", text);
   }
   return {from.first, to.last};
 }
@@ -103,7 +100,7 @@ ParsedPeriod usualPeriod(Session& session, const BookPeriods& periods, const Mon
 
 void report(Session& session, const ReportOptions& options, Unit unit) {
   if (!options.book.empty() && !options.account.empty()) {
-    throw CommandError(CommandError::kUsage, "a report is of a book or of an account, not of both");
+    throw notUnderstood("a report is of a book or of an account, not of both");
   }
   const MonivaAccount of = options.account.empty() ? bookNamed(session, options.book, Meant::groupsToo)
                                                    : accountNamed(session, options.account, Meant::groupsToo);
@@ -120,11 +117,13 @@ void report(Session& session, const ReportOptions& options, Unit unit) {
                          : unit == Unit::month ? made.reportByMonth()
                                                : made.reportByDay());
   if (session.options().json) return session.printJson(jsonOf(session, list));
-  const char* const unitTitle = unit == Unit::year ? "Year" : unit == Unit::month ? "Month" : "Day";
+  const std::string unitTitle = unit == Unit::year    ? session.text("Year")
+                                : unit == Unit::month ? session.text("Month")
+                                                      : session.text("Day");
   if (list.listArray.empty()) {
-    return session.say(fmt::format("'{}' has nothing from {} to {}.", of.title,
-                                   stringOfDateMediumStyle(session.calendar(), period.first),
-                                   stringOfDateMediumStyle(session.calendar(), period.last)));
+    return session.say(session.text("'{}' has nothing from {} to {}.", of.title,
+                                    stringOfDateMediumStyle(session.calendar(), period.first),
+                                    stringOfDateMediumStyle(session.calendar(), period.last)));
   }
   printPeriods(session, list, of, unitTitle);
 }
@@ -143,10 +142,11 @@ void printPeriods(Session& session, const TransReportSummary& list, const Moniva
   for (const auto& period : list.listArray) largest = std::max({largest, in(period), out(period)});
   const auto amount = [&](double value) { return session.amounts().formatPlain(value, of.currency); };
 
-  std::vector<Column> columns = {{.title = std::string(unit)},
-                                 {.title = withTransfers ? "In" : "Income", .align = Align::right},
-                                 {.title = withTransfers ? "Out" : "Expense", .align = Align::right},
-                                 {.title = "Left", .align = Align::right}};
+  std::vector<Column> columns = {
+      {.title = std::string(unit)},
+      {.title = withTransfers ? session.text("In") : session.text("Income"), .align = Align::right},
+      {.title = withTransfers ? session.text("Out") : session.text("Expense"), .align = Align::right},
+      {.title = session.text("Left"), .align = Align::right}};
   // Bars take what the figures leave of the terminal.
   std::size_t used = 6;
   for (const auto& period : list.listArray) {
@@ -155,9 +155,11 @@ void printPeriods(Session& session, const TransReportSummary& list, const Moniva
   const std::size_t cells =
       session.width() > used + 12 ? std::min<std::size_t>((session.width() - used) / 2 - 1, 14) : 0;
   if (cells > 0)
-    columns.push_back({.title = fmt::format(
-                           "{} │ {}", padLeft(withTransfers ? "out" : "expense", cells > 7 ? cells - 1 : 0),
-                           withTransfers ? "in" : "income")});
+    columns.push_back(
+        {.title = fmt::format("{} │ {}",
+                              padLeft(withTransfers ? session.text("out") : session.text("expense"),
+                                      cells > 7 ? cells - 1 : 0),
+                              withTransfers ? session.text("in") : session.text("income"))});
   Table table(columns);
   for (const auto& period : list.listArray) {
     const double left = in(period)-out(period);
@@ -167,14 +169,13 @@ void printPeriods(Session& session, const TransReportSummary& list, const Moniva
     if (cells > 0) row.emplace_back(pairedBars(out(period), in(period), largest, cells), ink::dim);
     table.addRow(std::move(row));
   }
-  table.addTotal(
-      {fmt::format("{} {}", list.listArray.size(), list.listArray.size() == 1 ? "period" : "periods"),
-       amount(in(list)), amount(out(list)), amount(in(list)-out(list))});
+  table.addTotal({session.count("{} period", "{} periods", static_cast<std::int64_t>(list.listArray.size())),
+                  amount(in(list)), amount(out(list)), amount(in(list)-out(list))});
   session.out() << session.style().bold(fmt::format("{} · {}", printable(of.title), list.title)) << "  "
                 << session.style().dim(
-                       fmt::format("{}, {} to {}", of.currency,
-                                   stringOfDateMediumStyle(session.calendar(), list.beginDate),
-                                   stringOfDateMediumStyle(session.calendar(), list.endDate)))
+                       session.text("{}, {} to {}", of.currency,
+                                    stringOfDateMediumStyle(session.calendar(), list.beginDate),
+                                    stringOfDateMediumStyle(session.calendar(), list.endDate)))
                 << "\n\n"
                 << table.render(session.style(), session.width());
 }

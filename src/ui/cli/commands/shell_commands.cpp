@@ -15,7 +15,8 @@ void addShellCommands(CommandLine& line) {
   line.onRun(
       completion,
       [shell, &line](Session& session) {
-        session.out() << completionScript(line.app(), *shellNamed(*shell), commandTexts());
+        session.out() << completionScript(line.app(), *shellNamed(*shell), commandTexts(),
+                                          *session.platform().localization);
       },
       false);
 
@@ -29,7 +30,8 @@ void addShellCommands(CommandLine& line) {
                                   .environment = environmentTexts(),
                                   .files = fileTexts()},
                                  kVersion,
-                                 fmt::format("{:04}-{:02}-{:02}", today.year, today.month, today.day));
+                                 fmt::format("{:04}-{:02}-{:02}", today.year, today.month, today.day),
+                                 *session.platform().localization);
       },
       false);
 }

@@ -31,6 +31,20 @@ struct SpendAddOptions {
   bool create = false;
 };
 
+Refusal noCategory(const std::string& title, const std::optional<std::string>& meant) {
+  return Refusal(meant ? phrase("there is no category '{}'; did you mean '{}'? (--create makes a new one)",
+                                printable(title), printable(*meant))
+                       : phrase("there is no category '{}'; --create makes it", printable(title)));
+}
+
+Refusal noSubcategory(const std::string& title, const std::string& above,
+                      const std::optional<std::string>& meant) {
+  return Refusal(
+      meant ? phrase("'{}' has no subcategory '{}'; did you mean '{}'? (--create makes a new one)",
+                     printable(above), printable(title), printable(*meant))
+            : phrase("'{}' has no subcategory '{}'; --create makes it", printable(above), printable(title)));
+}
+
 MVCategory categoryNamed(Session& session, const std::string& title, const MVCategory& above, bool create) {
   MVAppRoot& root = session.root();
   if (auto found = MVCategory::withTitle(root, title, above.type, above.pk)) return *found;
@@ -39,13 +53,8 @@ MVCategory categoryNamed(Session& session, const std::string& title, const MVCat
     const auto known = done(above.getAllSubcategoryList());
     for (const auto& category : known) titles.push_back(category.title);
     const auto meant = didYouMean(title, titles);
-    const std::string where =
-        above.isRoot() ? "category" : fmt::format("subcategory of '{}' named", printable(above.title));
     throw CommandError(CommandError::kRefused,
-                       meant
-                           ? fmt::format("there is no {} '{}'; did you mean '{}'? (--create makes a new one)",
-                                         where, printable(title), printable(*meant))
-                           : fmt::format("there is no {} '{}'; --create makes it", where, printable(title)));
+                       above.isRoot() ? noCategory(title, meant) : noSubcategory(title, above.title, meant));
   }
   MVCategory made(root);
   made.title = title;
@@ -55,29 +64,33 @@ MVCategory categoryNamed(Session& session, const std::string& title, const MVCat
   return made;
 }
 
+/// "Feb 29, 2024 14:30", with a mark where the record waits for its day.
+std::string dayOf(Session& session, Date date, bool paid) {
+  return paid ? dateText(session, date) : session.text("{} (pending)", dateText(session, date));
+}
+
 /// The moment a record is made for: typed with a time, or that day at the present time of day.
 Date momentTyped(Session& session, const std::string& text) {
   if (text.empty()) return session.now();
   const auto parsed = typed(parseDate(text, session.calendar(), session.now()));
   if (!parsed.hasTime && parsed.movedByClockChange) {
-    throw CommandError(CommandError::kRefused,
-                       fmt::format("there is no {} in {}: the calendar went past that day there",
-                                   printable(text), session.calendar().zone()));
+    throw refused("there is no {} in {}: the calendar went past that day there", printable(text),
+                  session.calendar().zone());
   }
   if (!parsed.hasTime) return session.calendar().dateWithTime(parsed.date, session.now());
   if (parsed.movedByClockChange) {
     session.say(
-        fmt::format("The clock skips that time of day; {} is taken.", dateText(session, parsed.date)));
+        session.text("The clock skips that time of day; {} is taken.", dateText(session, parsed.date)));
   }
-  if (parsed.ambiguous) session.say("The clock shows that time twice on that day; the first is taken.");
+  if (parsed.ambiguous) {
+    session.say(session.text("The clock shows that time twice on that day; the first is taken."));
+  }
   return parsed.date;
 }
 
 double amountTyped(const std::string& text) {
   const double amount = typed(parseAmount(text));
-  if (amount <= 0)
-    throw CommandError(CommandError::kUsage,
-                       fmt::format("an amount must be above zero; '{}' is not", printable(text)));
+  if (amount <= 0) throw notUnderstood("an amount must be above zero; '{}' is not", printable(text));
   return amount;
 }
 
@@ -91,13 +104,12 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     spend.foreignAmount = amountTyped(amount);
     spend.foreignCurrency = code;
     if (!isCurrencyCode(spend.foreignCurrency)) {
-      throw CommandError(CommandError::kUsage,
-                         fmt::format("'{}' is no currency; codes have three capital letters, such as USD",
-                                     printable(spend.foreignCurrency)));
+      throw notUnderstood("'{}' is no currency; codes have three capital letters, such as USD",
+                          printable(spend.foreignCurrency));
     }
   }
   if (!options.subcategory.empty() && options.category.empty()) {
-    throw CommandError(CommandError::kUsage, "a subcategory needs its --category");
+    throw notUnderstood("a subcategory needs its --category");
   }
   const MonivaAccount book = bookNamed(session, options.book, Meant::open);
   spend.book = book.pk;
@@ -111,7 +123,7 @@ void addSpend(Session& session, const SpendAddOptions& options) {
 
   Connection* db = root.db().getDatabase();
   Transaction transaction(*db);
-  if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal().why);
+  if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal());
   std::string categoryText;
   if (!options.category.empty()) {
     const auto above = categoryNamed(session, wellFormed(options.category, "the category"),
@@ -132,22 +144,29 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     spend.vendor = vendor.pk;
   }
   done(recordEntry(root, spend));
-  if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal().why);
+  if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal());
   entriesChanged(root);
 
   if (session.options().json) return session.printJson(jsonOf(session, spend));
   const std::string& currency = account ? account->currency : book.currency;
-  std::string line = fmt::format("Added {} {}", options.income ? "income" : "an expense",
-                                 session.amounts().format(spend.amount, currency));
+  std::string amount = session.amounts().format(spend.amount, currency);
   if (!spend.foreignCurrency.empty()) {
-    line +=
+    amount +=
         fmt::format(" ({})", session.amounts().formatWithCode(spend.foreignAmount, spend.foreignCurrency));
   }
+  std::string line =
+      options.income ? session.text("Added income {}", amount) : session.text("Added an expense {}", amount);
   if (!categoryText.empty()) line += ", " + printable(categoryText);
-  if (!options.vendor.empty()) line += (options.income ? ", from " : ", ") + printable(options.vendor);
-  if (account) line += (options.income ? ", to " : ", paid from ") + printable(account->title);
-  line += fmt::format(", on {}{}, in '{}'.", dateText(session, spend.datetime),
-                      spend.paid ? "" : " (pending)", printable(book.title));
+  if (!options.vendor.empty()) {
+    const std::string vendor = printable(options.vendor);
+    line += options.income ? session.text(", from {}", vendor) : ", " + vendor;
+  }
+  if (account) {
+    const std::string title = printable(account->title);
+    line += options.income ? session.text(", to {}", title) : session.text(", paid from {}", title);
+  }
+  line +=
+      session.text(", on {}, in '{}'.", dayOf(session, spend.datetime, spend.paid), printable(book.title));
   session.out() << line << '\n';
 }
 
@@ -170,15 +189,12 @@ void addTransfer(Session& session, const TransferAddOptions& options) {
   const auto to = accountNamed(session, options.to, Meant::open);
   transfer.acrossCurrencies = from.currency != to.currency;
   if (transfer.acrossCurrencies && options.toAmount.empty()) {
-    throw CommandError(CommandError::kRefused,
-                       fmt::format("'{}' is kept in {} and '{}' in {}; say with --to-amount what arrives",
-                                   printable(from.title), from.currency, printable(to.title), to.currency));
+    throw refused("'{}' is kept in {} and '{}' in {}; say with --to-amount what arrives",
+                  printable(from.title), from.currency, printable(to.title), to.currency);
   }
   if (!transfer.acrossCurrencies && transfer.amountA != transfer.amountB) {
-    throw CommandError(
-        CommandError::kRefused,
-        fmt::format("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other",
-                    printable(from.title), printable(to.title), from.currency));
+    throw refused("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other",
+                  printable(from.title), printable(to.title), from.currency);
   }
   transfer.accountA = from.pk;
   transfer.accountB = to.pk;
@@ -191,9 +207,8 @@ void addTransfer(Session& session, const TransferAddOptions& options) {
   if (session.options().json) return session.printJson(jsonOf(session, transfer));
   std::string amount = session.amounts().format(transfer.amountA, from.currency);
   if (transfer.acrossCurrencies) amount += " -> " + session.amounts().format(transfer.amountB, to.currency);
-  session.out() << fmt::format("Moved {} from {} to {}, on {}{}.\n", amount, printable(from.title),
-                               printable(to.title), dateText(session, transfer.datetime),
-                               transfer.paid ? "" : " (pending)");
+  session.answer(session.text("Moved {} from {} to {}, on {}.", amount, printable(from.title),
+                              printable(to.title), dayOf(session, transfer.datetime, transfer.paid)));
 }
 
 }  // namespace
