@@ -4,6 +4,7 @@
 
 #include "app/crash_record.h"
 #include "app/main_app_delegate.h"
+#include "model/default_categories.h"
 #include "model/moniva_account.h"
 #include "platform/files.h"
 #include "storage/store_files.h"
@@ -44,6 +45,14 @@ Result<> copyDatabase(MainAppDelegate& app) {
 
 Result<> openDatabase(MainAppDelegate& app) {
   return app.root().db().initDatabase();
+}
+
+/// A store that this device made begins with categories; one that came from elsewhere is as its person left
+/// it. Without them the program is of use all the same.
+Result<> insertCategories(MainAppDelegate& app) {
+  if (!app.platform().userDefaults->objectForKey("copyDataFile")) return {};
+  if (auto added = insertAllCategoryIfNeed(app.root()); !added) app.root().addNotice(added.error());
+  return {};
 }
 
 Result<> loadCurrentBook(MainAppDelegate& app) {
@@ -213,6 +222,7 @@ const std::vector<Step>& launchSteps(Edition edition) {
       {"createMainWindow", ask<&AppHost::createMainWindow>},
       {"copyDatabaseIfNeed", copyDatabase},
       {"initDatabase", openDatabase},
+      {"insertAllCategoryIfNeed", insertCategories},
       {"refreshUsingMonivaAccount", loadCurrentBook},
       {"createShortcutItems", offerShortcuts},
       {"startPurchaseManager",
@@ -263,6 +273,7 @@ const std::vector<Step>& foregroundSteps() {
   static const std::vector<Step> steps = {
       {"copyDatabaseIfNeed", copyDatabase},
       {"initDatabase", openDatabaseAgain},
+      {"insertAllCategoryIfNeed", insertCategories},
       {"databaseFileCheck", checkFileAfterCloudSwitch},
       {"initCloud", startPhotoSync},
       {"showTouchIDIfNeed", askWithPasscode<&AppHost::showTouchIDIfNeed>},

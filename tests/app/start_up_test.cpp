@@ -72,8 +72,9 @@ class Program : public Device {
 };
 
 constexpr const char* kLaunch =
-    "excludePhotoFolder createMainWindow copyDatabaseIfNeed initDatabase refreshUsingMonivaAccount "
-    "createShortcutItems startPurchaseManager installRootViewController showLockView showTouchIDIfNeed ";
+    "excludePhotoFolder createMainWindow copyDatabaseIfNeed initDatabase insertAllCategoryIfNeed "
+    "refreshUsingMonivaAccount createShortcutItems startPurchaseManager installRootViewController "
+    "showLockView showTouchIDIfNeed ";
 constexpr const char* kDaily =
     "createBillNotifaction updateDatabaseIfNeed sendCrashLogMailIfNeed closeProgressAlert reloadBlankBook "
     "updateRecurringTransactionsWithFuture makeMonivasPaid setRecentEditDate expenseChanged "
@@ -83,7 +84,8 @@ constexpr const char* kBackground =
     "storeLastOpenAppDate checkDataFile updateRecentEditDateIfNeed showLockView saveToGroupPath checkpoint "
     "beginBackgroundTask backupToLocalIfNeed backupToiCloudIfNeed endBackgroundTask ";
 constexpr const char* kForeground =
-    "copyDatabaseIfNeed initDatabase databaseFileCheck initCloud showTouchIDIfNeed appLaunched ";
+    "copyDatabaseIfNeed initDatabase insertAllCategoryIfNeed databaseFileCheck initCloud showTouchIDIfNeed "
+    "appLaunched ";
 
 TEST(StartUp, runsEverythingInItsOrder) {
   Program program;
@@ -134,6 +136,29 @@ TEST(StartUp, theFirstEditionHandsItsDataOver) {
       "installRootViewController showLockView showTouchIDIfNeed " +
           std::string(kDaily));
   EXPECT_NE(program.takeAsked().find("cloud "), std::string::npos);
+}
+
+TEST(StartUp, givesCategoriesToAStoreItMade) {
+  const char* const count = "select count(*) from category where type in (11, 12)";
+  Program made;
+  made.launch();
+  EXPECT_GT(made.number(count), 100);
+  EXPECT_TRUE(made.root.takeNotices().empty());
+
+  Program found;
+  fs::copy_file(MONIVA_TEMPLATE, found.dataFile());
+  found.launch();
+  EXPECT_EQ(found.number(count), 0) << "a store from elsewhere is as its person left it";
+
+  Program without;
+  const TemporaryFolder resources;
+  fs::copy_file(MONIVA_TEMPLATE, resources / "db.sqlite");
+  without.platform.directories.resources = resources.path();
+  without.launch();
+  EXPECT_EQ(without.number(count), 0);
+  const auto notices = without.root.takeNotices();
+  ASSERT_EQ(notices.size(), 1U) << "the launch went on";
+  EXPECT_NE(notices[0].find("categories/en.json"), std::string::npos) << notices[0];
 }
 
 TEST(StartUp, asksForWhatIsSet) {
