@@ -10,18 +10,17 @@ trap 'rm -rf "$work"' EXIT
 
 # The calls that take a text, with the place of the text among their arguments.
 keywords=(text count:1,2 localized:1 translate:1 refuse refused notUnderstood phrase toTranslate addNotice unknown
-  problem:2 checkTitle:2 wellFormed:2 add_option:3 add_flag:3 set_version_flag:3 set_help_flag:2)
+  problem:2 checkTitle:2 wellFormed:2 addSetting:4 add_option:3 add_flag:3 set_version_flag:3 set_help_flag:2)
 calls() {
   find src -name '*.cpp' -o -name '*.h' | sort |
     xargs xgettext --language=C++ --from-code=UTF-8 --no-location --omit-header -o - -k "${keywords[@]/#/--keyword=}"
 }
 
-# The table of help texts has no calls: all its texts but the paths and the example commands.
+# The tables of help texts have no calls: all its texts but the paths and the example commands.
 table() {
   perl -0pe 's/\{"(moniva|source) ([^"\\]|\\.)*",\s*/{/g; s/\{"[a-z -]*",\s*/{/g; s/\{"[^"]*",\s*(?="[^{}]*"\s*\})/{/g; s/""/0/g' \
-    src/ui/cli/command_texts.cpp >"$work/command_texts.cpp"
-  sed '/^#include/d' "$work/command_texts.cpp" |
-    xgettext --language=C++ --from-code=UTF-8 --no-location --omit-header --extract-all -o - -
+    src/ui/cli/command_texts*.cpp | sed '/^#include/d' >"$work/table.cpp"
+  xgettext --language=C++ --from-code=UTF-8 --no-location --omit-header --extract-all -o - "$work/table.cpp"
 }
 
 {
