@@ -58,7 +58,8 @@ Result<> addToGroup(MonivaAccount& group, const MonivaAccount& member) {
   if (!group.isGroup) return refuse("'{}' is no group", group.title);
   if (member.isGroup) return refuse("'{}' is a group itself; groups have no groups in them", member.title);
   if (member.aKind != group.aKind) {
-    return refuse("'{}' is a group of {}", group.title, group.isBook() ? "books" : "accounts");
+    return group.isBook() ? refuse("'{}' is a group of books", group.title)
+                          : refuse("'{}' is a group of accounts", group.title);
   }
   if (member.currency != group.currency) {
     return refuse("'{}' is kept in {} and the group '{}' in {}", member.title, member.currency, group.title,

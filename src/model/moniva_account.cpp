@@ -178,7 +178,7 @@ void MonivaAccount::setType(std::string_view type) {
 }
 
 Result<MonivaAccount::Added> MonivaAccount::add() {
-  if (auto usable = checkTitle(title, isBook() ? "a book" : "a payment account"); !usable)
+  if (auto usable = checkTitle(title, isBook() ? phrase("a book") : phrase("a payment account")); !usable)
     return tl::make_unexpected(usable.error());
   if (isAccount() && trimBlanks(aType).empty()) aType = "_SavingAccount";
   if (isBook() && trimBlanks(aType).empty()) aType = "_Book";

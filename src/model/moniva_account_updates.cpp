@@ -45,10 +45,12 @@ void MonivaAccount::tellCurrentBook() const {
 
 Result<> MonivaAccount::updateTitle(std::string_view newTitle) {
   if (newTitle == title) return refuse("'{}' is its title already", title);
-  if (auto usable = checkTitle(newTitle, isBook() ? "a book" : "a payment account"); !usable) return usable;
+  if (auto usable = checkTitle(newTitle, isBook() ? phrase("a book") : phrase("a payment account")); !usable)
+    return usable;
   const auto other = withTitle(*root_, aKind, newTitle);
   if (other && other->isDeleted == 0 && other->pk != pk)
-    return refuse("there is {} '{}' already", isBook() ? "a book" : "an account", newTitle);
+    return isBook() ? refuse("there is a book '{}' already", newTitle)
+                    : refuse("there is an account '{}' already", newTitle);
   auto written =
       update("update account set title = ?, editDate = ?, edit_ipid = ? where oldTitle = ?", newTitle);
   if (written) title = newTitle;
@@ -78,7 +80,7 @@ Result<> MonivaAccount::updateType(std::string_view type) {
   MonivaAccount changed = *this;
   changed.setType(type);
   if (isBook() != (type == "_Book") || (isAccount() && changed.isOtherAccount()))
-    return refuse("'{}' is no kind of {}", type, isBook() ? "book" : "payment account");
+    return isBook() ? refuse("'{}' is no kind of book", type) : refuse("'{}' is no kind of account", type);
   auto written =
       write(*root_,
             "update account set type = ?, expandOption = ?, editDate = ?, edit_ipid = ? where "
@@ -94,7 +96,9 @@ Result<> MonivaAccount::updateType(std::string_view type) {
 Result<> MonivaAccount::updateTrackingType(int code) {
   const bool fits =
       isBook() ? code == 1112 || code == 11 || code == 12 : code == 1050 || code == 2312 || code == 12;
-  if (!fits) return refuse("{} is no tracking type of {}", code, isBook() ? "a book" : "a payment account");
+  if (!fits)
+    return isBook() ? refuse("{} is no tracking type of a book", code)
+                    : refuse("{} is no tracking type of an account", code);
   return atomically(*root_, [&](Connection&) -> Result<> {
     auto written =
         write(*root_,

@@ -52,9 +52,9 @@ Vendor Vendor::noVendor(MVAppRoot& root, int transactionType) {
   vendor.type = typeFor(transactionType);
   vendor.pk = kNoVendorKey;
   const auto& platform = root.platform();
-  vendor.title = platform.localized(vendor.type == kPayer                    ? "NoPayer"
-                                    : platform.info.edition == Edition::plus ? "NoVendor"
-                                                                             : "NoPayee");
+  vendor.title = vendor.type == kPayer                    ? platform.localized("NoPayer")
+                 : platform.info.edition == Edition::plus ? platform.localized("NoVendor")
+                                                          : platform.localized("NoPayee");
   return vendor;
 }
 

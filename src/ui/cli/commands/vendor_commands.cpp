@@ -34,7 +34,8 @@ struct VendorOptions {
   bool custom = false;
 
   int type() const { return payer ? Vendor::kPayer : Vendor::kPayee; }
-  const char* kind() const { return payer ? "payer" : "payee"; }
+  /// Of two sentences the one for the kind that is meant.
+  CommandError either(CommandError ofPayee, CommandError ofPayer) const { return payer ? ofPayer : ofPayee; }
 };
 
 const std::map<std::string, std::string> kOrders = {{"custom", "0"}, {"use", "1"}, {"letter", "2"}};
@@ -53,24 +54,23 @@ Vendor vendorNamed(Session& session, const std::string& name, const VendorOption
   auto vendor = Vendor::withTitle(root, wellFormed(name, "the name"), options.type());
   if (vendor && (vendor->deleted == 0 || alsoDeleted)) return std::move(*vendor);
   if (Vendor::isNoVendorTitle(name)) {
-    throw CommandError(CommandError::kRefused,
-                       fmt::format("'{}' stands for no vendor; it is the same for everyone", name));
+    throw refused("'{}' stands for no vendor; it is the same for everyone", name);
   }
   std::vector<std::string> titles;
   for (auto& each : liveVendors(session, options.type())) titles.push_back(std::move(each.title));
   const auto other = Vendor::withTitle(root, name, options.payer ? Vendor::kPayee : Vendor::kPayer);
   const auto meant = didYouMean(name, titles);
-  std::string hint = fmt::format("see: moniva vendor list{}", options.payer ? " --payers" : "");
+  Phrase hint = phrase("see: moniva vendor list{}", options.payer ? " --payers" : "");
   if (other && other->deleted == 0) {
-    hint = options.payer ? "there is a payee of that name; leave out --payer"
-                         : "there is a payer of that name; choose it with --payer";
+    hint = options.payer ? phrase("there is a payee of that name; leave out --payer")
+                         : phrase("there is a payer of that name; choose it with --payer");
   } else if (meant) {
-    hint = fmt::format("did you mean '{}'?", printable(*meant));
+    hint = phrase("did you mean '{}'?", printable(*meant));
   } else if (titles.empty()) {
-    hint = fmt::format("add one with: moniva vendor add NAME{}", options.payer ? " --payer" : "");
+    hint = phrase("add one with: moniva vendor add NAME{}", options.payer ? " --payer" : "");
   }
-  throw CommandError(CommandError::kRefused,
-                     fmt::format("there is no {} '{}'; {}", options.kind(), printable(name), hint));
+  throw options.either(refused("there is no payee '{}'; {}", printable(name), hint),
+                       refused("there is no payer '{}'; {}", printable(name), hint));
 }
 
 /// The end of an answer: how many records went along.
@@ -162,8 +162,8 @@ void addVendor(Session& session, const VendorOptions& options) {
   vendor.type = options.type();
   const auto known = Vendor::withTitle(session.root(), vendor.title, vendor.type);
   if (known && known->deleted == 0) {
-    throw CommandError(CommandError::kRefused,
-                       fmt::format("there is a {} '{}' already", options.kind(), vendor.title));
+    throw options.either(refused("there is a payee '{}' already", vendor.title),
+                         refused("there is a payer '{}' already", vendor.title));
   }
   done(vendor.add());
   if (known) {
@@ -192,14 +192,18 @@ void renameVendor(Session& session, const VendorOptions& options) {
   const auto other = Vendor::withTitle(session.root(), title, options.type());
   const bool merges = other && other->pk != vendor.pk;
   if (merges && !options.merge) {
-    throw CommandError(
-        CommandError::kRefused,
-        other->deleted == 0
-            ? fmt::format("there is a {} '{}' already; --merge makes one of the two, which cannot be undone",
-                          options.kind(), title)
-            : fmt::format(
-                  "there was a {} '{}'; --merge brings it back for these records, which cannot be undone",
-                  options.kind(), title));
+    if (other->deleted == 0) {
+      throw options.either(
+          refused("there is a payee '{}' already; --merge makes one of the two, which cannot be undone",
+                  title),
+          refused("there is a payer '{}' already; --merge makes one of the two, which cannot be undone",
+                  title));
+    }
+    throw options.either(
+        refused("there was a payee '{}'; --merge brings it back for these records, which cannot be undone",
+                title),
+        refused("there was a payer '{}'; --merge brings it back for these records, which cannot be undone",
+                title));
   }
   const auto records = vendor.recordCount();
   done(vendor.rename(title));
