@@ -34,16 +34,16 @@ msguniq --no-wrap -o "$work/moniva.pot" "$work/all.pot"
 # Prints what is wrong with a catalogue: texts without a translation, slots that are not those of the English text.
 faults() {
   msgattrib --no-obsolete --no-wrap "$1" | awk -v file="$2" '
-    function slots(text,    list, number, slot, spec, n, i, all) {
+    function slots(text,    list, number, slot, form, n, i, all) {
       gsub(/\{\{|\}\}/, "", text)
       n = 0
       while (match(text, /\{[^{}]*\}/)) {
         slot = substr(text, RSTART + 1, RLENGTH - 2)
         text = substr(text, RSTART + RLENGTH)
-        spec = ""
-        if (i = index(slot, ":")) { spec = substr(slot, i); slot = substr(slot, 1, i - 1) }
+        form = ""
+        if (i = index(slot, ":")) { form = substr(slot, i); slot = substr(slot, 1, i - 1) }
         if (slot == "") slot = n
-        list[n++] = slot spec
+        list[n++] = slot form
       }
       if (text ~ /[{}]/) return "unsound"
       # Each slot once, in order: a translation may fill them in another order, or one of them twice.
