@@ -63,16 +63,17 @@ int signOf(int code, int type) {
   return type > 31 && type < 39 ? -1 : 0;
 }
 
-double openingBalance(const MonivaAccount& account) {
+Result<double> openingBalance(const MonivaAccount& account) {
   if (!account.isGroup) return account.beginBalance;
   Connection* db = account.root().db().getDatabase();
-  if (db == nullptr) return 0;
+  if (db == nullptr) return refuse("the store is not open");
   Run run = db->query(
       "select sum(beginBalance) as beginBalance from account where oldTitle in (select title from category "
       "where"
-      " parent=? and type=7 and deleted = 0) and deleted = 0",
-      {account.pk});
-  return run.next() ? run.real(0) : 0;
+      " parent=? and type=? and deleted = 0) and deleted = 0",
+      {account.pk, account.isBook() ? 8 : 7});
+  if (!run.next()) return tl::make_unexpected(db->refusal());
+  return run.real(0);
 }
 
 /// Applies `change` to the row and to every group that contains it, each once.
@@ -148,25 +149,26 @@ double getTheTotalTransferOut(const MonivaAccount& account) {
 }
 
 double getTheTotalBalance(const MonivaAccount& account) {
-  return openingBalance(account) + totalsOf(account).value_or(AccountTotals()).balance();
+  return openingBalance(account).value_or(0) + totalsOf(account).value_or(AccountTotals()).balance();
 }
 
 Result<> getAllStatistics(MonivaAccount& account) {
   const auto totals = totalsOf(account);
   if (!totals) return tl::make_unexpected(totals.error());
+  const auto opening = openingBalance(account);
+  if (!opening) return tl::make_unexpected(opening.error());
   account.totalIncome = totals->income;
   account.totalExpense = totals->expense;
   account.totalTransferIn = totals->transferIn;
   account.totalTransferOut = totals->transferOut;
   account.adjustBalance = totals->adjusted;
-  account.totalBalance = openingBalance(account) + totals->balance();
+  account.totalBalance = *opening + totals->balance();
   return {};
 }
 
 bool countTheTotalBalance(MonivaAccount& account) {
   return forRowAndItsGroups(account, [](MonivaAccount& row) {
-    const auto totals = totalsOf(row);
-    return totals && row.updateTotalBalance(openingBalance(row) + totals->balance());
+    return getAllStatistics(row) && row.updateTotalBalance(row.totalBalance);
   });
 }
 
@@ -182,10 +184,9 @@ Result<double> correctBalanceTo(MonivaAccount& account, double balance) {
   if (account.isGroup) return refuse("'{}' is a group; correct its members one by one", account.title);
   MVAppRoot& root = account.root();
   return atomically(root, [&](Connection&) -> Result<double> {
-    const auto totals = totalsOf(account);
-    if (!totals) return tl::make_unexpected(totals.error());
+    if (auto counted = getAllStatistics(account); !counted) return tl::make_unexpected(counted.error());
     // No amount has more than six decimals: what lies behind them is noise of the sum.
-    const double missing = std::round((balance - openingBalance(account) - totals->balance()) * 1e6) / 1e6;
+    const double missing = std::round((balance - account.totalBalance) * 1e6) / 1e6;
     if (missing != 0) {
       const Date now = root.now();
       const auto written = write(

@@ -22,16 +22,15 @@ bool isCurrent(const MonivaAccount& account) {
   return current && !current->pk.empty() && current->pk == account.pk;
 }
 
-/// The title of the account that a first currency is given: one that no live account has.
+/// The title of the account that a first currency is given: one that no account has or had, since adding it
+/// under the title of a deleted one would bring that back.
 std::string titleOfDefaultAccount(MVAppRoot& root, std::string_view code) {
   const std::string wanted = fmt::format("{} {}", root.platform().localized("Default Payment Account"),
                                          currencyDisplayName(code, root.calendar().locale()));
   std::string title = wanted;
-  for (int n = 2;; ++n) {
-    const auto taken = MonivaAccount::getAccountWithTitle(root, title);
-    if (!taken || taken->isDeleted != 0) return title;
+  for (int n = 2; MonivaAccount::getAccountWithTitle(root, title); ++n)
     title = fmt::format("{} {}", wanted, n);
-  }
+  return title;
 }
 
 }  // namespace
@@ -81,10 +80,6 @@ Result<std::optional<MonivaAccount>> MonivaAccount::updateCurrency(std::string_v
       made->title = titleOfDefaultAccount(*root_, code);
       made->currency = code;
       if (auto added = made->add(); !added) return tl::make_unexpected(added.error());
-      // One that came back has the currency it had.
-      if (made->currency != code) {
-        if (auto set = made->updateCurrency(code); !set) return tl::make_unexpected(set.error());
-      }
     }
     if (!isGroup) {
       if (auto left = removeFromAllGroup(*this); !left) return tl::make_unexpected(left.error());
@@ -129,15 +124,16 @@ Result<> MonivaAccount::delete_() {
 Result<> MonivaAccount::recoverForTitle() {
   return atomically(*root_, [&](Connection& db) -> Result<> {
     {
-      Run run = db.query(
-          "select kind, isGroup, sum(deleted != 0), count(*) from account where title = ? group by kind, "
-          "isGroup",
-          {title});
+      Run run =
+          db.query("select sum(deleted != 0), count(*) from account where title = ? group by kind", {title});
       bool any = false;
       while (run.next()) {
-        any = any || run.integer(2) > 0;
-        if (run.integer(2) > 0 && run.integer(3) > 1) {
-          return refuse("'{}' cannot be recovered: there would be two of that title then", title);
+        any = any || run.integer(0) > 0;
+        if (run.integer(0) > 0 && run.integer(1) > 1) {
+          return refuse(
+              "'{}' cannot be recovered: there would be two of that title; adding one anew brings back the "
+              "newest",
+              title);
         }
       }
       if (!run.ok()) return tl::make_unexpected(db.refusal());

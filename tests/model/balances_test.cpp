@@ -69,6 +69,7 @@ RC_GTEST_PROP(Balances, areWhatTheRowsAddUpTo, ()) {
     cents[row.pk] = *rc::gen::inRange<std::int64_t>(-100000, 100000);
     RC_ASSERT(row.updateBeginBalance(static_cast<double>(cents[row.pk]) / 100).has_value());
   }
+  auto books = home.group("Both", {rows[0], rows[5]});
   auto group = home.group("All", {rows[1], rows[2], rows[3], rows[4]});
   const int count = *rc::gen::inRange(0, 60);
   for (int i = 0; i < count; ++i) {
@@ -95,8 +96,11 @@ RC_GTEST_PROP(Balances, areWhatTheRowsAddUpTo, ()) {
     RC_ASSERT(countTheTotalBalance(row));
     RC_ASSERT(isNear(MonivaAccount::getAccountWithPK(home.root, row.pk)->totalBalance, cents[row.pk]));
   }
+  books.getInfo();
+  RC_ASSERT(isNear(books.totalBalance, cents[rows[0].pk] + cents[rows[5].pk]));
   group.getInfo();
-  RC_ASSERT(isNear(group.totalBalance, cents[rows[1].pk] + cents[rows[2].pk] + cents[rows[3].pk] + cents[rows[4].pk]));
+  RC_ASSERT(isNear(group.totalBalance,
+                   cents[rows[1].pk] + cents[rows[2].pk] + cents[rows[3].pk] + cents[rows[4].pk]));
 }
 
 TEST(Balances, areCorrectedByARowOfTheirOwn) {
