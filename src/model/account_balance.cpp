@@ -77,27 +77,27 @@ Result<double> openingBalance(const MonivaAccount& account) {
 }
 
 /// Applies `change` to the row and to every group that contains it, each once.
-bool applyUpwards(MonivaAccount& account, const std::function<bool(MonivaAccount&)>& change,
-                  std::set<std::string>& changed) {
+Result<> applyUpwards(MonivaAccount& account, const std::function<Result<>(MonivaAccount&)>& change,
+                      std::set<std::string>& changed) {
   changed.insert(account.pk);
   MVAppRoot& root = account.root();
-  if (!change(account)) return false;
+  if (auto done = change(account); !done) return done;
   if (root.monivaAccount && root.monivaAccount->pk == account.pk) {
     root.monivaAccount->totalBalance = account.totalBalance;
   }
   for (auto& group : getFatherGroup(account)) {
     // A group that came to contain itself by a merge must not go round for ever.
-    if (!changed.contains(group.pk) && !applyUpwards(group, change, changed)) return false;
+    if (changed.contains(group.pk)) continue;
+    if (auto done = applyUpwards(group, change, changed); !done) return done;
   }
-  return true;
+  return {};
 }
 
-bool forRowAndItsGroups(MonivaAccount& account, const std::function<bool(MonivaAccount&)>& change) {
-  Connection* db = account.root().db().getDatabase();
-  if (db == nullptr) return false;
-  Transaction transaction(*db);
-  std::set<std::string> changed;
-  return transaction.began() && applyUpwards(account, change, changed) && transaction.commit();
+Result<> forRowAndItsGroups(MonivaAccount& account, const std::function<Result<>(MonivaAccount&)>& change) {
+  return atomically(account.root(), [&](Connection&) {
+    std::set<std::string> changed;
+    return applyUpwards(account, change, changed);
+  });
 }
 
 }  // namespace
@@ -166,17 +166,32 @@ Result<> getAllStatistics(MonivaAccount& account) {
   return {};
 }
 
-bool countTheTotalBalance(MonivaAccount& account) {
-  return forRowAndItsGroups(account, [](MonivaAccount& row) {
-    return getAllStatistics(row) && row.updateTotalBalance(row.totalBalance);
+Result<> countTheTotalBalance(MonivaAccount& account) {
+  return forRowAndItsGroups(account, [](MonivaAccount& row) -> Result<> {
+    if (auto counted = getAllStatistics(row); !counted) return counted;
+    if (!row.updateTotalBalance(row.totalBalance)) return refusalOfStore(row.root());
+    return {};
   });
 }
 
-bool addToTotalBalance(MonivaAccount& account, int transactionType, double amount) {
+Result<> countTheTotalBalances(MVAppRoot& root, const std::set<std::string>& keys) {
+  return atomically(root, [&](Connection&) -> Result<> {
+    for (const auto& key : keys) {
+      auto account = MonivaAccount::getAccountWithPK(root, key);
+      if (!account) continue;
+      if (auto counted = countTheTotalBalance(*account); !counted) return counted;
+    }
+    return {};
+  });
+}
+
+Result<> addToTotalBalance(MonivaAccount& account, int transactionType, double amount) {
   const int sign = signOf(codeOf(account.aKind, account.trackingType), transactionType);
-  if (sign == 0) return true;
-  return forRowAndItsGroups(account,
-                            [&](MonivaAccount& row) { return row.addToTotalBalance(sign * amount); });
+  if (sign == 0) return {};
+  return forRowAndItsGroups(account, [&](MonivaAccount& row) -> Result<> {
+    if (!row.addToTotalBalance(sign * amount)) return refusalOfStore(row.root());
+    return {};
+  });
 }
 
 Result<double> correctBalanceTo(MonivaAccount& account, double balance) {
@@ -200,7 +215,7 @@ Result<double> correctBalanceTo(MonivaAccount& account, double balance) {
           root.itsUDID());
       if (!written) return tl::make_unexpected(written.error());
     }
-    if (!countTheTotalBalance(account)) return refusalOfStore(root);
+    if (auto counted = countTheTotalBalance(account); !counted) return tl::make_unexpected(counted.error());
     return missing;
   });
 }

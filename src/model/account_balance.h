@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 
 #include "model/moniva_account.h"
@@ -43,10 +44,12 @@ double getTheTotalBalance(const MonivaAccount& account);
 Result<> getAllStatistics(MonivaAccount& account);
 
 /// Computes the balance, caches it in the row and in the current book if it is this one, and does the same
-/// for every group that contains the row. False, with nothing kept, when it could not be read or written.
-bool countTheTotalBalance(MonivaAccount& account);
+/// for every group that contains the row. Refused, with nothing kept, when it cannot be read or written.
+Result<> countTheTotalBalance(MonivaAccount& account);
+/// The same for the books and accounts of the keys; keys that name nothing are passed over.
+Result<> countTheTotalBalances(MVAppRoot& root, const std::set<std::string>& keys);
 /// The same for one more settled transaction of that type, without counting everything again.
-bool addToTotalBalance(MonivaAccount& account, int transactionType, double amount);
+Result<> addToTotalBalance(MonivaAccount& account, int transactionType, double amount);
 
 /// Makes the balance what it is found to be, by a correction dated now: a row of type 50 that is no income
 /// and no expense. Answers what was added (below zero when it was too much); 0 writes nothing. A group is

@@ -25,13 +25,6 @@ std::vector<MonivaAccount> rowsOfKeys(MVAppRoot& root, std::string_view sql,
   return rows;
 }
 
-Result<> recounted(std::vector<MonivaAccount> groups) {
-  for (auto& group : groups) {
-    if (!countTheTotalBalance(group)) return refusalOfStore(group.root());
-  }
-  return {};
-}
-
 }  // namespace
 
 std::string_view groupType(int aKind) {
@@ -91,8 +84,8 @@ Result<> addToGroup(MonivaAccount& group, const MonivaAccount& member) {
                   "insert into category (title, parent, type, deleted, editDate, edit_ipid, oldTitle) values"
                   " (?,?,?,0,?,?,?)",
                   member.pk, group.pk, type, root.editStamp(), root.itsUDID(), root.newIdentifier());
-    if (written && !countTheTotalBalance(group)) return refusalOfStore(root);
-    return written;
+    if (!written) return written;
+    return countTheTotalBalance(group);
   });
 }
 
@@ -105,8 +98,8 @@ Result<> removeFromGroup(MonivaAccount& group, const MonivaAccount& member) {
                          root.editStamp(), root.itsUDID(), group.pk, member.pk, membershipType(group.aKind));
     if (written && db.changes() == 0)
       return refuse("'{}' is not in the group '{}'", member.title, group.title);
-    if (written && !countTheTotalBalance(group)) return refusalOfStore(root);
-    return written;
+    if (!written) return written;
+    return countTheTotalBalance(group);
   });
 }
 
@@ -121,7 +114,9 @@ Result<> removeFromAllGroup(const MonivaAccount& account) {
               " and deleted = 0",
               root.editStamp(), root.itsUDID(), account.pk, membershipType(account.aKind));
     if (!written) return written;
-    return recounted(groups);
+    std::set<std::string> keys;
+    for (const auto& group : groups) keys.insert(group.pk);
+    return countTheTotalBalances(root, keys);
   });
 }
 

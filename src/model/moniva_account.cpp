@@ -209,7 +209,8 @@ Result<MonivaAccount::Added> MonivaAccount::add() {
     pk = root_->newIdentifier();
     if (orderID == 0) {
       Run run = db.query("select max(orderID) from account where kind = ?", {aKind});
-      if (run.next()) orderID = static_cast<int>(run.integer(0)) + 1;
+      if (!run.next()) return tl::make_unexpected(db.refusal());
+      orderID = static_cast<int>(run.integer(0)) + 1;
     }
     if (isBook()) expandOptionDict["overviewUI"] = std::string(overviewUI(root_->platform().info.edition));
     expandOptionDict["expenseCategoryOrderType"] = "0";
@@ -224,19 +225,6 @@ Result<MonivaAccount::Added> MonivaAccount::add() {
         note, pk, isGroup, root_->itsUDID(), boost::json::serialize(expandOptionDict));
     if (!written) return tl::make_unexpected(written.error());
     return Added::anew;
-  });
-}
-
-Result<MonivaAccount::Added> MonivaAccount::addWithPeriods(PeriodStarts starts) {
-  return atomically(*root_, [&](Connection&) -> Result<Added> {
-    auto added = add();
-    if (!added) return added;
-    Result<> set;
-    if (starts.weekStartsOn != 0) set = updateWeekStartsOn(starts.weekStartsOn);
-    if (set && starts.monthStartsOn != 0) set = updateMonthStartsOn(starts.monthStartsOn);
-    if (set && starts.yearStartsOn != 0) set = updateYearStartsOn(starts.yearStartsOn);
-    if (!set) return tl::make_unexpected(set.error());
-    return added;
   });
 }
 

@@ -97,9 +97,6 @@ class MonivaAccount {
   /// settings. A title that will not do is refused; so is what the store refuses, and then nothing is
   /// written.
   Result<Added> add();
-  /// The same, setting also when its periods begin; 0 leaves a setting as it is. One transaction with the
-  /// adding.
-  Result<Added> addWithPeriods(PeriodStarts starts);
 
   // Each writes its column with the edit stamp. Refused in words, with nothing changed: what is out of range,
   // what the store refuses, and a title that is the row's own already or another live row's.

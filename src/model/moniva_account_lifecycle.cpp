@@ -9,14 +9,6 @@
 namespace moniva {
 namespace {
 
-Result<> recounted(MVAppRoot& root, const std::set<std::string>& keys) {
-  for (const auto& key : keys) {
-    auto account = MonivaAccount::getAccountWithPK(root, key);
-    if (account && !countTheTotalBalance(*account)) return refusalOfStore(root);
-  }
-  return {};
-}
-
 bool isCurrent(const MonivaAccount& account) {
   const auto& current = account.root().monivaAccount;
   return current && !current->pk.empty() && current->pk == account.pk;
@@ -112,7 +104,7 @@ Result<> MonivaAccount::delete_() {
     if (!written) return written;
     std::set<std::string> keys;
     for (const auto& group : groups) keys.insert(group.pk);
-    return recounted(*root_, keys);
+    return countTheTotalBalances(*root_, keys);
   });
   if (deletedNow) {
     isDeleted = 1;
@@ -171,7 +163,8 @@ Result<std::int64_t> MonivaAccount::clear() {
               mark, root_->editStamp(), root_->itsUDID(), pk);
     if (!written) return tl::make_unexpected(written.error());
     const auto cleared = db.changes();
-    if (auto counted = recounted(*root_, touched); !counted) return tl::make_unexpected(counted.error());
+    if (auto counted = countTheTotalBalances(*root_, touched); !counted)
+      return tl::make_unexpected(counted.error());
     getInfo();
     return cleared;
   });

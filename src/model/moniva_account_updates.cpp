@@ -66,14 +66,16 @@ Result<> MonivaAccount::updateNote(std::string_view newNote) {
 
 Result<> MonivaAccount::updateBeginBalance(double balance) {
   if (!std::isfinite(balance)) return refuse("an opening balance is a number");
-  return atomically(*root_, [&](Connection&) -> Result<> {
-    auto written = update(
+  MonivaAccount changed = *this;
+  auto written = atomically(*root_, [&](Connection&) -> Result<> {
+    changed.beginBalance = balance;
+    auto kept = changed.update(
         "update account set beginBalance = ?, editDate = ?, edit_ipid = ? where oldTitle = ?", balance);
-    if (!written) return written;
-    beginBalance = balance;
-    if (!countTheTotalBalance(*this)) return refusalOfStore(*root_);
-    return {};
+    if (!kept) return kept;
+    return countTheTotalBalance(changed);
   });
+  if (written) *this = std::move(changed);
+  return written;
 }
 
 Result<> MonivaAccount::updateType(std::string_view type) {
@@ -99,19 +101,22 @@ Result<> MonivaAccount::updateTrackingType(int code) {
   if (!fits)
     return isBook() ? refuse("{} is no tracking type of a book", code)
                     : refuse("{} is no tracking type of an account", code);
-  return atomically(*root_, [&](Connection&) -> Result<> {
-    auto written =
+  MonivaAccount changed = *this;
+  auto written = atomically(*root_, [&](Connection&) -> Result<> {
+    changed.trackingType = code;
+    auto kept =
         write(*root_,
               "update account set expandOption = ?, incomeEnabled = ?, editDate = ?, edit_ipid = ? "
               "where oldTitle = ?",
               boost::json::serialize(expandOptionDict), code, root_->editStamp(), root_->itsUDID(), pk);
-    if (!written) return written;
-    trackingType = code;
-    edited = true;
-    if (!countTheTotalBalance(*this)) return refusalOfStore(*root_);
-    tellCurrentBook();
-    return {};
+    if (!kept) return kept;
+    return countTheTotalBalance(changed);
   });
+  if (!written) return written;
+  *this = std::move(changed);
+  edited = true;
+  tellCurrentBook();
+  return {};
 }
 
 Result<> MonivaAccount::updateWeekStartsOn(int day) {

@@ -5,7 +5,7 @@
 #include "model/account_balance.h"
 #include "model/mv_category.h"
 #include "model/vendor.h"
-#include "storage/transaction.h"
+#include "storage/writes.h"
 
 namespace moniva {
 namespace {
@@ -46,40 +46,34 @@ void EntryUpkeep::noteChange(const std::string& account, int transactionType, do
 }
 
 Result<> EntryUpkeep::write(Balances balances) {
-  Connection* db = root_->db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
   // The current book keeps its balance in memory too, where no transaction takes it back.
   const auto& current = root_->monivaAccount;
   const double before = current ? current->totalBalance : 0;
-  if (writeAll(balances)) return {};
-  if (current) current->totalBalance = before;
-  return tl::make_unexpected(db->refusal());
+  auto written = writeAll(balances);
+  if (!written && current) current->totalBalance = before;
+  return written;
 }
 
-bool EntryUpkeep::writeAll(Balances balances) {
+Result<> EntryUpkeep::writeAll(Balances balances) {
   for (const auto& [keys, uses] : categoryUses_) {
     auto category = MVCategory::getCategory(*root_, keys.first);
     const auto book = MonivaAccount::getAccountWithPK(*root_, keys.second);
-    if (category && !category->updateUsingCount(book.value_or(MonivaAccount(*root_)), uses)) return false;
+    if (category && !category->updateUsingCount(book.value_or(MonivaAccount(*root_)), uses))
+      return refusalOfStore(*root_);
   }
   for (const auto& [key, type] : vendors_) {
     auto vendor = Vendor::getVendor(*root_, key);
-    if (vendor && !vendor->updateUsingCount(type)) return false;
+    if (vendor && !vendor->updateUsingCount(type)) return refusalOfStore(*root_);
   }
-  std::set<std::string> counted;
+  std::set<std::string> keys;
+  for (const auto& [key, change] : changes_) keys.insert(key.first);
+  if (balances == Balances::afresh) return countTheTotalBalances(*root_, keys);
   for (const auto& [key, change] : changes_) {
-    const auto& [accountKey, type] = key;
-    if (counted.contains(accountKey)) continue;
-    auto account = MonivaAccount::getAccountWithPK(*root_, accountKey);
+    auto account = MonivaAccount::getAccountWithPK(*root_, key.first);
     if (!account) continue;
-    if (balances == Balances::afresh) {
-      if (!countTheTotalBalance(*account)) return false;
-      counted.insert(accountKey);
-    } else if (!addToTotalBalance(*account, type, change)) {
-      return false;
-    }
+    if (auto added = addToTotalBalance(*account, key.second, change); !added) return added;
   }
-  return true;
+  return {};
 }
 
 Result<> recordEntry(MVAppRoot& root, Spend& spend) {

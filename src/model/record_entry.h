@@ -29,7 +29,7 @@ class EntryUpkeep {
 
  private:
   void noteChange(const std::string& account, int transactionType, double amount, bool paid);
-  bool writeAll(Balances balances);
+  Result<> writeAll(Balances balances);
 
   MVAppRoot* root_;
   std::map<std::pair<std::string, std::string>, int> categoryUses_;  ///< by category and book
