@@ -41,8 +41,8 @@ class Phrase {
   std::vector<Part> parts_;
 };
 
-/// Marks a text in a table that is translated where it is used.
-consteval std::string_view toTranslate(std::string_view english) {
+/// Marks a text that is translated where it is used, not where it stands.
+consteval const char* toTranslate(const char* english) {
   return english;
 }
 

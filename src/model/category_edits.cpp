@@ -90,8 +90,10 @@ Result<> MVCategory::addCate() {
     const auto above = liveCategory(*root_, parent);
     if (!above) return tl::make_unexpected(above.error());
     if (above->isSubCate() || above->type != type) {
-      return refuse("'{}' cannot be a subcategory of '{}', which is {}", title, above->title,
-                    above->isSubCate() ? "one itself" : "of the other kind");
+      return above->isSubCate()
+                 ? refuse("'{}' cannot be a subcategory of '{}', which is one itself", title, above->title)
+                 : refuse("'{}' cannot be a subcategory of '{}', which is of the other kind", title,
+                          above->title);
     }
   }
   std::string found;

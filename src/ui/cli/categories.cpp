@@ -89,10 +89,8 @@ MVCategory categoryTyped(Session& session, const std::string& name, int type) {
   if (!meant.below.empty()) {
     std::vector<std::string> paths;
     for (const auto* category : meant.below) paths.push_back(fmt::format("'{}'", pathOf(*category)));
-    throw CommandError(CommandError::kRefused,
-                       fmt::format("there are several categories '{}': {}", name, fmt::join(paths, ", ")));
+    throw refused("there are several categories '{}': {}", name, fmt::format("{}", fmt::join(paths, ", ")));
   }
-  std::string why = fmt::format("there is no {} '{}'", isIncome ? "income category" : "category", name);
   std::vector<std::string> names;
   for (const auto& top : tree) {
     names.push_back(top.title);
@@ -102,15 +100,16 @@ MVCategory categoryTyped(Session& session, const std::string& name, int type) {
     }
   }
   const auto others = treeOf(session, isIncome ? kind::kExpense : kind::kIncome);
+  Phrase hint =
+      names.empty() ? phrase("add it with: moniva category add NAME") : phrase("see: moniva category list");
   if (const auto other = meantBy(others, name); other.exact != nullptr || !other.below.empty()) {
-    why += isIncome ? "; there is one of expenses: leave out --income"
-                    : "; there is one of income: add --income";
+    hint = isIncome ? phrase("there is one of expenses: leave out --income")
+                    : phrase("there is one of income: add --income");
   } else if (const auto near = didYouMean(name, names)) {
-    why += fmt::format("; did you mean '{}'?", *near);
-  } else {
-    why += names.empty() ? "; add it with: moniva category add NAME" : "; see: moniva category list";
+    hint = phrase("did you mean '{}'?", *near);
   }
-  throw CommandError(CommandError::kRefused, why);
+  throw isIncome ? refused("there is no income category '{}'; {}", name, hint)
+                 : refused("there is no category '{}'; {}", name, hint);
 }
 
 }  // namespace moniva

@@ -104,13 +104,12 @@ void addCategory(Session& session, const CategoryOptions& options) {
   }
   if (above) made.parent = above->pk;
   if (const auto known = MVCategory::withTitle(root, made.title, made.type, made.parent)) {
-    throw CommandError(CommandError::kRefused,
-                       fmt::format("there is a category '{}' already", known->cateString()));
+    throw refused("there is a category '{}' already", known->cateString());
   }
   std::optional<MonivaAccount> book;
   if (!options.book.empty()) book = bookNamed(session, options.book);
   if (options.only && !book) {
-    throw CommandError(CommandError::kUsage, "--only needs the --book that is to have the category");
+    throw notUnderstood("--only needs the --book that is to have the category");
   }
   inOneGo(session, [&] {
     done(made.addCate());
@@ -152,9 +151,9 @@ CategoryChange changed(Session& session, bool merge, const std::function<Result<
   inOneGo(session, [&] {
     made = done(change());
     if (made.merged && !merge) {
-      throw CommandError(CommandError::kRefused,
-                         "there is a category of that name there already; --merge makes the two one, which"
-                         " cannot be undone");
+      throw refused(
+          "there is a category of that name there already; --merge makes the two one, which"
+          " cannot be undone");
     }
   });
   return made;
@@ -197,7 +196,7 @@ void renameCategory(Session& session, const CategoryOptions& options) {
 
 void moveCategory(Session& session, const CategoryOptions& options) {
   if (options.top == !options.other.empty()) {
-    throw CommandError(CommandError::kUsage, "say where it goes: --under PARENT, or --top");
+    throw notUnderstood("say where it goes: --under PARENT, or --top");
   }
   auto category = categoryTyped(session, options.name, options.type());
   const auto above = options.top ? MVCategory::rootCateForType(session.root(), options.type())
@@ -230,11 +229,11 @@ void moveRecords(Session& session, const CategoryOptions& options) {
 
 void inOneGo(Session& session, const std::function<void()>& changes) {
   Connection* db = session.root().db().getDatabase();
-  if (db == nullptr) throw CommandError(CommandError::kRefused, "the store is not open");
+  if (db == nullptr) throw refused("the store is not open");
   Transaction transaction(*db);
-  if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal().why);
+  if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal());
   changes();
-  if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal().why);
+  if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal());
   session.root().markRecentEditDate();
 }
 
@@ -258,7 +257,7 @@ void addCategoryCommands(CommandLine& line) {
     made.first->add_option("NAME", made.second->name, what)->required();
     return made;
   };
-  constexpr const char* kName = "The category: Food, or Food/Bakery";
+  constexpr const char* kName = toTranslate("The category: Food, or Food/Bakery");
   {
     const auto [list, options] = command("list", listCategories);
     list->add_option("-b,--book", options->book, "As a book has them, with what is switched off in it")

@@ -59,12 +59,11 @@ void orderCategories(Session& session, const CategoryViewOptions& options) {
   for (const auto& name : options.names) {
     auto category = categoryTyped(session, name, options.type());
     if (!list.empty() && category.parent != list.front().parent) {
-      throw CommandError(CommandError::kRefused,
-                         fmt::format("'{}' and '{}' are not side by side: order the categories of one parent",
-                                     pathOf(list.front()), pathOf(category)));
+      throw refused("'{}' and '{}' are not side by side: order the categories of one parent",
+                    pathOf(list.front()), pathOf(category));
     }
     if (std::ranges::find(list, category.pk, &MVCategory::pk) != list.end()) {
-      throw CommandError(CommandError::kUsage, fmt::format("'{}' is named twice", pathOf(category)));
+      throw notUnderstood("'{}' is named twice", pathOf(category));
     }
     list.push_back(std::move(category));
   }
@@ -108,13 +107,13 @@ void orderBy(Session& session, const CategoryViewOptions& options) {
   std::string bookTitle;
   if (options.book.empty()) {
     if (!session.root().setObject(mode, orderSetting(type))) {
-      throw CommandError(CommandError::kRefused, "the setting could not be written");
+      throw refused("the setting could not be written");
     }
   } else {
     auto book = bookNamed(session, options.book);
     bookTitle = book.title;
     if (!book.setCategoryOrder(mode, type)) {
-      throw CommandError(CommandError::kRefused, session.root().db().getDatabase()->refusal().why);
+      throw CommandError(CommandError::kRefused, session.root().db().getDatabase()->refusal());
     }
     if (!booksDiffer(session)) tellBooksShare(session);
   }
@@ -128,7 +127,7 @@ void orderBy(Session& session, const CategoryViewOptions& options) {
 void perBook(Session& session, const CategoryViewOptions& options) {
   if (!options.word.empty()) {
     if (!session.root().setObject(options.word == "on" ? "1" : "0", kPerBookSetting)) {
-      throw CommandError(CommandError::kRefused, "the setting could not be written");
+      throw refused("the setting could not be written");
     }
     session.root().markRecentEditDate();
   }
@@ -142,7 +141,7 @@ void perBook(Session& session, const CategoryViewOptions& options) {
 
 void associateCategory(Session& session, const CategoryViewOptions& options) {
   if (options.none == !options.word.empty()) {
-    throw CommandError(CommandError::kUsage, "name the account that goes with the category, or say --none");
+    throw notUnderstood("name the account that goes with the category, or say --none");
   }
   auto category = categoryTyped(session, options.name, options.type());
   const auto account = options.none ? MonivaAccount(session.root()) : accountNamed(session, options.word);
@@ -211,7 +210,7 @@ void addCategoryViewCommands(CommandLine& line, CLI::App& category) {
   const auto book = [](CLI::App* of, const Options& options, const char* what) {
     of->add_option("-b,--book", options->book, what)->type_name("NAME");
   };
-  constexpr const char* kName = "The category: Food, or Food/Bakery";
+  constexpr const char* kName = toTranslate("The category: Food, or Food/Bakery");
   for (const bool on : {true, false}) {
     const auto [of, options] = command(on ? "enable" : "disable", on ? enableCategory : disableCategory);
     of->add_option("NAME", options->name, kName)->required();
