@@ -10,7 +10,7 @@ trap 'rm -rf "$work"' EXIT
 
 # The calls that take a text, with the place of the text among their arguments.
 keywords=(text count:1,2 localized:1 translate:1 refuse refused notUnderstood phrase toTranslate addNotice unknown
-  problem:2 checkTitle:2 wellFormed:2 addSetting:4 takesName:2 named:3 book:3
+  problem:2 checkTitle:2 wellFormed:2 asTyped:2 addSetting:4 takesName:2 named:3 book:3
   add_option:3 add_flag:3 set_version_flag:3 set_help_flag:2)
 calls() {
   find src -name '*.cpp' -o -name '*.h' | sort |

@@ -27,12 +27,12 @@ constexpr std::array kCounts = {
           toTranslate("{} transactions whose date is a text or missing")},
     Count{toTranslate("books"),
           "select count(*) from transactions where deleted = 0 and book != '' and book not in"
-          " (select oldTitle from account where kind = 2)",
+          " (select oldTitle from account where kind = 2 and isGroup = 0)",
           toTranslate("{} transaction of a book that does not exist"),
           toTranslate("{} transactions of a book that does not exist")},
     Count{toTranslate("accounts"),
           "select count(*) from transactions where deleted = 0 and account != '' and account not in"
-          " (select oldTitle from account where kind = 1)",
+          " (select oldTitle from account where kind = 1 and isGroup = 0)",
           toTranslate("{} transaction of an account that does not exist"),
           toTranslate("{} transactions of an account that does not exist")},
     Count{toTranslate("categories"),

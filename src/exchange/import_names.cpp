@@ -1,8 +1,33 @@
 #include "exchange/import_names.h"
 
+#include "base/text.h"
 #include "model/transaction_type.h"
 
 namespace moniva {
+namespace {
+
+std::optional<Phrase> whyNoRecords(const MonivaAccount& row) {
+  if (row.isGroup) {
+    return row.isBook() ? phrase("'{}' is a group of books; name one of them", excerpt(row.title))
+                        : phrase("'{}' is a group of accounts; name one of them", excerpt(row.title));
+  }
+  if (row.enabled) return std::nullopt;
+  return row.isBook()
+             ? phrase("the book '{}' is closed; open it with: moniva book reopen NAME", excerpt(row.title))
+             : phrase("the account '{}' is closed; open it with: moniva account reopen NAME",
+                      excerpt(row.title));
+}
+
+}  // namespace
+
+const std::optional<Phrase>& ImportNames::obstacle(int aKind, const std::string& title) {
+  const auto [known, isFirst] = obstacles_.try_emplace({aKind, title});
+  if (!isFirst || title.empty()) return known->second;
+  const auto row = aKind == kBookKind ? MonivaAccount::getBookWithTitle(root_, title)
+                                      : MonivaAccount::getAccountWithTitle(root_, title);
+  if (row && row->isDeleted == 0) known->second = whyNoRecords(*row);
+  return known->second;
+}
 
 Result<const MonivaAccount*> ImportNames::book(const std::string& title) {
   if (const auto known = books_.find(title); known != books_.end()) return &known->second;
@@ -16,8 +41,9 @@ Result<const MonivaAccount*> ImportNames::book(const std::string& title) {
     if (!title.empty()) made.title = title;
     made.setType("_Book");
     made.currency = currency_;
-    if (auto added = made.add(); !added) return tl::make_unexpected(added.error());
-    newBooks.push_back(made.title);
+    const auto added = made.add();
+    if (!added) return tl::make_unexpected(added.error());
+    (*added == MonivaAccount::Added::revived ? revivedBooks : newBooks).push_back(made.title);
     book = std::move(made);
   }
   return &books_.emplace(title, std::move(*book)).first->second;
@@ -33,8 +59,9 @@ Result<const MonivaAccount*> ImportNames::account(const std::string& title, cons
     made.title = title;
     made.setType("_SavingAccount");
     made.currency = currency;
-    if (auto added = made.add(); !added) return tl::make_unexpected(added.error());
-    newAccounts.push_back(title);
+    const auto added = made.add();
+    if (!added) return tl::make_unexpected(added.error());
+    (*added == MonivaAccount::Added::revived ? revivedAccounts : newAccounts).push_back(title);
     account = std::move(made);
   }
   return &accounts_.emplace(title, std::move(*account)).first->second;

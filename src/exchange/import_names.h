@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -13,11 +14,15 @@
 namespace moniva {
 
 /// The keys of what a file names: found in the store, or added to it at the first mention. Each name is
-/// looked up once. What was added is listed by name.
+/// looked up once. What was added is listed by name, and so are books and accounts that were deleted and
+/// came back.
 class ImportNames {
  public:
   ImportNames(MVAppRoot& root, std::string currency) : root_(root), currency_(std::move(currency)) {}
 
+  /// Why a book, or an account, of that name takes no records: it is a group, or closed. Nothing for one that
+  /// takes them or is still to be made, and for a blank name.
+  const std::optional<Phrase>& obstacle(int aKind, const std::string& title);
   /// The book; a blank name means the current book (or a first one, made, in a store without any).
   Result<const MonivaAccount*> book(const std::string& title);
   /// The account; `currency` is that of a new one. A blank name gives none (null).
@@ -33,6 +38,8 @@ class ImportNames {
 
   std::vector<std::string> newBooks;
   std::vector<std::string> newAccounts;
+  std::vector<std::string> revivedBooks;
+  std::vector<std::string> revivedAccounts;
   std::vector<std::string> newCategories;
   std::vector<std::string> newVendors;
 
@@ -42,6 +49,7 @@ class ImportNames {
 
   MVAppRoot& root_;
   std::string currency_;
+  std::map<std::pair<int, std::string>, std::optional<Phrase>> obstacles_;
   std::map<std::string, MonivaAccount> books_;
   std::map<std::string, MonivaAccount> accounts_;
   std::map<std::pair<int, std::pair<std::string, std::string>>, std::string> categories_;

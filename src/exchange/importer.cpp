@@ -94,6 +94,8 @@ class Importer {
   Result<> finish() {
     outcome.newBooks = std::move(names_.newBooks);
     outcome.newAccounts = std::move(names_.newAccounts);
+    outcome.revivedBooks = std::move(names_.revivedBooks);
+    outcome.revivedAccounts = std::move(names_.revivedAccounts);
     outcome.newCategories = std::move(names_.newCategories);
     outcome.newVendors = std::move(names_.newVendors);
     return request_.dryRun ? Result<>() : upkeep_.write(EntryUpkeep::Balances::afresh);
@@ -185,18 +187,29 @@ class Importer {
     return run.next();
   }
 
-  /// Whether the row goes with the currencies of its accounts; if not, it is noted why.
+  /// Whether the row's book and accounts take records, and it goes with their currencies; if not, it is noted
+  /// why.
   bool fitsItsAccounts(const ImportRecord& record) {
     const std::string& currency = currencies_.of(record.account);
     const auto bad = [&](ImportField field, std::string_view value, Phrase reason) {
       note(reader_.problemWith(record.line, field, value, std::move(reason)));
       return false;
     };
+    const bool isTransfer = record.kind == ImportKind::transfer;
+    const auto takesRecords = [&](ImportField field, int aKind, const std::string& name) {
+      const auto& obstacle = names_.obstacle(aKind, name);
+      return !obstacle || bad(field, name, *obstacle);
+    };
+    if (!takesRecords(ImportField::account, kAccountKind, record.account)) return false;
+    if (!takesRecords(isTransfer ? ImportField::toAccount : ImportField::book,
+                      isTransfer ? kAccountKind : kBookKind, isTransfer ? record.toAccount : record.book)) {
+      return false;
+    }
     if (!record.account.empty() && !record.currency.empty() && currency != record.currency) {
       return bad(ImportField::currency, record.currency,
                  phrase("the account '{}' is kept in {}", excerpt(record.account), currency));
     }
-    if (record.kind != ImportKind::transfer) return true;
+    if (!isTransfer) return true;
     const std::string& arriving = currencies_.of(record.toAccount);
     if (currency != arriving && !record.toAmount) {
       return bad(ImportField::toAmount, "",

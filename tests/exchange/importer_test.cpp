@@ -144,6 +144,35 @@ TEST(ImportFile, leavesNothingBehindOfABadRow) {
   EXPECT_FALSE(again->written) << "there was nothing to write";
 }
 
+TEST(ImportFile, passesOverWhatTakesNoRecordsAndTellsWhatIsBack) {
+  Bank bank;
+  MonivaAccount trip = bank.book("Trip");
+  MonivaAccount swiss = bank.account("Swiss");
+  MonivaAccount old = bank.book("Old");
+  bank.group("U", {*bank.cash});
+  bank.group("All", {old});
+  ASSERT_TRUE(trip.delete_() && swiss.delete_() && old.close(true) && bank.bank->close(true));
+  const auto taken = bank.import(
+      "Date,Type,Book,Account,To account,Amount\n"
+      "2024-02-01,expense,,U,,5\n"
+      "2024-02-01,transfer,,Cash,U,5\n"
+      "2024-02-01,transfer,,Cash,Bank,5\n"
+      "2024-02-01,expense,All,Cash,,5\n"
+      "2024-02-01,expense,Old,Cash,,5\n"
+      "2024-02-01,expense,Trip,Swiss,,5\n",
+      true);
+  ASSERT_TRUE(taken) << taken.error().why;
+  EXPECT_EQ(problemsOf(*taken),
+            "2:4 Account 'U' 'U' is a group of accounts; name one of them\n"
+            "3:5 To account 'U' 'U' is a group of accounts; name one of them\n"
+            "4:5 To account 'Bank' the account 'Bank' is closed; open it with: moniva account reopen NAME\n"
+            "5:3 Book 'All' 'All' is a group of books; name one of them\n"
+            "6:3 Book 'Old' the book 'Old' is closed; open it with: moniva book reopen NAME\n");
+  EXPECT_EQ(taken->revivedBooks, std::vector<std::string>{"Trip"});
+  EXPECT_EQ(taken->revivedAccounts, std::vector<std::string>{"Swiss"});
+  EXPECT_TRUE(taken->newBooks.empty() && taken->newAccounts.empty());
+}
+
 TEST(ImportFile, tellsRowsThatRepeatApart) {
   Bank bank;
   const std::string row = "2024-02-01,-5,Bakery\n";

@@ -89,6 +89,8 @@ json::object jsonOf(Session& session, const ImportOutcome& outcome) {
           {"ignoredHeadings", json::value_from(outcome.ignoredHeadings)},
           {"newBooks", json::value_from(outcome.newBooks)},
           {"newAccounts", json::value_from(outcome.newAccounts)},
+          {"revivedBooks", json::value_from(outcome.revivedBooks)},
+          {"revivedAccounts", json::value_from(outcome.revivedAccounts)},
           {"newCategories", json::value_from(outcome.newCategories)},
           {"newVendors", json::value_from(outcome.newVendors)},
           {"movedByClockChange", json::value_from(outcome.movedByClockChange)},
@@ -122,6 +124,12 @@ void tell(Session& session, const ImportOutcome& outcome, bool dryRun) {
   if (!outcome.newBooks.empty()) session.answer(session.text("New books: {}.", names(outcome.newBooks)));
   if (!outcome.newAccounts.empty()) {
     session.answer(session.text("New accounts: {}.", names(outcome.newAccounts)));
+  }
+  if (!outcome.revivedBooks.empty()) {
+    session.answer(session.text("Deleted books that are back: {}.", names(outcome.revivedBooks)));
+  }
+  if (!outcome.revivedAccounts.empty()) {
+    session.answer(session.text("Deleted accounts that are back: {}.", names(outcome.revivedAccounts)));
   }
   if (!outcome.newCategories.empty()) {
     session.answer(session.text("New categories: {}.", names(outcome.newCategories)));
