@@ -42,6 +42,15 @@ std::optional<Transfer> Transfer::transferFromUUID(MVAppRoot& root, std::string_
   return transfer;
 }
 
+Result<std::int64_t> Transfer::countOf(MVAppRoot& root, std::string_view account) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Run run = db->query(
+      "select count(*) from transactions where account = ? and deleted = 0 and type in (23, 33)", {account});
+  if (!run.next()) return tl::make_unexpected(db->refusal());
+  return run.integer(0);
+}
+
 bool Transfer::addSide(int type, const std::string& eid, double amount, const std::string& account,
                        const std::string& other) {
   return root_->executeUpdate(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,6 +39,8 @@ class Transfer {
   /// The transfer of that connection UUID; nothing unless both sides are there. One that is
   /// deleted is found where there is no live one.
   static std::optional<Transfer> transferFromUUID(MVAppRoot& root, std::string_view uuid);
+  /// How many live sides of transfers the account of that key has.
+  static Result<std::int64_t> countOf(MVAppRoot& root, std::string_view account);
   /// Writes both rows or none. Blank identifiers are made. Refused for accounts that are missing or the same,
   /// and amounts that are not above zero and finite.
   Result<> add();

@@ -223,7 +223,10 @@ MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant) 
   if (name.empty()) {
     const auto& current = session.root().monivaAccount;
     if (!current || current->pk.empty()) noSuch(session, kBookKind, name, meant);
-    return asMeant(*current, meant);
+    // Another program may have changed it since this one started.
+    MonivaAccount book = *current;
+    if (!book.getInfo() || book.isDeleted != 0) noSuch(session, kBookKind, name, meant);
+    return asMeant(std::move(book), meant);
   }
   auto book = MonivaAccount::getBookWithTitle(session.root(), name);
   if (!book || book->isDeleted != 0) noSuch(session, kBookKind, name, meant);

@@ -48,9 +48,9 @@ void addAccount(Session& session, const AccountAddOptions& options) {
   const double opening =
       options.openingBalance.empty() ? 0 : typed(parseSignedAmount(options.openingBalance));
   account.beginBalance = opening;
-  account.note = wellFormed(options.note.value_or(""), "the note");
-  requireFreeTitle(session, kAccountKind, options.name);
+  account.note = asTyped(options.note.value_or(""), "the note");
   const auto answer = done(atomically(root, [&](Connection&) -> Result<std::string> {
+    requireFreeTitle(session, kAccountKind, account.title);
     const bool isBack = done(account.add()) == MonivaAccount::Added::revived;
     const std::string also = isBack ? writeTyped(session, account, options, opening) : "";
     if (!countTheTotalBalance(account)) return refusalOfStore(root);
@@ -60,8 +60,7 @@ void addAccount(Session& session, const AccountAddOptions& options) {
            also;
   }));
   root.markRecentEditDate();
-  account.getInfo();
-  if (session.options().json) return session.printJson(jsonOf(session, account));
+  if (session.options().json) return session.printJson(jsonNow(session, account));
   session.answer(answer);
 }
 

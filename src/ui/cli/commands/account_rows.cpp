@@ -4,6 +4,7 @@
 
 #include <boost/json.hpp>
 
+#include "model/account_balance.h"
 #include "model/account_groups.h"
 #include "model/transaction_type.h"
 #include "storage/writes.h"
@@ -147,11 +148,17 @@ boost::json::object jsonWithGroups(Session& session, const MonivaAccount& row) {
   return object;
 }
 
+boost::json::object jsonNow(Session& session, MonivaAccount& row) {
+  row.getInfo();
+  done(getAllStatistics(row));
+  return jsonOf(session, row);
+}
+
 void listDeleted(Session& session, int aKind) {
-  const auto rows = MonivaAccount::list(session.root(), aKind, MonivaAccount::Rows::deleted);
+  auto rows = MonivaAccount::list(session.root(), aKind, MonivaAccount::Rows::deleted);
   if (session.options().json) {
     boost::json::array list;
-    for (const auto& row : rows) list.push_back(jsonOf(session, row));
+    for (auto& row : rows) list.push_back(jsonNow(session, row));
     return session.printJson(list);
   }
   if (rows.empty()) {
@@ -177,13 +184,14 @@ void changeRow(Session& session, int aKind, const std::string& name,
                const std::function<std::string(MonivaAccount&)>& work) {
   // A variable that was not set must not lead to the current book.
   if (name.empty()) throw notUnderstood("the name is empty");
-  MonivaAccount row = aKind == kBookKind ? bookNamed(session, name) : accountNamed(session, name);
-  const std::string sentence =
-      done(atomically(session.root(), [&](Connection&) -> Result<std::string> { return work(row); }));
+  MonivaAccount row(session.root());
+  const std::string sentence = done(atomically(session.root(), [&](Connection&) -> Result<std::string> {
+    row = aKind == kBookKind ? bookNamed(session, name) : accountNamed(session, name);
+    return work(row);
+  }));
   session.root().markRecentEditDate();
   if (!session.options().json) return session.answer(sentence);
-  row.getInfo();
-  session.printJson(jsonOf(session, row));
+  session.printJson(jsonNow(session, row));
 }
 
 CLI::Option* addSetting(

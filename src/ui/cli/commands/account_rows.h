@@ -56,7 +56,8 @@ std::string ownRecordsText(const Session& session, const MonivaAccount& row);
 /// "Cash, Checking".
 std::string titlesText(const std::vector<MonivaAccount>& rows);
 
-/// Ends the command when a live book or account has that title.
+/// Ends the command when a live book or account has that title. To be asked within the transaction that takes
+/// the title.
 void requireFreeTitle(Session& session, int aKind, const std::string& title);
 /// Changes the currency and says what else that did, beginning with a blank; "" when it did nothing else.
 std::string changeCurrency(Session& session, MonivaAccount& row, const std::string& code);
@@ -83,6 +84,8 @@ class Facts {
 
 /// The row with its totals, dates and groups as JSON.
 boost::json::object jsonWithGroups(Session& session, const MonivaAccount& row);
+/// The row as it is in the store by now, with its balance counted and not as it was kept, as JSON.
+boost::json::object jsonNow(Session& session, MonivaAccount& row);
 /// Prints the books or accounts that were deleted.
 void listDeleted(Session& session, int aKind);
 
@@ -96,8 +99,8 @@ struct RowFamily {
   const char* nameHelp() const { return ofBooks() ? "Name of the book" : "Name of the account"; }
 };
 
-/// Makes the change of one row as one transaction; prints its sentence, or the row with --json. A blank name
-/// is refused.
+/// Looks the row up and makes the change of it as one transaction; prints its sentence, or the row with
+/// --json. A blank name is refused.
 void changeRow(Session& session, int aKind, const std::string& name,
                const std::function<std::string(MonivaAccount&)>& work);
 /// A command that gives the named row a value; the work answers what was done, in a sentence.

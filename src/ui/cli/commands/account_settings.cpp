@@ -18,11 +18,11 @@ std::string balanceText(const Session& session, const MonivaAccount& row) {
 std::string renameRow(Session& session, MonivaAccount& row, const std::string& title) {
   const std::string before = row.title;
   done(row.updateTitle(wellFormed(title, "the name")));
-  return session.text("'{}' is called '{}' now.", before, title);
+  return session.text("'{}' is called '{}' now.", before, row.title);
 }
 
 std::string setNote(Session& session, MonivaAccount& row, const std::string& note) {
-  done(row.updateNote(wellFormed(note, "the note")));
+  done(row.updateNote(asTyped(note, "the note")));
   return note.empty() ? session.text("'{}' has no note now.", row.title)
                       : session.text("'{}' has this note now: {}", row.title, note);
 }

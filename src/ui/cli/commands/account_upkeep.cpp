@@ -4,7 +4,9 @@
 
 #include "base/amount.h"
 #include "model/account_balance.h"
+#include "model/account_groups.h"
 #include "model/transaction_type.h"
+#include "model/transfer.h"
 #include "storage/writes.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
@@ -15,23 +17,23 @@ namespace moniva {
 namespace {
 
 void putInOrder(Session& session, int aKind, const std::vector<std::string>& names) {
-  auto list = MonivaAccount::list(session.root(), aKind);
-  auto place = list.begin();
-  for (const auto& name : names) {
-    const auto row = aKind == kBookKind ? bookNamed(session, name) : accountNamed(session, name);
-    const auto found = std::find_if(place, list.end(), [&](const auto& one) { return one.pk == row.pk; });
-    if (found == list.end()) throw notUnderstood("'{}' is named twice", row.title);
-    std::rotate(place, found, found + 1);
-    ++place;
-  }
-  done(MonivaAccount::saveOrder(session.root(), list));
+  std::vector<MonivaAccount> list;
+  done(atomically(session.root(), [&](Connection&) {
+    list = MonivaAccount::list(session.root(), aKind);
+    auto place = list.begin();
+    for (const auto& name : names) {
+      const auto row = aKind == kBookKind ? bookNamed(session, name) : accountNamed(session, name);
+      const auto found = std::find_if(place, list.end(), [&](const auto& one) { return one.pk == row.pk; });
+      if (found == list.end()) throw notUnderstood("'{}' is named twice", row.title);
+      std::rotate(place, found, found + 1);
+      ++place;
+    }
+    return MonivaAccount::saveOrder(session.root(), list);
+  }));
   session.root().markRecentEditDate();
   if (!session.options().json) return session.answer(session.text("The order is now: {}.", titlesText(list)));
   boost::json::array kept;
-  for (auto& row : list) {
-    row.getInfo();
-    kept.push_back(jsonOf(session, row));
-  }
+  for (auto& row : list) kept.push_back(jsonNow(session, row));
   session.printJson(kept);
 }
 
@@ -46,12 +48,16 @@ std::string setClosed(Session& session, MonivaAccount& row, bool closed) {
 
 std::string deleteRow(Session& session, MonivaAccount& row) {
   const std::string records = ownRecordsText(session, row);
+  const auto groups = getFatherGroup(row);
   done(row.delete_());
-  return row.isBook()
-             ? session.text("Deleted the book '{}'; \"moniva book recover\" brings it back with {}.",
-                            row.title, records)
-             : session.text("Deleted the account '{}'; \"moniva account recover\" brings it back with {}.",
-                            row.title, records);
+  std::string answer =
+      row.isBook()
+          ? session.text("Deleted the book '{}'; \"moniva book recover\" brings it back with {}.", row.title,
+                         records)
+          : session.text("Deleted the account '{}'; \"moniva account recover\" brings it back with {}.",
+                         row.title, records);
+  if (!groups.empty()) answer += " " + session.text("It left its groups: {}.", titlesText(groups));
+  return answer;
 }
 
 std::string recoveredText(Session& session, const MonivaAccount& row) {
@@ -65,9 +71,8 @@ std::string recoveredText(Session& session, const MonivaAccount& row) {
                      : session.text("The account '{}' is back with {}; it is closed.", row.title, records);
 }
 
-/// Brings back everything of the title, whichever kind was asked for: that is how it was deleted.
-void recoverTitle(Session& session, const std::string& title) {
-  auto& root = session.root();
+/// What was deleted under the title; ends the command when nothing was, with the nearest title there is.
+std::vector<MonivaAccount> deletedOf(MVAppRoot& root, const std::string& title) {
   std::vector<MonivaAccount> rows;
   std::vector<std::string> titles;
   for (const int aKind : {kBookKind, kAccountKind}) {
@@ -76,12 +81,18 @@ void recoverTitle(Session& session, const std::string& title) {
       if (row.title == title) rows.push_back(std::move(row));
     }
   }
-  if (rows.empty()) {
-    const auto near = didYouMean(title, titles);
-    throw near ? refused("nothing of the title '{}' was deleted; did you mean '{}'?", title, *near)
-               : refused("nothing of the title '{}' was deleted", title);
-  }
+  if (!rows.empty()) return rows;
+  const auto near = didYouMean(title, titles);
+  throw near ? refused("nothing of the title '{}' was deleted; did you mean '{}'?", title, *near)
+             : refused("nothing of the title '{}' was deleted", title);
+}
+
+/// Brings back everything of the title, whichever kind was asked for: that is how it was deleted.
+void recoverTitle(Session& session, const std::string& title) {
+  auto& root = session.root();
+  std::vector<MonivaAccount> rows;
   done(atomically(root, [&](Connection&) -> Result<> {
+    rows = deletedOf(root, title);
     if (auto back = rows.front().recoverForTitle(); !back) return back;
     for (auto& row : rows) {
       row.getInfo();
@@ -91,9 +102,9 @@ void recoverTitle(Session& session, const std::string& title) {
   }));
   root.markRecentEditDate();
   boost::json::array list;
-  for (const auto& row : rows) {
+  for (auto& row : rows) {
     if (session.options().json) {
-      list.push_back(jsonOf(session, row));
+      list.push_back(jsonNow(session, row));
     } else {
       session.answer(recoveredText(session, row));
     }
@@ -104,23 +115,41 @@ void recoverTitle(Session& session, const std::string& title) {
 std::string clearRow(Session& session, MonivaAccount& row, bool yes) {
   const auto count = done(row.recordCount());
   if (count == 0) throw refused("'{}' has no records", row.title);
+  const auto transferred = done(Transfer::countOf(row.root(), row.pk));
+  const std::string transfers = session.count("{} transfer", "{} transfers", transferred);
+  if (!yes && transferred > 0) {
+    throw refused(
+        "this would remove the {} of '{}' for good; of {} among them the other account keeps its side; if "
+        "so, "
+        "say --yes",
+        recordsText(session, count), row.title, transfers);
+  }
   if (!yes) {
     throw refused("this would remove the {} of '{}' for good; if so, say --yes", recordsText(session, count),
                   row.title);
   }
   const auto removed = done(row.clear());
-  return session.text("Removed {} of '{}'; its balance is {} now.", recordsText(session, removed), row.title,
-                      session.amounts().format(row.totalBalance, row.currency));
+  std::string answer =
+      session.text("Removed {} of '{}'; its balance is {} now.", recordsText(session, removed), row.title,
+                   session.amounts().format(row.totalBalance, row.currency));
+  if (transferred > 0) {
+    answer += " " + session.text("Of {} among them the other account keeps its side.", transfers);
+  }
+  return answer;
 }
 
 void recountBalances(Session& session, int aKind, const std::string& name, bool all) {
   auto& root = session.root();
   if (all && !name.empty()) throw notUnderstood("name one to count afresh, or say --all");
   if (!all && name.empty() && aKind != kBookKind) throw notUnderstood("say which account, or --all");
-  auto rows = all ? MonivaAccount::list(root, aKind) : std::vector<MonivaAccount>();
-  if (!all) rows.push_back(aKind == kBookKind ? bookNamed(session, name) : accountNamed(session, name));
+  std::vector<MonivaAccount> rows;
   std::vector<double> differences;
   done(atomically(root, [&](Connection&) -> Result<> {
+    if (all) {
+      rows = MonivaAccount::list(root, aKind);
+    } else {
+      rows.push_back(aKind == kBookKind ? bookNamed(session, name) : accountNamed(session, name));
+    }
     for (auto& row : rows) {
       const double kept = row.totalBalance;
       if (!countTheTotalBalance(row)) return refusalOfStore(root);

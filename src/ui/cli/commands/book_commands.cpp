@@ -24,15 +24,16 @@ struct BookAddOptions {
 
 void addBook(Session& session, const BookAddOptions& options) {
   auto& root = session.root();
-  requireFreeTitle(session, kBookKind, options.name);
   MonivaAccount book(root);
   book.aKind = kBookKind;
   book.title = wellFormed(options.name, "the name");
   book.setType("_Book");
   book.currency = currencyTyped(session, options.currency);
-  book.note = wellFormed(options.note.value_or(""), "the note");
-  const bool isFirst = MonivaAccount::list(root, kBookKind).empty();
+  book.note = asTyped(options.note.value_or(""), "the note");
+  bool isFirst = false;
   const auto answer = done(atomically(root, [&](Connection&) -> Result<std::string> {
+    requireFreeTitle(session, kBookKind, book.title);
+    isFirst = MonivaAccount::list(root, kBookKind).empty();
     if (done(book.add()) == MonivaAccount::Added::revived) {
       std::string also;
       if (!options.currency.empty()) also = changeCurrency(session, book, options.currency);
@@ -53,17 +54,16 @@ void addBook(Session& session, const BookAddOptions& options) {
     book.saveToLocal();
     refreshUsingMonivaAccount(root);
   }
-  book.getInfo();
-  if (session.options().json) return session.printJson(jsonOf(session, book));
+  if (session.options().json) return session.printJson(jsonNow(session, book));
   session.answer(isFirst ? answer + " " + session.text("It is the current book.") : answer);
 }
 
 void listBooks(Session& session) {
-  const auto books = MonivaAccount::list(session.root(), kBookKind);
+  auto books = MonivaAccount::list(session.root(), kBookKind);
   const std::string current = session.root().monivaAccount ? session.root().monivaAccount->pk : "";
   if (session.options().json) {
     boost::json::array list;
-    for (const auto& book : books) list.push_back(jsonOf(session, book));
+    for (auto& book : books) list.push_back(jsonNow(session, book));
     return session.printJson(list);
   }
   if (books.empty()) {
@@ -110,11 +110,11 @@ void showBook(Session& session, const std::string& name) {
 }
 
 void useBook(Session& session, const std::string& name) {
-  const MonivaAccount book = bookNamed(session, name, Meant::open);
+  MonivaAccount book = bookNamed(session, name, Meant::open);
   book.saveToLocal();
   done(session.platform().userDefaults->synchronize());
   refreshUsingMonivaAccount(session.root());
-  if (session.options().json) return session.printJson(jsonOf(session, book));
+  if (session.options().json) return session.printJson(jsonNow(session, book));
   session.answer(session.text("'{}' is the current book now.", book.title));
 }
 

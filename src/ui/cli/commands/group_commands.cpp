@@ -68,31 +68,35 @@ void addGroup(Session& session, const GroupOptions& options) {
   MonivaAccount group(root);
   group.aKind = options.ofBooks ? kBookKind : kAccountKind;
   group.title = wellFormed(options.title, "the name");
-  requireFreeTitle(session, group.aKind, group.title);
-  const auto members = membersNamed(session, options.members, group.aKind);
-  const std::string currency = members.front().currency;
   group.isGroup = true;
   group.setType(groupType(group.aKind));
-  group.currency = currency;
   bool isBack = false;
+  std::string also;
   done(atomically(root, [&](Connection&) -> Result<> {
+    requireFreeTitle(session, group.aKind, group.title);
+    const auto members = membersNamed(session, options.members, group.aKind);
+    const std::string currency = members.front().currency;
+    group.currency = currency;
     isBack = done(group.add()) == MonivaAccount::Added::revived;
     // One of the title that was deleted comes back with the currency it had.
-    done(group.updateCurrency(currency));
+    also = changeCurrency(session, group, currency);
     return includeAll(group, members);
   }));
-  const std::string count = membersText(session, group, members.size());
+  const std::string count = membersText(session, group, options.members.size());
   answerForGroup(
       session, group,
       isBack
-          ? session.text("The deleted group '{}' is back, of {} in {}.", group.title, count, group.currency)
+          ? session.text("The deleted group '{}' is back, of {} in {}.", group.title, count, group.currency) +
+                also
           : session.text("Added the group '{}' of {} in {}.", group.title, count, group.currency));
 }
 
 void includeInGroup(Session& session, const GroupOptions& options) {
-  MonivaAccount group = groupNamed(session, options.title, options.ofBooks);
-  const auto members = membersNamed(session, options.members, group.aKind);
-  done(atomically(session.root(), [&](Connection&) { return includeAll(group, members); }));
+  MonivaAccount group(session.root());
+  done(atomically(session.root(), [&](Connection&) {
+    group = groupNamed(session, options.title, options.ofBooks);
+    return includeAll(group, membersNamed(session, options.members, group.aKind));
+  }));
   answerForGroup(session, group,
                  session.text("'{}' has {} now; its balance is {}.", group.title,
                               membersText(session, group, getGroupMembers(group).size()),
@@ -100,10 +104,10 @@ void includeInGroup(Session& session, const GroupOptions& options) {
 }
 
 void removeOfGroup(Session& session, const GroupOptions& options) {
-  MonivaAccount group = groupNamed(session, options.title, options.ofBooks);
-  const auto members = membersNamed(session, options.members, group.aKind);
+  MonivaAccount group(session.root());
   done(atomically(session.root(), [&](Connection&) -> Result<> {
-    for (const auto& member : members) {
+    group = groupNamed(session, options.title, options.ofBooks);
+    for (const auto& member : membersNamed(session, options.members, group.aKind)) {
       if (auto removed = removeFromGroup(group, member); !removed) return removed;
     }
     return {};
@@ -115,15 +119,23 @@ void removeOfGroup(Session& session, const GroupOptions& options) {
 }
 
 void renameGroup(Session& session, const GroupOptions& options) {
-  MonivaAccount group = groupNamed(session, options.title, options.ofBooks);
-  done(group.updateTitle(wellFormed(options.newTitle, "the name")));
+  MonivaAccount group(session.root());
+  const std::string title = wellFormed(options.newTitle, "the name");
+  done(atomically(session.root(), [&](Connection&) {
+    group = groupNamed(session, options.title, options.ofBooks);
+    return group.updateTitle(title);
+  }));
   answerForGroup(session, group, session.text("'{}' is called '{}' now.", options.title, group.title));
 }
 
 void deleteGroup(Session& session, const GroupOptions& options) {
-  MonivaAccount group = groupNamed(session, options.title, options.ofBooks);
-  const std::string members = membersText(session, group, getGroupMembers(group).size());
-  done(group.delete_());
+  MonivaAccount group(session.root());
+  std::string members;
+  done(atomically(session.root(), [&](Connection&) {
+    group = groupNamed(session, options.title, options.ofBooks);
+    members = membersText(session, group, getGroupMembers(group).size());
+    return group.delete_();
+  }));
   answerForGroup(session, group,
                  session.text("Deleted the group '{}', but none of its {}.", group.title, members));
 }

@@ -98,6 +98,14 @@ ParsedPeriod usualPeriod(Session& session, const BookPeriods& periods, const Mon
   return {periods.firstDateOfMonth(), periods.lastDateOfMonth()};
 }
 
+/// What an account's report counts: what the account tracks.
+int trackedBy(const MonivaAccount& account) {
+  for (const int tracked : {2312, kind::kExpense}) {
+    if (account.trackingType == tracked) return tracked;
+  }
+  return 1050;
+}
+
 void report(Session& session, const ReportOptions& options, Unit unit) {
   if (!options.book.empty() && !options.account.empty()) {
     throw notUnderstood("a report is of a book or of an account, not of both");
@@ -109,7 +117,8 @@ void report(Session& session, const ReportOptions& options, Unit unit) {
                                              : periodTyped(session, periods, options.period);
   TransactionReport made(session.root());
   made.setMonivaAccount(of);
-  made.setTransactionType(of.isAccount() && options.type == "all" ? 1050 : kBookTypes.at(options.type));
+  made.setTransactionType(of.isAccount() && options.type == "all" ? trackedBy(of)
+                                                                  : kBookTypes.at(options.type));
   made.setBeginDate(period.first);
   made.setEndDate(period.last);
   made.setIncludeEmpty(options.empty);

@@ -111,6 +111,12 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   if (!options.subcategory.empty() && options.category.empty()) {
     throw notUnderstood("a subcategory needs its --category");
   }
+  spend.note = asTyped(options.note, "the note");
+  spend.paid = isPaidByDate(session.calendar(), spend.datetime, session.now());
+
+  Connection* db = root.db().getDatabase();
+  Transaction transaction(*db);
+  if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal());
   const MonivaAccount book = bookNamed(session, options.book, Meant::open);
   spend.book = book.pk;
   std::optional<MonivaAccount> account;
@@ -118,12 +124,6 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     account = accountNamed(session, options.account, Meant::open);
     spend.account = account->pk;
   }
-  spend.note = wellFormed(options.note, "the note");
-  spend.paid = isPaidByDate(session.calendar(), spend.datetime, session.now());
-
-  Connection* db = root.db().getDatabase();
-  Transaction transaction(*db);
-  if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal());
   std::string categoryText;
   if (!options.category.empty()) {
     const auto above = categoryNamed(session, wellFormed(options.category, "the category"),
@@ -136,12 +136,14 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     spend.subcategory = chosen.pk;
     categoryText = chosen.cateString();
   }
+  std::string vendorText;
   if (!options.vendor.empty()) {
     Vendor vendor(root);
     vendor.title = wellFormed(options.vendor, "the vendor");
     vendor.type = Vendor::typeFor(spend.type);
     done(vendor.add());
     spend.vendor = vendor.pk;
+    vendorText = printable(vendor.title);
   }
   done(recordEntry(root, spend));
   if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal());
@@ -157,16 +159,17 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   std::string line =
       options.income ? session.text("Added income {}", amount) : session.text("Added an expense {}", amount);
   if (!categoryText.empty()) line += ", " + printable(categoryText);
-  if (!options.vendor.empty()) {
-    const std::string vendor = printable(options.vendor);
-    line += options.income ? session.text(", from {}", vendor) : ", " + vendor;
-  }
+  if (!vendorText.empty()) line += options.income ? session.text(", from {}", vendorText) : ", " + vendorText;
   if (account) {
     const std::string title = printable(account->title);
     line += options.income ? session.text(", to {}", title) : session.text(", paid from {}", title);
   }
   line +=
       session.text(", on {}, in '{}'.", dayOf(session, spend.datetime, spend.paid), printable(book.title));
+  if (account && account->currency != book.currency) {
+    line += " " + session.text("'{}' is kept in {}; the amount counts there as it stands.",
+                               printable(book.title), book.currency);
+  }
   session.out() << line << '\n';
 }
 
@@ -198,7 +201,7 @@ void addTransfer(Session& session, const TransferAddOptions& options) {
   }
   transfer.accountA = from.pk;
   transfer.accountB = to.pk;
-  transfer.note = wellFormed(options.note, "the note");
+  transfer.note = asTyped(options.note, "the note");
   transfer.paid = isPaidByDate(session.calendar(), transfer.datetime, session.now());
 
   done(recordEntry(root, transfer));
