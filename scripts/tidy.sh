@@ -8,7 +8,7 @@ joined=$(mktemp -d)
 trap 'rm -rf "$joined"' EXIT
 
 # At most so many sources are joined: one huge file would keep one core busy while the other has nothing to do.
-most=8
+most=12
 for folder in src/*/ tools/; do
   room=$(basename "$folder")
   number=0
