@@ -85,7 +85,9 @@ Result<> applyUpwards(MonivaAccount& account, const std::function<Result<>(Moniv
   if (root.monivaAccount && root.monivaAccount->pk == account.pk) {
     root.monivaAccount->totalBalance = account.totalBalance;
   }
-  for (auto& group : getFatherGroup(account)) {
+  auto groups = getFatherGroup(account);
+  if (!groups) return tl::make_unexpected(groups.error());
+  for (auto& group : *groups) {
     // A group that came to contain itself by a merge must not go round for ever.
     if (changed.contains(group.pk)) continue;
     if (auto done = applyUpwards(group, change, changed); !done) return done;
@@ -117,7 +119,9 @@ Result<AccountTotals> totalsOf(const MonivaAccount& account) {
   AccountTotals totals;
   if (account.isGroup) {
     // Each member counts as it does by itself, so that a group is what its members add up to.
-    for (const auto& member : getGroupMembers(account)) {
+    const auto members = getGroupMembers(account);
+    if (!members) return tl::make_unexpected(members.error());
+    for (const auto& member : *members) {
       if (member.isGroup) continue;
       const auto part = totalsOf(member);
       if (!part) return part;

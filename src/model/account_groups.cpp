@@ -11,12 +11,15 @@ int membershipType(int aKind) {
   return aKind == kBookKind ? 8 : 7;
 }
 
-std::vector<MonivaAccount> rowsOfKeys(MVAppRoot& root, std::string_view sql,
-                                      std::initializer_list<Value> slots) {
+Result<std::vector<MonivaAccount>> rowsOfKeys(MVAppRoot& root, std::string_view sql,
+                                              std::initializer_list<Value> slots) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
   std::vector<std::string> keys;
-  if (Connection* db = root.db().getDatabase(); db != nullptr) {
+  {
     Run run = db->query(sql, slots);
     while (run.next()) keys.emplace_back(run.text(0));
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
   }
   std::vector<MonivaAccount> rows;
   for (const auto& key : keys) {
@@ -31,7 +34,7 @@ std::string_view groupType(int aKind) {
   return aKind == kBookKind ? "_BookGroup" : "_AccountGroup";
 }
 
-std::vector<MonivaAccount> getGroupMembers(const MonivaAccount& group) {
+Result<std::vector<MonivaAccount>> getGroupMembers(const MonivaAccount& group) {
   return rowsOfKeys(
       group.root(),
       "select oldTitle from account where oldTitle in (select title from category where parent = ?"
@@ -39,7 +42,7 @@ std::vector<MonivaAccount> getGroupMembers(const MonivaAccount& group) {
       {group.pk, membershipType(group.aKind)});
 }
 
-std::vector<MonivaAccount> getFatherGroup(const MonivaAccount& account) {
+Result<std::vector<MonivaAccount>> getFatherGroup(const MonivaAccount& account) {
   return rowsOfKeys(
       account.root(),
       "select oldTitle from account where oldTitle in (select parent from category where title = ?"
@@ -107,7 +110,8 @@ Result<> removeFromAllGroup(const MonivaAccount& account) {
   MVAppRoot& root = account.root();
   return atomically(root, [&](Connection&) -> Result<> {
     const auto groups = getFatherGroup(account);
-    if (groups.empty()) return {};
+    if (!groups) return tl::make_unexpected(groups.error());
+    if (groups->empty()) return {};
     auto written =
         write(root,
               "update category set deleted = 1, editDate = ?, edit_ipid = ? where title = ? and type = ?"
@@ -115,7 +119,7 @@ Result<> removeFromAllGroup(const MonivaAccount& account) {
               root.editStamp(), root.itsUDID(), account.pk, membershipType(account.aKind));
     if (!written) return written;
     std::set<std::string> keys;
-    for (const auto& group : groups) keys.insert(group.pk);
+    for (const auto& group : *groups) keys.insert(group.pk);
     return countTheTotalBalances(root, keys);
   });
 }

@@ -12,10 +12,10 @@ namespace moniva {
 /// The kind text of a group of books or of accounts.
 std::string_view groupType(int aKind);
 
-/// The live members of the group, in the order of the list.
-std::vector<MonivaAccount> getGroupMembers(const MonivaAccount& group);
-/// The live groups that contain the row.
-std::vector<MonivaAccount> getFatherGroup(const MonivaAccount& account);
+/// The live members of the group, in the order of the list. A read that failed is refused.
+Result<std::vector<MonivaAccount>> getGroupMembers(const MonivaAccount& group);
+/// The live groups that contain the row; likewise.
+Result<std::vector<MonivaAccount>> getFatherGroup(const MonivaAccount& account);
 
 /// Takes the row into the group and counts the group's balance afresh. Refused, with nothing written, for a
 /// group as a member, another kind or currency, and for a member it has already.

@@ -90,6 +90,7 @@ Result<> MonivaAccount::delete_() {
   if (isCurrent(*this)) return refuse("'{}' is the current book; use another one first", title);
   auto deletedNow = atomically(*root_, [&](Connection&) -> Result<> {
     const auto groups = getFatherGroup(*this);
+    if (!groups) return tl::make_unexpected(groups.error());
     auto written =
         write(*root_, "update account set deleted = 1, editDate = ?, edit_ipid = ? where oldTitle = ?",
               root_->editStamp(), root_->itsUDID(), pk);
@@ -103,7 +104,7 @@ Result<> MonivaAccount::delete_() {
     }
     if (!written) return written;
     std::set<std::string> keys;
-    for (const auto& group : groups) keys.insert(group.pk);
+    for (const auto& group : *groups) keys.insert(group.pk);
     return countTheTotalBalances(*root_, keys);
   });
   if (deletedNow) {

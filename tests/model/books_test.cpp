@@ -202,7 +202,7 @@ TEST(Books, deletingTakesTheMembershipsAndNothingElse) {
                       " order by type",
                       {home.cash->pk, home.cash->pk}),
             "71 120 120");
-  EXPECT_EQ(getGroupMembers(all).size(), 1U);
+  EXPECT_EQ(getGroupMembers(all)->size(), 1U);
 
   home.sql("update account set editDate = 1");
   ASSERT_TRUE(home.cash->recoverForTitle());
@@ -240,15 +240,15 @@ TEST(Books, aFirstCurrencyGetsAnAccountAndTheRowLeavesItsGroups) {
   auto all = home.group("All", {*home.cash, *home.bank});
   const auto none = home.cash->updateCurrency(home.cash->currency);
   EXPECT_TRUE(none && !*none);
-  EXPECT_EQ(getGroupMembers(all).size(), 2U);
+  EXPECT_EQ(getGroupMembers(all)->size(), 2U);
   const auto made = home.home->updateCurrency("USD");
   ASSERT_TRUE(made && *made);
   EXPECT_EQ(row(home, **made, "title || kind || type || currency"),
             "Default Payment Account US Dollar1_SavingAccountUSD");
   const auto second = home.cash->updateCurrency("USD");
   EXPECT_TRUE(second && !*second) << "there is one by now";
-  EXPECT_EQ(getGroupMembers(all).size(), 1U);
-  EXPECT_TRUE(getFatherGroup(*home.cash).empty());
+  EXPECT_EQ(getGroupMembers(all)->size(), 1U);
+  EXPECT_TRUE(getFatherGroup(*home.cash)->empty());
 }
 
 TEST(Books, theCurrentOneIsTheOneKeptElseTheFirst) {

@@ -94,7 +94,7 @@ std::string ownRecordsText(const Session& session, const MonivaAccount& row) {
 }
 
 std::string changeCurrency(Session& session, MonivaAccount& row, const std::string& code) {
-  const auto groups = row.isGroup ? std::vector<MonivaAccount>() : getFatherGroup(row);
+  const auto groups = row.isGroup ? std::vector<MonivaAccount>() : done(getFatherGroup(row));
   const auto added = done(row.updateCurrency(code));
   std::string also;
   if (!groups.empty()) also += " " + session.text("It left its groups: {}.", titlesText(groups));
@@ -109,7 +109,7 @@ void Facts::add(const std::string& name, const std::string& value) {
 void Facts::addState(const MonivaAccount& row) {
   if (!row.note.empty()) add(session_.text("Note"), row.note);
   if (!row.enabled) add(session_.text("State"), session_.text("closed"));
-  if (const auto groups = getFatherGroup(row); !groups.empty()) {
+  if (const auto groups = done(getFatherGroup(row)); !groups.empty()) {
     add(session_.text("Groups"), titlesText(groups));
   }
 }
@@ -143,7 +143,8 @@ void Facts::print() {
 boost::json::object jsonWithGroups(Session& session, const MonivaAccount& row) {
   auto object = jsonWithTotals(session, row);
   boost::json::array groups;
-  for (const auto& group : getFatherGroup(row)) groups.push_back({{"pk", group.pk}, {"title", group.title}});
+  for (const auto& group : done(getFatherGroup(row)))
+    groups.push_back({{"pk", group.pk}, {"title", group.title}});
   object["groups"] = std::move(groups);
   return object;
 }

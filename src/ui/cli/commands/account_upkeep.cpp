@@ -48,7 +48,7 @@ std::string setClosed(Session& session, MonivaAccount& row, bool closed) {
 
 std::string deleteRow(Session& session, MonivaAccount& row) {
   const std::string records = ownRecordsText(session, row);
-  const auto groups = getFatherGroup(row);
+  const auto groups = done(getFatherGroup(row));
   done(row.delete_());
   std::string answer =
       row.isBook()

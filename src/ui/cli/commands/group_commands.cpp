@@ -39,7 +39,7 @@ std::vector<MonivaAccount> membersNamed(Session& session, const std::vector<std:
 boost::json::object jsonOfGroup(Session& session, const MonivaAccount& group) {
   auto object = jsonWithTotals(session, group);
   boost::json::array members;
-  for (const auto& member : getGroupMembers(group)) {
+  for (const auto& member : done(getGroupMembers(group))) {
     members.push_back({{"pk", member.pk}, {"title", member.title}});
   }
   object["members"] = std::move(members);
@@ -99,7 +99,7 @@ void includeInGroup(Session& session, const GroupOptions& options) {
   }));
   answerForGroup(session, group,
                  session.text("'{}' has {} now; its balance is {}.", group.title,
-                              membersText(session, group, getGroupMembers(group).size()),
+                              membersText(session, group, done(getGroupMembers(group)).size()),
                               session.amounts().format(group.totalBalance, group.currency)));
 }
 
@@ -114,7 +114,7 @@ void removeOfGroup(Session& session, const GroupOptions& options) {
   }));
   answerForGroup(session, group,
                  session.text("'{}' has {} left; its balance is {}.", group.title,
-                              membersText(session, group, getGroupMembers(group).size()),
+                              membersText(session, group, done(getGroupMembers(group)).size()),
                               session.amounts().format(group.totalBalance, group.currency)));
 }
 
@@ -133,7 +133,7 @@ void deleteGroup(Session& session, const GroupOptions& options) {
   std::string members;
   done(atomically(session.root(), [&](Connection&) {
     group = groupNamed(session, options.title, options.ofBooks);
-    members = membersText(session, group, getGroupMembers(group).size());
+    members = membersText(session, group, done(getGroupMembers(group)).size());
     return group.delete_();
   }));
   answerForGroup(session, group,
@@ -158,7 +158,7 @@ void listGroups(Session& session, const GroupOptions& options) {
       }
       table.addRow({group.title,
                     Cell(group.isBook() ? session.text("books") : session.text("accounts"), ink::dim),
-                    titlesText(getGroupMembers(group)), group.currency,
+                    titlesText(done(getGroupMembers(group))), group.currency,
                     amountCell(session, group.totalBalance, group.currency)});
     }
   }
@@ -183,7 +183,7 @@ void showGroup(Session& session, const GroupOptions& options) {
   facts.print();
   Table members({{.title = group.isBook() ? session.text("Book") : session.text("Account")},
                  {.title = session.text("Balance"), .align = Align::right}});
-  for (const auto& member : getGroupMembers(group)) {
+  for (const auto& member : done(getGroupMembers(group))) {
     members.addRow(
         {titleCell(session, member), amountCell(session, getTheTotalBalance(member), member.currency)});
   }
