@@ -100,7 +100,7 @@ Result<ImportNames::CategoryKeys> ImportNames::category(int type, const std::str
 
 Result<std::string> ImportNames::vendor(int transactionType, const std::string& title) {
   // Files that lists were exported to name the entry for no vendor.
-  if (title.empty() || Vendor::isNoVendorTitle(title)) return std::string();
+  if (title.empty() || Vendor::isNoVendorTitle(root_, title)) return std::string();
   const auto name = std::make_pair(Vendor::typeFor(transactionType), title);
   if (const auto known = vendors_.find(name); known != vendors_.end()) return known->second;
   Vendor vendor(root_);

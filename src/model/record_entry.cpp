@@ -62,7 +62,7 @@ Result<> EntryUpkeep::writeAll(Balances balances) {
       return refusalOfStore(*root_);
   }
   for (const auto& [key, type] : vendors_) {
-    auto vendor = Vendor::getVendor(*root_, key);
+    auto vendor = Vendor::getVendor(*root_, key, type);
     if (vendor && !vendor->updateUsingCount(type)) return refusalOfStore(*root_);
   }
   std::set<std::string> keys;

@@ -1,6 +1,8 @@
 #include "model/title_order.h"
 
 #include <unicode/uchar.h>
+#include <unicode/uniset.h>
+#include <unicode/usetiter.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -38,6 +40,30 @@ std::size_t firstSign(std::string_view text, UChar32& first) {
   return static_cast<std::size_t>(end);
 }
 
+/// The bytes of the first signs of a text: as many as a language makes one letter of.
+std::size_t signsOfOneLetter(std::string_view text) {
+  constexpr int kMost = 3;
+  std::size_t end = 0;
+  UChar32 sign = 0;
+  for (int i = 0; i < kMost && end < text.size(); ++i) end += firstSign(text.substr(end), sign);
+  return end;
+}
+
+/// The plain letters that begin what a language orders as one letter.
+std::string beginningsOfLetters(const icu::Collator& collator) {
+  std::string letters;
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<icu::UnicodeSet> tailored(collator.getTailoredSet(status));
+  if (U_FAILURE(status) || tailored == nullptr) return letters;
+  icu::UnicodeSetIterator each(*tailored);
+  each.skipToStrings();
+  while (each.next()) {
+    const UChar32 first = each.getString().char32At(0);
+    if (each.getString().countChar32() > 1 && first < 0x80) letters += static_cast<char>(first);
+  }
+  return letters;
+}
+
 }  // namespace
 
 std::shared_ptr<const TitleOrder> TitleOrder::forLocale(const std::string& locale) {
@@ -51,37 +77,41 @@ std::shared_ptr<const TitleOrder> TitleOrder::forLocale(const std::string& local
 
 TitleOrder::TitleOrder(const std::string& locale) : locale_(icu::Locale::createFromName(locale.c_str())) {
   const std::string_view language = locale_.getLanguage();
-  dotsCount_ = language == "tr" || language == "az";
   UErrorCode status = U_ZERO_ERROR;
   collator_.reset(icu::Collator::createInstance(locale_, status));
   if (U_FAILURE(status)) collator_.reset();
+  if (collator_) unsettled_ = beginningsOfLetters(*collator_);
+  // With its dot and without it is two letters.
+  if (language == "tr" || language == "az") unsettled_ += 'i';
 }
 
 std::string TitleOrder::letterOf(std::string_view title) const {
   title = trimBlanks(title);
   if (title.empty()) return std::string(kNoLetter);
   UChar32 first = 0;
-  const std::string sign(title.substr(0, firstSign(title, first)));
+  std::size_t end = firstSign(title, first);
   if (first < 0 || !u_isalpha(first)) return std::string(kNoLetter);
-  if (sign.size() == 1 && !(dotsCount_ && first == 'i'))
-    return std::string(1, static_cast<char>(u_toupper(first)));
+  const bool isUnsettled = first < 0x80 && unsettled_.find(static_cast<char>(first)) != std::string::npos;
+  if (end == 1 && !isUnsettled) return std::string(1, static_cast<char>(u_toupper(first)));
+  if (isUnsettled) end = signsOfOneLetter(title);
+  const std::string beginning(title.substr(0, end));
   const std::scoped_lock lock(mutex_);
-  const auto [found, isNew] = known_.try_emplace(sign);
-  if (isNew) found->second = findLetter(sign, first);
+  const auto [found, isNew] = known_.try_emplace(beginning);
+  if (isNew) found->second = findLetter(beginning, first);
   return found->second;
 }
 
-std::string TitleOrder::findLetter(std::string_view sign, UChar32 first) const {
+std::string TitleOrder::findLetter(std::string_view beginning, UChar32 first) const {
   UErrorCode status = U_ZERO_ERROR;
   const auto script = uscript_getScript(first, &status);
   if (script == USCRIPT_HAN) {
-    auto letter = pinyinFirstLetter(sign);
+    auto letter = pinyinFirstLetter(beginning);
     return letter.empty() ? std::string(kNoLetter) : letter;
   }
   std::string utf8;
   if (const Letters* letters = lettersOf(script)) {
     const auto* bucket =
-        letters->getBucket(letters->getBucketIndex(icu::UnicodeString::fromUTF8(piece(sign)), status));
+        letters->getBucket(letters->getBucketIndex(icu::UnicodeString::fromUTF8(piece(beginning)), status));
     if (U_SUCCESS(status) && bucket != nullptr && bucket->getLabelType() == U_ALPHAINDEX_NORMAL)
       return bucket->getLabel().toUTF8String(utf8);
   }

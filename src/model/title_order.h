@@ -26,8 +26,8 @@ class TitleOrder {
 
   /// The letter a title is filed under, a capital where its script has them. An accented letter counts as the
   /// plain one unless it is one of its own to the user ("Ä": "A" in German, "Ä" in Swedish); Chinese goes by
-  /// its sound; other scripts have their own letters, by the customs of a language written in them. Blanks
-  /// before it do not count.
+  /// its sound; other scripts have their own letters, by the customs of a language written in them. What the
+  /// language takes for one letter is one ("Ch" in Czech). Blanks before it do not count.
   std::string letterOf(std::string_view title) const;
 
   /// Whether `left` stands before `right` (-1), after it (1) or in the same place (0).
@@ -36,11 +36,12 @@ class TitleOrder {
  private:
   using Letters = icu::AlphabeticIndex::ImmutableIndex;
 
-  std::string findLetter(std::string_view sign, UChar32 first) const;
+  std::string findLetter(std::string_view beginning, UChar32 first) const;
   const Letters* lettersOf(UScriptCode script) const;
 
   icu::Locale locale_;
-  bool dotsCount_ = false;  ///< i with and without its dot are two letters
+  /// The plain letters that are not always filed under themselves: the "c" of the Czech "ch".
+  std::string unsettled_;
   std::unique_ptr<icu::Collator> collator_;
   mutable std::mutex mutex_;
   mutable std::map<UScriptCode, std::unique_ptr<Letters>> letters_;

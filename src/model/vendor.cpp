@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <vector>
 
 #include "base/text.h"
 #include "model/order_string.h"
-#include "model/title.h"
 #include "model/transaction_type.h"
+#include "model/vendor_rows.h"
 #include "storage/transaction.h"
 
 namespace moniva {
@@ -62,8 +63,10 @@ bool Vendor::isNoVendor() const {
   return pk == kNoVendorKey;
 }
 
-bool Vendor::isNoVendorTitle(std::string_view title) {
-  return std::ranges::find(kTitlesOfNoVendor, trimBlanks(title)) != kTitlesOfNoVendor.end();
+bool Vendor::isNoVendorTitle(MVAppRoot& root, std::string_view title) {
+  title = trimBlanks(title);
+  return std::ranges::find(kTitlesOfNoVendor, title) != kTitlesOfNoVendor.end() ||
+         title == noVendor(root, kPayee).title || title == noVendor(root, kPayer).title;
 }
 
 std::string Vendor::getOrderType(MVAppRoot& root, int transactionType) {
@@ -81,56 +84,48 @@ Result<> Vendor::setOrderType(MVAppRoot& root, int transactionType, std::string_
   return {};
 }
 
-std::optional<Vendor> Vendor::getVendor(MVAppRoot& root, std::string_view key) {
+std::optional<Vendor> Vendor::getVendor(MVAppRoot& root, std::string_view key, int transactionType) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr || key.empty()) return std::nullopt;
-  Run run = db->query(
-      "select title, type, orderString, usedTimes, orderID, deleted, familyUser, ipid from category"
-      " where oldTitle = ?",
-      {key});
+  static const std::string sql = fmt::format(
+      "select {} from category where oldTitle = ? and type in (6, 9) order by type != ?, deleted != 0, type",
+      kVendorColumns);
+  Run run = db->query(sql, {key, typeFor(transactionType)});
   if (!run.next()) return std::nullopt;
-  Vendor vendor(root);
-  vendor.pk = key;
-  vendor.title = run.text(0);
-  vendor.type = static_cast<int>(run.integer(1));
-  vendor.setOrderString(run.text(2));
-  vendor.usedTimes = static_cast<int>(run.integer(3));
-  vendor.orderID = static_cast<int>(run.integer(4));
-  vendor.deleted = static_cast<int>(run.integer(5));
-  vendor.familyUser = run.text(6);
-  vendor.ipid = run.text(7);
-  return vendor;
+  return vendorOfRow(root, run);
 }
 
 std::optional<Vendor> Vendor::withTitle(MVAppRoot& root, std::string_view title, int type) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return std::nullopt;
-  std::string key;
-  {
-    Run run = db->query("select oldTitle, deleted from category where title=? and type=? order by deleted",
-                        {title, type});
-    if (run.next()) key = run.text(0);
-  }
-  return getVendor(root, key);
+  static const std::string sql =
+      fmt::format("select {} from category where title=? and type=? {}", kVendorColumns, kVendorRowOrder);
+  Run run = db->query(sql, {title, type});
+  if (!run.next()) return std::nullopt;
+  return vendorOfRow(root, run);
 }
 
 Result<> Vendor::add() {
-  if (auto usable = usableTitle(title); !usable) return usable;
+  if (auto usable = usableTitle(*root_, title); !usable) return usable;
+  if (type != kPayee && type != kPayer) return refuse("a vendor is a payee or a payer, of no type {}", type);
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
   bool written = true;
-  if (const auto found = withTitle(*root_, title, type)) {
-    const bool wasDeleted = found->deleted != 0;
-    *this = *found;
+  const auto found = vendorWithKey(*root_, title, type);
+  if (!found) return tl::make_unexpected(found.error());
+  if (*found) {
+    const bool wasDeleted = (*found)->deleted != 0;
+    *this = **found;
     if (wasDeleted) written = revive();
   } else {
     pk = root_->newIdentifier();
     if (orderString_.empty()) setOrderString(orderStringOf(title));
     {
       Run run = db->query("select orderID from category where type=? order by orderID DESC limit 1", {type});
-      orderID = run.next() ? static_cast<int>(run.integer(0)) + 1 : 1;
+      const std::int64_t last = run.next() ? run.integer(0) : 0;
+      orderID = static_cast<int>(std::clamp<std::int64_t>(last, 0, std::numeric_limits<int>::max() - 1)) + 1;
     }
     written = root_->executeUpdate(
         "insert into category (title, usedTimes, type, deleted, editDate, familyUser, account,  orderID, "
@@ -143,28 +138,31 @@ Result<> Vendor::add() {
   return {};
 }
 
-bool Vendor::isExist() const {
+std::int64_t Vendor::liveRows() const {
   Connection* db = root_->db().getDatabase();
-  if (db == nullptr) return false;
+  if (db == nullptr) return 0;
   Run run = db->query(
       "select count(title) as titlecount from category where deleted = 0 and type = ? and title = ?",
       {type, title});
-  return run.next() && run.integer(0) > 0;
+  return run.next() ? run.integer(0) : 0;
 }
 
 std::int64_t Vendor::recordCount() const {
   Connection* db = root_->db().getDatabase();
-  if (db == nullptr) return 0;
-  Run run = db->query("select count(*) from transactions where vendor = ? and deleted = 0", {pk});
+  if (db == nullptr || pk.empty()) return 0;
+  const auto sql = fmt::format("select count(*) from transactions where vendor = ? and deleted = 0{}",
+                               ownRecords(*root_, pk, type));
+  Run run = db->query(sql, {pk});
   return run.next() ? run.integer(0) : 0;
 }
 
 bool Vendor::updateUsingCount(int transactionType) {
+  if (pk.empty()) return false;
   return root_->executeUpdate(
       "update category set editDate = ?, edit_ipid = ?, usedTimes = (select count(eid) from transactions "
       "where vendor = ?"
-      " and type = ?) where oldTitle = ?",
-      root_->editStamp(), root_->itsUDID(), pk, transactionType, pk);
+      " and type = ?) where oldTitle = ? and type = ?",
+      root_->editStamp(), root_->itsUDID(), pk, transactionType, pk, type);
 }
 
 bool Vendor::updateUsingCount() {
@@ -179,7 +177,8 @@ Result<int> Vendor::updateUsingCounts(MVAppRoot& root, int type) {
   std::vector<Vendor> wrong;
   {
     Run run = db->query(
-        "select oldTitle from category where deleted = 0 and type = ? and usedTimes is not (select count(eid)"
+        "select oldTitle from category where deleted = 0 and type = ? and oldTitle != '' and usedTimes is "
+        "not (select count(eid)"
         " from transactions where vendor = category.oldTitle and transactions.type = ?)",
         {type, type == kPayer ? kind::kIncome : kind::kExpense});
     while (run.next()) {

@@ -47,8 +47,8 @@ class Vendor {
   /// The entry that stands for no vendor of that transaction type, its title in the person's language.
   static Vendor noVendor(MVAppRoot& root, int transactionType);
   bool isNoVendor() const;
-  /// Whether the title is one of those kept for no vendor.
-  static bool isNoVendorTitle(std::string_view title);
+  /// Whether the title is one of those kept for no vendor, in English or in the person's language.
+  static bool isNoVendorTitle(MVAppRoot& root, std::string_view title);
 
   /// How vendors of that type are listed: "0" in the user's own order, "1" by use, "2" by letter. Else what
   /// the store has.
@@ -56,17 +56,21 @@ class Vendor {
   /// Sets it; any other mode is refused. From the main thread, outside every transaction.
   static Result<> setOrderType(MVAppRoot& root, int transactionType, std::string_view mode);
 
-  /// The vendor with the key, deleted ones too; nothing when there is none.
-  static std::optional<Vendor> getVendor(MVAppRoot& root, std::string_view key);
-  /// The vendor of that title and row type, a live one before a deleted one.
+  /// The vendor with the key, deleted ones too; nothing when there is none. Where a payee and a payer share
+  /// the key it is the one for the transaction type.
+  static std::optional<Vendor> getVendor(MVAppRoot& root, std::string_view key, int transactionType = 0);
+  /// The vendor of that title and row type: of several rows the one a clean-up would keep. Its key is blank
+  /// where no row has one.
   static std::optional<Vendor> withTitle(MVAppRoot& root, std::string_view title, int type);
+  /// How many live rows of its title and type there are: more than one where devices added it apart.
+  std::int64_t liveRows() const;
   /// Whether there is a live vendor of the title and type.
-  bool isExist() const;
+  bool isExist() const { return liveRows() > 0; }
   /// How many live transactions refer to it.
   std::int64_t recordCount() const;
 
   /// Adds the vendor at the end of the list, or takes (revives, when deleted) the row of that title and type;
-  /// `pk` is its key afterwards.
+  /// `pk` is its key afterwards. A type that is none of the two is refused.
   Result<> add();
   /// Takes the vendor out of the lists. Its transactions go on to refer to it.
   Result<> delVendor();
@@ -74,7 +78,8 @@ class Vendor {
   /// which cannot be undone: the transactions go to the other, which this object is then. The present title
   /// is refused.
   Result<> rename(const std::string& newTitle);
-  /// Saves title and sort text of the object. A title that another vendor has is refused.
+  /// Saves title and sort text of the object; with a new title a sort text left as it was is made afresh. A
+  /// title that another vendor has, be it a deleted one, is refused.
   Result<> update();
   /// Moves every transaction to another vendor, a live one of the same type.
   Result<> moveDataTo(const Vendor& vendor);
@@ -92,7 +97,7 @@ class Vendor {
  private:
   /// The row as it is in the store.
   Result<Vendor> stored() const;
-  static Result<> usableTitle(std::string_view text);
+  static Result<> usableTitle(MVAppRoot& root, std::string_view text);
   bool markDeleted() const;
   bool revive() const;
 

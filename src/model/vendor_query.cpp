@@ -39,21 +39,40 @@ std::vector<VendorSection> VendorQuery::getVendorList(std::string_view mode) {
   if (mode == "0") {
     list = listed(
         "select oldTitle, orderString, title, usedTimes, orderID, familyUser, ipid from category where"
-        " deleted = 0 and type = ? group by title order by orderID");
+        " deleted = 0 and type = ? and oldTitle != '' group by title order by orderID");
   } else if (mode == "1") {
     list = listed(
         "select oldTitle, orderString, title, usedTimes, orderID, familyUser, ipid from category where"
-        " deleted = 0 and type = ? group by title order by usedTimes DESC");
+        " deleted = 0 and type = ? and oldTitle != '' group by title order by usedTimes DESC");
   }
   list.insert(list.begin(), Vendor::noVendor(*root_, type));
   return sections;
 }
 
-std::vector<VendorSection> VendorQuery::getVendorListByAlpha() {
+std::vector<Vendor> VendorQuery::listedByOrderString() {
   auto vendors = listed(
       "select oldTitle, orderString, title, usedTimes, orderID, familyUser, ipid from category where"
-      " deleted = 0 and type = ? group by title order by orderString");
+      " deleted = 0 and type = ? and oldTitle != '' group by title order by orderString");
   completeOrderStrings(vendors);
+  return vendors;
+}
+
+std::vector<Vendor> VendorQuery::getVendorListByName() {
+  auto vendors = listedByOrderString();
+  const auto order = TitleOrder::forLocale(root_->calendar().locale());
+  const auto lettersEnd = std::stable_partition(vendors.begin(), vendors.end(), [&](const Vendor& vendor) {
+    return order->letterOf(vendor.title) != TitleOrder::kNoLetter;
+  });
+  const auto isBefore = [&](const Vendor& left, const Vendor& right) {
+    return order->compare(left.title, right.title) < 0;
+  };
+  std::stable_sort(vendors.begin(), lettersEnd, isBefore);
+  std::stable_sort(lettersEnd, vendors.end(), isBefore);
+  return vendors;
+}
+
+std::vector<VendorSection> VendorQuery::getVendorListByAlpha() {
+  auto vendors = listedByOrderString();
   const auto order = TitleOrder::forLocale(root_->calendar().locale());
   std::vector<VendorSection> sections;
   std::unordered_map<std::string, std::vector<Vendor*>> filed;
@@ -88,17 +107,19 @@ void VendorQuery::completeOrderStrings(std::vector<Vendor>& vendors) {
   }
   Connection* db = root_->db().getDatabase();
   if (incomplete.empty() || db == nullptr) return;
-  // The list is the same whether this can be kept or not.
+  // The list is the same whether this can be kept or not, so it waits for nobody.
+  const int patience = db->setPatience(0);
   Transaction transaction(*db);
+  db->setPatience(patience);
   if (!transaction.began()) return;
   for (const Vendor* vendor : incomplete) {
     if (!root_->executeUpdate(
-            "update category set orderString = ?, editDate=?, edit_ipid = ? where oldTitle=?",
-            vendor->orderString(), root_->editStamp(), root_->itsUDID(), vendor->pk)) {
+            "update category set orderString = ?, editDate=?, edit_ipid = ? where oldTitle=? and type = ?",
+            vendor->orderString(), root_->editStamp(), root_->itsUDID(), vendor->pk, vendor->type)) {
       return;
     }
   }
-  transaction.commit();
+  if (transaction.commit()) root_->markRecentEditDate();
 }
 
 }  // namespace moniva

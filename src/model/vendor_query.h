@@ -15,7 +15,8 @@ struct VendorSection {
   std::vector<Vendor> cateArrayOfSameLetter;
 };
 
-/// Lists the live vendors of a type in the order the user chose. Two live rows of one title are listed once.
+/// Lists the live vendors of a type in the order the user chose. Two live rows of one title are listed once,
+/// a row without a key not at all.
 class VendorQuery {
  public:
   explicit VendorQuery(MVAppRoot& root, int rowType = Vendor::kPayee) : type(rowType), root_(&root) {}
@@ -30,10 +31,14 @@ class VendorQuery {
   std::vector<VendorSection> getVendorList(std::string_view mode);
   /// Sections by letter; they and the titles in them as the user's language orders them, "#" last. A row
   /// without a sort text gets one, which is written to the store as an edit.
+  /// Where another program is writing that is left for another time.
   std::vector<VendorSection> getVendorListByAlpha();
+  /// One list by title as the user's language orders them, those that begin with no letter last.
+  std::vector<Vendor> getVendorListByName();
 
  private:
   std::vector<Vendor> listed(std::string_view sql);
+  std::vector<Vendor> listedByOrderString();
   void completeOrderStrings(std::vector<Vendor>& vendors);
 
   MVAppRoot* root_;

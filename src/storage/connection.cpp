@@ -205,10 +205,6 @@ bool Connection::checkpoint() {
   return false;
 }
 
-void Connection::setPatience(int milliseconds) {
-  sqlite3_busy_timeout(handle_, milliseconds);
-}
-
 void Connection::clearError() {
   errorCode_ = 0;
   errorMessage_.clear();

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "base/result.h"
 #include "calendar/date.h"
@@ -82,8 +83,8 @@ class Connection {
   /// Brings the write-ahead log into the file. False, with the failure "in use", when another connection
   /// still reads or writes what is in it.
   bool checkpoint();
-  /// Milliseconds to wait for other programs from now on.
-  void setPatience(int milliseconds);
+  /// Milliseconds to wait for other programs from now on; answers what it was.
+  int setPatience(int milliseconds) { return std::exchange(patience_, milliseconds); }
   /// Called with the code and the message of a failure that the file itself is to blame for: damage, or a
   /// read or write that the system refused. What a statement reads then is not the whole truth.
   void onFileFault(std::function<void(int, const std::string&)> told) { fileFault_ = std::move(told); }

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "model/vendor_cleanup.h"
 #include "model/vendor_query.h"
+#include "platform/gettext_localization.h"
 #include "storage/transaction.h"
 #include "support/household.h"
 
@@ -47,13 +50,14 @@ TEST(Vendors, renamedKeepTheirRecordsWhoeverHasTheTitle) {
     const char* why;
   };
   for (const auto& [taken, otherDeleted, rows, uses, why] :
-       {Case{false, 0, "New 0 own 1", 0, "free: the row itself"},
-        Case{true, 0, "New 0 other 2\nOld 1 own 0", 2, "a live one takes the records"},
-        Case{true, 1, "New 0 other 2\nOld 1 own 0", 2, "a deleted one comes back for them"}}) {
+       {Case{false, 0, "New 0 own 1 1", 1, "free: the row itself"},
+        Case{true, 0, "New 0 other 2 2\nOld 1 own 0 0", 2, "a live one takes the records"},
+        Case{true, 1, "New 0 other 2 2\nOld 1 own 0 0", 2, "a deleted one comes back for them"}}) {
     Shops home;
     auto own = home.vendor("Old");
     home.vendor("New", Vendor::kPayer);
     home.paid(own, 1);
+    own.updateUsingCount();
     std::string otherKey;
     if (taken) {
       const auto other = home.vendor("New");
@@ -64,11 +68,12 @@ TEST(Vendors, renamedKeepTheirRecordsWhoeverHasTheTitle) {
     const std::string ownKey = own.pk;
     home.sql("update transactions set editDate = 1");
     ASSERT_TRUE(own.rename("New")) << why;
-    EXPECT_EQ(home.rows("select title || ' ' || deleted || ' ' || iif(oldTitle = ?, 'own ', 'other ') ||"
-                        " (select count(*) from transactions where vendor = oldTitle) from category where"
-                        " type = 6 order by title",
-                        {ownKey}),
-              rows)
+    EXPECT_EQ(
+        home.rows("select title || ' ' || deleted || ' ' || iif(oldTitle = ?, 'own ', 'other ') ||"
+                  " (select count(*) from transactions where vendor = oldTitle) || ' ' || usedTimes from"
+                  " category where type = 6 order by title",
+                  {ownKey}),
+        rows)
         << why;
     EXPECT_EQ(own.pk, taken ? otherKey : ownKey) << why;
     EXPECT_EQ(own.old, ownKey) << why;
@@ -83,6 +88,8 @@ TEST(Vendors, renamedKeepTheirRecordsWhoeverHasTheTitle) {
 
 TEST(Vendors, whatMakesNoSenseIsRefusedWithNothingChanged) {
   Shops home;
+  home.platform.localization =
+      std::make_unique<GettextLocalization>(home.platform.directories.resources, "de");
   const auto shop = home.vendor("Shop");
   const auto other = home.vendor("Other");
   const auto payer = home.vendor("Work", Vendor::kPayer);
@@ -108,7 +115,16 @@ TEST(Vendors, whatMakesNoSenseIsRefusedWithNothingChanged) {
       {"a title without end", [&] { return Vendor(shop).rename(std::string(121, 'x')); }},
       {"one for no vendor", [&] { return titled(unknown, " NoPayer").add(); }},
       {"one for no vendor, by a change", [&] { return titled(shop, "NoVendor").update(); }},
+      {"one for no vendor, in the person's language", [&] { return titled(unknown, "Kein Zahler").add(); }},
+      {"a type of no vendor",
+       [&] {
+         auto made = unknown;
+         made.type = kind::kExpense;
+         return made.add();
+       }},
+      {"a vendor without a key", [&] { return Vendor(home.root).delVendor(); }},
       {"a rename onto itself", [&] { return Vendor(shop).rename("Shop"); }},
+      {"a title of a deleted one", [&] { return titled(shop, "Gone").update(); }},
       {"a title that is taken", [&] { return titled(shop, "Other").update(); }},
       {"no vendor, renamed", [&] { return Vendor(none).rename("Some"); }},
       {"no vendor, deleted", [&] { return Vendor(none).delVendor(); }},
@@ -194,6 +210,10 @@ TEST(Vendors, areFiledUnderTheLettersOfTheUser) {
                 {"Zoo", "Ясно", "арбуз"},
                 "А: арбуз | Я: Ясно | Z: Zoo",
                 "the user's own script comes first"},
+           Case{"cs_CZ",
+                {"Ivan", "Chleba", "CHODBA", "Hora", "Cukr", "Čas"},
+                "C: Cukr | Č: Čas | H: Hora | CH: Chleba CHODBA | I: Ivan",
+                "two signs can be one letter"},
            Case{"tr_TR",
                 {"izmir", "Isparta", "Irmak"},
                 "I: Irmak Isparta | İ: izmir",
@@ -210,6 +230,19 @@ TEST(Vendors, areFiledUnderTheLettersOfTheUser) {
   }
 }
 
+TEST(Vendors, areListedByNameAsTheUserOrdersThem) {
+  Shops home;
+  home.platform.calendar = *Calendar::make("Europe/Berlin", "cs_CZ");
+  for (const char* title : {"7-Elf", "Ivan", "Chleba", "Hora", "Cukr"}) home.vendor(title);
+  std::string shown;
+  for (const auto& vendor : VendorQuery(home.root).getVendorListByName()) shown += vendor.title + " ";
+  EXPECT_EQ(shown, "Cukr Hora Chleba Ivan 7-Elf ");
+  auto changed = *Vendor::withTitle(home.root, "Hora", Vendor::kPayee);
+  changed.title = "Bor";
+  ASSERT_TRUE(changed.update());
+  EXPECT_EQ(changed.orderString(), "bor") << "a new title is sorted by itself";
+}
+
 TEST(Vendors, aMissingSortTextIsMadeOnce) {
   Shops home;
   for (const char* title : {"Market", "中国", "Магазин", "7-Elf", "A very long title of a shop"})
@@ -219,7 +252,15 @@ TEST(Vendors, aMissingSortTextIsMadeOnce) {
       "update category set orderString = iif(title = '7-Elf', null, ''), editDate = 1 where title not like "
       "'A %'");
   VendorQuery query(home.root);
+  auto elsewhere = *Connection::open(home.connection().path(), Connection::Access::readWrite);
+  ASSERT_TRUE(elsewhere->execute("begin immediate"));
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_EQ(query.getVendorListByName().size(), 5U);
+  EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(2)) << "a list waits for nobody";
+  elsewhere.reset();
+  home.root.recentEditDate.reset();
   query.getVendorListByAlpha();
+  EXPECT_TRUE(home.root.recentEditDate);
   EXPECT_EQ(home.rows("select orderString || (editDate > 1) from category order by orderString"),
             "#1\na very long title of1\nm1\nm1\nz1");
   const auto before = home.everything();
@@ -243,27 +284,105 @@ TEST(Vendors, ofOneTitleBecomeOne) {
     home.vendor("Shop", Vendor::kPayer);
     home.sql(
         "insert into category (title, type, deleted, editDate, oldTitle) values ('Shop', 6, ?, 4e9, 'newer'),"
-        " ('Shop', 6, 1, 5e9, 'gone'), ('Shop', 6, 0, 1, 'shared'), ('Other', 9, 0, 1, 'shared')",
+        " ('Shop', 6, ?1, 4e9, 'same age'), ('Shop', 6, 0, 6e9, ''), ('Shop', 6, 1, 5e9, 'gone'),"
+        " ('Shop', 6, 0, 1, 'shared'), ('Other', 9, 0, 1, 'shared')",
         {newerDeleted});
     for (const auto& key : {first, std::string("newer"), std::string("gone"), std::string("shared")})
       home.set(home.spend("Things", 1, home.on("2024-02-29")), "vendor", key);
+    home.set(home.earn("Pay", 1, home.on("2024-02-29")), "vendor", "shared");
     home.sql("update transactions set editDate = 1");
     EXPECT_EQ(home.shown(VendorQuery(home.root).getVendorListByAlpha()), "S: Shop") << "listed once";
     const auto done = clearDuplicatedItemChangeEditDate(home.root, changeEditDate);
     ASSERT_TRUE(done) << why;
     EXPECT_EQ(done->titles, 1) << why;
-    EXPECT_EQ(done->removed, 3) << why;
-    EXPECT_EQ(done->records, 2) << why;
+    EXPECT_EQ(done->removed, 5) << why;
+    EXPECT_EQ(done->records, 3) << why;
     EXPECT_EQ(home.rows("select replace(oldTitle, ?, 'first') from category where type = 6", {first}), stays)
         << why;
     EXPECT_EQ(home.number("select count(*) from category where type = 9"), 2)
-        << "a key that others share stays";
+        << "a payer of the same key stays";
     EXPECT_EQ(home.rows("select replace(vendor, ?, 'first') || count(*) || (max(editDate) > 1) from"
                         " transactions group by vendor order by 1",
                         {first}),
-              stays + std::string(changeEditDate ? "31" : "30") + "\nshared10")
+              stays + std::string(changeEditDate ? "41" : "40") + "\nshared10")
         << why;
     EXPECT_EQ(clearDuplicateVendor(home.root)->titles, 0) << why;
+  }
+}
+
+TEST(Vendors, withoutAKeyGetOne) {
+  struct Case {
+    const char* others;
+    const char* left;
+    const char* why;
+  };
+  for (const auto& [others, left, why] :
+       {Case{"('Bare', 6, 0, 9, '')", "Bare 0 new", "it alone"},
+        Case{"('Bare', 6, 0, 9, ''), ('Bare', 6, 0, 8, null)", "Bare 0 new", "two of them become one"},
+        Case{"('Bare', 6, 0, 9, ''), ('Bare', 6, 1, 8, 'key')", "Bare 0 key",
+             "a key that was there stays, and the vendor in use"}}) {
+    Shops home;
+    home.sql(std::string("insert into category (title, type, deleted, editDate, oldTitle) values"
+                         " ('EUR', 0, 0, 1, ''), ") +
+             others);
+    home.set(home.spend("Things", 1, home.on("2024-02-29")), "vendor", "");
+    EXPECT_EQ(home.shown(VendorQuery(home.root).getVendorList("0")), ": NoPayee") << why;
+    EXPECT_EQ(Vendor::updateUsingCounts(home.root, Vendor::kPayee).value(), 0) << why;
+    ASSERT_TRUE(clearDuplicateVendor(home.root)) << why;
+    EXPECT_EQ(
+        home.rows("select title || ' ' || deleted || iif(oldTitle = 'key', ' key', ' new') from category"
+                  " where type = 6 and oldTitle != '' and editDate > 9"),
+        left)
+        << why;
+    EXPECT_EQ(home.rows("select editDate || oldTitle from category where type = 0 and title = 'EUR' and"
+                        " parent = ''"),
+              "1.0")
+        << why;
+    EXPECT_EQ(home.rows("select vendor from transactions"), "") << why;
+  }
+  Shops home;
+  home.sql("insert into category (title, type, orderID) values ('Bare', 6, 9000000000)");
+  auto shop = home.vendor("Shop");
+  EXPECT_EQ(shop.orderID, std::numeric_limits<int>::max()) << "no number beyond";
+  ASSERT_TRUE(shop.rename("Bare"));
+  EXPECT_EQ(
+      home.number("select count(*) from category where type = 6 and deleted = 0 and oldTitle = ?", {shop.pk}),
+      1);
+}
+
+TEST(Vendors, ofASharedKeyOnlyTheOneMeantChanges) {
+  const std::vector<std::pair<const char*, std::function<Result<>(Vendor, Vendor)>>> changes = {
+      {"deleted", [](Vendor shared, const Vendor&) { return shared.delVendor(); }},
+      {"renamed", [](Vendor shared, const Vendor&) { return shared.rename("New"); }},
+      {"merged", [](Vendor shared, const Vendor& other) { return shared.rename(other.title); }},
+      {"moved", [](Vendor shared, const Vendor& other) { return shared.moveDataTo(other); }},
+      {"counted",
+       [](Vendor shared, const Vendor&) { return shared.updateUsingCount() ? Result<>() : refuse("not"); }},
+  };
+  for (const auto& [why, change] : changes) {
+    Shops home;
+    const auto other = home.vendor("Other");
+    home.vendor("Work", Vendor::kPayer);
+    home.category("Food");
+    home.vendor("Shop");
+    home.sql("update category set oldTitle = 'k', editDate = 1 where title in ('Work', 'Food', 'Shop')");
+    home.set(home.spend("Things", 1, home.on("2024-02-29")), "vendor", "k");
+    home.set(home.earn("Pay", 1, home.on("2024-02-29")), "vendor", "k");
+    const auto others = [&] {
+      return home.rows(
+          "select json_array(title, type, deleted, usedTimes, orderID, editDate) from category where type != "
+          "6"
+          " union all select vendor from transactions where type = 11");
+    };
+    const auto before = others();
+    const auto stamps = home.number("select max(editDate) from category");
+    const auto shared = *Vendor::withTitle(home.root, "Shop", Vendor::kPayee);
+    EXPECT_EQ(shared.recordCount(), 1);
+    const auto done = change(shared, other);
+    ASSERT_TRUE(done) << why << ": " << done.error().why;
+    EXPECT_TRUE(Vendor::updateOrder(home.root, std::vector{shared})) << why;
+    EXPECT_EQ(others(), before) << why;
+    EXPECT_GT(home.number("select max(editDate) from category"), stamps) << why;
   }
 }
 

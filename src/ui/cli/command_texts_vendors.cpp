@@ -13,8 +13,7 @@ std::vector<CommandText> vendorTexts() {
         {"moniva vendor list --payers --by-use", "who pays you most often"}}},
       {"vendor list",
        "list the vendors",
-       "In the order chosen with 'moniva vendor order --mode', unless an option names another. By name goes "
-       "by "
+       "In the order chosen with 'moniva vendor order-by', unless an option names another. By name goes by "
        "your language; Chinese names are filed under the letter their reading begins with.",
        {{"moniva vendor list", "the payees in the order you chose"},
         {"moniva vendor list --payers --sections", "the payers by letter"}}},
@@ -36,20 +35,25 @@ std::vector<CommandText> vendorTexts() {
         {"moniva vendor rename \"Lang & Co\" Lang --merge", "one vendor of two"}}},
       {"vendor move-records",
        "hand all records of a vendor to another",
-       "Both stay in the lists.",
+       "A vendor in the lists stays there.",
        {{"moniva vendor move-records Lang \"Bäckerei Nord\"", ""}}},
       {"vendor order",
-       "choose the order vendors are listed in",
-       "The vendors named come first in your own order, the others after them as before. --mode says which "
-       "order lists have: your own (custom), by use, or by letter.",
-       {{"moniva vendor order Lang Stadtwerke", "these two first"},
-        {"moniva vendor order --mode use", "those used most first, from now on"},
-        {"moniva vendor order", "see which order it is"}}},
-      {"vendor counts", "count afresh how often each vendor was used", "", {{"moniva vendor counts", ""}}},
+       "put vendors in an order of your own",
+       "The vendors named come first, the others after them as before.",
+       {{"moniva vendor order Lang Stadtwerke", "these two first"}}},
+      {"vendor order-by",
+       "say what vendors are listed by",
+       "In your own order (custom), by use, or by name in sections by letter. Without a mode the command "
+       "tells "
+       "how it is.",
+       {{"moniva vendor order-by use", "those used most first, from now on"},
+        {"moniva vendor order-by", "see which order it is"}}},
+      {"vendor recount", "count afresh how often each vendor was used", "", {{"moniva vendor recount", ""}}},
       {"vendor tidy",
        "make one of vendors that stand twice",
        "Two devices that added the same vendor apart leave it twice, payee or payer. The one changed last "
-       "stays, a deleted one only where all are; the records of the others go to it.",
+       "stays, a deleted one only where all are; the records of the others go to it. A vendor without a key "
+       "gets one.",
        {{"moniva vendor tidy", ""}}}};
 }
 

@@ -150,7 +150,7 @@ json::object jsonOf(Session& session, const Spend& spend) {
           {"book", named(MonivaAccount::getAccountWithPK(root, spend.book), spend.book)},
           {"category", named(MVCategory::getCategory(root, spend.category), spend.category)},
           {"subcategory", named(MVCategory::getCategory(root, spend.subcategory), spend.subcategory)},
-          {"vendor", named(Vendor::getVendor(root, spend.vendor), spend.vendor)},
+          {"vendor", named(Vendor::getVendor(root, spend.vendor, spend.type), spend.vendor)},
           {"paid", spend.paid},
           {"needReimburse", spend.needReimburse},
           {"repeat", spend.repeat},

@@ -38,7 +38,7 @@ struct VendorOptions {
   CommandError either(CommandError ofPayee, CommandError ofPayer) const { return payer ? ofPayer : ofPayee; }
 };
 
-const std::map<std::string, std::string> kOrders = {{"custom", "0"}, {"use", "1"}, {"letter", "2"}};
+const std::map<std::string, std::string> kOrders = {{"custom", "0"}, {"use", "1"}, {"name", "2"}};
 
 /// The live vendors in the user's own order, without the entry for none.
 std::vector<Vendor> liveVendors(Session& session, int type) {
@@ -53,7 +53,7 @@ Vendor vendorNamed(Session& session, const std::string& name, const VendorOption
   MVAppRoot& root = session.root();
   auto vendor = Vendor::withTitle(root, wellFormed(name, "the name"), options.type());
   if (vendor && (vendor->deleted == 0 || alsoDeleted)) return std::move(*vendor);
-  if (Vendor::isNoVendorTitle(name)) {
+  if (Vendor::isNoVendorTitle(root, name)) {
     throw refused("'{}' stands for no vendor; it is the same for everyone", name);
   }
   std::vector<std::string> titles;
@@ -71,6 +71,15 @@ Vendor vendorNamed(Session& session, const std::string& name, const VendorOption
   }
   throw options.either(refused("there is no payee '{}'; {}", printable(name), hint),
                        refused("there is no payer '{}'; {}", printable(name), hint));
+}
+
+/// The same for what is to be changed, of which there has to be one.
+Vendor soleVendorNamed(Session& session, const std::string& name, const VendorOptions& options,
+                       bool alsoDeleted = false) {
+  Vendor vendor = vendorNamed(session, name, options, alsoDeleted);
+  if (vendor.liveRows() > 1) throw refused("'{}' stands twice; first: moniva vendor tidy", name);
+  if (vendor.pk.empty()) throw refused("'{}' has no key; first: moniva vendor tidy", name);
+  return vendor;
 }
 
 /// The end of an answer: how many records went along.
@@ -91,13 +100,12 @@ void listVendors(Session& session, const VendorOptions& options) {
                            : options.custom                     ? "0"
                            : options.byName || options.sections ? "2"
                                                                 : Vendor::getOrderType(root, options.type());
-  auto sections = VendorQuery(root, options.type()).getVendorList(mode);
+  VendorQuery query(root, options.type());
+  std::vector<VendorSection> sections;
   if (options.byName) {
-    VendorSection all;
-    for (auto& section : sections)
-      std::ranges::move(section.cateArrayOfSameLetter, std::back_inserter(all.cateArrayOfSameLetter));
-    sections.clear();
-    sections.push_back(std::move(all));
+    sections.push_back({"", query.getVendorListByName()});
+  } else {
+    sections = query.getVendorList(mode);
   }
   const bool lettered = mode == "2" && !options.byName;
   if (session.options().json) {
@@ -130,8 +138,8 @@ void listVendors(Session& session, const VendorOptions& options) {
   if (any) {
     session.out() << table.render(session.style(), session.width());
   } else if (mode != "0" && mode != "1" && mode != "2") {
-    session.say(session.text(
-        "The order '{}' is not known; choose one with: moniva vendor order --mode custom", mode));
+    session.say(
+        session.text("The order '{}' is not known; choose one with: moniva vendor order-by custom", mode));
   } else {
     session.say(options.payer
                     ? session.text("There is no payer yet. Add one with: moniva vendor add NAME --payer")
@@ -161,11 +169,15 @@ void addVendor(Session& session, const VendorOptions& options) {
   vendor.title = wellFormed(options.name, "the name");
   vendor.type = options.type();
   const auto known = Vendor::withTitle(session.root(), vendor.title, vendor.type);
-  if (known && known->deleted == 0) {
+  if (known && known->deleted == 0 && !known->pk.empty()) {
     throw options.either(refused("there is a payee '{}' already", vendor.title),
                          refused("there is a payer '{}' already", vendor.title));
   }
   done(vendor.add());
+  if (known && known->deleted == 0) {
+    return answerChange(session, vendor,
+                        session.text("'{}' was there without a key and has one now.", vendor.title));
+  }
   if (known) {
     return answerChange(session, vendor,
                         session.text("Brought back '{}', which was deleted.", vendor.title) + " " +
@@ -177,7 +189,7 @@ void addVendor(Session& session, const VendorOptions& options) {
 }
 
 void deleteVendor(Session& session, const VendorOptions& options) {
-  Vendor vendor = vendorNamed(session, options.name, options);
+  Vendor vendor = soleVendorNamed(session, options.name, options);
   const auto records = vendor.recordCount();
   done(vendor.delVendor());
   std::string sentence = session.text("Deleted '{}'.", vendor.title);
@@ -187,7 +199,7 @@ void deleteVendor(Session& session, const VendorOptions& options) {
 }
 
 void renameVendor(Session& session, const VendorOptions& options) {
-  Vendor vendor = vendorNamed(session, options.name, options);
+  Vendor vendor = soleVendorNamed(session, options.name, options);
   const std::string& title = wellFormed(options.other, "the new name");
   const auto other = Vendor::withTitle(session.root(), title, options.type());
   const bool merges = other && other->pk != vendor.pk;
@@ -214,19 +226,19 @@ void renameVendor(Session& session, const VendorOptions& options) {
 }
 
 void moveRecords(Session& session, const VendorOptions& options) {
-  Vendor from = vendorNamed(session, options.name, options, true);
-  const Vendor to = vendorNamed(session, options.other, options);
+  Vendor from = soleVendorNamed(session, options.name, options, true);
+  const Vendor to = soleVendorNamed(session, options.other, options);
   const auto records = from.recordCount();
   done(from.moveDataTo(to));
   answerChange(
-      session, *Vendor::getVendor(session.root(), to.pk),
+      session, *Vendor::getVendor(session.root(), to.pk, to.type),
       session.text("Moved what '{}' had to '{}'.", from.title, to.title) + followed(session, records));
 }
 
 std::string orderText(Session& session, const std::string& mode) {
   if (mode == "0") return session.text("Listed in your own order.");
   if (mode == "1") return session.text("Listed by use.");
-  if (mode == "2") return session.text("Listed by letter.");
+  if (mode == "2") return session.text("Listed by name.");
   return session.text("Listed in an order that is not known: '{}'.", mode);
 }
 
@@ -242,22 +254,30 @@ void orderVendors(Session& session, const VendorOptions& options) {
     const auto isNamed = std::ranges::find(options.names, vendor.title) != options.names.end();
     if (!isNamed) list.push_back(std::move(vendor));
   }
-  if (!options.names.empty()) done(Vendor::updateOrder(root, list));
-  if (!options.mode.empty()) done(Vendor::setOrderType(root, options.type(), kOrders.at(options.mode)));
-  if (!options.names.empty() || !options.mode.empty()) root.markRecentEditDate();
+  done(Vendor::updateOrder(root, list));
+  root.markRecentEditDate();
   const auto mode = Vendor::getOrderType(root, options.type());
   if (session.options().json) {
     json::array rows;
     for (const auto& vendor : liveVendors(session, options.type())) rows.push_back(jsonOf(session, vendor));
     return session.printJson(json::object{{"orderType", mode}, {"vendors", std::move(rows)}});
   }
-  std::string sentence;
-  if (!shown.empty())
-    sentence = session.text("Put first in your own order: {}.", fmt::join(shown, ", ")) + " ";
-  session.answer(sentence + orderText(session, mode));
+  session.answer(session.text("Put first in your own order: {}.", fmt::join(shown, ", ")) + " " +
+                 orderText(session, mode));
 }
 
-void countVendors(Session& session, const VendorOptions& options) {
+void orderVendorsBy(Session& session, const VendorOptions& options) {
+  MVAppRoot& root = session.root();
+  if (!options.mode.empty()) {
+    done(Vendor::setOrderType(root, options.type(), kOrders.at(options.mode)));
+    root.markRecentEditDate();
+  }
+  const auto mode = Vendor::getOrderType(root, options.type());
+  if (session.options().json) return session.printJson(json::object{{"orderType", mode}});
+  session.answer(orderText(session, mode));
+}
+
+void recountVendors(Session& session, const VendorOptions& options) {
   const auto wrong = done(Vendor::updateUsingCounts(session.root(), options.type()));
   if (wrong > 0) session.root().markRecentEditDate();
   if (session.options().json) return session.printJson(json::object{{"corrected", wrong}});
@@ -271,17 +291,28 @@ void tidyVendors(Session& session) {
   const auto cleaned = done(clearDuplicateVendor(root));
   if (cleaned.removed > 0) {
     for (const int type : {Vendor::kPayee, Vendor::kPayer}) done(Vendor::updateUsingCounts(root, type));
-    root.markRecentEditDate();
   }
+  if (cleaned.removed > 0 || cleaned.keys > 0) root.markRecentEditDate();
   if (session.options().json) {
-    return session.printJson(
-        json::object{{"titles", cleaned.titles}, {"removed", cleaned.removed}, {"records", cleaned.records}});
+    return session.printJson(json::object{{"titles", cleaned.titles},
+                                          {"removed", cleaned.removed},
+                                          {"records", cleaned.records},
+                                          {"keys", cleaned.keys}});
   }
-  session.answer(cleaned.titles == 0 ? session.text("No vendor stands twice; nothing was changed.")
-                                     : session.count("{} vendor stood more than once and is one now.",
-                                                     "{} vendors stood more than once and are one each now.",
-                                                     cleaned.titles) +
-                                           followed(session, cleaned.records));
+  if (cleaned.titles == 0 && cleaned.keys == 0)
+    return session.answer(session.text("No vendor stands twice; nothing was changed."));
+  std::string sentence;
+  if (cleaned.titles > 0) {
+    sentence = session.count("{} vendor stood more than once and is one now.",
+                             "{} vendors stood more than once and are one each now.", cleaned.titles) +
+               followed(session, cleaned.records);
+  }
+  if (cleaned.keys > 0) {
+    sentence += (sentence.empty() ? "" : " ") + session.count("{} vendor had no key and has one now.",
+                                                              "{} vendors had no key and have one now.",
+                                                              cleaned.keys);
+  }
+  session.answer(sentence);
 }
 
 }  // namespace
@@ -325,11 +356,11 @@ void addVendorCommands(CommandLine& line) {
   move.first->add_option("FROM", move.second->name, "Whose records; a deleted vendor's too")->required();
   move.first->add_option("TO", move.second->other, "Who has them from now on")->required();
   auto order = command("order", orderVendors);
-  order.first->add_option("NAME", order.second->names, "Those that come first in your own order");
-  order.first->add_option("--mode", order.second->mode, "How to list them from now on")
-      ->type_name("MODE")
-      ->check(oneOf({"custom", "use", "letter"}));
-  command("counts", countVendors);
+  order.first->add_option("NAME", order.second->names, "Those that come first in your own order")->required();
+  auto by = command("order-by", orderVendorsBy);
+  by.first->add_option("MODE", by.second->mode, "What they are listed by")
+      ->check(oneOf({"custom", "use", "name"}));
+  command("recount", recountVendors);
   line.onRun(line.add(*vendor, "tidy"), tidyVendors);
 }
 
