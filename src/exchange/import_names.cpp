@@ -71,7 +71,9 @@ Result<std::string> ImportNames::categoryBelow(int type, const std::string& titl
                                                const std::string& parentKey, const std::string& shownAs) {
   const auto name = std::make_pair(type, std::make_pair(parentKey, title));
   if (const auto known = categories_.find(name); known != categories_.end()) return known->second;
-  auto category = MVCategory::withTitle(root_, title, type, parentKey);
+  auto found = MVCategory::withTitle(root_, title, type, parentKey);
+  if (!found) return tl::make_unexpected(found.error());
+  auto category = std::move(*found);
   if (!category) {
     MVCategory made(root_);
     made.title = title;

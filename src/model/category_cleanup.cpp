@@ -55,7 +55,6 @@ Result<int> mergeEquals(MVAppRoot& root, bool tops) {
 bool takeAlong(MVAppRoot& root, const CategoryRow& row, std::string_view key) {
   const MVCategory& category = row.category;
   const std::string& udid = root.itsUDID();
-  const bool isIncome = category.type == kind::kIncome;
   if (category.isSubCate()) {
     // The parent may have got a key of its own since the row was read.
     return root.executeUpdate(
@@ -63,7 +62,7 @@ bool takeAlong(MVAppRoot& root, const CategoryRow& row, std::string_view key) {
         " category = (select parent from category where pk = ?)",
         key, root.editStamp(), udid, category.pk, row.rowKey);
   }
-  const std::string_view ofKind = isIncome ? "type in (11,13,81)" : "type in (12,14,62,82)";
+  const std::string_view ofKind = kindsOfType(category.type);
   return root.executeUpdate(
              fmt::format("update transactions set subcategory = ?, editDate = ?, edit_ipid = ? where"
                          " subcategory = ? and category = ? and {}",
@@ -79,12 +78,15 @@ bool takeAlong(MVAppRoot& root, const CategoryRow& row, std::string_view key) {
              root.editStamp(), udid, category.pk, category.type);
 }
 
-/// Rows of one key: `first` keeps it, unless a row that is no category has it too.
+/// Rows of one key: `first` keeps it, unless a row that is no category, or an account or book, has it too.
 Result<int> separate(MVAppRoot& root, std::span<const CategoryRow> rows) {
   Connection* db = root.db().getDatabase();
   const std::string& shared = rows.front().category.pk;
   const auto others =
-      numberOf(*db, "select count(*) from category where oldTitle = ? and type not in (11,12)", {shared});
+      numberOf(*db,
+               "select (select count(*) from category where oldTitle = ?1 and type not in (11,12)) + (select"
+               " count(*) from account where oldTitle = ?1)",
+               {shared});
   if (!others) return tl::make_unexpected(others.error());
   int renewed = 0;
   // The first goes last: what nobody could be told to own is its.

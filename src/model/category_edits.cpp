@@ -4,6 +4,13 @@
 namespace moniva {
 namespace {
 
+/// The row of a category that went into another one is deleted.
+bool markMerged(MVAppRoot& root, const MVCategory& loser) {
+  return root.executeUpdate(
+      "update category set deleted=1, editDate=?, edit_ipid = ? where oldTitle=? and type = ?",
+      root.editStamp(), root.itsUDID(), loser.pk, loser.type);
+}
+
 /// The children of two top-level categories that become one: those of the same title become one as well, the
 /// others change their parent with everything else.
 Result<std::int64_t> mergeChildren(MVAppRoot& root, const MVCategory& loser, const MVCategory& winner) {
@@ -20,9 +27,7 @@ Result<std::int64_t> mergeChildren(MVAppRoot& root, const MVCategory& loser, con
     const auto same = liveSibling(root, child.title, child.type, winner.pk, child.pk);
     if (!same) return tl::make_unexpected(same.error());
     if (!*same) continue;
-    if (!repointCategory(root, child, **same) ||
-        !root.executeUpdate("update category set deleted=1, editDate=?, edit_ipid = ? where oldTitle=?",
-                            root.editStamp(), root.itsUDID(), child.pk)) {
+    if (!repointCategory(root, child, **same) || !markMerged(root, child)) {
       return tl::make_unexpected(db->refusal());
     }
   }
@@ -32,7 +37,7 @@ Result<std::int64_t> mergeChildren(MVAppRoot& root, const MVCategory& loser, con
 /// Makes the loser and the winner one. Inside the caller's transaction.
 Result<CategoryChange> mergeCategory(MVAppRoot& root, const MVCategory& loser, const MVCategory& winner) {
   CategoryChange change{.merged = true};
-  if (auto records = recordsOf(root, loser.pk)) {
+  if (auto records = loser.recordCount()) {
     change.records = *records;
   } else {
     return tl::make_unexpected(records.error());
@@ -42,9 +47,7 @@ Result<CategoryChange> mergeCategory(MVAppRoot& root, const MVCategory& loser, c
     if (!children) return tl::make_unexpected(children.error());
     change.subcategories = *children;
   }
-  if (!repointCategory(root, loser, winner) ||
-      !root.executeUpdate("update category set deleted=1, editDate=?, edit_ipid = ? where oldTitle=?",
-                          root.editStamp(), root.itsUDID(), loser.pk)) {
+  if (!repointCategory(root, loser, winner) || !markMerged(root, loser)) {
     return tl::make_unexpected(root.db().getDatabase()->refusal());
   }
   return change;
@@ -87,7 +90,7 @@ Result<> MVCategory::addCate() {
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
   if (isSubCate()) {
-    const auto above = liveCategory(*root_, parent);
+    const auto above = liveCategory(*root_, parent, type);
     if (!above) return tl::make_unexpected(above.error());
     if (above->isSubCate() || above->type != type) {
       return above->isSubCate()
@@ -120,14 +123,14 @@ Result<> MVCategory::addCate() {
   bool written = false;
   if (!found.empty()) {
     pk = found;
-    written = wasDeleted
-                  ? root_->executeUpdate(
-                        "update category set deleted=0, usedTimes=0, familyUser='', editDate=?,"
-                        " edit_ipid = ? where oldTitle=?",
-                        stamp, root_->itsUDID(), pk)
-                  : root_->executeUpdate(
-                        "update category set editDate=?, deleted = 0, edit_ipid = ? where oldTitle = ?",
-                        stamp, root_->itsUDID(), pk);
+    written = wasDeleted ? root_->executeUpdate(
+                               "update category set deleted=0, usedTimes=0, familyUser='', editDate=?,"
+                               " edit_ipid = ? where oldTitle=? and type = ?",
+                               stamp, root_->itsUDID(), pk, type)
+                         : root_->executeUpdate(
+                               "update category set editDate=?, deleted = 0, edit_ipid = ? where oldTitle = "
+                               "? and type = ?",
+                               stamp, root_->itsUDID(), pk, type);
     if (written && isOfBook()) {
       // The statement lacks a comma and always has: what was switched off in the book stays so. Nobody but
       // the fault log is to hear of it.
@@ -147,13 +150,23 @@ Result<> MVCategory::addCate() {
     if (written && isSubCate()) {
       written = root_->executeUpdate(
           "update category set editDate=?, edit_ipid = ?, account = (select account from category where "
-          "oldTitle = ?)"
+          "oldTitle = ? and type = ?)"
           " where oldTitle = ?",
-          root_->editStamp(), root_->itsUDID(), parent, pk);
+          root_->editStamp(), root_->itsUDID(), parent, type, pk);
     }
+    // Last in an order by hand.
+    written = written && root_->executeUpdate(
+                             "update category set orderID = (select coalesce(max(orderID), 0) + 1 from"
+                             " category where type = ? and parent = ? and oldTitle != ?) where oldTitle = ?",
+                             type, parent, pk, pk);
   }
-  if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
-  deleted = 0;
+  if (!written) return tl::make_unexpected(db->refusal());
+  auto row = liveCategory(*root_, pk, type);
+  if (!row) return tl::make_unexpected(row.error());
+  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
+  row->book = book;
+  row->supcategory = supcategory;
+  *this = std::move(*row);
   return {};
 }
 
@@ -162,21 +175,25 @@ Result<> MVCategory::delCate() {
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  const auto live = liveCategory(*root_, pk);
+  const auto live = liveCategory(*root_, pk, type);
   if (!live) return tl::make_unexpected(live.error());
   const std::string& udid = root_->itsUDID();
+  const auto kinds = kindsOf(*root_, pk, live->type);
+  if (!kinds) return tl::make_unexpected(kinds.error());
+  // Rows of books whose key income and expense share belong to either, and stay.
   const bool written =
       root_->executeUpdate(
-          "update category set deleted = 1, editDate = ?, edit_ipid = ?, account = '' where oldTitle = ?",
-          root_->editStamp(), udid, pk) &&
-      (live->isSubCate() ||
-       root_->executeUpdate(
-           "update category set deleted = 1, editDate = ?, edit_ipid = ?, account = '' where parent = ?",
-           root_->editStamp(), udid, pk)) &&
-      root_->executeUpdate("update categoryofbook set enabled=0, editDate=?, edit_ipid = ? where cate=?",
-                           root_->editStamp(), udid, pk) &&
-      root_->executeUpdate("delete from transactions where category = ? and type = ?", pk,
-                           kind::kCategoryAllocation);
+          "update category set deleted = 1, editDate = ?, edit_ipid = ?, account = '' where oldTitle = ? and "
+          "type = ?",
+          root_->editStamp(), udid, pk, live->type) &&
+      (live->isSubCate() || root_->executeUpdate("update category set deleted = 1, editDate = ?, edit_ipid = "
+                                                 "?, account = '' where parent = ? and type = ?",
+                                                 root_->editStamp(), udid, pk, live->type)) &&
+      (!kinds->empty() ||
+       root_->executeUpdate("update categoryofbook set enabled=0, editDate=?, edit_ipid = ? where cate=?",
+                            root_->editStamp(), udid, pk)) &&
+      root_->executeUpdate(fmt::format("delete from transactions where category = ? and type = ?{}", *kinds),
+                           pk, kind::kCategoryAllocation);
   if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
   deleted = 1;
   return {};
@@ -188,7 +205,7 @@ Result<CategoryChange> MVCategory::rename(std::string_view newTitle) {
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  auto live = liveCategory(*root_, pk);
+  auto live = liveCategory(*root_, pk, type);
   if (!live) return tl::make_unexpected(live.error());
   if (live->title == newTitle) return refuse("the category is called '{}' already", newTitle);
   auto other = liveSibling(*root_, newTitle, live->type, live->parent, pk);
@@ -201,9 +218,10 @@ Result<CategoryChange> MVCategory::rename(std::string_view newTitle) {
   } else {
     live->title = newTitle;
     live->orderString = orderStringOf(newTitle);
-    if (!root_->executeUpdate(
-            "update category set title = ?, orderString = ?, editDate=?, edit_ipid=? where oldTitle=?",
-            live->title, live->orderString, root_->editStamp(), root_->itsUDID(), pk)) {
+    if (!root_->executeUpdate("update category set title = ?, orderString = ?, editDate=?, edit_ipid=? where "
+                              "oldTitle=? and type = ?",
+                              live->title, live->orderString, root_->editStamp(), root_->itsUDID(), pk,
+                              live->type)) {
       return tl::make_unexpected(db->refusal());
     }
   }
@@ -218,9 +236,10 @@ Result<CategoryChange> MVCategory::moveTo(const MVCategory& newParent) {
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  auto live = liveCategory(*root_, pk);
+  auto live = liveCategory(*root_, pk, type);
   if (!live) return tl::make_unexpected(live.error());
-  auto above = newParent.isRoot() ? Result<MVCategory>(newParent) : liveCategory(*root_, newParent.pk);
+  auto above =
+      newParent.isRoot() ? Result<MVCategory>(newParent) : liveCategory(*root_, newParent.pk, newParent.type);
   if (!above) return tl::make_unexpected(above.error());
   const auto children = numberOf(
       *db, "select count(*) from category where parent = ? and type = ? and deleted = 0", {pk, live->type});
@@ -230,28 +249,40 @@ Result<CategoryChange> MVCategory::moveTo(const MVCategory& newParent) {
   if (!other) return tl::make_unexpected(other.error());
 
   Result<CategoryChange> change;
+  const auto kinds = kindsOf(*root_, pk, live->type);
+  if (!kinds) return tl::make_unexpected(kinds.error());
+  const std::string oldTop = topKey(*live);
   if (*other) {
     change = mergeCategory(*root_, *live, **other);
     if (!change) return change;
     live = std::move(**other);
   } else {
-    const auto records = recordsOf(*root_, pk);
+    const auto records = recordsOf(*root_, pk, *kinds);
     if (!records) return tl::make_unexpected(records.error());
     change->records = *records;
     const bool wasTop = live->isSuperCate();
     live->parent = above->pk;
     const bool written =
-        root_->executeUpdate("update category set parent = ?, editDate = ?, edit_ipid = ? where oldTitle=?",
-                             live->parent, root_->editStamp(), root_->itsUDID(), pk) &&
-        (!wasTop || (chooseTopItself(*root_, pk, pk) && retopCategory(*root_, pk, above->pk))) &&
         root_->executeUpdate(
-            "update transactions set category = ?, editDate = ?, ipid = 'batchEdit', edit_ipid = ? where"
-            " subcategory=?",
+            "update category set parent = ?, editDate = ?, edit_ipid = ? where oldTitle=? and type = ?",
+            live->parent, root_->editStamp(), root_->itsUDID(), pk, live->type) &&
+        (!wasTop || (chooseTopItself(*root_, *live, pk) && retopCategory(*root_, *live, above->pk))) &&
+        paymentsFollow(*root_, fmt::format("subcategory = ?{}", *kinds), {pk}, oldTop, topKey(*live)) &&
+        root_->executeUpdate(
+            fmt::format("update transactions set category = ?, editDate = ?, ipid = 'batchEdit', edit_ipid ="
+                        " ? where subcategory=?{}",
+                        *kinds),
             topKey(*live), root_->editStamp(), root_->itsUDID(), pk);
     if (!written) return tl::make_unexpected(db->refusal());
   }
-  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
+  if (auto counted = countUsesAfresh(*root_, {oldTop, topKey(*live), live->pk}); !counted) {
+    return tl::make_unexpected(counted.error());
+  }
   live->book = book;
+  const auto count = live->getUsingCount();
+  if (!count) return tl::make_unexpected(count.error());
+  live->usedTimes = static_cast<int>(*count);
+  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
   *this = std::move(*live);
   return change;
 }
@@ -263,16 +294,19 @@ Result<std::int64_t> MVCategory::moveDataTo(const MVCategory& other, std::option
   if (fromDate && toDate && *toDate < *fromDate) return refuse("the range ends before it begins");
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  const auto live = liveCategory(*root_, pk);
+  const auto live = liveCategory(*root_, pk, type);
   if (!live) return tl::make_unexpected(live.error());
-  const auto target = liveCategory(*root_, other.pk);
+  const auto target = liveCategory(*root_, other.pk, other.type);
   if (!target) return tl::make_unexpected(target.error());
-  if (target->pk == pk) return refuse("the records of '{}' are there already", live->title);
+  if (target->pk == pk && target->type == live->type)
+    return refuse("the records of '{}' are there already", live->title);
   if (target->type != live->type) {
     return refuse("'{}' and '{}' are not of one kind: one is for income, the other for expenses", live->title,
                   target->title);
   }
-  std::string range = live->isSubCate() ? "subcategory = ?" : "category = ?";
+  const auto kinds = kindsOf(*root_, pk, live->type);
+  if (!kinds) return tl::make_unexpected(kinds.error());
+  std::string range = (live->isSubCate() ? "subcategory = ?" : "category = ?") + *kinds;
   std::vector<Value> limits{pk};
   if (fromDate) {
     range += " and datetime >= ?";
@@ -289,17 +323,25 @@ Result<std::int64_t> MVCategory::moveDataTo(const MVCategory& other, std::option
     if (!run.next()) return tl::make_unexpected(db->refusal());
     records = run.integer(0);
   }
+  std::set<std::string, std::less<>> ends{pk, topKey(*live), target->pk, topKey(*target)};
+  {
+    Run run = db->query("select oldTitle from category where parent = ? and type = ?", {pk, live->type});
+    while (run.next()) ends.emplace(run.text(0));
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
   // The device is not named, unlike in every other edit. A payment has no subcategory and gets none.
   std::vector<Value> values{topKey(*target), target->pk, root_->editStamp(), kind::kCategoryAllocation};
   values.insert(values.end(), limits.begin(), limits.end());
-  if (!root_->executeUpdate(
+  if (!paymentsFollow(*root_, range, limits, topKey(*live), topKey(*target)) ||
+      !root_->executeUpdate(
           fmt::format("update transactions set category = ?, subcategory = case when bid = '10' then"
                       " subcategory else ? end, editDate = ?, ipid = 'batchEdit' where type != ? and {}",
                       range),
-          std::span<const Value>(values)) ||
-      !transaction.commit()) {
+          std::span<const Value>(values))) {
     return tl::make_unexpected(db->refusal());
   }
+  if (auto counted = countUsesAfresh(*root_, ends); !counted) return tl::make_unexpected(counted.error());
+  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
   return records;
 }
 
@@ -310,9 +352,11 @@ Result<> MVCategory::saveCustomCategoryOrder(MVAppRoot& root, const std::vector<
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
   int position = 0;
   for (const auto& category : list) {
-    if (auto live = liveCategory(root, category.pk); !live) return tl::make_unexpected(live.error());
-    if (!root.executeUpdate("update category set orderID=?, editDate=?, edit_ipid=? where oldTitle=?",
-                            position++, root.editStamp(), root.itsUDID(), category.pk)) {
+    if (auto live = liveCategory(root, category.pk, category.type); !live)
+      return tl::make_unexpected(live.error());
+    if (!root.executeUpdate(
+            "update category set orderID=?, editDate=?, edit_ipid=? where oldTitle=? and type = ?",
+            position++, root.editStamp(), root.itsUDID(), category.pk, category.type)) {
       return tl::make_unexpected(db->refusal());
     }
   }

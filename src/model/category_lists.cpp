@@ -18,11 +18,11 @@ constexpr std::string_view kOfBook =
     " = '' or book is NULL)";
 constexpr std::string_view kBookColumns = ", coalesce(used, 0), max(enabled is not 0)";
 
-/// The whole number a text begins with; 0 for none.
+/// The whole number a text begins with; 0 for none, -1 for one too large.
 int leadingNumber(std::string_view text) {
   int value = 0;
-  std::from_chars(text.data(), text.data() + text.size(), value);
-  return value;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
+  return read.ec == std::errc::result_out_of_range ? -1 : value;
 }
 
 std::string_view orderClause(std::string_view byHand, std::string_view byUse, int mode) {
@@ -67,8 +67,26 @@ void mostUsedFirst(std::vector<MVCategory>& categories) {
 
 }  // namespace
 
+bool MVCategory::booksDiffer(MVAppRoot& root) {
+  return root.objectForKey(kPerBookSetting) == "1";
+}
+
 bool MVCategory::isOfBook() const {
-  return book && !book->pk.empty() && root_->objectForKey(kPerBookSetting) == "1";
+  return book && !book->pk.empty() && booksDiffer(*root_);
+}
+
+int MVCategory::getOrderType(MVAppRoot& root, int type) {
+  const int mode = leadingNumber(root.objectForKey(orderSetting(type)));
+  return mode < 0 || mode > 2 ? 2 : mode;
+}
+
+Result<> MVCategory::setOrderType(MVAppRoot& root, int type, int mode) {
+  if (!isCategoryType(type)) return refuse("{} is neither the type of income nor of expenses", type);
+  if (mode < 0 || mode > 2) return refuse("{} is no order of categories: 0, 1 and 2 are", mode);
+  if (!root.setObject(std::to_string(mode), orderSetting(type))) {
+    return refuse("the order of the categories could not be written to the store");
+  }
+  return {};
 }
 
 std::string_view MVCategory::getOrderSQL() const {
@@ -105,20 +123,14 @@ CategoryList MVCategory::list(Part part) const {
                               " deleted = 0{}",
                               kCategoryColumns, order),
                   {type, above}, false);
-  } else if (part == Part::off) {
-    rows = rowsOf(*this,
-                  fmt::format("select {}{} from category join categoryofbook on category.oldTitle ="
-                              " categoryofbook.cate where enabled = 0 and type = ? and parent = ? and book ="
-                              " ? and deleted = 0 group by oldTitle{}",
-                              kCategoryColumns, kBookColumns, order),
-                  {type, above, book->pk}, true);
   } else {
     // A row of another book says nothing of this one, so the book is part of the join.
+    constexpr std::string_view kHaving[] = {" having max(enabled is not 0) = 1",
+                                            " having max(enabled is not 0) = 0", ""};
     rows = rowsOf(
         *this,
-        fmt::format("select {}{} from {} where {}type = ? and parent = ? and deleted = 0 group by oldTitle{}",
-                    kCategoryColumns, kBookColumns, kOfBook, part == Part::on ? "enabled is not 0 and " : "",
-                    order),
+        fmt::format("select {}{} from {} where type = ? and parent = ? and deleted = 0 group by oldTitle{}{}",
+                    kCategoryColumns, kBookColumns, kOfBook, kHaving[static_cast<std::size_t>(part)], order),
         {book->pk, type, above}, true);
   }
   if (rows && !isRoot() && !rows->empty()) {

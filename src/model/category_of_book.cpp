@@ -18,7 +18,7 @@ Result<> MVCategory::switchForBook(const MonivaAccount& inBook, bool on) {
   if (db == nullptr) return refuse("the store is not open");
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  const auto live = liveCategory(*root_, pk);
+  const auto live = liveCategory(*root_, pk, type);
   if (!live) return tl::make_unexpected(live.error());
   if (auto known = checkBook(*root_, inBook); !known) return known;
   std::string row;
@@ -36,12 +36,9 @@ Result<> MVCategory::switchForBook(const MonivaAccount& inBook, bool on) {
   } else {
     int place = 0;
     if (on) {
-      Run run = db->query(
-          "select cateOrder from category join categoryofbook on category.oldTitle = categoryofbook.cate"
-          " where type=? and parent = ? and book = ? order by cateOrder DESC limit 1",
-          {live->type, live->parent, inBook.pk});
-      if (run.next()) place = static_cast<int>(run.integer(0)) + 1;
-      if (!run.ok()) return tl::make_unexpected(db->refusal());
+      const auto next = nextPlaceInBook(*root_, live->type, live->parent, inBook.pk);
+      if (!next) return tl::make_unexpected(next.error());
+      place = *next;
     }
     row = root_->newIdentifier();
     written =
@@ -55,8 +52,11 @@ Result<> MVCategory::switchForBook(const MonivaAccount& inBook, bool on) {
   written = written && root_->executeUpdate("delete from categoryofbook where cate=? and book=? and pk!=?",
                                             pk, inBook.pk, row);
   if (written && !on) {
-    written = root_->executeUpdate("delete from transactions where category = ? and type = ? and book = ?",
-                                   pk, kind::kCategoryAllocation, inBook.pk);
+    const auto kinds = kindsOf(*root_, pk, live->type);
+    if (!kinds) return tl::make_unexpected(kinds.error());
+    written = root_->executeUpdate(
+        fmt::format("delete from transactions where category = ? and type = ? and book = ?{}", *kinds), pk,
+        kind::kCategoryAllocation, inBook.pk);
   }
   if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
   return {};

@@ -1,105 +1,147 @@
+#include <limits>
 #include <map>
 #include <set>
 
 #include "model/category_rows.h"
-#include "storage/transaction.h"
+#include "storage/writes.h"
 
 namespace moniva {
 namespace {
 
 using CategoryInBook = std::pair<std::string, std::string>;
 
-/// The numbers of a query's third column by its first two.
-Result<std::map<CategoryInBook, int>> countsOf(Connection& db, std::string_view sql,
-                                               std::initializer_list<Value> arguments) {
+/// A count that is kept, in a category's row or in a row of a book.
+struct KeptCount {
+  std::int64_t place = 0;
+  CategoryInBook of;
+  int count = 0;
+};
+
+/// What the query answers: row, key, book and count.
+Result<std::vector<KeptCount>> countsOf(Connection& db, std::string_view sql,
+                                        std::initializer_list<Value> arguments) {
   Run run = db.query(sql, arguments);
-  std::map<CategoryInBook, int> counts;
-  while (run.next())
-    counts[{std::string(run.text(0)), std::string(run.text(1))}] += static_cast<int>(run.integer(2));
+  std::vector<KeptCount> counts;
+  while (run.next()) {
+    counts.push_back({run.integer(0),
+                      {std::string(run.text(1)), std::string(run.text(2))},
+                      static_cast<int>(run.integer(3))});
+  }
   if (!run.ok()) return tl::make_unexpected(db.refusal());
   return counts;
 }
 
-/// Counts afresh for one category, or for all for a blank key; answers how many counts were wrong.
-Result<int> countUses(MVAppRoot& root, std::string_view only, Date from, Date toDate) {
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  Transaction transaction(*db);
-  if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  // A record uses its category and, where it is another, its subcategory.
-  static const std::string usesSql = fmt::format(
-      "select category, book, count(*) from transactions where {0} and ? <= editDate and editDate <= ?"
-      " and category != '' group by category, book union all select subcategory, book, count(*) from"
-      " transactions where {0} and ? <= editDate and editDate <= ? and subcategory != '' and subcategory !="
-      " category group by subcategory, book",
-      kRecordsInUse);
-  const auto uses = countsOf(*db, usesSql, {from, toDate, from, toDate});
-  if (!uses) return tl::make_unexpected(uses.error());
-  const auto kept = countsOf(
-      *db, "select oldTitle, '', usedTimes from category where type in (11,12) and (? = '' or oldTitle = ?)",
-      {only, only});
-  if (!kept) return tl::make_unexpected(kept.error());
-  const auto keptInBooks =
-      countsOf(*db, "select cate, book, used from categoryofbook where ? = '' or cate = ?", {only, only});
-  if (!keptInBooks) return tl::make_unexpected(keptInBooks.error());
+/// Never stamped; the column's own default is a text, which would sort above every stamp.
+Result<> insertCount(MVAppRoot& root, const MVCategory& category, std::string_view book, int count) {
+  const auto place = nextPlaceInBook(root, category.type, category.parent, book);
+  if (!place) return tl::make_unexpected(place.error());
+  return write(root,
+               "insert into categoryofbook (pk, cate, book, used, enabled, editDate, cateOrder)"
+               " values(?,?,?,?,1,0,?)",
+               root.newIdentifier(), category.pk, book, count, *place);
+}
 
-  std::map<std::string, int, std::less<>> inAll;
-  for (const auto& [key, count] : *uses) inAll[key.first] += count;
+/// Of several rows of one key, or of one book, the first has the count and the others none.
+Result<int> correctCounts(MVAppRoot& root, const std::vector<KeptCount>& kept,
+                          const std::map<CategoryInBook, int>& uses, std::string_view sql) {
   int wrong = 0;
-  bool written = true;
-  for (const auto& [key, count] : *kept) {
-    const auto found = inAll.find(key.first);
-    const int right = found == inAll.end() ? 0 : found->second;
-    if (right == count) continue;
+  const CategoryInBook* last = nullptr;
+  for (const KeptCount& row : kept) {
+    const auto found = uses.find(row.of);
+    const bool isFirst = last == nullptr || *last != row.of;
+    const int right = found == uses.end() || !isFirst ? 0 : found->second;
+    last = &row.of;
+    if (right == row.count) continue;
     ++wrong;
-    written =
-        written && root.executeUpdate("update category set usedTimes = ? where oldTitle=?", right, key.first);
+    if (auto written = write(root, sql, right, row.place); !written)
+      return tl::make_unexpected(written.error());
   }
-  for (const auto& [key, count] : *keptInBooks) {
-    const auto found = uses->find(key);
-    const int right = found == uses->end() ? 0 : found->second;
-    if (right == count) continue;
-    ++wrong;
-    written = written && root.executeUpdate("update categoryofbook set used = ? where cate=? and book=?",
-                                            right, key.first, key.second);
-  }
-  for (const auto& [key, count] : *uses) {
-    if (key.second.empty() || keptInBooks->contains(key) || !kept->contains({key.first, ""})) continue;
-    ++wrong;
-    written = written && root.executeUpdate(
-                             "insert into categoryofbook (pk, cate, book, used, enabled, editDate)"
-                             " values(?,?,?,?,1,0)",
-                             root.newIdentifier(), key.first, key.second, count);
-  }
-  if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
   return wrong;
 }
 
 }  // namespace
 
-bool MVCategory::updateUsingCount(const MonivaAccount& inBook, int uses) {
-  Connection* db = root_->db().getDatabase();
-  if (db == nullptr) return false;
-  Transaction transaction(*db);
-  bool written =
-      transaction.began() &&
-      root_->executeUpdate("update category set usedTimes = usedTimes+? where oldTitle=?", uses, pk);
-  if (written && !inBook.pk.empty()) {
-    written = root_->executeUpdate("update categoryofbook set used = used+? where cate=? and book=?", uses,
-                                   pk, inBook.pk);
-    if (written && db->changes() == 0) {
-      // Never stamped; the column's own default is a text, which would sort above every stamp.
-      written = root_->executeUpdate(
-          "insert into categoryofbook (pk, cate, book, used, enabled, editDate) values(?,?,?,?,1,0)",
-          root_->newIdentifier(), pk, inBook.pk, uses);
+Result<int> countUses(MVAppRoot& root, const std::set<std::string, std::less<>>& only, Date from,
+                      Date toDate) {
+  return atomically(root, [&](Connection& db) -> Result<int> {
+    // A record uses its category and, where it is another, its subcategory.
+    static const std::string usesSql = fmt::format(
+        "select 0, category, book, count(*) from transactions where {0} and ? <= editDate and editDate <= ?"
+        " and category != '' group by category, book union all select 0, subcategory, book, count(*) from"
+        " transactions where {0} and ? <= editDate and editDate <= ? and subcategory != '' and subcategory"
+        " != category group by subcategory, book",
+        kRecordsInUse);
+    auto used = countsOf(db, usesSql, {from, toDate, from, toDate});
+    if (!used) return tl::make_unexpected(used.error());
+    auto kept = countsOf(db,
+                         "select pk, oldTitle, '', usedTimes from category where type in (11,12) order by"
+                         " oldTitle, deleted, pk",
+                         {});
+    if (!kept) return tl::make_unexpected(kept.error());
+    auto keptInBooks = countsOf(db,
+                                "select rowid, cate, book, used from categoryofbook order by cate, book,"
+                                " typeof(editDate) = 'text', editDate DESC, rowid DESC",
+                                {});
+    if (!keptInBooks) return tl::make_unexpected(keptInBooks.error());
+    for (auto* counts : {&*used, &*kept, &*keptInBooks}) {
+      std::erase_if(*counts,
+                    [&](const KeptCount& row) { return !only.empty() && !only.contains(row.of.first); });
     }
+
+    std::map<CategoryInBook, int> uses;
+    std::map<CategoryInBook, int> inAll;
+    for (const KeptCount& row : *used) {
+      uses[row.of] += row.count;
+      inAll[{row.of.first, ""}] += row.count;
+    }
+    const auto wrong = correctCounts(root, *kept, inAll, "update category set usedTimes = ? where pk = ?");
+    if (!wrong) return wrong;
+    const auto wrongInBooks =
+        correctCounts(root, *keptInBooks, uses, "update categoryofbook set used = ? where rowid = ?");
+    if (!wrongInBooks) return wrongInBooks;
+    std::set<CategoryInBook> known;
+    for (const KeptCount& row : *keptInBooks) known.insert(row.of);
+    int added = 0;
+    for (const auto& [of, count] : uses) {
+      if (of.second.empty() || known.contains(of)) continue;
+      const auto category = MVCategory::getCategory(root, of.first);
+      if (!category) continue;
+      ++added;
+      if (auto written = insertCount(root, *category, of.second, count); !written) {
+        return tl::make_unexpected(written.error());
+      }
+    }
+    return *wrong + *wrongInBooks + added;
+  });
+}
+
+Result<> countUsesAfresh(MVAppRoot& root, const std::set<std::string, std::less<>>& keys) {
+  constexpr Date kEver{std::numeric_limits<double>::max()};
+  if (auto counted = countUses(root, keys, Date{0}, kEver); !counted) {
+    return tl::make_unexpected(counted.error());
   }
-  return written && transaction.commit();
+  return {};
+}
+
+bool MVCategory::updateUsingCount(const MonivaAccount& inBook, int uses) {
+  return atomically(*root_,
+                    [&](Connection& db) -> Result<> {
+                      auto written = write(
+                          *root_, "update category set usedTimes = usedTimes+? where oldTitle=? and type = ?",
+                          uses, pk, type);
+                      if (!written || inBook.pk.empty()) return written;
+                      written =
+                          write(*root_, "update categoryofbook set used = used+? where cate=? and book=?",
+                                uses, pk, inBook.pk);
+                      if (!written || db.changes() != 0) return written;
+                      return insertCount(*root_, *this, inBook.pk, uses);
+                    })
+      .has_value();
 }
 
 Result<> MVCategory::updateUsingCountFromDate(Date from, Date toDate) {
-  if (auto live = liveCategory(*root_, pk); !live) return tl::make_unexpected(live.error());
-  auto counted = countUses(*root_, pk, from, toDate);
+  if (auto live = liveCategory(*root_, pk, type); !live) return tl::make_unexpected(live.error());
+  auto counted = countUses(*root_, {pk}, from, toDate);
   if (!counted) return tl::make_unexpected(counted.error());
   const auto count = getUsingCount();
   if (!count) return tl::make_unexpected(count.error());
@@ -108,7 +150,7 @@ Result<> MVCategory::updateUsingCountFromDate(Date from, Date toDate) {
 }
 
 Result<int> MVCategory::updateUsingCountFromDate(MVAppRoot& root, Date from, Date toDate) {
-  return countUses(root, "", from, toDate);
+  return countUses(root, {}, from, toDate);
 }
 
 Result<int> MVCategory::getUsingCount() const {
@@ -118,7 +160,10 @@ Result<int> MVCategory::getUsingCount() const {
       isOfBook()
           ? numberOf(*db, "select coalesce(sum(used), 0) from categoryofbook where cate = ? and book = ?",
                      {pk, book->pk})
-          : numberOf(*db, "select coalesce(sum(usedTimes), 0) from category where oldTitle = ?", {pk});
+          : numberOf(
+                *db,
+                "select coalesce(sum(usedTimes), 0) from category where oldTitle = ? and type in (11,12)",
+                {pk});
   if (!count) return tl::make_unexpected(count.error());
   return static_cast<int>(*count);
 }

@@ -103,29 +103,44 @@ Result<std::vector<DefaultCategory>> readDefaultSet(MVAppRoot& root) {
   return DefaultSetReader(path.string()).read(**text);
 }
 
-bool hasCategories(Connection& db) {
-  Run run = db.query("select 1 from category where type in (?, ?) limit 1", {kind::kIncome, kind::kExpense});
-  return run.next();
+Result<bool> hasRow(Connection& db, std::string_view sql, std::initializer_list<Value> arguments) {
+  Run run = db.query(sql, arguments);
+  const bool has = run.next();
+  if (!run.ok()) return tl::make_unexpected(db.refusal());
+  return has;
 }
 
-bool hasKey(Connection& db, const std::string& key) {
-  Run run = db.query("select 1 from category where oldTitle = ?", {key});
-  return run.next();
+Result<bool> hasCategories(Connection& db) {
+  return hasRow(db, "select 1 from category where type in (?, ?) limit 1", {kind::kIncome, kind::kExpense});
+}
+
+Result<bool> hasKey(Connection& db, const std::string& key) {
+  return hasRow(db, "select 1 from category where oldTitle = ?", {key});
 }
 
 Result<std::size_t> insertSet(MVAppRoot& root, bool onlyIfNone) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   // Asked at every start, mostly in vain: without the lock of a transaction first.
-  if (onlyIfNone && hasCategories(*db)) return 0;
+  if (onlyIfNone) {
+    const auto has = hasCategories(*db);
+    if (!has) return tl::make_unexpected(has.error());
+    if (*has) return 0;
+  }
   const auto categories = readDefaultSet(root);
   if (!categories) return tl::make_unexpected(categories.error());
   Transaction transaction(*db);
   if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  if (onlyIfNone && hasCategories(*db)) return 0;
+  if (onlyIfNone) {
+    const auto has = hasCategories(*db);
+    if (!has) return tl::make_unexpected(has.error());
+    if (*has) return 0;
+  }
   std::size_t added = 0;
   for (const DefaultCategory& category : *categories) {
-    if (hasKey(*db, category.key)) continue;
+    const auto known = hasKey(*db, category.key);
+    if (!known) return tl::make_unexpected(known.error());
+    if (*known) continue;
     const bool written = root.executeUpdate(
         "insert into category (title, parent, type, deleted, editDate, familyUser, orderString, oldTitle,"
         " oldParent, edit_ipid, orderID) values(?,?,?,0,?,'',?,?,?,?,?)",

@@ -66,17 +66,21 @@ class MVCategory {
   static MVCategory rootCateForType(MVAppRoot& root, int type);
   /// The pseudo-category of expenses that are spread over time; no row.
   static MVCategory costCate(MVAppRoot& root);
-  /// The category with the key, deleted ones too; nothing when there is none.
-  static std::optional<MVCategory> getCategory(MVAppRoot& root, std::string_view key);
-  /// The live category of that title, type and parent key.
-  static std::optional<MVCategory> withTitle(MVAppRoot& root, std::string_view title, int type,
-                                             std::string_view parent);
+  /// The category with the key, deleted ones too; nothing when there is none. Where income and expense share
+  /// the key it is the one of the type, if one is given, else one in use.
+  static std::optional<MVCategory> getCategory(MVAppRoot& root, std::string_view key, int type = 0);
+  /// The live category of that title, type and parent key; nothing when there is none. Refused when the read
+  /// failed.
+  static Result<std::optional<MVCategory>> withTitle(MVAppRoot& root, std::string_view title, int type,
+                                                     std::string_view parent);
 
   bool isRoot() const { return title == "_rootCate"; }
   bool isSuperCate() const { return !isRoot() && parent == "_rootCate"; }
   bool isSubCate() const { return !isRoot() && parent != "_rootCate"; }
   /// Whether `book` has a view of its own: there is one, and the store keeps categories apart by book.
   bool isOfBook() const;
+  /// Whether the store keeps categories apart by book at all.
+  static bool booksDiffer(MVAppRoot& root);
   /// "Food", or "Food - Bakery" for a subcategory whose title differs from its parent's.
   std::string cateString() const;
 
@@ -94,10 +98,15 @@ class MVCategory {
   /// The order clause of the lists, by the mode of the book (in its view) or of the type's setting: 0 by
   /// hand, 1 by use, 2 by title. A setting out of that range is put back to "2".
   std::string_view getOrderSQL() const;
+  /// The mode of the type's setting; 2 for one out of range.
+  static int getOrderType(MVAppRoot& root, int type);
+  /// Refused for a mode other than 0, 1 and 2, and for a type that is none of a category.
+  static Result<> setOrderType(MVAppRoot& root, int type, int mode);
 
-  /// Adds the category below its parent, or revives or touches the row of that title, type and parent that is
-  /// there; `pk` is its key afterwards. Refused: a title that will not do, a type other than 11 and 12, and a
-  /// parent that is not in use, is of another type or has a parent itself.
+  /// Adds the category below its parent, last in an order by hand, or revives or touches the row of that
+  /// title, type and parent that is there; the fields are those of the row afterwards, `book` stays. Refused:
+  /// a title that will not do, a type other than 11 and 12, and a parent that is not in use, is of another
+  /// type or has a parent itself.
   Result<> addCate();
   /// Deletes the category and its children, switches it off in all books and takes its budget away. Other
   /// records keep naming it.
@@ -111,7 +120,8 @@ class MVCategory {
   /// another subcategory for a parent, a parent of another type, the one it has, and for one with children.
   Result<CategoryChange> moveTo(const MVCategory& newParent);
   /// Moves the records from `fromDate` to `toDate` (both counted in; none: no limit) to another category of
-  /// the type, those of its children too; its budget stays. Answers how many in use there were.
+  /// the type, those of its children too; its budget stays, payments go where all their items went. Answers
+  /// how many in use there were.
   Result<std::int64_t> moveDataTo(const MVCategory& other, std::optional<Date> fromDate,
                                   std::optional<Date> toDate);
   /// Writes the positions of the list as the order by hand. Refused with a key that is none.
@@ -131,6 +141,8 @@ class MVCategory {
   Result<> associateWithAccount(const MonivaAccount& account);
   Result<std::optional<MonivaAccount>> getAssociatedAccount() const;
 
+  /// How many records in use name it, as its own or as the one above.
+  Result<std::int64_t> recordCount() const;
   /// Counts uses of the category, in general and in the book; not an edit.
   bool updateUsingCount(const MonivaAccount& inBook, int uses = 1);
   /// Counts the uses afresh, by the records that were entered or edited in the range (both ends counted in);

@@ -99,11 +99,11 @@ void addCategory(Session& session, const CategoryOptions& options) {
   if (!options.other.empty()) {
     above = categoryTyped(session, options.other, made.type);
   } else if (const auto slash = made.title.find('/'); slash != std::string::npos) {
-    above = MVCategory::withTitle(root, made.title.substr(0, slash), made.type, "_rootCate");
+    above = done(MVCategory::withTitle(root, made.title.substr(0, slash), made.type, "_rootCate"));
     if (above) made.title.erase(0, slash + 1);
   }
   if (above) made.parent = above->pk;
-  if (const auto known = MVCategory::withTitle(root, made.title, made.type, made.parent)) {
+  if (const auto known = done(MVCategory::withTitle(root, made.title, made.type, made.parent))) {
     throw refused("there is a category '{}' already", known->cateString());
   }
   std::optional<MonivaAccount> book;

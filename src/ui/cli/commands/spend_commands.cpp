@@ -47,7 +47,7 @@ Refusal noSubcategory(const std::string& title, const std::string& above,
 
 MVCategory categoryNamed(Session& session, const std::string& title, const MVCategory& above, bool create) {
   MVAppRoot& root = session.root();
-  if (auto found = MVCategory::withTitle(root, title, above.type, above.pk)) return *found;
+  if (auto found = done(MVCategory::withTitle(root, title, above.type, above.pk))) return *found;
   if (!create) {
     std::vector<std::string> titles;
     const auto known = done(above.getAllSubcategoryList());
