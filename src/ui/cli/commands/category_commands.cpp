@@ -1,7 +1,8 @@
+#include <fmt/ranges.h>
+
 #include <boost/json.hpp>
 
 #include "calendar/parse_date.h"
-#include "model/category_rows.h"
 #include "storage/transaction.h"
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
@@ -60,15 +61,21 @@ void listCategories(Session& session, const CategoryOptions& options) {
   session.out() << table.render(session.style(), session.width());
 }
 
+/// Titles of the live books it is switched off in.
+std::vector<std::string> booksWithout(Session& session, const MVCategory& category) {
+  std::vector<std::string> titles;
+  for (const auto& key : done(category.getBelongBookList())) {
+    const auto book = MonivaAccount::getAccountWithPK(session.root(), key);
+    if (book && book->isDeleted == 0) titles.push_back(book->title);
+  }
+  return titles;
+}
+
 void showCategory(Session& session, const CategoryOptions& options) {
   auto category = categoryTyped(session, options.name, options.type());
   const auto account = done(category.getAssociatedAccount());
-  const auto records = done(recordsOf(session.root(), category.pk));
-  std::vector<std::string> off;
-  for (const auto& key : done(category.getBelongBookList())) {
-    const auto book = MonivaAccount::getAccountWithPK(session.root(), key);
-    if (book && book->isDeleted == 0) off.push_back(book->title);
-  }
+  const auto records = done(category.recordCount());
+  const auto off = booksWithout(session, category);
   if (session.options().json) {
     auto object = jsonOf(session, category);
     object["records"] = records;
@@ -99,8 +106,9 @@ void addCategory(Session& session, const CategoryOptions& options) {
   if (!options.other.empty()) {
     above = categoryTyped(session, options.other, made.type);
   } else if (const auto slash = made.title.find('/'); slash != std::string::npos) {
-    above = done(MVCategory::withTitle(root, made.title.substr(0, slash), made.type, "_rootCate"));
-    if (above) made.title.erase(0, slash + 1);
+    // A slip in the first half must not make a category of the whole.
+    above = categoryTyped(session, made.title.substr(0, slash), made.type);
+    made.title.erase(0, slash + 1);
   }
   if (above) made.parent = above->pk;
   if (const auto known = done(MVCategory::withTitle(root, made.title, made.type, made.parent))) {
@@ -115,11 +123,17 @@ void addCategory(Session& session, const CategoryOptions& options) {
     done(made.addCate());
     if (book) done(options.only ? made.enabledForBookOnly(*book) : made.enabledForBook(*book));
   });
-  if (book && root.objectForKey(kPerBookSetting) != "1") tellBooksShare(session);
+  if (book && !MVCategory::booksDiffer(root)) tellBooksShare(session);
   if (session.options().json) return session.printJson(jsonOf(session, made));
   session.answer(
       book ? session.text("Added the category '{}'; it is on in '{}'.", made.cateString(), book->title)
            : session.text("Added the category '{}'.", made.cateString()));
+  // One that comes back is still off where its deletion switched it off.
+  const auto off = booksWithout(session, made);
+  if (!book && !off.empty() && MVCategory::booksDiffer(root)) {
+    session.say(session.text("It is off in {}; to change that: moniva category enable NAME --book BOOK",
+                             fmt::format("'{}'", fmt::join(off, "', '"))));
+  }
 }
 
 void deleteCategory(Session& session, const CategoryOptions& options) {
@@ -128,7 +142,7 @@ void deleteCategory(Session& session, const CategoryOptions& options) {
   std::int64_t records = 0;
   std::size_t children = 0;
   inOneGo(session, [&] {
-    records = done(recordsOf(session.root(), category.pk));
+    records = done(category.recordCount());
     if (category.isSuperCate()) children = done(category.getAllSubcategoryList()).size();
     done(category.delCate());
   });
@@ -185,6 +199,9 @@ void renameCategory(Session& session, const CategoryOptions& options) {
   // As it can be typed everywhere else, with the category above.
   if (category.supcategory && title.starts_with(category.supcategory->title + "/")) {
     title.erase(0, category.supcategory->title.size() + 1);
+  }
+  if (title.find('/') != std::string::npos) {
+    throw refused("'{}' names a place in the tree; a category is moved with: moniva category move", title);
   }
   const auto change = changed(session, options.merge, [&] { return category.rename(title); });
   tellChange(session, category, change,

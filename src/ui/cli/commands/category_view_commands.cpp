@@ -81,10 +81,13 @@ void orderCategories(Session& session, const CategoryViewOptions& options) {
   session.root().markRecentEditDate();
   if (above.book && !above.isOfBook()) {
     tellBooksShare(session);
-  } else if (const auto order = above.getOrderSQL();
-             !order.ends_with("orderID") && !order.ends_with("cateOrder")) {
-    session.say(session.text(
-        "They are listed in another order now; to change that: moniva category order-by custom"));
+  } else if ((above.isOfBook()
+                  ? above.book->getCategoryOrder(above.type)
+                  : std::to_string(MVCategory::getOrderType(session.root(), above.type))) != "0") {
+    const std::string command =
+        fmt::format("moniva category order-by custom{}{}", options.income ? " --income" : "",
+                    options.book.empty() ? std::string() : fmt::format(" --book '{}'", options.book));
+    session.say(session.text("They are listed in another order now; to change that: {}", command));
   }
   if (session.options().json) {
     boost::json::array printed;
@@ -106,15 +109,11 @@ void orderBy(Session& session, const CategoryViewOptions& options) {
       options.income ? session.text("Income categories") : session.text("Expense categories");
   std::string bookTitle;
   if (options.book.empty()) {
-    if (!session.root().setObject(mode, orderSetting(type))) {
-      throw refused("the setting could not be written");
-    }
+    done(MVCategory::setOrderType(session.root(), type, std::stoi(mode)));
   } else {
     auto book = bookNamed(session, options.book);
     bookTitle = book.title;
-    if (!book.setCategoryOrder(mode, type)) {
-      throw CommandError(CommandError::kRefused, session.root().db().getDatabase()->refusal());
-    }
+    done(book.setCategoryOrder(mode, type));
     if (!booksDiffer(session)) tellBooksShare(session);
   }
   session.root().markRecentEditDate();

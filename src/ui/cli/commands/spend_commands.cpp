@@ -45,7 +45,8 @@ Refusal noSubcategory(const std::string& title, const std::string& above,
             : phrase("'{}' has no subcategory '{}'; --create makes it", printable(above), printable(title)));
 }
 
-MVCategory categoryNamed(Session& session, const std::string& title, const MVCategory& above, bool create) {
+MVCategory categoryNamed(Session& session, const std::string& title, const MVCategory& above,
+                         const MonivaAccount& book, bool create) {
   MVAppRoot& root = session.root();
   if (auto found = done(MVCategory::withTitle(root, title, above.type, above.pk))) return *found;
   if (!create) {
@@ -56,11 +57,17 @@ MVCategory categoryNamed(Session& session, const std::string& title, const MVCat
     throw CommandError(CommandError::kRefused,
                        above.isRoot() ? noCategory(title, meant) : noSubcategory(title, above.title, meant));
   }
+  if (title.find('/') != std::string::npos) {
+    throw refused("there is no category '{}'; a subcategory is named with -s: -c Food -s Bakery",
+                  printable(title));
+  }
   MVCategory made(root);
   made.title = title;
   made.type = above.type;
   made.parent = above.pk;
   done(made.addCate());
+  // One that comes back may be off in the book that uses it now.
+  if (MVCategory::booksDiffer(root)) done(made.enabledForBook(book));
   return made;
 }
 
@@ -127,11 +134,11 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   std::string categoryText;
   if (!options.category.empty()) {
     const auto above = categoryNamed(session, wellFormed(options.category, "the category"),
-                                     MVCategory::rootCateForType(root, spend.type), options.create);
+                                     MVCategory::rootCateForType(root, spend.type), book, options.create);
     const auto chosen = options.subcategory.empty()
                             ? above
                             : categoryNamed(session, wellFormed(options.subcategory, "the subcategory"),
-                                            above, options.create);
+                                            above, book, options.create);
     spend.category = above.pk;
     spend.subcategory = chosen.pk;
     categoryText = chosen.cateString();
