@@ -31,7 +31,8 @@ Result<> saveCustomCategoryOrder(const MonivaAccount& book, const std::vector<MV
     return refuse("'{}' is no book in use", book.title);
   int position = 0;
   for (const auto& category : list) {
-    if (auto live = liveCategory(root, category.pk, category.type); !live) return tl::make_unexpected(live.error());
+    if (auto live = liveCategory(root, category.pk, category.type); !live)
+      return tl::make_unexpected(live.error());
     const int place = position++;
     bool written = root.executeUpdate(
         "update categoryofbook set cateOrder=?, editDate=?, edit_ipid=? where cate=? and book=?", place,
