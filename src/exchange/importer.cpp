@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "exchange/account_currencies.h"
 #include "exchange/import_names.h"
+#include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "storage/transaction.h"
 

@@ -6,6 +6,7 @@
 
 #include "calendar/date_texts.h"
 #include "model/account_groups.h"
+#include "model/entry_checks.h"
 #include "model/transaction_type.h"
 #include "storage/writes.h"
 
@@ -189,8 +190,12 @@ Result<> countTheTotalBalances(MVAppRoot& root, const std::set<std::string>& key
   });
 }
 
+int balanceSign(const MonivaAccount& account, int transactionType) {
+  return signOf(codeOf(account.aKind, account.trackingType), transactionType);
+}
+
 Result<> addToTotalBalance(MonivaAccount& account, int transactionType, double amount) {
-  const int sign = signOf(codeOf(account.aKind, account.trackingType), transactionType);
+  const int sign = balanceSign(account, transactionType);
   if (sign == 0) return {};
   return forRowAndItsGroups(account, [&](MonivaAccount& row) -> Result<> {
     if (!row.addToTotalBalance(sign * amount)) return refusalOfStore(row.root());
@@ -204,8 +209,7 @@ Result<double> correctBalanceTo(MonivaAccount& account, double balance) {
   MVAppRoot& root = account.root();
   return atomically(root, [&](Connection&) -> Result<double> {
     if (auto counted = getAllStatistics(account); !counted) return tl::make_unexpected(counted.error());
-    // No amount has more than six decimals: what lies behind them is noise of the sum.
-    const double missing = std::round((balance - account.totalBalance) * 1e6) / 1e6;
+    const double missing = withoutNoise(balance - account.totalBalance);
     if (missing != 0) {
       const Date now = root.now();
       const auto written = write(

@@ -48,6 +48,9 @@ Result<> getAllStatistics(MonivaAccount& account);
 Result<> countTheTotalBalance(MonivaAccount& account);
 /// The same for the books and accounts of the keys; keys that name nothing are passed over.
 Result<> countTheTotalBalances(MVAppRoot& root, const std::set<std::string>& keys);
+/// What a settled transaction of the type does to the balance of the row: 1 comes in, -1 goes out, 0 does not
+/// count.
+int balanceSign(const MonivaAccount& account, int transactionType);
 /// The same for one more settled transaction of that type, without counting everything again.
 Result<> addToTotalBalance(MonivaAccount& account, int transactionType, double amount);
 

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "model/account_balance.h"
+#include "model/entry_checks.h"
 #include "model/mv_category.h"
 #include "model/vendor.h"
 #include "storage/writes.h"
@@ -12,16 +13,12 @@ namespace {
 
 template <class Entry>
 Result<> record(MVAppRoot& root, Entry& entry) {
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  Transaction transaction(*db);
-  if (!transaction.began()) return tl::make_unexpected(db->refusal());
-  if (auto added = entry.add(); !added) return added;
-  EntryUpkeep upkeep(root);
-  upkeep.note(entry);
-  if (auto written = upkeep.write(EntryUpkeep::Balances::byAmount); !written) return written;
-  if (!transaction.commit()) return tl::make_unexpected(db->refusal());
-  return {};
+  return atomically(root, [&](Connection&) -> Result<> {
+    if (auto added = entry.add(); !added) return added;
+    EntryUpkeep upkeep(root);
+    upkeep.note(entry);
+    return upkeep.write(EntryUpkeep::Balances::byAmount);
+  });
 }
 
 }  // namespace
@@ -39,6 +36,36 @@ void EntryUpkeep::note(const Spend& spend) {
 void EntryUpkeep::note(const Transfer& transfer) {
   noteChange(transfer.accountA, kind::kTransferOut, transfer.amountA, transfer.paid);
   noteChange(transfer.accountB, kind::kTransferIn, transfer.amountB, transfer.paid);
+}
+
+Result<> EntryUpkeep::note(const RecordScope& scope, int sign) {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  const auto noteAll = [&](std::string_view which, std::initializer_list<Value> values) -> Result<> {
+    Run run = db->query(
+        fmt::format("select account, book, type, amount, paid from transactions where deleted = 0 and {}",
+                    which),
+        values);
+    while (run.next()) {
+      const auto type = static_cast<int>(run.integer(2));
+      const bool counts = run.integer(4) != 0 || type == kind::kBalanceCorrection;
+      for (const int holder : {0, 1}) {
+        noteChange(std::string(run.text(holder)), type, sign * run.real(3), counts);
+      }
+    }
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+    return {};
+  };
+  // Each by its own index, and no row twice.
+  Result<> noted = noteAll("eid = ?", {scope.eid});
+  if (noted && !scope.group.empty()) {
+    noted = noteAll("transferEID = ? and eid != ?", {scope.group, scope.eid});
+  }
+  if (noted && !scope.series.empty()) {
+    noted = noteAll("repeat_seed = ? and eid != ? and (transferEID != ? or transferEID = '')",
+                    {scope.series, scope.eid, scope.group});
+  }
+  return noted;
 }
 
 void EntryUpkeep::noteChange(const std::string& account, int transactionType, double amount, bool paid) {
@@ -69,6 +96,7 @@ Result<> EntryUpkeep::writeAll(Balances balances) {
   for (const auto& [key, change] : changes_) keys.insert(key.first);
   if (balances == Balances::afresh) return countTheTotalBalances(*root_, keys);
   for (const auto& [key, change] : changes_) {
+    if (withoutNoise(change) == 0) continue;
     auto account = MonivaAccount::getAccountWithPK(*root_, key.first);
     if (!account) continue;
     if (auto added = addToTotalBalance(*account, key.second, change); !added) return added;

@@ -1,8 +1,7 @@
 #include "model/spend.h"
 
-#include <cmath>
-
 #include "calendar/date_texts.h"
+#include "model/entry_checks.h"
 #include "storage/transaction.h"
 
 namespace moniva {
@@ -48,7 +47,8 @@ std::optional<Spend> Spend::spendFromEID(MVAppRoot& root, std::string_view eid) 
 }
 
 Result<> Spend::add() {
-  if (!std::isfinite(amount) || amount <= 0) return refuse("an amount must be above zero; {} is not", amount);
+  if (auto checked = checkAmount(amount); !checked) return checked;
+  if (auto checked = checkRecordDate(root_->calendar(), datetime); !checked) return checked;
   if (type != kind::kIncome && type != kind::kExpense)
     return refuse("{} is neither income nor expense", type);
   Connection* db = root_->db().getDatabase();
@@ -82,10 +82,6 @@ Result<> Spend::add() {
   }
   if (!written) return tl::make_unexpected(db->refusal());
   return {};
-}
-
-bool isPaidByDate(const Calendar& calendar, Date datetime, Date now) {
-  return datetime <= calendar.dateEnd(now);
 }
 
 }  // namespace moniva

@@ -56,7 +56,4 @@ class Spend {
   MVAppRoot* root_;
 };
 
-/// Whether a record dated so is settled at the moment `now`: it is unless its day lies ahead.
-bool isPaidByDate(const Calendar& calendar, Date datetime, Date now);
-
 }  // namespace moniva

@@ -1,9 +1,9 @@
 #include "model/transfer.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "calendar/date_texts.h"
+#include "model/entry_checks.h"
 #include "storage/transaction.h"
 
 namespace moniva {
@@ -67,9 +67,9 @@ Result<> Transfer::add() {
   if (accountA.empty() || accountB.empty()) return refuse("a transfer needs an account on each side");
   if (accountA == accountB) return refuse("a transfer needs two different accounts");
   for (const double amount : {amountA, amountB}) {
-    if (!std::isfinite(amount) || amount <= 0)
-      return refuse("an amount must be above zero; {} is not", amount);
+    if (auto checked = checkAmount(amount); !checked) return checked;
   }
+  if (auto checked = checkRecordDate(root_->calendar(), datetime); !checked) return checked;
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   for (std::string* identifier : {&connectUUID, &eidA, &eidB}) {

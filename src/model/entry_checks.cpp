@@ -1,0 +1,40 @@
+#include "model/entry_checks.h"
+
+#include <cmath>
+
+#include "model/account_balance.h"
+
+namespace moniva {
+
+Result<> checkAmount(double amount) {
+  constexpr double kMost = 1e12;
+  if (!std::isfinite(amount) || amount <= 0) return refuse("an amount must be above zero; {} is not", amount);
+  if (amount > kMost) return refuse("an amount of {} is beyond all measure", amount);
+  return {};
+}
+
+Result<> checkRecordDate(const Calendar& calendar, Date date) {
+  constexpr int kFirstYear = 1900;
+  constexpr int kLastYear = 2200;
+  if (!std::isfinite(date.secondsSince1970)) return refuse("a record needs a date");
+  const int year = calendar.civilTime(date).year;
+  if (year < kFirstYear || year > kLastYear) {
+    return refuse("a record is dated between {} and {}; the year {} is not", kFirstYear, kLastYear, year);
+  }
+  return {};
+}
+
+Result<> checkTracked(const MonivaAccount& account, int type) {
+  if (balanceSign(account, type) != 0) return {};
+  return refuse("'{}' tracks expenses only; nothing else is recorded on it", account.title);
+}
+
+bool isPaidByDate(const Calendar& calendar, Date datetime, Date now) {
+  return datetime <= calendar.dateEnd(now);
+}
+
+double withoutNoise(double amount) {
+  return std::round(amount * 1e6) / 1e6;
+}
+
+}  // namespace moniva

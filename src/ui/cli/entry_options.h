@@ -1,0 +1,62 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "model/moniva_account.h"
+#include "model/mv_category.h"
+#include "ui/cli/session.h"
+
+/// What the commands for records have in common: amounts, moments, categories, vendors and records as typed.
+namespace moniva {
+
+/// How an amount may be typed: "--round" allows more decimals than its currency has.
+struct AmountOptions {
+  bool round = false;
+};
+void addRoundOption(CLI::App& command, AmountOptions& options);
+
+/// The amount typed, above zero, in the currency of the code. Ends the command for what is no amount, is
+/// zero, or has more decimals than the currency, unless it may be rounded, which the person is told.
+double amountTyped(Session& session, const std::string& text, const std::string& currency,
+                   const AmountOptions& options = {});
+/// A currency's code as typed; ends the command for what is none.
+std::string foreignCurrencyTyped(const std::string& code);
+
+/// The moment a record is made for: typed with a time, or that day at the present time of day; the present
+/// for a blank text. Ends the command for what is no date and for years before 1900 or after 2200.
+Date momentTyped(Session& session, const std::string& text);
+/// "Feb 29, 2024 14:30", with a mark where the record waits for its day.
+std::string dayOf(Session& session, Date date, bool paid);
+
+/// The category below `above` (a root for a top-level one) of that title; made when it is new and `create` is
+/// set, and on in the book then. Ends the command for none, with the nearest there is.
+MVCategory categoryNamed(Session& session, const std::string& title, const MVCategory& above,
+                         const MonivaAccount& book, bool create);
+/// A category and, below it, a subcategory as typed (`-c Food -s Bakery`); nothing when both are blank. A
+/// category may be typed as a path too: "Food/Bakery".
+struct ChosenCategory {
+  std::string category;     ///< key of the top-level one
+  std::string subcategory;  ///< key of the one chosen
+  std::string text;         ///< "Food - Bakery"
+};
+std::optional<ChosenCategory> categoryChosen(Session& session, const std::string& category,
+                                             const std::string& subcategory, int type,
+                                             const MonivaAccount& book, bool create);
+/// The key of the vendor of that title for records of the type, added when it is new; blank for a blank
+/// title.
+std::string vendorChosen(Session& session, const std::string& title, int type);
+
+/// The `eid` of the record typed: all of it, or its last characters (at least four) where they are those of
+/// one record only. Ends the command for none and for several.
+std::string recordTyped(Session& session, const std::string& text);
+/// How a list shows an `eid`: its last characters, which suffice to type it.
+std::string shortEid(const std::string& eid);
+
+/// One transaction for a whole command: names are looked up, checked and written with the write lock in hand.
+/// What the work throws undoes it all. The program is told of the change when it was kept.
+void changeStore(Session& session, const std::function<void()>& work);
+
+}  // namespace moniva
