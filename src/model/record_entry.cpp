@@ -24,52 +24,30 @@ Result<> record(MVAppRoot& root, Entry& entry) {
 }  // namespace
 
 void EntryUpkeep::note(const Spend& spend) {
-  if (!spend.category.empty()) ++categoryUses_[{spend.category, spend.book}];
+  noteUses(spend, 1);
+  if (spend.paid) noteChange(spend.book, spend.type, spend.amount);
+  if (spend.paid) noteChange(spend.account, spend.type, spend.amount);
+}
+
+void EntryUpkeep::noteUses(const Spend& spend, int times) {
+  if (!spend.category.empty()) categoryUses_[{spend.category, spend.book, spend.type}] += times;
   if (!spend.subcategory.empty() && spend.subcategory != spend.category) {
-    ++categoryUses_[{spend.subcategory, spend.book}];
+    categoryUses_[{spend.subcategory, spend.book, spend.type}] += times;
   }
   if (!spend.vendor.empty()) vendors_[spend.vendor] = spend.type;
-  noteChange(spend.book, spend.type, spend.amount, spend.paid);
-  noteChange(spend.account, spend.type, spend.amount, spend.paid);
+}
+
+void EntryUpkeep::note(const Payment& payment) {
+  if (payment.paid) noteChange(payment.account, payment.type, payment.amount);
 }
 
 void EntryUpkeep::note(const Transfer& transfer) {
-  noteChange(transfer.accountA, kind::kTransferOut, transfer.amountA, transfer.paid);
-  noteChange(transfer.accountB, kind::kTransferIn, transfer.amountB, transfer.paid);
+  if (transfer.paid) noteChange(transfer.accountA, kind::kTransferOut, transfer.amountA);
+  if (transfer.paid) noteChange(transfer.accountB, kind::kTransferIn, transfer.amountB);
 }
 
-Result<> EntryUpkeep::note(const RecordScope& scope, int sign) {
-  Connection* db = root_->db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  const auto noteAll = [&](std::string_view which, std::initializer_list<Value> values) -> Result<> {
-    Run run = db->query(
-        fmt::format("select account, book, type, amount, paid from transactions where deleted = 0 and {}",
-                    which),
-        values);
-    while (run.next()) {
-      const auto type = static_cast<int>(run.integer(2));
-      const bool counts = run.integer(4) != 0 || type == kind::kBalanceCorrection;
-      for (const int holder : {0, 1}) {
-        noteChange(std::string(run.text(holder)), type, sign * run.real(3), counts);
-      }
-    }
-    if (!run.ok()) return tl::make_unexpected(db->refusal());
-    return {};
-  };
-  // Each by its own index, and no row twice.
-  Result<> noted = noteAll("eid = ?", {scope.eid});
-  if (noted && !scope.group.empty()) {
-    noted = noteAll("transferEID = ? and eid != ?", {scope.group, scope.eid});
-  }
-  if (noted && !scope.series.empty()) {
-    noted = noteAll("repeat_seed = ? and eid != ? and (transferEID != ? or transferEID = '')",
-                    {scope.series, scope.eid, scope.group});
-  }
-  return noted;
-}
-
-void EntryUpkeep::noteChange(const std::string& account, int transactionType, double amount, bool paid) {
-  if (paid && !account.empty()) changes_[{account, transactionType}] += amount;
+void EntryUpkeep::noteChange(const std::string& holder, int transactionType, double amount) {
+  if (!holder.empty()) changes_[{holder, transactionType}] += amount;
 }
 
 Result<> EntryUpkeep::write(Balances balances) {
@@ -83,8 +61,10 @@ Result<> EntryUpkeep::write(Balances balances) {
 
 Result<> EntryUpkeep::writeAll(Balances balances) {
   for (const auto& [keys, uses] : categoryUses_) {
-    auto category = MVCategory::getCategory(*root_, keys.first);
-    const auto book = MonivaAccount::getAccountWithPK(*root_, keys.second);
+    if (uses == 0) continue;
+    const auto& [key, bookKey, type] = keys;
+    auto category = MVCategory::getCategory(*root_, key, type);
+    const auto book = MonivaAccount::getAccountWithPK(*root_, bookKey);
     if (category && !category->updateUsingCount(book.value_or(MonivaAccount(*root_)), uses))
       return refusalOfStore(*root_);
   }
@@ -102,6 +82,72 @@ Result<> EntryUpkeep::writeAll(Balances balances) {
     if (auto added = addToTotalBalance(*account, key.second, change); !added) return added;
   }
   return {};
+}
+
+namespace {
+/// The outermost change under way on this thread.
+thread_local RecordChange* underWay = nullptr;
+}  // namespace
+
+RecordChange::RecordChange(MVAppRoot& root)
+    : root_(&root), outer_(underWay != nullptr && underWay->root_ == &root ? underWay : nullptr) {
+  if (outer_ == nullptr) underWay = this;
+}
+
+RecordChange::~RecordChange() {
+  if (underWay == this) underWay = nullptr;
+}
+
+Result<> RecordChange::read(MVAppRoot& root, const RecordScope& scope, Rows& rows) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  // Each by its own index.
+  const std::pair<std::string_view, const std::string*> ways[] = {
+      {"select eid, account, book, type, amount, paid, deleted from transactions where eid = ?", &scope.eid},
+      {"select eid, account, book, type, amount, paid, deleted from transactions where transferEID = ?",
+       &scope.group},
+      {"select eid, account, book, type, amount, paid, deleted from transactions where repeat_seed = ?",
+       &scope.series}};
+  for (const auto& [sql, key] : ways) {
+    if (key->empty()) continue;
+    Run run = db->query(sql, {*key});
+    while (run.next()) {
+      Row row{std::string(run.text(1)), std::string(run.text(2)), static_cast<int>(run.integer(3)),
+              run.real(4)};
+      // What is pending or deleted is in no balance.
+      if (run.integer(6) != 0 || (run.integer(5) == 0 && row.type != kind::kBalanceCorrection))
+        row.amount = 0;
+      rows.emplace(run.text(0), std::move(row));
+    }
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  return {};
+}
+
+Result<> RecordChange::begin(const RecordScope& scope) {
+  RecordChange& all = outer_ != nullptr ? *outer_ : *this;
+  all.scopes_.push_back(scope);
+  return read(*root_, scope, all.before_);
+}
+
+Result<> RecordChange::end() {
+  if (outer_ != nullptr) return {};
+  Rows after;
+  for (const auto& scope : scopes_) {
+    if (auto done = read(*root_, scope, after); !done) return done;
+  }
+  for (const auto& [eid, row] : before_) {
+    if (after.contains(eid)) continue;
+    if (auto done = read(*root_, RecordScope{eid, {}, {}}, after); !done) return done;
+  }
+  EntryUpkeep upkeep(*root_);
+  for (const auto& [rows, sign] : {std::pair{&before_, -1}, std::pair{&after, 1}}) {
+    for (const auto& [eid, row] : *rows) {
+      upkeep.noteChange(row.account, row.type, sign * row.amount);
+      upkeep.noteChange(row.book, row.type, sign * row.amount);
+    }
+  }
+  return upkeep.write(EntryUpkeep::Balances::byAmount);
 }
 
 Result<> recordEntry(MVAppRoot& root, Spend& spend) {

@@ -2,7 +2,9 @@
 
 #include <map>
 #include <string>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 #include "base/result.h"
 #include "model/spend.h"
@@ -32,49 +34,73 @@ class EntryUpkeep {
 
   void note(const Spend& spend);
   void note(const Transfer& transfer);
-  /// The rows of the scope as they are in the store: `sign` 1 for rows that came, -1 for rows that go. Only
-  /// balances follow.
-  Result<> note(const RecordScope& scope, int sign);
+  void note(const Payment& payment);
+  /// What is used of categories and vendors alone: by `times` more, or less, records such as this one.
+  void noteUses(const Spend& spend, int times);
+  /// A settled amount more, or less, of a type in the book or account of that key.
+  void noteChange(const std::string& holder, int transactionType, double amount);
   /// Writes the changes of the rows noted, which are in the store by then. Belongs into the transaction that
   /// wrote them: after a refusal it has to be given up.
   Result<> write(Balances balances);
 
  private:
-  void noteChange(const std::string& account, int transactionType, double amount, bool paid);
   Result<> writeAll(Balances balances);
 
   MVAppRoot* root_;
-  std::map<std::pair<std::string, std::string>, int> categoryUses_;  ///< by category and book
-  std::map<std::string, int> vendors_;                               ///< with the type of their entries
-  std::map<std::pair<std::string, int>, double> changes_;            ///< by book or account, and type
+  std::map<std::tuple<std::string, std::string, int>, int> categoryUses_;  ///< by category, book and type
+  std::map<std::string, int> vendors_;                                     ///< with the type of their entries
+  std::map<std::pair<std::string, int>, double> changes_;                  ///< by book or account, and type
 };
 
 /// Writes the entry with its upkeep, all or nothing. What is missing is made and refused as by its `add`.
 Result<> recordEntry(MVAppRoot& root, Spend& spend);
 Result<> recordEntry(MVAppRoot& root, Transfer& transfer);
 
+/// What a change of records does to balances: the rows concerned as they were before and as they are after.
+/// Changes within a change join it, so that each row counts once. On one thread, in scopes that nest.
+class RecordChange {
+ public:
+  explicit RecordChange(MVAppRoot& root);
+  ~RecordChange();
+  RecordChange(const RecordChange&) = delete;
+  RecordChange& operator=(const RecordChange&) = delete;
+
+  /// To be called before rows of the scope change. Rows that the change makes may be in it or come later.
+  Result<> begin(const RecordScope& scope);
+  /// Writes what the rows of all scopes have come to since; the outermost change does.
+  Result<> end();
+
+ private:
+  struct Row {
+    std::string account;
+    std::string book;
+    int type = 0;
+    double amount = 0;
+  };
+  using Rows = std::map<std::string, Row, std::less<>>;
+
+  static Result<> read(MVAppRoot& root, const RecordScope& scope, Rows& rows);
+
+  MVAppRoot* root_;
+  RecordChange* outer_;
+  std::vector<RecordScope> scopes_;
+  Rows before_;
+};
+
 /// Runs a change of records as one transaction and brings the balances of the books and accounts concerned up
-/// to date with it. The work takes the connection; it may extend the scope, by a group the record comes to
-/// have, but only by rows that it makes itself.
+/// to date with it. The work takes the connection and answers a Result; a change within it may
+/// widen the scope, by a group the record comes to have.
 template <class Work>
-auto changeRecords(MVAppRoot& root, RecordScope& scope, Work&& work)
+auto changeRecords(MVAppRoot& root, const RecordScope& rows, Work&& work)
     -> decltype(work(std::declval<Connection&>())) {
   return atomically(root, [&](Connection& db) -> decltype(work(db)) {
-    EntryUpkeep upkeep(root);
-    if (auto noted = upkeep.note(scope, -1); !noted) return tl::make_unexpected(noted.error());
+    RecordChange change(root);
+    if (auto begun = change.begin(rows); !begun) return tl::make_unexpected(begun.error());
     auto result = work(db);
     if (!result) return result;
-    if (auto noted = upkeep.note(scope, 1); !noted) return tl::make_unexpected(noted.error());
-    if (auto written = upkeep.write(EntryUpkeep::Balances::byAmount); !written) {
-      return tl::make_unexpected(written.error());
-    }
+    if (auto ended = change.end(); !ended) return tl::make_unexpected(ended.error());
     return result;
   });
-}
-template <class Work>
-auto changeRecords(MVAppRoot& root, const RecordScope& rows, Work&& work) {
-  RecordScope scope = rows;
-  return changeRecords(root, scope, std::forward<Work>(work));
 }
 
 /// Tells the program of entries that are in the store for good.

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "model/moniva_account.h"
+#include "model/mv_category.h"
+#include "model/vendor.h"
+
+namespace moniva {
+
+/// The books, accounts, categories and vendors that records refer to by key, each read once. For one
+/// operation over many records: what changes in the store meanwhile is not seen.
+class RecordNames {
+ public:
+  explicit RecordNames(MVAppRoot& root) : root_(&root) {}
+
+  // Null for a blank key and for one that names nothing; deleted rows are found.
+  std::shared_ptr<const MonivaAccount> holder(std::string_view key);
+  /// Where income and expense share the key, the category of the type.
+  std::shared_ptr<const MVCategory> category(std::string_view key, int type);
+  /// The entry for no vendor where the key is blank or stands for none.
+  std::shared_ptr<const Vendor> vendor(std::string_view key, int type);
+
+ private:
+  MVAppRoot* root_;
+  std::map<std::string, std::shared_ptr<const MonivaAccount>, std::less<>> holders_;
+  std::map<int, std::map<std::string, std::shared_ptr<const MVCategory>, std::less<>>> categories_;
+  std::map<int, std::map<std::string, std::shared_ptr<const Vendor>, std::less<>>> vendors_;
+};
+
+}  // namespace moniva

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <utility>
+
+#include "model/record_entry.h"
+#include "model/spend.h"
+
+// How the editor's changes begin; for its own sources.
+namespace moniva {
+
+/// Refused: a record that is deleted, and one that is not there.
+inline Result<TransactionItem> liveRow(MVAppRoot& root, std::string_view eid) {
+  auto row = TransactionItem::fromEID(root, eid);
+  if (!row || row->isDeleted > 1) return refuse("there is no record '{}'", eid);
+  if (row->isDeleted == 1) return refuse("the record is deleted; restore it first");
+  return std::move(*row);
+}
+
+/// Runs a change of a live record and marks the object edited. The work takes the row as it is in the store.
+template <class Work>
+Result<> changeSpend(Spend& spend, Work&& work) {
+  MVAppRoot& root = spend.root();
+  return atomically(root, [&](Connection&) -> Result<> {
+    const auto row = liveRow(root, spend.eid);
+    if (!row) return tl::make_unexpected(row.error());
+    const RecordScope scope{spend.eid, row->connectionUUID,
+                            row->type == kind::kRepeatSeed ? spend.eid : std::string()};
+    auto changed = changeRecords(root, scope, [&](Connection&) { return work(*row); });
+    if (changed) spend.edited = true;
+    return changed;
+  });
+}
+
+}  // namespace moniva

@@ -1,0 +1,327 @@
+#include "calendar/date_texts.h"
+#include "model/entry_checks.h"
+#include "model/group_balance.h"
+#include "model/mv_category.h"
+#include "model/spend.h"
+#include "model/spend_change.h"
+#include "model/vendor.h"
+#include "storage/writes.h"
+
+namespace moniva {
+namespace {
+
+bool isOfAKind(const TransactionItem& row) {
+  return row.type == kind::kIncome || row.type == kind::kExpense;
+}
+
+/// A record's own key of a category, checked: it is in use and of the record's type.
+Result<> checkCategoryKey(MVAppRoot& root, const std::string& key, int type) {
+  if (key.empty()) return {};
+  const auto category = MVCategory::getCategory(root, key, type);
+  if (!category || category->deleted != 0) return refuse("there is no category with the key '{}'", key);
+  if (category->type != type) return refuse("'{}' is no category for records of this kind", category->title);
+  return {};
+}
+
+/// The kind of what a seed makes or stands for; else the row's own.
+int kindOf(const Spend& spend, const TransactionGroup& group) {
+  if (spend.type == kind::kRepeatSeed) return spend.advancedType;
+  if (spend.type == kind::kInstallmentSeed && !group.items.empty()) return group.items.front().type;
+  return spend.type;
+}
+
+/// The amount of a row in its place: the only payment of a record follows, so does an instalment's payment.
+Result<> settleAmount(MVAppRoot& root, const TransactionItem& row, double amount) {
+  if (row.connectionUUID.empty() || !isOfAKind(row)) return {};
+  if (row.isPayment()) return settlePayments(root, row.connectionUUID, SolePayment::stays);
+  auto group = TransactionGroup::of(root, row.connectionUUID);
+  if (!group) return tl::make_unexpected(group.error());
+  if (row.advancedType == advanced::kInstallment) {
+    if (const auto payment = partnerOf(*group, row)) {
+      if (auto written = writeAmount(root, payment->eid, amount); !written) return written;
+    }
+  }
+  if (auto counted = recountSeed(root, *group); !counted) return counted;
+  return settlePayments(root, row.connectionUUID, SolePayment::follows);
+}
+
+}  // namespace
+
+Result<> Spend::updateAmount(double newAmount) {
+  if (auto checked = checkAmount(newAmount); !checked) return checked;
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (row.isRefund()) return refuse("this is a refund; it is changed as one");
+    if (isSeed()) {
+      if (advancedType != advanced::kCost)
+        return refuse("the amounts of a plan are those of its instalments");
+      if (auto written = writeAmount(*root_, eid, newAmount); !written) return written;
+      amount = newAmount;
+      return updateApportionedCost(payDate, repeatEndDate);
+    }
+    if (row.isPayment() && row.advancedType == advanced::kInstallment) {
+      auto payment = Payment::paymentFromEID(*root_, eid);
+      return payment ? payment->updateAmount(newAmount) : Result<>();
+    }
+    if (auto written = writeAmount(*root_, eid, newAmount); !written) return written;
+    amount = newAmount;
+    return settleAmount(*root_, row, newAmount);
+  });
+}
+
+Result<> Spend::updateAmount(double newAmount, double newForeignAmount,
+                             const std::string& newForeignCurrency) {
+  if (isSeed()) return refuse("what is divided into shares is kept in one currency");
+  if (!newForeignCurrency.empty()) {
+    if (auto checked = checkAmount(newForeignAmount); !checked) return checked;
+  }
+  return changeSpend(*this, [&](const TransactionItem&) -> Result<> {
+    if (amount != newAmount) {
+      if (auto written = updateAmount(newAmount); !written) return written;
+    }
+    foreignCurrency = newForeignCurrency;
+    foreignAmount = newForeignCurrency.empty() ? 0 : newForeignAmount;
+    return write(*root_,
+                 "update transactions set amount = ?, currency2 = ?, amount2 = ?, ipid = '', editDate = ?,"
+                 " edit_ipid = ? where eid = ?",
+                 newAmount, foreignCurrency, foreignAmount, root_->editStamp(), root_->itsUDID(), eid);
+  });
+}
+
+Result<> Spend::updateAccount(const std::string& newAccount) {
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    const auto group = TransactionGroup::of(*root_, row.connectionUUID);
+    if (!group) return tl::make_unexpected(group.error());
+    if (auto checked = checkAccountKey(*root_, newAccount, kindOf(*this, *group)); !checked) return checked;
+    if (!row.isPayment() && !row.connectionUUID.empty() && isOfAKind(row)) {
+      const TransactionItem* sole = nullptr;
+      int regulars = 0;
+      for (const auto& payment : group->payments) {
+        if (payment.isRefund()) continue;
+        sole = &payment;
+        ++regulars;
+      }
+      const auto partner = row.advancedType == advanced::kInstallment ? partnerOf(*group, row) : std::nullopt;
+      if (!partner && regulars != 1)
+        return refuse("the record has {} payments; change their accounts", regulars);
+      auto payment = Payment::paymentFromEID(*root_, partner ? partner->eid : sole->eid);
+      if (!payment) return refuse("the record's payment cannot be read");
+      return payment->updateAccount(newAccount);
+    }
+    auto written = write(
+        *root_, "update transactions set account = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
+        newAccount, root_->editStamp(), root_->itsUDID(), eid);
+    if (!written) return written;
+    account = newAccount;
+    if (!isSeed()) return {};
+    // The seed names the account for the plan as a whole.
+    return write(
+        *root_,
+        "update transactions set account = ?, editDate = ?, edit_ipid = ? where transferEID = ? and bid = 10"
+        " and deleted = 0",
+        newAccount, root_->editStamp(), root_->itsUDID(), connectionUUID);
+  });
+}
+
+Result<> Spend::updateBook(const std::string& newBook) {
+  if (!newBook.empty()) {
+    if (auto checked = checkBookKey(*root_, newBook); !checked) return checked;
+  }
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    const std::string oldBook = row.book;
+    const bool grouped = !row.connectionUUID.empty();
+    if (newBook.empty() && grouped) {
+      return refuse("a record with payments stays in a book; take its payments away first");
+    }
+    if (grouped && row.isPayment()) return refuse("a payment of a record has the book of what it pays for");
+    constexpr std::string_view intoBook =
+        "update transactions set book = ?, ipid = '', bid = 20, editDate = ?, edit_ipid = ? where eid = ?";
+    constexpr std::string_view outOfBooks =
+        "update transactions set book='', ipid = '', bid = 10, category = '', subcategory = '#NOMVCATEGORY',"
+        " editDate = ?, edit_ipid = ? where eid = ?";
+    auto written = newBook.empty()
+                       ? write(*root_, outOfBooks, root_->editStamp(), root_->itsUDID(), eid)
+                       : write(*root_, intoBook, newBook, root_->editStamp(), root_->itsUDID(), eid);
+    if (!written) return written;
+    book = newBook;
+    bid = newBook.empty() ? kPaymentRow : kItemRow;
+    if (newBook.empty()) {
+      category.clear();
+      subcategory.clear();
+    }
+    if (isSeriesSeed()) {
+      // Payments of compound occurrences stay payments.
+      return newBook.empty()
+                 ? write(*root_,
+                         "update transactions set book='', ipid = '', bid = 10, category = '', subcategory ="
+                         " '#NOMVCATEGORY', editDate = ?, edit_ipid = ? where repeat_seed = ? and "
+                         "transferEID = ''",
+                         root_->editStamp(), root_->itsUDID(), eid)
+                 : write(*root_,
+                         "update transactions set book = ?, ipid = '', bid = 20, editDate = ?, edit_ipid = ? "
+                         "where"
+                         " repeat_seed = ? and (bid = 20 or transferEID = '')",
+                         newBook, root_->editStamp(), root_->itsUDID(), eid);
+    }
+    if (!grouped || oldBook.empty()) return {};
+    written =
+        write(*root_,
+              "update transactions set book = ?, ipid = '', editDate = ?, edit_ipid = ? where transferEID = ?"
+              " and book = ?",
+              newBook, root_->editStamp(), root_->itsUDID(), row.connectionUUID, oldBook);
+    if (!written) return written;
+    // Payments of older stores name the book in the place of a category.
+    return write(*root_,
+                 "update transactions set category = ?, editDate = ?, edit_ipid = ? where transferEID = ? and"
+                 " category = ?",
+                 newBook, root_->editStamp(), root_->itsUDID(), row.connectionUUID, oldBook);
+  });
+}
+
+Result<> Spend::updateDate(Date date) {
+  if (auto checked = checkRecordDate(root_->calendar(), date); !checked) return checked;
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (isSeed()) return refuse("a plan is dated by its parts");
+    const auto group = TransactionGroup::of(*root_, row.connectionUUID);
+    if (!group) return tl::make_unexpected(group.error());
+    TransactionItem own = row;
+    own.timeZone = timeZone;
+    if (auto written = writeDate(*root_, own, date); !written) return written;
+    datetime = date;
+    paid = settledAt(row, date, root_->now());
+    if (row.payDate == row.datetime) payDate = date;
+    if (!isOfAKind(row)) return {};
+    const int day = integerDateOfTimeZone(root_->calendar(), row.datetime, row.timeZone);
+    for (const auto* rows : {&group->items, &group->payments}) {
+      for (const auto& other : *rows) {
+        if (other.eid == eid || other.isRefund()) continue;
+        if (integerDateOfTimeZone(root_->calendar(), other.datetime, other.timeZone) != day) continue;
+        if (auto written = writeDate(*root_, other, date); !written) return written;
+      }
+    }
+    return {};
+  });
+}
+
+Result<> Spend::updateCategory(const std::string& newCategory, const std::string& newSubcategory) {
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    const auto group = TransactionGroup::of(*root_, row.connectionUUID);
+    if (!group) return tl::make_unexpected(group.error());
+    const int ofType = kindOf(*this, *group);
+    for (const auto* key : {&newCategory, &newSubcategory}) {
+      if (auto checked = checkCategoryKey(*root_, *key, ofType); !checked) return checked;
+    }
+    if (row.isPayment()) return refuse("a payment has no category of its own");
+    const auto set = [&](std::string_view where, std::string_view key) {
+      return write(
+          *root_,
+          fmt::format("update transactions set category = ?, subcategory = ?, ipid = '', editDate = ?,"
+                      " edit_ipid = ? where {}",
+                      where),
+          newCategory, newSubcategory.empty() ? kNoCategory : std::string_view(newSubcategory),
+          root_->editStamp(), root_->itsUDID(), key);
+    };
+    const bool split = advancedType == advanced::kCost || advancedType == advanced::kInstallment;
+    const bool wholePlan = split && !row.connectionUUID.empty();
+    EntryUpkeep upkeep(*root_);
+    if (!isSeriesSeed()) {
+      Spend use = *this;
+      use.type = ofType;
+      const int uses = wholePlan ? static_cast<int>(group->items.size()) : 1;
+      use.vendor.clear();
+      upkeep.noteUses(use, -uses);
+      use.category = newCategory;
+      use.subcategory = newSubcategory;
+      upkeep.noteUses(use, uses);
+    }
+    auto written = set("eid = ?", eid);
+    if (written && isSeriesSeed()) written = set("repeat_seed = ? and bid = 20", eid);
+    if (written && wholePlan) written = set("transferEID = ? and bid = 20", row.connectionUUID);
+    if (!written) return written;
+    category = newCategory;
+    subcategory = newSubcategory;
+    if (!row.connectionUUID.empty()) {
+      written = settlePayments(*root_, row.connectionUUID, SolePayment::stays);
+      if (!written) return written;
+    }
+    return upkeep.write(EntryUpkeep::Balances::byAmount);
+  });
+}
+
+Result<> Spend::updateVendor(const std::string& newVendor) {
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (row.isPayment() && !row.connectionUUID.empty()) return refuse("a payment has no vendor of its own");
+    const auto group = TransactionGroup::of(*root_, row.connectionUUID);
+    if (!group) return tl::make_unexpected(group.error());
+    const int ofType = kindOf(*this, *group);
+    auto written = write(
+        *root_, "update transactions set vendor = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
+        newVendor, root_->editStamp(), root_->itsUDID(), eid);
+    const bool split = advancedType == advanced::kCost || advancedType == advanced::kInstallment;
+    if (written && split && !row.connectionUUID.empty()) {
+      written =
+          write(*root_,
+                "update transactions set vendor = ?, ipid = '', editDate = ?, edit_ipid = ? where transferEID"
+                " = ? and bid = 20",
+                newVendor, root_->editStamp(), root_->itsUDID(), row.connectionUUID);
+    } else if (written && !row.connectionUUID.empty() && !row.vendor.empty()) {
+      written =
+          write(*root_,
+                "update transactions set vendor = ?, ipid = '', editDate = ?, edit_ipid = ? where transferEID"
+                " = ? and type = ? and vendor = ?",
+                newVendor, root_->editStamp(), root_->itsUDID(), row.connectionUUID, ofType, row.vendor);
+    }
+    if (!written) return written;
+    vendor = newVendor;
+    for (const auto* key : {&row.vendor, &newVendor}) {
+      auto used = key->empty() ? std::nullopt : Vendor::getVendor(*root_, *key, ofType);
+      if (used && !used->updateUsingCount(ofType)) return refusalOfStore(*root_);
+    }
+    return {};
+  });
+}
+
+Result<> Spend::updateRepeat(const std::string& rule, Date endDate) {
+  return changeSpend(*this, [&](const TransactionItem&) -> Result<> {
+    const bool repeats = !rule.empty() && rule != kNotRepeat;
+    const bool openEnded = !repeats || endDate == Date{};
+    auto written =
+        write(*root_,
+              "update transactions set repeat = ?, repeat_end_date = ?, ipid = '', editDate = ?,"
+              " edit_ipid = ? where eid = ?",
+              rule, openEnded ? Value("") : Value(endDate), root_->editStamp(), root_->itsUDID(), eid);
+    if (!written) return written;
+    repeat = rule;
+    repeatEndDate = openEnded ? Date{} : endDate;
+    return {};
+  });
+}
+
+Result<> Spend::updateRepeat(const std::string& rule) {
+  return updateRepeat(rule, repeatEndDate);
+}
+
+Result<> Spend::updateRepeatEndDate(Date endDate) {
+  return updateRepeat(repeat, endDate);
+}
+
+Result<> Spend::updateNote(const std::string& newNote) {
+  return changeSpend(*this, [&](const TransactionItem&) {
+    note = newNote;
+    return write(*root_,
+                 "update transactions set note = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
+                 newNote, root_->editStamp(), root_->itsUDID(), eid);
+  });
+}
+
+Result<> Spend::updateReimburse(bool isToBeReimbursed) {
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (!isOfAKind(row)) return refuse("only an expense is reimbursed");
+    needReimburse = isToBeReimbursed;
+    return write(
+        *root_,
+        "update transactions set needReimburse = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
+        needReimburse, root_->editStamp(), root_->itsUDID(), eid);
+  });
+}
+
+}  // namespace moniva

@@ -1,0 +1,91 @@
+#include "model/transaction_item.h"
+
+#include "model/entry_checks.h"
+
+namespace moniva {
+namespace {
+
+constexpr std::string_view kItemColumns =
+    "select eid, bid, type, amount, amount2, currency2, note, account, book, category, subcategory, vendor,"
+    " datetime, barcode, payDate, paid, syear, transferEID, repeat_seed, sweek, ipid, deleted from "
+    "transactions";
+
+TransactionItem itemOfRow(const Run& run) {
+  TransactionItem item;
+  item.eid = run.text(0);
+  item.bid = static_cast<int>(run.integer(1));
+  item.type = static_cast<int>(run.integer(2));
+  item.amount = run.real(3);
+  item.amount2 = run.real(4);
+  item.foreignCurrency = run.text(5);
+  item.note = run.text(6);
+  item.account = run.text(7);
+  item.book = run.text(8);
+  item.category = run.text(9);
+  item.subcategory = run.text(10) == kNoCategory ? std::string_view() : run.text(10);
+  item.vendor = run.text(11);
+  item.datetime = run.date(12);
+  item.timeZone = run.text(13);
+  item.payDate = run.date(14);
+  item.paid = run.integer(15) != 0;
+  item.advancedType = static_cast<int>(run.integer(16));
+  item.connectionUUID = run.text(17);
+  item.repeatSeed = run.text(18);
+  item.json = run.text(19) == "0" ? std::string_view() : run.text(19);
+  item.ipid = run.text(20);
+  item.isDeleted = static_cast<int>(run.integer(21));
+  return item;
+}
+
+}  // namespace
+
+std::optional<TransactionItem> TransactionItem::fromEID(MVAppRoot& root, std::string_view eid) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return std::nullopt;
+  static const std::string sql = std::string(kItemColumns) + " where eid = ?";
+  Run run = db->query(sql, {eid});
+  if (!run.next()) return std::nullopt;
+  return itemOfRow(run);
+}
+
+Result<std::vector<TransactionItem>> itemsOf(MVAppRoot& root, std::string_view sql,
+                                             std::initializer_list<Value> arguments) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  std::vector<TransactionItem> items;
+  Run run = db->query(sql, arguments);
+  while (run.next()) {
+    if (auto item = TransactionItem::fromEID(root, run.text(0))) items.push_back(std::move(*item));
+  }
+  if (!run.ok()) return tl::make_unexpected(db->refusal());
+  return items;
+}
+
+double sumOf(const std::vector<TransactionItem>& rows) {
+  double sum = 0;
+  for (const auto& row : rows) sum += row.amount;
+  return withoutNoise(sum);
+}
+
+Result<TransactionGroup> TransactionGroup::of(MVAppRoot& root, std::string_view uuid, bool withDeleted) {
+  TransactionGroup group;
+  if (uuid.empty()) return group;
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  static const std::string sql =
+      std::string(kItemColumns) +
+      " where transferEID = ? and deleted < ? and type in (11, 12, 86) order by datetime, eid";
+  Run run = db->query(sql, {uuid, withDeleted ? 2 : 1});
+  while (run.next()) {
+    TransactionItem item = itemOfRow(run);
+    if (item.type == kind::kInstallmentSeed) {
+      group.seed = std::move(item);
+    } else {
+      (item.isPayment() ? group.payments : group.items).push_back(std::move(item));
+    }
+  }
+  if (!run.ok()) return tl::make_unexpected(db->refusal());
+  return group;
+}
+
+}  // namespace moniva
