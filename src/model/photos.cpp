@@ -43,12 +43,12 @@ std::optional<fs::path> oldPlaceOf(MVAppRoot& root, const std::string& name) {
   return std::nullopt;
 }
 
-bool isFile(const fs::path& path) {
+bool isImageFile(const fs::path& path) {
   std::error_code error;
   return fs::is_regular_file(path, error);
 }
 
-Result<> requireRecord(Connection& db, const std::string& eid) {
+Result<> requireRecordOfPhotos(Connection& db, const std::string& eid) {
   Run run = db.query("select 1 from transactions where eid = ? and deleted < 2", {eid});
   if (run.next()) return {};
   if (!run.ok()) return tl::make_unexpected(db.refusal());
@@ -112,8 +112,8 @@ Result<std::string> saveImage(MVAppRoot& root, FreshFiles& files, const std::str
   return name;
 }
 
-/// Whether the query, which names the file in each of its slots, finds a row.
-Result<bool> findsRow(Connection& db, std::string_view sql, std::initializer_list<Value> arguments) {
+/// Whether the query finds a row.
+Result<bool> findsPhotoRow(Connection& db, std::string_view sql, std::initializer_list<Value> arguments) {
   Run run = db.query(sql, arguments);
   const bool found = run.next();
   if (!run.ok()) return tl::make_unexpected(db.refusal());
@@ -121,7 +121,7 @@ Result<bool> findsRow(Connection& db, std::string_view sql, std::initializer_lis
 }
 
 /// Whether any record has the photo in use. None is left out: whoever asks may have undone a removal since.
-Result<bool> isInUse(Connection& db, const std::string& name) {
+Result<bool> isImageInUse(Connection& db, const std::string& name) {
   Run run =
       db.query("select count(eid) as photoCount from photos where deleted = 0 and photoFull = ? and eid != ?",
                {name, ""});
@@ -167,7 +167,7 @@ Result<std::vector<std::string>> saveImages(MVAppRoot& root, const std::vector<I
   }
   FreshFiles files(root);
   auto saved = atomically(root, [&](Connection& db) -> Result<std::vector<std::string>> {
-    if (auto found = requireRecord(db, eid); !found) return tl::make_unexpected(found.error());
+    if (auto found = requireRecordOfPhotos(db, eid); !found) return tl::make_unexpected(found.error());
     if (auto made = makeWritableFolder(photosFolder(root)); !made) return tl::make_unexpected(made.error());
     std::vector<std::string> names;
     for (std::size_t i = 0; i < images.size(); ++i) {
@@ -185,8 +185,8 @@ Result<std::vector<fs::path>> deleteImages(MVAppRoot& root, const std::vector<st
                                            const std::string& eid) {
   auto marked = atomically(root, [&](Connection& db) -> Result<bool> {
     for (const auto& name : names) {
-      const auto found =
-          findsRow(db, "select 1 from photos where deleted = 0 and photoFull = ? and eid = ?", {name, eid});
+      const auto found = findsPhotoRow(
+          db, "select 1 from photos where deleted = 0 and photoFull = ? and eid = ?", {name, eid});
       if (!found) return tl::make_unexpected(found.error());
       if (!*found) return refuse("the record has no photo '{}'", name);
       if (auto done = write(
@@ -220,17 +220,17 @@ Result<std::vector<fs::path>> setUnusedImagesAside(MVAppRoot& root, const std::v
   return atomically(root, [&](Connection&) -> Result<std::vector<fs::path>> {
     std::vector<fs::path> aside;
     for (const auto& name : names) {
-      const auto inUse = isInUse(*db, name);
+      const auto inUse = isImageInUse(*db, name);
       if (!inUse) return tl::make_unexpected(inUse.error());
       const auto path = getImagePath(root, name);
-      if (*inUse || !path || !isFile(*path)) continue;
+      if (*inUse || !path || !isImageFile(*path)) continue;
       auto moved = setFileAside(*path, root.now());
       if (!moved) return tl::make_unexpected(moved.error());
       aside.push_back(std::move(*moved));
       const std::string reducedName = reducedNameFor(name);
       const auto needed =
-          findsRow(*db, "select 1 from photos where photoFull = ? or (photoLite = ? and deleted = 0)",
-                   {reducedName, reducedName});
+          findsPhotoRow(*db, "select 1 from photos where photoFull = ? or (photoLite = ? and deleted = 0)",
+                        {reducedName, reducedName});
       std::error_code ignored;
       if (needed && !*needed) fs::remove(photosFolder(root) / reducedName, ignored);
     }
@@ -240,7 +240,7 @@ Result<std::vector<fs::path>> setUnusedImagesAside(MVAppRoot& root, const std::v
 
 Result<> sharePhotos(MVAppRoot& root, const std::string& fromEid, const std::string& toEid) {
   return atomically(root, [&](Connection& db) -> Result<> {
-    if (auto found = requireRecord(db, toEid); !found) return found;
+    if (auto found = requireRecordOfPhotos(db, toEid); !found) return found;
     const auto photos = photosOf(root, fromEid);
     if (!photos) return tl::make_unexpected(photos.error());
     const auto known = getImagesForTransID(root, toEid);
@@ -273,8 +273,8 @@ Result<fs::path> getImagePath(MVAppRoot& root, const std::string& name) {
 }
 
 std::optional<fs::path> placeOfImage(MVAppRoot& root, const std::string& name) {
-  if (auto path = getImagePath(root, name); path && isFile(*path)) return std::move(*path);
-  if (auto path = oldPlaceOf(root, name); path && isFile(*path)) return path;
+  if (auto path = getImagePath(root, name); path && isImageFile(*path)) return std::move(*path);
+  if (auto path = oldPlaceOf(root, name); path && isImageFile(*path)) return path;
   return std::nullopt;
 }
 

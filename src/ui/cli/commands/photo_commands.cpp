@@ -126,8 +126,9 @@ void addPhotos(Session& session, const PhotoOptions& options) {
   if (known == 1 && names.size() == 1) {
     sentence = session.text("The record has '{}' already; nothing was changed.", files.front().title);
   } else if (known > 0) {
-    sentence += (sentence.empty() ? "" : " ") +
-                session.count("{} it had already.", "{} it had already.", static_cast<std::int64_t>(known));
+    sentence +=
+        (sentence.empty() ? "" : " ") +
+        session.count("{} was there already.", "{} were there already.", static_cast<std::int64_t>(known));
   }
   session.answer(sentence);
 }
