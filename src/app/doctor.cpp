@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "model/photos.h"
 #include "storage/transaction.h"
 
 namespace moniva {
@@ -70,6 +71,25 @@ constexpr std::array kCounts = {
           toTranslate("{} settings with more than one value (the newest counts)")},
 };
 
+/// Photos in use without a file, and files that no photo in use names, which do no harm.
+void examinePhotos(MVAppRoot& root, Connection& db, std::vector<DoctorFinding>& findings) {
+  std::int64_t missing = 0;
+  Run run = db.query("select distinct photoFull from photos where deleted = 0 and photoFull != ''");
+  while (run.next()) missing += placeOfImage(root, std::string(run.text(0))) ? 0 : 1;
+  findings.push_back({phrase("photos"), missing == 0 && run.ok(),
+                      !run.ok()      ? Phrase::quoted(db.lastErrorMessage())
+                      : missing == 0 ? Phrase("")
+                      : missing == 1 ? phrase("{} photo whose file is missing", missing)
+                                     : phrase("{} photos whose files are missing", missing)});
+  const auto unused = unusedImageFiles(root);
+  const std::size_t files = unused ? unused->size() : 0;
+  findings.push_back({phrase("files of photos"), unused.has_value(),
+                      !unused      ? *unused.error().phrase
+                      : files == 0 ? Phrase("")
+                      : files == 1 ? phrase("{} file that no record uses, which does no harm", files)
+                                   : phrase("{} files that no record uses, which do no harm", files)});
+}
+
 }  // namespace
 
 std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
@@ -101,6 +121,7 @@ std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
         {check, number == 0,
          number == 0 ? Phrase("") : Phrase(form, fmt::format(fmt::runtime(form), number), {number})});
   }
+  examinePhotos(root, *db, findings);
   {
     const auto missing = root.db().missingIndexes().size();
     findings.push_back(

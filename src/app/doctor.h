@@ -8,7 +8,7 @@
 
 namespace moniva {
 
-/// One thing looked at in a store, and what was found: nothing (well) or a sentence.
+/// One thing looked at in a store, and what was found: nothing or a sentence, also one on what does no harm.
 struct DoctorFinding {
   Phrase check;
   bool well = true;

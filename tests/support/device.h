@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "calendar/calendar.h"
+#include "platform/posix/gd_images.h"
 #include "storage/mv_app_root.h"
 #include "support/temporary_folder.h"
 
@@ -95,6 +96,7 @@ class Device {
     platform.directories.resources = std::filesystem::path(MONIVA_TEMPLATE).parent_path();
     platform.clock = std::make_unique<FixedClock>(on("2024-02-29 14:30:05"));
     platform.random = std::make_unique<SeededRandom>(seed);
+    platform.images = std::make_unique<GdImages>();
     platform.userDefaults = std::make_unique<MemoryUserDefaults>();
     platform.log.setSink([this](std::string_view line) {
       const std::scoped_lock lock(mutex_);

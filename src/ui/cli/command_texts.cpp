@@ -119,8 +119,8 @@ std::span<const CommandText> commandTexts() {
         {"moniva completion fish > ~/.config/fish/completions/moniva.fish", "for good"}}},
       {"man", "print the manual page", "", {{"moniva man | man -l -", "read it"}}},
   };
-  static const std::vector<CommandText> all =
-      textsWith(textsWith(textsWith(texts, bookTexts()), categoryTexts()), vendorTexts());
+  static const std::vector<CommandText> all = textsWith(
+      textsWith(textsWith(textsWith(texts, bookTexts()), categoryTexts()), vendorTexts()), photoTexts());
   return all;
 }
 
@@ -151,6 +151,7 @@ std::vector<ManualEntry> fileTexts() {
       {"moniva.dat",
        "the data file, in the data folder: an SQLite database, complete by itself whenever no command runs"},
       {"settings.json", "the settings of this device"},
+      {"photos", "a folder: the photos of records"},
       {"log.txt", "the log of faults of the store"},
       {"backupBeforeUpdate.dat", "a data file that takes the place of moniva.dat at the next start"}};
 }

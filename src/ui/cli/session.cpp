@@ -11,6 +11,7 @@
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
 #include "platform/posix/file_user_defaults.h"
+#include "platform/posix/gd_images.h"
 #include "platform/posix/host.h"
 #include "storage/store_files.h"
 #include "ui/cli/command_error.h"
@@ -127,6 +128,7 @@ void Session::prepare() {
     platform_->clock = std::make_unique<FixedClock>(moment.date);
   }
   platform_->random = std::make_unique<SystemRandom>();
+  platform_->images = std::make_unique<GdImages>();
   if (options_.verbose) {
     platform_->log.setSink(
         [this](std::string_view line) { terminal_.err << errStyle_.dim(printable(line)) << '\n'; });

@@ -21,7 +21,8 @@ void examine(Session& session) {
         {{"check", finding.check.english()}, {"well", finding.well}, {"found", finding.found.english()}});
     table.addRow(
         {finding.well ? Cell("✓", ink::green) : Cell("✗", ink::red), finding.check.in(session.translate()),
-         finding.well ? Cell(session.text("well"), ink::dim) : Cell(finding.found.in(session.translate()))});
+         finding.well && finding.found.english().empty() ? Cell(session.text("well"), ink::dim)
+                                                         : Cell(finding.found.in(session.translate()))});
   }
   const std::string file = session.root().db().databasePath().string();
   if (session.options().json) {
