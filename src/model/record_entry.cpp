@@ -15,6 +15,13 @@ template <class Entry>
 Result<> record(MVAppRoot& root, Entry& entry) {
   return atomically(root, [&](Connection&) -> Result<> {
     if (auto added = entry.add(); !added) return added;
+    if constexpr (std::is_same_v<Entry, Spend>) {
+      if (!entry.addImages.empty()) {
+        auto names = saveImages(root, entry.addImages, entry.eid);
+        if (!names) return tl::make_unexpected(names.error());
+        entry.images = std::move(*names);
+      }
+    }
     EntryUpkeep upkeep(root);
     upkeep.note(entry);
     return upkeep.write(EntryUpkeep::Balances::byAmount);

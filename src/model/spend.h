@@ -8,6 +8,7 @@
 
 #include "base/result.h"
 #include "model/payment.h"
+#include "model/photos.h"
 #include "model/transaction_item.h"
 #include "storage/mv_app_root.h"
 
@@ -61,9 +62,9 @@ class Spend {
   bool paid = true;
   bool needReimburse = false;
   std::string book;
-  /// File names of the record's photos, and contents of image files that `add` attaches.
+  /// File names of the record's photos, and images that `recordEntry` attaches.
   std::vector<std::string> images;
-  std::vector<std::string> addImages;
+  std::vector<ImageFile> addImages;
   std::string repeat{kNotRepeat};
   std::string repeatSeedID;
   Date repeatEndDate;
