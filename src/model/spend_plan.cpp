@@ -19,7 +19,10 @@ Result<> writeSeed(Spend& whole, int advancedType) {
   MVAppRoot& root = whole.root();
   if (whole.connectionUUID.empty()) whole.connectionUUID = root.newIdentifier();
   if (whole.isNewOne) {
+    // A record that does not repeat has no end; that of the seed's range is written with the seed.
+    const Date end = whole.repeatEndDate;
     if (auto added = whole.add(advancedType); !added) return added;
+    whole.repeatEndDate = end;
   }
   whole.advancedType = advancedType;
   whole.type = kind::kInstallmentSeed;
