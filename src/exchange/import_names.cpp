@@ -1,6 +1,7 @@
 #include "exchange/import_names.h"
 
 #include "base/text.h"
+#include "model/entry_checks.h"
 #include "model/transaction_type.h"
 
 namespace moniva {
@@ -26,6 +27,15 @@ const std::optional<Phrase>& ImportNames::obstacle(int aKind, const std::string&
   const auto row = aKind == kBookKind ? MonivaAccount::getBookWithTitle(root_, title)
                                       : MonivaAccount::getAccountWithTitle(root_, title);
   if (row && row->isDeleted == 0) known->second = whyNoRecords(*row);
+  return known->second;
+}
+
+const std::optional<Phrase>& ImportNames::untracked(const std::string& account, int recordType) {
+  const auto [known, isFirst] = untracked_.try_emplace({recordType, account});
+  if (!isFirst || account.empty()) return known->second;
+  if (const auto row = MonivaAccount::getAccountWithTitle(root_, account)) {
+    if (auto tracked = checkTracked(*row, recordType); !tracked) known->second = *tracked.error().phrase;
+  }
   return known->second;
 }
 

@@ -23,6 +23,9 @@ class ImportNames {
   /// Why a book, or an account, of that name takes no records: it is a group, or closed. Nothing for one that
   /// takes them or is still to be made, and for a blank name.
   const std::optional<Phrase>& obstacle(int aKind, const std::string& title);
+  /// Why the account of that name takes no records of the type: it does not track them, nor would it if it
+  /// was deleted and came back. Nothing for one that does or is still to be made, and for a blank name.
+  const std::optional<Phrase>& untracked(const std::string& account, int recordType);
   /// The book; a blank name means the current book (or a first one, made, in a store without any).
   Result<const MonivaAccount*> book(const std::string& title);
   /// The account; `currency` is that of a new one. A blank name gives none (null).
@@ -50,6 +53,7 @@ class ImportNames {
   MVAppRoot& root_;
   std::string currency_;
   std::map<std::pair<int, std::string>, std::optional<Phrase>> obstacles_;
+  std::map<std::pair<int, std::string>, std::optional<Phrase>> untracked_;
   std::map<std::string, MonivaAccount> books_;
   std::map<std::string, MonivaAccount> accounts_;
   std::map<std::pair<int, std::pair<std::string, std::string>>, std::string> categories_;

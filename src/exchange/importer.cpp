@@ -206,6 +206,15 @@ class Importer {
                       isTransfer ? kAccountKind : kBookKind, isTransfer ? record.toAccount : record.book)) {
       return false;
     }
+    const auto tracks = [&](ImportField field, const std::string& account, int recordType) {
+      const auto& why = names_.untracked(account, recordType);
+      return !why || bad(field, account, *why);
+    };
+    const int leaving = isTransfer                          ? kind::kTransferOut
+                        : record.kind == ImportKind::income ? kind::kIncome
+                                                            : kind::kExpense;
+    if (!tracks(ImportField::account, record.account, leaving)) return false;
+    if (isTransfer && !tracks(ImportField::toAccount, record.toAccount, kind::kTransferIn)) return false;
     if (!record.account.empty() && !record.currency.empty() && currency != record.currency) {
       return bad(ImportField::currency, record.currency,
                  phrase("the account '{}' is kept in {}", excerpt(record.account), currency));

@@ -62,10 +62,10 @@ struct ImportOutcome {
 /// rows of a file from that and n; so a file imported again, or one that overlaps it, adds nothing twice, and
 /// a record that was edited or deleted since stays as the user left it.
 ///
-/// A row that names a group or a closed book or account is bad. Accounts keep one currency: a row that states
-/// another one than its account's is bad, and so is a transfer between currencies without the amount that
-/// arrives, or within one with another amount. Which currency a new account has is settled over all rows
-/// (AccountCurrencies).
+/// A row that names a group, a closed book or account, or an account that does not track it is bad. Accounts
+/// keep one currency: a row that states another one than its account's is bad, and so is a transfer between
+/// currencies without the amount that arrives, or within one with another amount. Which currency a new
+/// account has is settled over all rows (AccountCurrencies).
 ///
 /// Refused, with nothing written, when the file cannot be read as a table of records or the store refuses a
 /// write. Bad rows are no refusal: they are in the outcome.

@@ -152,6 +152,9 @@ TEST(ImportFile, passesOverWhatTakesNoRecordsAndTellsWhatIsBack) {
   bank.group("U", {*bank.cash});
   bank.group("All", {old});
   ASSERT_TRUE(trip.delete_() && swiss.delete_() && old.close(true) && bank.bank->close(true));
+  MonivaAccount gone = bank.account("Gone", "_DiscountAccount");
+  bank.account("Card", "_DiscountAccount");
+  ASSERT_TRUE(gone.delete_());
   const auto taken = bank.import(
       "Date,Type,Book,Account,To account,Amount\n"
       "2024-02-01,expense,,U,,5\n"
@@ -159,7 +162,10 @@ TEST(ImportFile, passesOverWhatTakesNoRecordsAndTellsWhatIsBack) {
       "2024-02-01,transfer,,Cash,Bank,5\n"
       "2024-02-01,expense,All,Cash,,5\n"
       "2024-02-01,expense,Old,Cash,,5\n"
-      "2024-02-01,expense,Trip,Swiss,,5\n",
+      "2024-02-01,expense,Trip,Swiss,,5\n"
+      "2024-02-01,income,,Card,,5\n"
+      "2024-02-01,transfer,,Cash,Gone,5\n"
+      "2024-02-01,expense,Trip,Card,,5\n",
       true);
   ASSERT_TRUE(taken) << taken.error().why;
   EXPECT_EQ(problemsOf(*taken),
@@ -167,7 +173,10 @@ TEST(ImportFile, passesOverWhatTakesNoRecordsAndTellsWhatIsBack) {
             "3:5 To account 'U' 'U' is a group of accounts; name one of them\n"
             "4:5 To account 'Bank' the account 'Bank' is closed; open it with: moniva account reopen NAME\n"
             "5:3 Book 'All' 'All' is a group of books; name one of them\n"
-            "6:3 Book 'Old' the book 'Old' is closed; open it with: moniva book reopen NAME\n");
+            "6:3 Book 'Old' the book 'Old' is closed; open it with: moniva book reopen NAME\n"
+            "8:4 Account 'Card' 'Card' tracks expenses only; nothing else is recorded on it\n"
+            "9:5 To account 'Gone' 'Gone' tracks expenses only; nothing else is recorded on it\n")
+      << "one that would come back does not track it either";
   EXPECT_EQ(taken->revivedBooks, std::vector<std::string>{"Trip"});
   EXPECT_EQ(taken->revivedAccounts, std::vector<std::string>{"Swiss"});
   EXPECT_TRUE(taken->newBooks.empty() && taken->newAccounts.empty());

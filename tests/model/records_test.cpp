@@ -102,48 +102,6 @@ TEST(Records, thatMakeNoSenseAreRefusedUnwritten) {
   EXPECT_EQ(home.number("select count(*) from transactions"), 0);
 }
 
-TEST(Transfers, areTwoRowsOrNone) {
-  Recording home;
-  const auto same = home.move(40, *home.cash, *home.bank, home.on("2024-02-29 10:00:00"));
-  EXPECT_EQ(
-      home.rows("select json_array(type, amount, amount2, account = ?, vendor = ?, bid, sday, repeat, paid)"
-                " from transactions where transferEID = ? order by type",
-                {home.cash->pk, home.bank->pk, same.connectUUID}),
-      "[23,40.0,0.0,0,0,\"10\",20240229,\"Not Repeat\",1]\n"
-      "[33,40.0,0.0,1,1,\"10\",20240229,\"Not Repeat\",1]");
-  EXPECT_EQ(home.number("select vendor = ? from transactions where eid = ?", {home.cash->pk, same.eidB}), 1);
-
-  auto exchange = home.transfer(100, 108.5);
-  exchange.repeat = "Monthly";
-  exchange.repeatSeed = "seed";
-  const auto commits = home.connection().commits();
-  ASSERT_TRUE(exchange.add());
-  EXPECT_EQ(home.connection().commits(), commits + 1);
-  EXPECT_EQ(home.rows("select amount || '|' || amount2 from transactions where transferEID = ? order by type",
-                      {exchange.connectUUID}),
-            "108.5|100.0\n100.0|108.5");
-  const auto read = Transfer::transferFromUUID(home.root, exchange.connectUUID);
-  ASSERT_TRUE(read);
-  EXPECT_EQ(read->accountB, home.bank->pk);
-  EXPECT_EQ(read->amountB, 108.5);
-  EXPECT_TRUE(read->acrossCurrencies);
-  EXPECT_EQ(read->repeatSeed, "seed");
-  EXPECT_EQ(read->isDeleted, 0);
-  home.sql("update transactions set deleted = 1 where eid = ?", {exchange.eidB});
-  EXPECT_EQ(Transfer::transferFromUUID(home.root, exchange.connectUUID)->isDeleted, 1);
-
-  // The second side's identifier is taken: the first must not stay alone.
-  auto clash = home.transfer(1, 1);
-  clash.eidB = same.eidB;
-  const auto refused = clash.add();
-  ASSERT_FALSE(refused);
-  EXPECT_NE(refused.error().why.find("UNIQUE"), std::string::npos) << refused.error().why;
-  EXPECT_EQ(home.number("select count(*) from transactions"), 4);
-  EXPECT_NE(home.takeFaults().find("=== 数据库已损坏[19] UNIQUE"), std::string::npos);
-  home.sql("delete from transactions where eid = ?", {same.eidB});
-  EXPECT_EQ(Transfer::transferFromUUID(home.root, same.connectUUID), std::nullopt) << "half a transfer";
-}
-
 TEST(Categories, comeBackOrAreTouchedInsteadOfDoubled) {
   Recording home;
   home.sql("update category set account = 'cash' where oldTitle = ?", {home.food});

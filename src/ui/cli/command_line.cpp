@@ -116,6 +116,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addSpendCommands(*this);
   addTransferCommands(*this);
   addPhotoCommands(*this);
+  addTemplateCommands(*this);
   addImportCommand(*this);
   addReportCommands(*this);
   addDoctorCommand(*this);

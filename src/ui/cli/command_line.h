@@ -58,6 +58,7 @@ void addCategoryCommands(CommandLine& line);
 void addSpendCommands(CommandLine& line);
 void addTransferCommands(CommandLine& line);
 void addPhotoCommands(CommandLine& line);
+void addTemplateCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addReportCommands(CommandLine& line);
 void addDoctorCommand(CommandLine& line);

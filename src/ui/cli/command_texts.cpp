@@ -1,14 +1,6 @@
 #include "ui/cli/command_texts.h"
 
 namespace moniva {
-namespace {
-
-std::vector<CommandText> textsWith(std::vector<CommandText> texts, const std::vector<CommandText>& more) {
-  texts.insert(texts.end(), more.begin(), more.end());
-  return texts;
-}
-
-}  // namespace
 
 std::span<const CommandText> commandTexts() {
   static const std::vector<CommandText> texts = {
@@ -41,15 +33,6 @@ std::span<const CommandText> commandTexts() {
         {"moniva spend add 2950 --income -c Salary --payer Weber -a Checking -d 2024-02-01", "income"},
         {"moniva spend add 18.40 --foreign 20 USD -c Travel -a \"Credit card\"",
          "paid in another currency"}}},
-      {"transfer",
-       "money moved between accounts",
-       "",
-       {{"moniva transfer add 60 Checking Cash", "from one account to another"}}},
-      {"transfer add",
-       "move money from one account to another",
-       "",
-       {{"moniva transfer add 60 Checking Cash -n \"cash machine\"", ""},
-        {"moniva transfer add 100 Checking Dollars --to-amount 108.20", "between currencies"}}},
       {"import",
        "take in a file of records",
        "The file is a table with a heading line: comma-, semicolon- or tab-separated values in UTF-8 or "
@@ -119,8 +102,19 @@ std::span<const CommandText> commandTexts() {
         {"moniva completion fish > ~/.config/fish/completions/moniva.fish", "for good"}}},
       {"man", "print the manual page", "", {{"moniva man | man -l -", "read it"}}},
   };
-  static const std::vector<CommandText> all = textsWith(
-      textsWith(textsWith(textsWith(texts, bookTexts()), categoryTexts()), vendorTexts()), photoTexts());
+  static const std::vector<CommandText> all = [] {
+    std::vector<CommandText> joined = texts;
+    for (const auto& family : {
+             bookTexts(),
+             categoryTexts(),
+             vendorTexts(),
+             photoTexts(),
+             transferTexts(),
+         }) {
+      joined.insert(joined.end(), family.begin(), family.end());
+    }
+    return joined;
+  }();
   return all;
 }
 

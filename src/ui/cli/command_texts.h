@@ -10,11 +10,12 @@ namespace moniva {
 
 /// What is told of each command beyond its options: the one source of help, completion and manual page.
 std::span<const CommandText> commandTexts();
-// Those of books, accounts and groups, of categories, of vendors, and of photos.
+// Those of the families of commands.
 std::vector<CommandText> bookTexts();
 std::vector<CommandText> categoryTexts();
 std::vector<CommandText> vendorTexts();
 std::vector<CommandText> photoTexts();
+std::vector<CommandText> transferTexts();
 
 std::vector<ManualEntry> exitStatusTexts();
 std::vector<ManualEntry> environmentTexts();

@@ -169,12 +169,49 @@ json::object jsonOf(Session& session, const Transfer& transfer) {
           {"accountB", named(MonivaAccount::getAccountWithPK(root, transfer.accountB), transfer.accountB)},
           {"amountA", transfer.amountA},
           {"amountB", transfer.amountB},
+          {"serviceCharge", transfer.serviceCharge},
           {"datetime", isoDate(session, transfer.datetime)},
           {"timeZone", transfer.timeZone},
           {"note", transfer.note},
           {"paid", transfer.paid},
           {"repeat", transfer.repeat},
-          {"repeatSeed", transfer.repeatSeed}};
+          {"repeatSeed", transfer.repeatSeed},
+          {"repeatEndDate",
+           transfer.repeatEndDate == Date{} ? json::value() : isoDate(session, transfer.repeatEndDate)},
+          {"advancedType", transfer.advancedType},
+          {"ipid", transfer.ipid},
+          {"isDeleted", transfer.isDeleted}};
+}
+
+json::object jsonOf(Session& session, const RecordTemplate& kept) {
+  auto& root = session.root();
+  const auto account = [&](const std::string& key) {
+    return named(MonivaAccount::getAccountWithPK(root, key), key);
+  };
+  json::object object{{"eid", kept.eid},
+                      {"templateURL", kept.templateURL},
+                      {"title", kept.title},
+                      {"type", kept.type},
+                      {"templateUsedTimes", kept.templateUsedTimes},
+                      {"note", kept.note},
+                      {"isDeleted", kept.isDeleted}};
+  if (kept.isTransfer()) {
+    object["accountA"] = account(kept.account);
+    object["accountB"] = account(kept.vendor);
+    object["amountA"] = kept.amount;
+    object["amountB"] = kept.amountB;
+    object["serviceCharge"] = kept.serviceCharge;
+    return object;
+  }
+  object["amount"] = kept.amount;
+  object["foreignCurrency"] = kept.foreignCurrency;
+  object["foreignAmount"] = kept.foreignAmount;
+  object["account"] = account(kept.account);
+  object["book"] = account(kept.book);
+  object["category"] = named(MVCategory::getCategory(root, kept.category), kept.category);
+  object["subcategory"] = named(MVCategory::getCategory(root, kept.subcategory), kept.subcategory);
+  object["vendor"] = named(Vendor::getVendor(root, kept.vendor, kept.recordType()), kept.vendor);
+  return object;
 }
 
 json::object jsonOf(Session& session, const TransReportSummary& summary) {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "model/moniva_account.h"
+#include "model/record_template.h"
 #include "model/spend.h"
 #include "model/transfer.h"
 #include "model/vendor.h"
@@ -23,6 +24,7 @@ boost::json::object jsonWithTotals(Session& session, const MonivaAccount& accoun
 boost::json::object jsonOf(Session& session, const Vendor& vendor);
 boost::json::object jsonOf(Session& session, const Spend& spend);
 boost::json::object jsonOf(Session& session, const Transfer& transfer);
+boost::json::object jsonOf(Session& session, const RecordTemplate& kept);
 boost::json::object jsonOf(Session& session, const TransReportSummary& summary);
 
 /// "Feb 29, 2024 14:30" in the words of the user's locale.
