@@ -25,13 +25,6 @@ bool isDebtRow(int type, std::string_view book) {
   return type == kind::kBorrowed || type == kind::kLent || (type == kind::kExpense && book == "LendBook");
 }
 
-/// Takes the blanks around the name away, which nobody sees.
-Result<> checkPerson(std::string& person) {
-  person = std::string(trimBlanks(person));
-  if (person.empty()) return refuse("a debt needs the name of a person");
-  return checkTitle(person, toTranslate("a person"));
-}
-
 Result<> checkAccountOf(MVAppRoot& root, const Debt& money) {
   if (money.paymentAccount.empty()) return {};
   const auto account = MonivaAccount::getAccountWithPK(root, money.paymentAccount);
@@ -45,6 +38,12 @@ Result<> checkAccountOf(MVAppRoot& root, const Debt& money) {
 }  // namespace
 
 Debt::Debt(MVAppRoot& root) : datetime(root.now()), timeZone(root.calendar().zone()), root_(&root) {}
+
+Result<> checkPerson(std::string& person) {
+  person = std::string(trimBlanks(person));
+  if (person.empty()) return refuse("a debt needs the name of a person");
+  return checkTitle(person, toTranslate("a person"));
+}
 
 std::string currencyOfDebt(MVAppRoot& root, const std::string& account) {
   if (!account.empty()) {

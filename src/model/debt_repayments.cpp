@@ -221,24 +221,25 @@ Result<DebtOutcome> Debt::repaid(double sum, Date date, const std::string& remar
 Result<DebtOutcome> Debt::repaidTo(MVAppRoot& root, const std::string& person, int type, double amount,
                                    Date date, const std::string& note, const std::string& account) {
   Debt money = moneyOfRepayment(root, person, type, amount, date, note, account);
+  if (auto checked = checkPerson(money.person); !checked) return tl::make_unexpected(checked.error());
   if (auto checked = checkMoney(root, money); !checked) return tl::make_unexpected(checked.error());
   return atomically(root, [&](Connection& db) -> Result<DebtOutcome> {
-    auto open = candidatesOf(root, db, type, person);
+    auto open = candidatesOf(root, db, type, money.person);
     if (!open) return tl::make_unexpected(open.error());
-    std::string currency = money.currency;
+    std::string owedIn = money.currency;
     if (account.empty() && !open->empty()) {
-      currency = open->front().currency;
+      owedIn = open->front().currency;
       for (const auto& debt : *open) {
-        if (sameCurrency(debt.currency, currency)) continue;
-        return refuse("the debts of '{}' are in {} and {}; name the account or the debt", person, currency,
-                      debt.currency);
+        if (sameCurrency(debt.currency, owedIn)) continue;
+        return refuse("the debts of '{}' are in {} and {}; name the account or the debt", money.person,
+                      owedIn, debt.currency);
       }
     }
-    std::erase_if(*open, [&](const Debt& debt) { return !sameCurrency(debt.currency, currency); });
-    if (auto ordered = preferExact(db, *open, amount, type, person); !ordered) {
+    std::erase_if(*open, [&](const Debt& debt) { return !sameCurrency(debt.currency, owedIn); });
+    if (auto ordered = preferExact(db, *open, amount, type, money.person); !ordered) {
       return tl::make_unexpected(ordered.error());
     }
-    return handOver(root, money, *open, currency);
+    return handOver(root, money, *open, owedIn);
   });
 }
 

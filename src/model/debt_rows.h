@@ -16,6 +16,8 @@ std::string currencyOfDebt(MVAppRoot& root, const std::string& account);
 /// Whether debts in the two can be set against each other; a currency nobody knows goes with any.
 bool sameCurrency(const std::string& one, const std::string& other);
 
+/// Takes the blanks around the name away, which nobody sees. Refused: no name, and one too long.
+Result<> checkPerson(std::string& person);
 /// Refused: money that cannot have changed hands, by its amount, its date, and its account, for a row of the
 /// debt's type.
 Result<> checkMoney(MVAppRoot& root, const Debt& money);

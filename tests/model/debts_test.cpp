@@ -134,6 +134,13 @@ TEST(Debts, areOpenUntilTheyAreRepaid) {
                   ASSERT_TRUE(debt.deleteRepay(done->repaid.front().eid));
                 },
                 "24 50", 50},
+           Case{"so does clearing the account it was repaid from",
+                [](DebtStory& s) {
+                  Debt debt = s.owing(24, 50);
+                  ASSERT_TRUE(debt.repaid(50, debt.datetime, "", s.bank->pk));
+                  ASSERT_TRUE(s.bank->clear());
+                },
+                "24 50", 50},
            Case{"a debt goes with its repayments",
                 [](DebtStory& s) {
                   Debt debt = s.owing(24, 50);

@@ -115,6 +115,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addCategoryCommands(*this);
   addSpendCommands(*this);
   addTransferCommands(*this);
+  addDebtCommands(*this);
   addImportCommand(*this);
   addReportCommands(*this);
   addDoctorCommand(*this);

@@ -57,6 +57,7 @@ void addVendorCommands(CommandLine& line);
 void addCategoryCommands(CommandLine& line);
 void addSpendCommands(CommandLine& line);
 void addTransferCommands(CommandLine& line);
+void addDebtCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addReportCommands(CommandLine& line);
 void addDoctorCommand(CommandLine& line);

@@ -119,8 +119,8 @@ std::span<const CommandText> commandTexts() {
         {"moniva completion fish > ~/.config/fish/completions/moniva.fish", "for good"}}},
       {"man", "print the manual page", "", {{"moniva man | man -l -", "read it"}}},
   };
-  static const std::vector<CommandText> all =
-      textsWith(textsWith(textsWith(texts, bookTexts()), categoryTexts()), vendorTexts());
+  static const std::vector<CommandText> all = textsWith(
+      textsWith(textsWith(textsWith(texts, bookTexts()), categoryTexts()), vendorTexts()), debtTexts());
   return all;
 }
 

@@ -10,10 +10,11 @@ namespace moniva {
 
 /// What is told of each command beyond its options: the one source of help, completion and manual page.
 std::span<const CommandText> commandTexts();
-// Those of books, accounts and groups, of categories, and of vendors.
+// Those of books, accounts and groups, of categories, of vendors, and of debts.
 std::vector<CommandText> bookTexts();
 std::vector<CommandText> categoryTexts();
 std::vector<CommandText> vendorTexts();
+std::vector<CommandText> debtTexts();
 
 std::vector<ManualEntry> exitStatusTexts();
 std::vector<ManualEntry> environmentTexts();
