@@ -43,7 +43,9 @@ constexpr std::array kCounts = {
           toTranslate("{} transactions of a category that does not exist")},
     Count{toTranslate("vendors"),
           "select count(*) from transactions where deleted = 0 and vendor != '' and type in (11, 12) and"
-          " vendor not in ('NoVendor', 'NoPayee', 'NoPayer') and vendor not in"
+          " vendor not in ('NoVendor', 'NoPayee', 'NoPayer') and"
+          // Older debts name a person there.
+          " book not in ('BorrowBook', 'DebtBook', 'LendBook') and vendor not in"
           " (select oldTitle from category where type in (6, 9))",
           toTranslate("{} transaction of a vendor that does not exist"),
           toTranslate("{} transactions of a vendor that does not exist")},
@@ -53,6 +55,12 @@ constexpr std::array kCounts = {
           " and (other.deleted = 0 or other.ipid like 'delete by clear %') and other.type = 56 - side.type)",
           toTranslate("{} transfer of which only one side is there"),
           toTranslate("{} transfers of which only one side is there")},
+    Count{toTranslate("debts"),
+          "select count(*) from transactions as debt where deleted = 0 and type in (24, 34) and"
+          " (coalesce(needReimburse, 0) != 0) != (amount - (select coalesce(sum(amount), 0) from transactions"
+          " where transferEID = debt.eid and deleted = 0) < max(5e-7, amount * 2e-15))",
+          toTranslate("{} debt whose settled flag is not what its repayments say"),
+          toTranslate("{} debts whose settled flag is not what their repayments say")},
     Count{toTranslate("keys of books and accounts"),
           "select count(*) from (select oldTitle from account group by oldTitle having count(*) > 1)",
           toTranslate("{} key that two books or accounts share"),

@@ -3,6 +3,7 @@
 #include "calendar/date_texts.h"
 #include "model/account_balance.h"
 #include "model/account_groups.h"
+#include "model/debt.h"
 #include "model/moniva_account.h"
 #include "storage/writes.h"
 
@@ -153,6 +154,14 @@ Result<std::int64_t> MonivaAccount::clear() {
       while (run.next()) touched.emplace(run.text(0));
       if (!run.ok()) return tl::make_unexpected(db.refusal());
     }
+    std::set<std::string> repaid;
+    if (isAccount()) {
+      Run run = db.query(
+          "select transferEID from transactions where account = ? and deleted = 0 and type in (25, 35)",
+          {pk});
+      while (run.next()) repaid.emplace(run.text(0));
+      if (!run.ok()) return tl::make_unexpected(db.refusal());
+    }
     const std::string mark = fmt::format("delete by clear {} data on {}", isBook() ? "book" : "account",
                                          stringOfDatetime(root_->calendar(), root_->now()));
     auto written =
@@ -164,6 +173,10 @@ Result<std::int64_t> MonivaAccount::clear() {
               mark, root_->editStamp(), root_->itsUDID(), pk);
     if (!written) return tl::make_unexpected(written.error());
     const auto cleared = db.changes();
+    // Debts that were repaid from the account are open again.
+    for (const auto& debt : repaid) {
+      if (auto counted = recountSettled(*root_, debt); !counted) return tl::make_unexpected(counted.error());
+    }
     if (auto counted = countTheTotalBalances(*root_, touched); !counted)
       return tl::make_unexpected(counted.error());
     getInfo();

@@ -117,6 +117,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addTransferCommands(*this);
   addPhotoCommands(*this);
   addTemplateCommands(*this);
+  addDebtCommands(*this);
   addImportCommand(*this);
   addReportCommands(*this);
   addDoctorCommand(*this);

@@ -59,6 +59,7 @@ void addSpendCommands(CommandLine& line);
 void addTransferCommands(CommandLine& line);
 void addPhotoCommands(CommandLine& line);
 void addTemplateCommands(CommandLine& line);
+void addDebtCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addReportCommands(CommandLine& line);
 void addDoctorCommand(CommandLine& line);

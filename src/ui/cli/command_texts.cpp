@@ -110,6 +110,7 @@ std::span<const CommandText> commandTexts() {
              vendorTexts(),
              photoTexts(),
              transferTexts(),
+             debtTexts(),
          }) {
       joined.insert(joined.end(), family.begin(), family.end());
     }

@@ -1,0 +1,374 @@
+#include "ui/cli/commands/debt_commands.h"
+
+#include <boost/json.hpp>
+#include <optional>
+
+#include "ui/cli/command_error.h"
+#include "ui/cli/entry_options.h"
+#include "ui/cli/records.h"
+#include "ui/cli/text_width.h"
+#include "ui/cli/typed_text.h"
+
+namespace moniva {
+namespace {
+
+namespace json = boost::json;
+
+/// Money that changes hands, as typed.
+struct DebtOptions {
+  std::string amount;
+  std::string person;
+  std::string eid;
+  std::string account;
+  std::string date;
+  std::string note;
+  bool apart = false;
+  bool borrowed = false;
+  bool lent = false;
+  bool excess = false;
+  AmountOptions amounts;
+};
+
+struct DebtEditOptions {
+  std::string eid;
+  std::optional<std::string> amount;
+  std::optional<std::string> person;
+  std::optional<std::string> account;
+  bool noAccount = false;
+  std::optional<std::string> date;
+  std::optional<std::string> note;
+  AmountOptions amounts;
+};
+
+/// The currency of money that goes through no account.
+std::string ownCurrency(Session& session) {
+  const auto& book = session.root().monivaAccount;
+  return book && !book->currency.empty() ? book->currency : session.defaultCurrency();
+}
+
+json::object outcomeJson(Session& session, const DebtOutcome& outcome) {
+  json::array parts;
+  for (const auto& part : outcome.repaid) {
+    parts.push_back(
+        {{"eid", part.eid}, {"debt", part.debt}, {"amount", part.amount}, {"settles", part.settles}});
+  }
+  json::value debt;
+  if (const auto made = Debt::debtFromEID(session.root(), outcome.debt)) debt = jsonOf(session, *made);
+  return {{"repaid", std::move(parts)},
+          {"repaidAmount", outcome.repaidAmount},
+          {"remainder", outcome.remainder},
+          {"debt", std::move(debt)}};
+}
+
+/// " 2 debts are settled."; nothing for none.
+std::string settledText(Session& session, const DebtOutcome& outcome) {
+  const auto settled = std::ranges::count_if(outcome.repaid, &DebtOutcome::Part::settles);
+  if (settled == 0) return {};
+  return " " + session.count("{} debt is settled.", "{} debts are settled.", settled);
+}
+
+/// "Borrowed €50.00 from Anna, into Cash, on Jun 15, 2024 12:00."
+std::string debtSentence(Session& session, const Debt& debt) {
+  const std::string amount = session.amounts().format(debt.amount, debt.currency);
+  const std::string person = printable(debt.person);
+  const std::string day = dateText(session, debt.datetime);
+  if (debt.paymentAccount.empty()) {
+    return debt.isBorrowed() ? session.text("Borrowed {} from {}, on {}.", amount, person, day)
+                             : session.text("Lent {} to {}, on {}.", amount, person, day);
+  }
+  const std::string account = printable(accountText(session, debt.paymentAccount));
+  return debt.isBorrowed()
+             ? session.text("Borrowed {} from {}, into {}, on {}.", amount, person, account, day)
+             : session.text("Lent {} to {}, from {}, on {}.", amount, person, account, day);
+}
+
+void addDebt(Session& session, const DebtOptions& options, int type) {
+  Debt debt(session.root());
+  debt.type = type;
+  debt.person = wellFormed(options.person, "the name");
+  debt.note = asTyped(options.note, "the note");
+  debt.datetime = momentTyped(session, options.date);
+  double amount = 0;
+  DebtOutcome outcome;
+  changeStore(session, [&] {
+    std::string currency = ownCurrency(session);
+    if (!options.account.empty()) {
+      const auto account = accountNamed(session, options.account, Meant::open);
+      debt.paymentAccount = account.pk;
+      currency = account.currency;
+    }
+    debt.amount = amount = amountTyped(session, options.amount, currency, options.amounts);
+    outcome = done(debt.add(options.apart ? Debt::Offsetting::apart : Debt::Offsetting::againstOpenDebts));
+  });
+  if (session.options().json) return session.printJson(outcomeJson(session, outcome));
+  debt.amount = amount;
+  std::string line = debtSentence(session, debt);
+  if (outcome.repaidAmount > 0) {
+    const std::string repaid = session.amounts().format(outcome.repaidAmount, debt.currency);
+    const std::string person = printable(debt.person);
+    line += " " + (type == kind::kBorrowed
+                       ? session.text("{} of it pays back what {} owed you.", repaid, person)
+                       : session.text("{} of it pays back what you owed {}.", repaid, person));
+    line += settledText(session, outcome);
+    line += " " + (outcome.remainder > 0
+                       ? session.text("The other {} is a new debt.",
+                                      session.amounts().format(outcome.remainder, debt.currency))
+                       : session.text("No new debt is left."));
+  }
+  session.answer(line);
+}
+
+/// The open debts of the person in the direction that is meant. Ends the command when that is not clear and
+/// when there are none.
+std::vector<Debt> openDebtsMeant(Session& session, const DebtOptions& options, const std::string& person) {
+  auto debts = done(Debt::list(session.root(), Debt::Which::open, person));
+  std::vector<Debt> borrowed;
+  std::vector<Debt> lent;
+  bool older = false;
+  for (auto& debt : debts) {
+    const bool isOlder = debt.type != kind::kBorrowed && debt.type != kind::kLent;
+    older = older || isOlder;
+    if (!isOlder) (debt.isBorrowed() ? borrowed : lent).push_back(std::move(debt));
+  }
+  if (!borrowed.empty() && !lent.empty() && !options.borrowed && !options.lent) {
+    throw refused(
+        "you owe '{}', who owes you as well; say --borrowed for what you pay back, or --lent for what is"
+        " paid back to you",
+        printable(person));
+  }
+  const bool isBorrowed = options.borrowed || (!options.lent && !borrowed.empty());
+  auto& meant = isBorrowed ? borrowed : lent;
+  if (!meant.empty()) return std::move(meant);
+  if (older) {
+    throw refused("the debts of '{}' are older records; name one with --debt EID", printable(person));
+  }
+  throw options.borrowed ? refused("you owe '{}' nothing", printable(person))
+  : options.lent         ? refused("'{}' owes you nothing", printable(person))
+                         : refused("nothing is owed between you and '{}'", printable(person));
+}
+
+std::string repaidSentence(Session& session, const Debt& debt, const std::string& amount,
+                           const std::string& account, const std::string& day) {
+  const std::string person = printable(debt.person);
+  if (account.empty()) {
+    return debt.isBorrowed() ? session.text("Paid {} back to {}, on {}.", amount, person, day)
+                             : session.text("{} paid {} back, on {}.", person, amount, day);
+  }
+  return debt.isBorrowed() ? session.text("Paid {} back to {}, from {}, on {}.", amount, person, account, day)
+                           : session.text("{} paid {} back, into {}, on {}.", person, amount, account, day);
+}
+
+void repayDebt(Session& session, const DebtOptions& options) {
+  if (options.person.empty() == options.eid.empty()) {
+    throw notUnderstood("say whose debt is repaid: a PERSON, or one debt with --debt EID");
+  }
+  MVAppRoot& root = session.root();
+  const Date moment = momentTyped(session, options.date);
+  const std::string& note = asTyped(options.note, "the note");
+  Debt debt(root);
+  std::string account;
+  std::string accountTitle;
+  double amount = 0;
+  DebtOutcome outcome;
+  const auto shown = [&](double value) { return session.amounts().format(value, debt.currency); };
+  changeStore(session, [&] {
+    if (!options.eid.empty()) {
+      debt = debtTyped(session, options.eid);
+    } else {
+      debt = openDebtsMeant(session, options, debtorNamed(session, options.person)).front();
+    }
+    if (!options.account.empty()) {
+      const auto row = accountNamed(session, options.account, Meant::open);
+      account = row.pk;
+      accountTitle = printable(row.title);
+      if (options.eid.empty()) debt.currency = row.currency;
+    }
+    amount = amountTyped(session, options.amount, debt.currency, options.amounts);
+    outcome = options.eid.empty()
+                  ? done(Debt::repaidTo(root, debt.person, debt.type, amount, moment, note, account))
+                  : done(debt.repaid(amount, moment, note, account));
+    if (outcome.remainder == 0 || options.excess) return;
+    if (outcome.repaidAmount == 0) {
+      throw debt.isBorrowed()
+          ? refused("nothing is owed to '{}' in {}; --excess records the {} as lent to them",
+                    printable(debt.person), debt.currency, shown(amount))
+          : refused("nothing is owed by '{}' in {}; --excess records the {} as borrowed from them",
+                    printable(debt.person), debt.currency, shown(amount));
+    }
+    const std::string owed = shown(outcome.repaidAmount);
+    const std::string rest = shown(outcome.remainder);
+    throw debt.isBorrowed()
+        ? refused("you owe '{}' {}; the other {} would be lent to them, which --excess records",
+                  printable(debt.person), owed, rest)
+        : refused("'{}' owes you {}; the other {} would be borrowed from them, which --excess records",
+                  printable(debt.person), owed, rest);
+  });
+  if (session.options().json) return session.printJson(outcomeJson(session, outcome));
+  std::string line = repaidSentence(session, debt, shown(amount), accountTitle, dateText(session, moment));
+  line += settledText(session, outcome);
+  if (outcome.remainder > 0) {
+    line += " " + (debt.isBorrowed() ? session.text("{} of it was more than was owed and is lent now.",
+                                                    shown(outcome.remainder))
+                                     : session.text("{} of it was more than was owed and is borrowed now.",
+                                                    shown(outcome.remainder)));
+  } else {
+    double owed = 0;
+    const auto open = done(Debt::list(root, Debt::Which::open, debt.person));
+    for (const auto& each : open) {
+      if (each.isBorrowed() == debt.isBorrowed() && each.currency == debt.currency) owed += each.owed();
+    }
+    line += " " + (owed > 0 ? session.text("{} is still owed.", shown(owed))
+                            : session.text("Nothing more is owed."));
+  }
+  session.answer(line);
+}
+
+void editDebt(Session& session, const DebtEditOptions& options) {
+  if (!options.amount && !options.person && !options.account && !options.noAccount && !options.date &&
+      !options.note) {
+    throw notUnderstood("say what to change: --amount, --person, --account, --no-account, --date or --note");
+  }
+  std::optional<Date> moment;
+  if (options.date) moment = momentTyped(session, *options.date);
+  Debt debt(session.root());
+  changeStore(session, [&] {
+    debt = debtTyped(session, options.eid);
+    if (options.account) {
+      const auto account = accountNamed(session, *options.account, Meant::open);
+      debt.paymentAccount = account.pk;
+      debt.currency = account.currency;
+    } else if (options.noAccount) {
+      debt.paymentAccount.clear();
+      debt.currency = ownCurrency(session);
+    }
+    if (options.amount) debt.amount = amountTyped(session, *options.amount, debt.currency, options.amounts);
+    if (options.person) debt.person = wellFormed(*options.person, "the name");
+    if (options.note) debt.note = asTyped(*options.note, "the note");
+    if (moment) debt.datetime = *moment;
+    done(debt.update());
+  });
+  if (session.options().json) return session.printJson(jsonOf(session, debt));
+  session.answer(session.text("Changed the debt. {}", debtSentence(session, debt)));
+}
+
+/// ", with 2 repayments."
+std::string withRepayments(Session& session, const Debt& debt) {
+  if (debt.repaidList.empty()) return ".";
+  return session.count(", with {} repayment.", ", with {} repayments.",
+                       static_cast<std::int64_t>(debt.repaidList.size()));
+}
+
+void deleteDebt(Session& session, const std::string& eid) {
+  Debt debt(session.root());
+  changeStore(session, [&] {
+    debt = debtTyped(session, eid);
+    done(debt.delete_());
+  });
+  if (session.options().json) return session.printJson(jsonOf(session, debt));
+  session.answer(session.text("Deleted {}", debtText(session, debt)) + withRepayments(session, debt));
+}
+
+void restoreDebt(Session& session, const std::string& eid) {
+  Debt debt(session.root());
+  changeStore(session, [&] {
+    debt = debtTyped(session, eid, DebtState::deleted);
+    done(debt.restore());
+    debt = debtTyped(session, debt.eid);
+  });
+  if (session.options().json) return session.printJson(jsonOf(session, debt));
+  session.answer(session.text("Brought back {}", debtText(session, debt)) + withRepayments(session, debt));
+}
+
+void removeRepayment(Session& session, const std::string& eid) {
+  Debt debt(session.root());
+  double before = 0;
+  changeStore(session, [&] {
+    const std::string record = recordTyped(session, eid);
+    const auto repaid = Debt::debtOfRepayment(session.root(), record);
+    if (!repaid) throw refused("the record '{}' is no repayment", printable(eid));
+    debt = debtTyped(session, repaid->eid);
+    before = debt.repaidAmount;
+    done(debt.deleteRepay(record));
+  });
+  if (session.options().json) return session.printJson(jsonOf(session, debt));
+  const std::string removed = session.amounts().format(before - debt.repaidAmount, debt.currency);
+  const std::string owed = session.amounts().format(debt.owed(), debt.currency);
+  const std::string person = printable(debt.person);
+  session.answer(debt.isBorrowed()
+                     ? session.text("Removed the repayment of {}. You owe {} {} of that debt again.", removed,
+                                    person, owed)
+                     : session.text("Removed the repayment of {}. {} owes you {} of that debt again.",
+                                    removed, person, owed));
+}
+
+/// Account, date and note, which all money that changes hands has.
+void addMoneyOptions(CLI::App& command, DebtOptions& options) {
+  command.add_option("-a,--account", options.account, "The account it went through (else none)")
+      ->type_name("NAME");
+  command.add_option("-d,--date", options.date, "When, today at the latest (else now)")->type_name("DATE");
+  command.add_option("-n,--note", options.note, "A note")->type_name("TEXT");
+  addRoundOption(command, options.amounts);
+}
+
+void addEditCommand(CommandLine& line, CLI::App& debt) {
+  CLI::App* edit = line.add(debt, "edit");
+  auto options = std::make_shared<DebtEditOptions>();
+  edit->add_option("EID", options->eid, "The record, as 'moniva debt list' shows it")->required();
+  edit->add_option("--amount", options->amount, "Another amount")->type_name("AMOUNT");
+  edit->add_option("--person", options->person, "Another person")->type_name("NAME");
+  auto* account = edit->add_option("-a,--account", options->account, "Another account")->type_name("NAME");
+  edit->add_flag("--no-account", options->noAccount, "No account")->excludes(account);
+  edit->add_option("-d,--date", options->date, "Another date, today at the latest")->type_name("DATE");
+  edit->add_option("-n,--note", options->note, "Another note")->type_name("TEXT");
+  addRoundOption(*edit, options->amounts);
+  line.onRun(edit, [options](Session& session) { editDebt(session, *options); });
+}
+
+}  // namespace
+
+void addDebtCommands(CommandLine& line) {
+  CLI::App* debt = line.add(line.app(), "debt");
+  debt->require_subcommand(1);
+  for (const int type : {kind::kBorrowed, kind::kLent}) {
+    const bool borrows = type == kind::kBorrowed;
+    CLI::App* add = line.add(*debt, borrows ? "borrow" : "lend");
+    auto options = std::make_shared<DebtOptions>();
+    add->add_option("AMOUNT", options->amount, "The amount, above zero, such as 50 or 12.50")->required();
+    add->add_option("PERSON", options->person, borrows ? "Who lends it to you" : "Whom you lend it to")
+        ->required();
+    add->add_flag("--apart", options->apart, "Do not set it against what is owed the other way");
+    addMoneyOptions(*add, *options);
+    line.onRun(add, [options, type](Session& session) { addDebt(session, *options, type); });
+  }
+  CLI::App* repay = line.add(*debt, "repay");
+  auto options = std::make_shared<DebtOptions>();
+  repay->add_option("AMOUNT", options->amount, "What is paid back, above zero")->required();
+  repay->add_option("PERSON", options->person, "Whom you pay back, or who pays you back");
+  auto* one = repay->add_option("--debt", options->eid, "One debt, as 'moniva debt list' shows its record")
+                  ->type_name("EID");
+  auto* borrowed =
+      repay->add_flag("--borrowed", options->borrowed, "What you borrowed is paid back")->excludes(one);
+  repay->add_flag("--lent", options->lent, "What you lent is paid back")->excludes(borrowed)->excludes(one);
+  repay->add_flag("--excess", options->excess, "Record what is more than is owed as a debt the other way");
+  addMoneyOptions(*repay, *options);
+  line.onRun(repay, [options](Session& session) { repayDebt(session, *options); });
+
+  addDebtViewCommands(line, *debt);
+  addEditCommand(line, *debt);
+  struct OnRecord {
+    const char* name;
+    const char* help;
+    void (*act)(Session&, const std::string&);
+  };
+  for (const auto& [name, help, act] :
+       {OnRecord{"delete", "The record, as 'moniva debt list' shows it", deleteDebt},
+        OnRecord{"restore", "The record of the deleted debt", restoreDebt},
+        OnRecord{"unrepay", "The repayment's record, as 'moniva debt show' shows it", removeRepayment}}) {
+    CLI::App* command = line.add(*debt, name);
+    auto eid = std::make_shared<std::string>();
+    command->add_option("EID", *eid, help)->required();
+    line.onRun(command, [eid, run = act](Session& session) { run(session, *eid); });
+  }
+}
+
+}  // namespace moniva
