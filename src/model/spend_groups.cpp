@@ -126,7 +126,9 @@ Result<std::vector<TransactionItem>> Spend::getCostItemsArray() {
 
 Result<std::vector<TransactionItem>> Spend::getPaymentArray() {
   payments.clear();
-  if (connectionUUID.empty()) return payments;
+  // The rows of transfers and debts have a UUID in common too, and are no payments of one another.
+  const bool hasPayments = type == kind::kIncome || type == kind::kExpense || isSeed();
+  if (connectionUUID.empty() || !hasPayments) return payments;
   constexpr std::string_view sql =
       "select eid, amount from transactions where transferEID = ? and bid = 10 and deleted < 2 order by "
       "datetime";
