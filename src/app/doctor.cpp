@@ -19,7 +19,7 @@ struct Count {
 constexpr std::array kCounts = {
     Count{toTranslate("amounts"),
           "select count(*) from transactions where typeof(amount) not in ('real', 'integer') or"
-          " (amount < 0 and type != 50) or abs(amount) > 1e15",
+          " (amount < 0 and type != 50 and not (type in (11, 12) and bid = '10')) or abs(amount) > 1e15",
           toTranslate("{} transaction whose amount is no number, negative or beyond all measure"),
           toTranslate("{} transactions whose amount is no number, negative or beyond all measure")},
     Count{toTranslate("dates"),
@@ -61,6 +61,13 @@ constexpr std::array kCounts = {
           " where transferEID = debt.eid and deleted = 0) < max(5e-7, amount * 2e-15))",
           toTranslate("{} debt whose settled flag is not what its repayments say"),
           toTranslate("{} debts whose settled flag is not what their repayments say")},
+    Count{
+        toTranslate("payments"),
+        "select count(*) from (select 1 from transactions where transferEID != '' and deleted = 0 and type in"
+        " (11, 12) group by transferEID having abs(sum(case when bid = '10' then -amount else amount end)) >"
+        " 0.000001)",
+        toTranslate("{} record whose payments do not come to its items"),
+        toTranslate("{} records whose payments do not come to their items")},
     Count{toTranslate("keys of books and accounts"),
           "select count(*) from (select oldTitle from account group by oldTitle having count(*) > 1)",
           toTranslate("{} key that two books or accounts share"),

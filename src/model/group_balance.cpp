@@ -81,6 +81,28 @@ Result<> settlePayments(MVAppRoot& root, std::string_view uuid, SolePayment sole
                root.editStamp(), root.itsUDID(), rest->eid);
 }
 
+Result<> settleCleared(MVAppRoot& root, std::string_view uuid, std::string_view reason) {
+  auto group = TransactionGroup::of(root, uuid);
+  if (!group) return tl::make_unexpected(group.error());
+  if (group->items.empty()) {
+    if (group->seed) group->payments.push_back(*group->seed);
+    for (const auto& row : group->payments) {
+      if (auto removed = removeRow(root, row.eid, reason); !removed) return removed;
+    }
+    return {};
+  }
+  if (auto counted = recountSeed(root, *group); !counted) return counted;
+  double tooMuch = withoutNoise(sumOf(group->payments) - sumOf(group->items));
+  for (auto payment = group->payments.rbegin(); payment != group->payments.rend() && tooMuch > 0; ++payment) {
+    if (payment->isRefund()) continue;
+    const double left = withoutNoise(std::max(0.0, payment->amount - tooMuch));
+    tooMuch = withoutNoise(tooMuch - (payment->amount - left));
+    auto written = left > 0 ? writeAmount(root, payment->eid, left) : removeRow(root, payment->eid, reason);
+    if (!written) return written;
+  }
+  return settlePayments(root, uuid, SolePayment::stays);
+}
+
 Result<> recountSeed(MVAppRoot& root, const TransactionGroup& group) {
   if (!group.seed) return {};
   const double amount = withoutNoise(sumOf(group.items) - group.seed->amount2);

@@ -21,6 +21,10 @@ enum class SolePayment { follows, stays };
 /// made, changed or removed. Refused where the payments would come to more. Payments take the category that
 /// the items have in common.
 Result<> settlePayments(MVAppRoot& root, std::string_view uuid, SolePayment sole);
+/// After rows of the group were cleared away with their book or account: payments without any item go too,
+/// with that reason; what is not paid any more is the rest; payments that come to more give up what is too
+/// much, the latest first.
+Result<> settleCleared(MVAppRoot& root, std::string_view uuid, std::string_view reason);
 /// The amount of a plan's or a cost's seed becomes what the parts come to, less the fee it names.
 Result<> recountSeed(MVAppRoot& root, const TransactionGroup& group);
 

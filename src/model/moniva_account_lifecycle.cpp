@@ -4,6 +4,7 @@
 #include "model/account_balance.h"
 #include "model/account_groups.h"
 #include "model/debt.h"
+#include "model/group_balance.h"
 #include "model/moniva_account.h"
 #include "storage/writes.h"
 
@@ -154,6 +155,22 @@ Result<std::int64_t> MonivaAccount::clear() {
       while (run.next()) touched.emplace(run.text(0));
       if (!run.ok()) return tl::make_unexpected(db.refusal());
     }
+    // Compound records that lose some of their rows, and the accounts that paid for them.
+    std::set<std::string> groups;
+    {
+      Run run = db.query(
+          fmt::format(
+              "select distinct other.transferEID, other.account from transactions as own join transactions"
+              " as other on other.transferEID = own.transferEID where own.{} = ? and own.deleted = 0 and"
+              " own.transferEID != '' and own.type in (11, 12, 86) and other.deleted = 0",
+              isBook() ? "book" : "account"),
+          {pk});
+      while (run.next()) {
+        groups.emplace(run.text(0));
+        if (!run.text(1).empty()) touched.emplace(run.text(1));
+      }
+      if (!run.ok()) return tl::make_unexpected(db.refusal());
+    }
     std::set<std::string> repaid;
     if (isAccount()) {
       Run run = db.query(
@@ -173,6 +190,11 @@ Result<std::int64_t> MonivaAccount::clear() {
               mark, root_->editStamp(), root_->itsUDID(), pk);
     if (!written) return tl::make_unexpected(written.error());
     const auto cleared = db.changes();
+    for (const auto& group : groups) {
+      if (auto settled = settleCleared(*root_, group, mark); !settled) {
+        return tl::make_unexpected(settled.error());
+      }
+    }
     // Debts that were repaid from the account are open again.
     for (const auto& debt : repaid) {
       if (auto counted = recountSettled(*root_, debt); !counted) return tl::make_unexpected(counted.error());

@@ -301,9 +301,8 @@ TEST(Compound, goesAndComesBackWhole) {
   EXPECT_EQ(store.amounts(uuid, kPaymentRow), "30.0") << "there is no rest";
   EXPECT_SOUND(store);
   // One payment that cannot be deleted is logged, and the others go.
-  ASSERT_TRUE(
-      store.sql("create trigger no before update on transactions when old.account = '" +
-                store.cash->pk + "' begin select raise(abort, 'no'); end"));
+  ASSERT_TRUE(store.sql("create trigger no before update on transactions when old.account = '" +
+                        store.cash->pk + "' begin select raise(abort, 'no'); end"));
   auto left = *Spend::spendFromPaymentUUID(store.root, uuid);
   ASSERT_TRUE(left.delete_());
   EXPECT_EQ(store.rows("select count(*) from transactions where transferEID = ? and deleted = 0", {uuid}),
@@ -370,6 +369,25 @@ TEST(Compound, editsOfOneRowReachTheOthers) {
             "10#NOMVCATEGORY");
   ASSERT_TRUE(plain.updateBook(other.pk));
   EXPECT_EQ(store.rows("select bid || book from transactions where eid = ?", {plain.eid}), "20" + other.pk);
+  EXPECT_SOUND(store);
+}
+
+TEST(Compound, clearingLeavesNoRecordHalfPaid) {
+  Compound store;
+  const auto other = store.book("Other");
+  std::vector<Spend> items{store.item(20), store.item(10)};
+  items.back().book = other.pk;
+  std::vector<Payment> payments{store.payment(*store.cash, 12), store.payment(*store.bank, 18)};
+  const auto uuid = *Spend::addCart(store.root, items, payments);
+  ASSERT_TRUE(store.bank->clear());
+  EXPECT_EQ(store.amounts(uuid, kPaymentRow), "12.0 18.0") << "what the bank paid is to be paid";
+  EXPECT_TRUE(*Payment::hasPendingPayment(store.root, uuid));
+  EXPECT_SOUND(store);
+  auto book = other;
+  ASSERT_TRUE(book.clear());
+  EXPECT_EQ(store.amounts(uuid, kPaymentRow), "8.0 12.0");
+  ASSERT_TRUE(store.home->clear());
+  EXPECT_EQ(store.amounts(uuid, kPaymentRow), "");
   EXPECT_SOUND(store);
 }
 
