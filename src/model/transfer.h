@@ -97,11 +97,14 @@ class Transfer {
   /// them the same, what left A without the charge arrives in B. Amounts are not converted.
   Result<> updateAccountA(const std::string& account);
   Result<> updateAccountB(const std::string& account);
-  /// What leaves A, the charge in it, which stays as it is; between accounts of one currency B's amount
-  /// follows.
+  /// What leaves A, with the charge: across currencies it stays what it is, in one currency it is what leaves
+  /// above what arrives. Refused where the charge would be below zero, or all there is.
   Result<> updateAmountA(double amount);
-  /// What arrives in B; between accounts of one currency A's amount follows.
+  /// What arrives in B. In one currency the charge follows, as of `updateAmountA`.
   Result<> updateAmountB(double amount);
+  /// What is moved, in A's currency, the charge on top of it as it is: what leaves A and, in one currency,
+  /// what arrives in B.
+  Result<> updateMoved(double amount);
   /// What arrives stays; A's amount follows.
   Result<> updateServiceCharge(double charge);
   /// The date is in the user's present zone; whether the transfer is settled follows from it.

@@ -84,7 +84,6 @@ Result<> Transfer::updateRepeat(const std::string& rule, Date endDate) {
   const bool repeats = rule != kNotRepeat;
   if (repeats && endDate != Date{}) {
     if (auto checked = checkRecordDate(root_->calendar(), endDate); !checked) return checked;
-    if (endDate < datetime) return refuse("a series ends after it begins");
   }
   const auto writeRule = [&](const std::string& eid) {
     return write(*root_,
@@ -96,10 +95,15 @@ Result<> Transfer::updateRepeat(const std::string& rule, Date endDate) {
   return atomically(*root_, [&](Connection&) -> Result<> {
     auto stored = loaded(*root_, connectUUID, eidA, eidB);
     if (!stored) return refuse("the transfer is not in the store");
+    if (repeats && endDate != Date{} && endDate < stored->datetime) {
+      return refuse("a series ends after it begins");
+    }
     const auto seed = transferFromSeed(*root_, stored->repeatSeed);
-    const bool runs = seed && seed->isDeleted == 0;
-    if (runs) {
-      if (auto written = repeats ? writeRule(stored->repeatSeed) : stopRecurring(); !written) return written;
+    if (seed && seed->isDeleted == 0) {
+      if (auto written = writeRule(stored->repeatSeed); !written) return written;
+      if (!repeats) {
+        if (auto stopped = stored->stopRecurring(); !stopped) return stopped;
+      }
     } else if (!repeats) {
       for (const auto& eid : {eidA, eidB}) {
         if (auto written = writeRule(eid); !written) return written;

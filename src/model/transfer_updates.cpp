@@ -22,6 +22,12 @@ constexpr std::string_view kSetAccount =
 constexpr std::string_view kSetOther =
     "update transactions set editDate = ?, vendor = ?, edit_ipid = ? where eid = ?";
 
+/// Writes on a row what the other side's amount has become, which was `before`.
+Result<> writeForeign(MVAppRoot& root, const std::string& eid, double before, double amount, double own) {
+  if (before > kLeastForeign) return write(root, kSetForeign, root.editStamp(), amount, root.itsUDID(), eid);
+  return write(root, kSetBothAmounts, root.editStamp(), own, amount, root.itsUDID(), eid);
+}
+
 }  // namespace
 
 /// Runs the work as one transaction with the transfer as the store has it, and with what depends on its rows.
@@ -84,13 +90,12 @@ Result<> Transfer::updateAccount(const std::string& account, bool ofA) {
   return change([&, key = account](Transfer& stored) -> Result<> {
     const std::string& other = ofA ? stored.accountB : stored.accountA;
     if (key == other) return refuse("a transfer needs two different accounts");
-    const auto row = MonivaAccount::getAccountWithPK(*root_, key);
     const auto currency = currencyOfAccount(*root_, key);
     if (!currency) return tl::make_unexpected(currency.error());
-    if (row) {
-      auto tracked = checkTracked(*row, ofA ? kind::kTransferOut : kind::kTransferIn);
-      if (!tracked) return tracked;
-    }
+    const auto row = MonivaAccount::getAccountWithPK(*root_, key);
+    if (!row || row->isDeleted != 0) return refuse("there is no account with the key '{}'", key);
+    auto tracked = checkTracked(*row, ofA ? kind::kTransferOut : kind::kTransferIn);
+    if (!tracked) return tracked;
     const auto device = root_->itsUDID();
     const std::string& own = ofA ? eidA : eidB;
     auto written = write(*root_, kSetAccount, root_->editStamp(), key, device, own);
@@ -125,22 +130,13 @@ Result<> Transfer::updateAccount(const std::string& account, bool ofA) {
 Result<> Transfer::updateAmountA(double amount) {
   return change([&](Transfer& stored) -> Result<> {
     if (auto checked = checkAmount(amount); !checked) return checked;
-    const double charge = stored.serviceCharge;
-    const double before = stored.moved();
-    stored.amountA = amount;
-    const double rest = stored.moved();
+    const bool across = stored.acrossCurrencies;
+    const double charge = across ? stored.serviceCharge : withoutNoise(amount - stored.amountB);
+    if (charge < 0) return refuse("{} arrives, and {} is less than that", stored.amountB, amount);
+    const double rest = withoutNoise(amount - charge);
     if (rest <= 0) return refuse("a service charge of {} leaves nothing of {} to be moved", charge, amount);
-    const auto device = root_->itsUDID();
-    auto written = write(*root_, kSetAmount, root_->editStamp(), amount, device, eidA);
-    if (!written) return written;
-    if (!stored.acrossCurrencies) {
-      stored.amountB = rest;
-      written = write(*root_, kSetAmount, root_->editStamp(), rest, device, eidB);
-    } else if (before > kLeastForeign) {
-      written = write(*root_, kSetForeign, root_->editStamp(), rest, device, eidB);
-    } else {
-      written = write(*root_, kSetBothAmounts, root_->editStamp(), stored.amountB, rest, device, eidB);
-    }
+    auto written = write(*root_, kSetAmount, root_->editStamp(), amount, root_->itsUDID(), eidA);
+    if (written && across) written = writeForeign(*root_, eidB, stored.moved(), rest, stored.amountB);
     if (!written) return written;
     amountA = amount;
     amountB = stored.amountB;
@@ -152,21 +148,30 @@ Result<> Transfer::updateAmountA(double amount) {
 Result<> Transfer::updateAmountB(double amount) {
   return change([&](Transfer& stored) -> Result<> {
     if (auto checked = checkAmount(amount); !checked) return checked;
-    const double before = stored.amountB;
-    const auto device = root_->itsUDID();
-    auto written = write(*root_, kSetAmount, root_->editStamp(), amount, device, eidB);
-    if (!written) return written;
-    if (!stored.acrossCurrencies) {
-      stored.amountA = withoutNoise(amount + stored.serviceCharge);
-      if (auto checked = checkAmount(stored.amountA); !checked) return checked;
-      written = write(*root_, kSetAmount, root_->editStamp(), stored.amountA, device, eidA);
-    } else if (before > kLeastForeign) {
-      written = write(*root_, kSetForeign, root_->editStamp(), amount, device, eidA);
-    } else {
-      written = write(*root_, kSetBothAmounts, root_->editStamp(), stored.amountA, amount, device, eidA);
-    }
+    const bool across = stored.acrossCurrencies;
+    const double charge = across ? stored.serviceCharge : withoutNoise(stored.amountA - amount);
+    if (charge < 0) return refuse("{} leaves, and {} is more than that", stored.amountA, amount);
+    auto written = write(*root_, kSetAmount, root_->editStamp(), amount, root_->itsUDID(), eidB);
+    if (written && across) written = writeForeign(*root_, eidA, stored.amountB, amount, stored.amountA);
     if (!written) return written;
     amountA = stored.amountA;
+    amountB = amount;
+    serviceCharge = charge;
+    return {};
+  });
+}
+
+Result<> Transfer::updateMoved(double amount) {
+  return change([&](Transfer& stored) -> Result<> {
+    const double leaves = withoutNoise(amount + stored.serviceCharge);
+    for (const double each : {amount, leaves}) {
+      if (auto checked = checkAmount(each); !checked) return checked;
+    }
+    if (stored.acrossCurrencies) return updateAmountA(leaves);
+    auto written = write(*root_, kSetAmount, root_->editStamp(), leaves, root_->itsUDID(), eidA);
+    if (written) written = write(*root_, kSetAmount, root_->editStamp(), amount, root_->itsUDID(), eidB);
+    if (!written) return written;
+    amountA = leaves;
     amountB = amount;
     serviceCharge = stored.serviceCharge;
     return {};

@@ -123,12 +123,11 @@ void changeAmounts(Session& session, Transfer& transfer, const TransferOptions& 
   if (!from || !to) throw refused("an account of the transfer is gone");
   if (!options.fee.empty()) done(transfer.updateServiceCharge(feeTyped(session, options, from->currency)));
   if (!options.amount.empty()) {
-    const double moved = amountTyped(session, options.amount, from->currency, options.amounts);
-    done(transfer.updateAmountA(withoutNoise(moved + transfer.serviceCharge)));
+    done(transfer.updateMoved(amountTyped(session, options.amount, from->currency, options.amounts)));
   }
   if (options.toAmount.empty()) return;
   const double arrives = amountTyped(session, options.toAmount, to->currency, options.amounts);
-  if (!transfer.acrossCurrencies) requireSame(transfer.amountB, arrives, *from, *to);
+  if (!transfer.acrossCurrencies) return requireSame(transfer.amountB, arrives, *from, *to);
   done(transfer.updateAmountB(arrives));
 }
 
