@@ -203,7 +203,7 @@ Result<DebtOutcome> Debt::add(Offsetting offsetting) {
         return std::tie(one.datetime, one.eid) < std::tie(other.datetime, other.eid);
       });
     }
-    return handOver(*root_, *this, against, currency);
+    return handOver(*root_, *this, against, currency, NoteOf::debt);
   });
 }
 
@@ -213,13 +213,13 @@ bool Debt::editable() {
 
 Result<> Debt::update() {
   if (auto checked = checkPerson(person); !checked) return checked;
-  const auto stored = debtFromEID(*root_, eid);
-  if (!stored || stored->isDeleted != 0) return refuse("there is no such debt any more");
-  // An account that went since does not keep the rest from being put right.
-  Debt checked = *this;
-  if (stored->paymentAccount == paymentAccount) checked.paymentAccount.clear();
-  if (auto sound = checkMoney(*root_, checked); !sound) return sound;
   return changeRecords(*root_, {.eid = eid, .group = {}, .series = {}}, [&](Connection&) -> Result<> {
+    const auto stored = debtFromEID(*root_, eid);
+    if (!stored || stored->isDeleted != 0) return refuse("there is no such debt any more");
+    // An account that went since does not keep the rest from being put right.
+    Debt checked = *this;
+    if (stored->paymentAccount == paymentAccount) checked.paymentAccount.clear();
+    if (auto sound = checkMoney(*root_, checked); !sound) return sound;
     if (!getRepaid()) return refusalOfStore(*root_);
     if (!repaidList.empty()) {
       return refuse("a debt that was repaid, wholly or in part, is not changed; remove its repayments first");

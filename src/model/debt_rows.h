@@ -22,9 +22,13 @@ Result<> checkPerson(std::string& person);
 /// debt's type.
 Result<> checkMoney(MVAppRoot& root, const Debt& money);
 
+/// Which rows the note of money that changed hands was meant for. Where there are none of them the others
+/// have it, so that it is never lost.
+enum class NoteOf { repayments, debt };
+
 /// Repays the open debts with the money, one by one, and adds what is left of it as the debt that `money`
 /// describes. `currency` is that of the open debts. To be called within a transaction.
 Result<DebtOutcome> handOver(MVAppRoot& root, Debt& money, const std::vector<Debt>& open,
-                             const std::string& currency);
+                             const std::string& currency, NoteOf noteOf);
 
 }  // namespace moniva
