@@ -114,7 +114,7 @@ Debt moneyOfRepayment(MVAppRoot& root, const std::string& person, int type, doub
                       const std::string& note, const std::string& account) {
   Debt money(root);
   money.person = person;
-  money.type = type == kind::kBorrowed || type == kind::kIncome ? kind::kLent : kind::kBorrowed;
+  money.type = isBorrowedType(type) ? kind::kLent : kind::kBorrowed;
   money.amount = amount;
   money.datetime = date;
   money.note = note;

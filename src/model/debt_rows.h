@@ -5,6 +5,11 @@
 // What the operations on the rows of debts share; no part of what others use.
 namespace moniva {
 
+/// Whether debts of the type are borrowed money, older ones kept as income too.
+inline bool isBorrowedType(int type) {
+  return type == kind::kBorrowed || type == kind::kIncome;
+}
+
 /// Amounts nearer than this are the same: below what any currency counts, and never below what sums of
 /// doubles of that size can tell apart.
 double debtTolerance(double amount);

@@ -93,7 +93,7 @@ void RecordTemplate::read(const Run& run) {
   serviceCharge = numberAt(said, "serviceCharge");
   amountB = numberAt(said, "amountB");
   acrossCurrencies = amountB > 0;
-  if (!acrossCurrencies) amountB = withoutNoise(amount - serviceCharge);
+  if (!acrossCurrencies) amountB = difference(amount, serviceCharge);
   isDeleted = static_cast<int>(run.integer(13));
 }
 

@@ -60,6 +60,8 @@ class Transfer {
   Date repeatEndDate;
   /// 0 unless one side at least is deleted.
   int isDeleted = 0;
+  /// Whether one side went when its account was cleared, and the other is there.
+  bool isHalf() const { return (deletedA_ == 0) != (deletedB_ == 0); }
   /// The template it was made from or saved as; blank for none.
   std::string templateEID;
 

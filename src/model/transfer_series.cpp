@@ -5,7 +5,7 @@
 #include "calendar/date_texts.h"
 #include "model/entry_checks.h"
 #include "model/transfer.h"
-#include "storage/writes.h"
+#include "model/transfer_rows.h"
 
 // Transfers that repeat: the seed of their series, and what is asked of it.
 namespace moniva {
@@ -41,11 +41,7 @@ Result<> Transfer::addSeed(const std::string& eid) const {
   auto written =
       write(*root_, kInsert, amountA, kind::kRepeatSeed, note, accountB, datetime, repeat, accountA,
             root_->editStamp(), eid, end, firstDay, timeZone, kind::kTransferOut, root_->itsUDID());
-  if (written && acrossCurrencies) {
-    written = write(
-        *root_, "update transactions set editDate = ?, amount = ?, amount2=?, edit_ipid = ? where eid = ?",
-        root_->editStamp(), amountA, amountB, root_->itsUDID(), eid);
-  }
+  if (written && acrossCurrencies) written = writeBothAmounts(*root_, eid, amountA, amountB);
   if (written && serviceCharge > 0) {
     const boost::json::object kept{{kChargeOfSeed.data(), serviceCharge}};
     written = write(*root_, "update transactions set sweek = ?, editDate = ?, edit_ipid = ? where eid = ?",

@@ -4,6 +4,7 @@
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "model/transfer.h"
+#include "model/transfer_rows.h"
 
 // What changes transfers that are there already.
 namespace moniva {
@@ -11,8 +12,6 @@ namespace {
 
 constexpr std::string_view kSetAmount =
     "update transactions set editDate = ?, amount = ?, edit_ipid = ? where eid = ?";
-constexpr std::string_view kSetBothAmounts =
-    "update transactions set editDate = ?, amount = ?, amount2=?, edit_ipid = ? where eid = ?";
 constexpr std::string_view kSetForeign =
     "update transactions set editDate = ?, amount2=?, edit_ipid = ? where eid = ? and amount2 > 0.01";
 /// What `kSetForeign` passes over, which the smallest coins of some currencies come to.
@@ -25,7 +24,7 @@ constexpr std::string_view kSetOther =
 /// Writes on a row what the other side's amount has become, which was `before`.
 Result<> writeForeign(MVAppRoot& root, const std::string& eid, double before, double amount, double own) {
   if (before > kLeastForeign) return write(root, kSetForeign, root.editStamp(), amount, root.itsUDID(), eid);
-  return write(root, kSetBothAmounts, root.editStamp(), own, amount, root.itsUDID(), eid);
+  return writeBothAmounts(root, eid, own, amount);
 }
 
 }  // namespace
@@ -110,12 +109,8 @@ Result<> Transfer::updateAccount(const std::string& account, bool ofA) {
     if (across != wasAcross && across != stored.acrossCurrencies) {
       stored.acrossCurrencies = across;
       if (!across) stored.amountB = stored.moved();
-      written = write(*root_, kSetBothAmounts, root_->editStamp(), stored.amountA,
-                      across ? stored.amountB : 0.0, device, eidA);
-      if (written) {
-        written = write(*root_, kSetBothAmounts, root_->editStamp(), stored.amountB,
-                        across ? stored.moved() : 0.0, device, eidB);
-      }
+      written = writeBothAmounts(*root_, eidA, stored.amountA, across ? stored.amountB : 0);
+      if (written) written = writeBothAmounts(*root_, eidB, stored.amountB, across ? stored.moved() : 0);
       if (!written) return written;
     }
     (ofA ? accountA : accountB) = key;
@@ -131,9 +126,9 @@ Result<> Transfer::updateAmountA(double amount) {
   return change([&](Transfer& stored) -> Result<> {
     if (auto checked = checkAmount(amount); !checked) return checked;
     const bool across = stored.acrossCurrencies;
-    const double charge = across ? stored.serviceCharge : withoutNoise(amount - stored.amountB);
+    const double charge = across ? stored.serviceCharge : difference(amount, stored.amountB);
     if (charge < 0) return refuse("{} arrives, and {} is less than that", stored.amountB, amount);
-    const double rest = withoutNoise(amount - charge);
+    const double rest = difference(amount, charge);
     if (rest <= 0) return refuse("a service charge of {} leaves nothing of {} to be moved", charge, amount);
     auto written = write(*root_, kSetAmount, root_->editStamp(), amount, root_->itsUDID(), eidA);
     if (written && across) written = writeForeign(*root_, eidB, stored.moved(), rest, stored.amountB);
@@ -149,7 +144,7 @@ Result<> Transfer::updateAmountB(double amount) {
   return change([&](Transfer& stored) -> Result<> {
     if (auto checked = checkAmount(amount); !checked) return checked;
     const bool across = stored.acrossCurrencies;
-    const double charge = across ? stored.serviceCharge : withoutNoise(stored.amountA - amount);
+    const double charge = across ? stored.serviceCharge : difference(stored.amountA, amount);
     if (charge < 0) return refuse("{} leaves, and {} is more than that", stored.amountA, amount);
     auto written = write(*root_, kSetAmount, root_->editStamp(), amount, root_->itsUDID(), eidB);
     if (written && across) written = writeForeign(*root_, eidA, stored.amountB, amount, stored.amountA);
@@ -181,10 +176,10 @@ Result<> Transfer::updateMoved(double amount) {
 Result<> Transfer::updateServiceCharge(double charge) {
   return change([&](Transfer& stored) -> Result<> {
     if (!(charge >= 0)) return refuse("a service charge must not be below zero; {} is", charge);
-    const double leaves = withoutNoise(stored.moved() + charge);
+    const double moved = stored.acrossCurrencies ? stored.moved() : stored.amountB;
+    const double leaves = withoutNoise(moved + charge);
     if (auto checked = checkAmount(leaves); !checked) return checked;
-    auto written = write(*root_, kSetBothAmounts, root_->editStamp(), leaves,
-                         stored.acrossCurrencies ? stored.amountB : 0.0, root_->itsUDID(), eidA);
+    auto written = writeBothAmounts(*root_, eidA, leaves, stored.acrossCurrencies ? stored.amountB : 0);
     if (!written) return written;
     amountA = leaves;
     amountB = stored.amountB;

@@ -123,6 +123,8 @@ TEST(Transfers, keepTheirSidesTogetherWhateverIsEdited) {
                 "0.0 -92.0 108.5"},
            Case{"a charge comes on top", 40, 0, 40, false, fee(0.2), "40.2 0.0; 40.0 0.0; 0.2",
                 "40.0 -40.2 0.0"},
+           Case{"whatever the size", 100000000000.06, 0.07, 99999999999.99, false, fee(0.03),
+                "100000000000.02 0.0; 99999999999.99 0.0; 0.03", "99999999999.99 -100000000000.02 0.0"},
            Case{"and goes", 40.3, 0.3, 40, false, fee(0), "40.0 0.0; 40.0 0.0; 0", "40.0 -40.0 0.0"},
            Case{"each tells what the other has", 102, 2, 108.5, true, a(92), "92.0 108.5; 108.5 90.0; 2",
                 "0.0 -92.0 108.5"},
@@ -208,7 +210,9 @@ TEST(Transfers, areDeletedAndBackAsOne) {
     const auto gone = home.rows("select deleted from transactions order by type desc");
     EXPECT_EQ(Transfer::list(home.root, {})->size(), 1U) << "the other account still has it";
     auto half = Transfer::transferFromUUID(home.root, made.connectUUID);
-    ASSERT_TRUE(half && half->delete_() && half->restore());
+    ASSERT_TRUE(half && half->isHalf() && half->delete_());
+    EXPECT_FALSE(half->isHalf());
+    ASSERT_TRUE(half->restore());
     EXPECT_EQ(home.rows("select deleted from transactions order by type desc"), gone);
   }
 }
