@@ -15,11 +15,11 @@
 namespace moniva {
 namespace {
 
-bool isBorrowedType(int type) {
-  return type == kind::kBorrowed || type == kind::kIncome;
-}
+/// Which rows are debts: those of older data by the book they were kept in, as `isDebtRow` has it.
+constexpr std::string_view kIsDebt =
+    "(type in (24, 34) or (type = 11 and book in ('BorrowBook', 'DebtBook')) or"
+    " (type = 12 and book = 'LendBook'))";
 
-/// Rows of older data count by the book they were kept in.
 bool isDebtRow(int type, std::string_view book) {
   if (type == kind::kIncome) return book == "BorrowBook" || book == "DebtBook";
   return type == kind::kBorrowed || type == kind::kLent || (type == kind::kExpense && book == "LendBook");
@@ -101,9 +101,9 @@ Result<std::vector<Debt>> Debt::list(MVAppRoot& root, Which which, std::string_v
   std::vector<std::string> keys;
   {
     Run run = db->query(
-        "select eid from transactions where deleted = 0 and (type in (24, 34) or"
-        " (type = 11 and book in ('BorrowBook', 'DebtBook')) or (type = 12 and book = 'LendBook'))"
-        " and (vendor = ? or ? = '') and ((needReimburse != 0) = ? or ? < 0) order by datetime, eid",
+        fmt::format("select eid from transactions where deleted = 0 and {} and (vendor = ? or ? = '') and"
+                    " ((needReimburse != 0) = ? or ? < 0) order by datetime, eid",
+                    kIsDebt),
         {person, person, which == Which::settled ? 1 : 0, which == Which::all ? -1 : 1});
     while (run.next()) keys.emplace_back(run.text(0));
     if (!run.ok()) return tl::make_unexpected(db->refusal());
@@ -126,10 +126,8 @@ Result<std::vector<Debt>> Debt::list(MVAppRoot& root, Which which, std::string_v
 Result<std::vector<std::string>> Debt::people(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  Run run = db->query(
-      "select distinct vendor from transactions where deleted = 0 and (type in (24, 34) or"
-      " (type = 11 and book in ('BorrowBook', 'DebtBook')) or (type = 12 and book = 'LendBook'))"
-      " order by vendor");
+  Run run = db->query(fmt::format(
+      "select distinct vendor from transactions where deleted = 0 and {} order by vendor", kIsDebt));
   std::vector<std::string> names;
   while (run.next()) names.emplace_back(run.text(0));
   if (!run.ok()) return tl::make_unexpected(db->refusal());
@@ -203,7 +201,7 @@ Result<DebtOutcome> Debt::add(Offsetting offsetting) {
         return std::tie(one.datetime, one.eid) < std::tie(other.datetime, other.eid);
       });
     }
-    return handOver(*root_, *this, against, currency);
+    return handOver(*root_, *this, against, currency, NoteOf::debt);
   });
 }
 
@@ -213,13 +211,13 @@ bool Debt::editable() {
 
 Result<> Debt::update() {
   if (auto checked = checkPerson(person); !checked) return checked;
-  const auto stored = debtFromEID(*root_, eid);
-  if (!stored || stored->isDeleted != 0) return refuse("there is no such debt any more");
-  // An account that went since does not keep the rest from being put right.
-  Debt checked = *this;
-  if (stored->paymentAccount == paymentAccount) checked.paymentAccount.clear();
-  if (auto sound = checkMoney(*root_, checked); !sound) return sound;
   return changeRecords(*root_, {.eid = eid, .group = {}, .series = {}}, [&](Connection&) -> Result<> {
+    const auto stored = debtFromEID(*root_, eid);
+    if (!stored || stored->isDeleted != 0) return refuse("there is no such debt any more");
+    // An account that went since does not keep the rest from being put right.
+    Debt checked = *this;
+    if (stored->paymentAccount == paymentAccount) checked.paymentAccount.clear();
+    if (auto sound = checkMoney(*root_, checked); !sound) return sound;
     if (!getRepaid()) return refusalOfStore(*root_);
     if (!repaidList.empty()) {
       return refuse("a debt that was repaid, wholly or in part, is not changed; remove its repayments first");

@@ -24,12 +24,12 @@ Result<> insertRow(MVAppRoot& root, const std::string& eid, std::string_view sql
                        [&](Connection&) { return write(root, sql, arguments...); });
 }
 
-Result<> insertRepayment(MVAppRoot& root, const DebtOutcome::Part& part, const Debt& debt,
-                         const Debt& money) {
+Result<> insertRepayment(MVAppRoot& root, const DebtOutcome::Part& part, const Debt& debt, const Debt& money,
+                         const std::string& note) {
   return insertRow(root, part.eid,
                    "insert into transactions (amount, type, note, vendor, datetime, account, editDate, eid,"
                    " transferEID, barcode, sday, bid, edit_ipid) values (?, ?, ?, ?, ?, ?, ?, ?, ?,?,?,10,?)",
-                   part.amount, repaymentTypeOf(debt), money.note, debt.person, money.datetime,
+                   part.amount, repaymentTypeOf(debt), note, debt.person, money.datetime,
                    money.paymentAccount, root.editStamp(), part.eid, debt.eid, money.timeZone,
                    integerDateOfTimeZone(root.calendar(), money.datetime, money.timeZone), root.itsUDID());
 }
@@ -43,6 +43,13 @@ Result<> insertDebt(MVAppRoot& root, const Debt& debt) {
                    root.editStamp(), debt.eid,
                    integerDateOfTimeZone(root.calendar(), debt.datetime, debt.timeZone), debt.timeZone,
                    root.itsUDID());
+}
+
+Result<> setSettled(MVAppRoot& root, std::string_view debt, bool settled) {
+  return write(root,
+               "update transactions set needReimburse = ?, ipid = 'batchEdit', editDate = ?, edit_ipid = ?"
+               " where eid = ?",
+               settled, root.editStamp(), root.itsUDID(), debt);
 }
 
 /// What was repaid of the debt: under either code, as data from elsewhere may have them the other way round.
@@ -107,7 +114,7 @@ Debt moneyOfRepayment(MVAppRoot& root, const std::string& person, int type, doub
                       const std::string& note, const std::string& account) {
   Debt money(root);
   money.person = person;
-  money.type = type == kind::kBorrowed || type == kind::kIncome ? kind::kLent : kind::kBorrowed;
+  money.type = isBorrowedType(type) ? kind::kLent : kind::kBorrowed;
   money.amount = amount;
   money.datetime = date;
   money.note = note;
@@ -128,30 +135,38 @@ double leftOf(double amount, double covered) {
 }
 
 Result<DebtOutcome> handOver(MVAppRoot& root, Debt& money, const std::vector<Debt>& open,
-                             const std::string& currency) {
+                             const std::string& currency, NoteOf noteOf) {
   DebtOutcome outcome;
+  std::vector<const Debt*> debts;
   double rest = money.amount;
   for (const auto& debt : open) {
-    const double owed = debt.owed();
     if (rest == 0) break;
-    if (owed > 0) {
-      const bool settles = leftOf(owed, rest) == 0;
-      const DebtOutcome::Part part{root.newIdentifier(), debt.eid, settles ? owed : rest, settles};
-      if (auto written = insertRepayment(root, part, debt, money); !written) {
-        return tl::make_unexpected(written.error());
-      }
-      rest = leftOf(rest, part.amount);
-      outcome.repaidAmount = withoutNoise(outcome.repaidAmount + part.amount);
-      outcome.repaid.push_back(part);
+    const double owed = debt.owed();
+    if (owed == 0) {
+      if (auto counted = recountSettled(root, debt.eid); !counted)
+        return tl::make_unexpected(counted.error());
+      continue;
     }
-    if (auto counted = recountSettled(root, debt.eid); !counted) return tl::make_unexpected(counted.error());
+    const bool settles = leftOf(owed, rest) == 0;
+    outcome.repaid.push_back({root.newIdentifier(), debt.eid, settles ? owed : rest, settles});
+    debts.push_back(&debt);
+    rest = leftOf(rest, outcome.repaid.back().amount);
+    outcome.repaidAmount = withoutNoise(outcome.repaidAmount + outcome.repaid.back().amount);
   }
-  if (rest == 0) return outcome;
-  if (!sameCurrency(currency, money.currency)) {
+  if (rest > 0 && !sameCurrency(currency, money.currency)) {
     return refuse("{} of it is more than is owed and would be a debt in {}, not {}; name its account", rest,
                   money.currency, currency);
   }
+  const bool repaymentsHaveNote = noteOf == NoteOf::repayments || rest == 0;
+  for (std::size_t at = 0; at < debts.size(); ++at) {
+    const auto& part = outcome.repaid[at];
+    auto written = insertRepayment(root, part, *debts[at], money, repaymentsHaveNote ? money.note : "");
+    if (written) written = recountSettled(root, part.debt);
+    if (!written) return tl::make_unexpected(written.error());
+  }
+  if (rest == 0) return outcome;
   if (money.eid.empty()) money.eid = root.newIdentifier();
+  if (noteOf == NoteOf::repayments && !debts.empty()) money.note.clear();
   money.amount = outcome.remainder = rest;
   outcome.debt = money.eid;
   if (auto written = insertDebt(root, money); !written) return tl::make_unexpected(written.error());
@@ -209,7 +224,7 @@ Result<DebtOutcome> Debt::repaid(double sum, Date date, const std::string& remar
     for (const auto& debt : *others) {
       if (debt.eid != eid && sameCurrency(debt.currency, owedIn)) open.push_back(debt);
     }
-    auto outcome = handOver(*root_, money, open, owedIn);
+    auto outcome = handOver(*root_, money, open, owedIn, NoteOf::repayments);
     if (!outcome) return outcome;
     const auto now = debtFromEID(*root_, eid);
     if (!now || !getRepaid()) return refusalOfStore(*root_);
@@ -239,7 +254,7 @@ Result<DebtOutcome> Debt::repaidTo(MVAppRoot& root, const std::string& person, i
     if (auto ordered = preferExact(db, *open, amount, type, money.person); !ordered) {
       return tl::make_unexpected(ordered.error());
     }
-    return handOver(root, money, *open, owedIn);
+    return handOver(root, money, *open, owedIn, NoteOf::repayments);
   });
 }
 
@@ -259,6 +274,8 @@ Result<> Debt::deleteRepay(std::string_view repayment) {
                              "update transactions set deleted = 3, ipid = 'delete with delete repay',"
                              " editDate = ?, edit_ipid = ? where eid = ?",
                              root_->editStamp(), root_->itsUDID(), repayment);
+        if (written) written = setSettled(*root_, eid, false);
+        // Others may cover it still, such as those that two devices made for the same money.
         if (written) written = recountSettled(*root_, eid);
         if (!written) return written;
         const auto now = debtFromEID(*root_, eid);
@@ -272,15 +289,7 @@ Result<> recountSettled(MVAppRoot& root, std::string_view debtEid) {
   if (!debt) return {};
   if (!debt->getRepaid()) return refusalOfStore(root);
   const bool settled = debt->owed() == 0;
-  if (settled == debt->repaidFinished) return {};
-  return settled ? write(root,
-                         "update transactions set needReimburse = 1, ipid = 'batchEdit', editDate = ?,"
-                         " edit_ipid = ? where eid = ?",
-                         root.editStamp(), root.itsUDID(), debtEid)
-                 : write(root,
-                         "update transactions set needReimburse = 0, ipid = 'batchEdit', editDate = ?,"
-                         " edit_ipid = ? where eid = ?",
-                         root.editStamp(), root.itsUDID(), debtEid);
+  return settled == debt->repaidFinished ? Result<>() : setSettled(root, debtEid, settled);
 }
 
 Result<> checkRepaymentFits(MVAppRoot& root, std::string_view repaymentEid) {

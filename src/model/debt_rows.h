@@ -5,6 +5,11 @@
 // What the operations on the rows of debts share; no part of what others use.
 namespace moniva {
 
+/// Whether debts of the type are borrowed money, older ones kept as income too.
+inline bool isBorrowedType(int type) {
+  return type == kind::kBorrowed || type == kind::kIncome;
+}
+
 /// Amounts nearer than this are the same: below what any currency counts, and never below what sums of
 /// doubles of that size can tell apart.
 double debtTolerance(double amount);
@@ -22,9 +27,13 @@ Result<> checkPerson(std::string& person);
 /// debt's type.
 Result<> checkMoney(MVAppRoot& root, const Debt& money);
 
+/// Which rows the note of money that changed hands was meant for. Where there are none of them the others
+/// have it, so that it is never lost.
+enum class NoteOf { repayments, debt };
+
 /// Repays the open debts with the money, one by one, and adds what is left of it as the debt that `money`
 /// describes. `currency` is that of the open debts. To be called within a transaction.
 Result<DebtOutcome> handOver(MVAppRoot& root, Debt& money, const std::vector<Debt>& open,
-                             const std::string& currency);
+                             const std::string& currency, NoteOf noteOf);
 
 }  // namespace moniva

@@ -1,10 +1,22 @@
 #include "model/entry_checks.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "model/account_balance.h"
 
 namespace moniva {
+
+namespace {
+
+double roundedBySize(double amount, double size) {
+  constexpr double kFifteenDigits = 1e15;
+  double scale = 1e6;
+  while (scale > 100 && std::abs(size) * scale >= kFifteenDigits) scale /= 10;
+  return std::round(amount * scale) / scale;
+}
+
+}  // namespace
 
 Result<> checkAmount(double amount) {
   constexpr double kMost = 1e12;
@@ -34,7 +46,11 @@ bool isPaidByDate(const Calendar& calendar, Date datetime, Date now) {
 }
 
 double withoutNoise(double amount) {
-  return std::round(amount * 1e6) / 1e6;
+  return roundedBySize(amount, amount);
+}
+
+double difference(double one, double other) {
+  return roundedBySize(one - other, std::max(std::abs(one), std::abs(other)));
 }
 
 }  // namespace moniva

@@ -22,7 +22,10 @@ inline bool isPaidAt(Date datetime, Date now) {
 /// The same by the day, for records that know no time of day: settled unless the day lies ahead.
 bool isPaidByDate(const Calendar& calendar, Date datetime, Date now);
 
-/// The amount without the noise that sums of doubles leave behind its sixth decimal, which no amount has.
+/// The amount without the noise that sums of doubles leave behind its sixth decimal, which no amount has;
+/// from a thousand million on, where doubles hold fewer decimals, behind the fifteenth digit.
 double withoutNoise(double amount);
+/// What one amount is above the other, without the noise that amounts of their size leave behind.
+double difference(double one, double other);
 
 }  // namespace moniva

@@ -96,9 +96,7 @@ Result<> MVTransaction::restore() {
 bool MVTransaction::editable() const {
   if (!isDebt()) return true;
   auto debt = Debt::debtFromEID(*root_, eid);
-  if (!debt) return false;
-  const auto read = debt->getRepaid();
-  return read && debt->repaidList.empty();
+  return debt && debt->editable();
 }
 
 Result<std::vector<std::string>> MVTransaction::getImagesForTransID(MVAppRoot& root, const std::string& eid) {

@@ -93,7 +93,7 @@ void RecordTemplate::read(const Run& run) {
   serviceCharge = numberAt(said, "serviceCharge");
   amountB = numberAt(said, "amountB");
   acrossCurrencies = amountB > 0;
-  if (!acrossCurrencies) amountB = withoutNoise(amount - serviceCharge);
+  if (!acrossCurrencies) amountB = difference(amount, serviceCharge);
   isDeleted = static_cast<int>(run.integer(13));
 }
 
@@ -217,16 +217,22 @@ Result<> RecordTemplate::rename(const std::string& newTitle) {
 }
 
 Result<> RecordTemplate::delete_() {
-  auto written =
-      write(*root_, "update transactions set deleted = 1, editDate = ?, edit_ipid = ? where eid = ?",
-            root_->editStamp(), root_->itsUDID(), eid);
-  if (written) isDeleted = 1;
-  return written;
+  return atomically(*root_, [&](Connection&) -> Result<> {
+    const auto stored = templateFromEID(*root_, eid);
+    if (!stored || stored->isDeleted != 0) return refuse("the template is not in the store");
+    auto written =
+        write(*root_, "update transactions set deleted = 1, editDate = ?, edit_ipid = ? where eid = ?",
+              root_->editStamp(), root_->itsUDID(), eid);
+    if (written) isDeleted = 1;
+    return written;
+  });
 }
 
 Result<> RecordTemplate::restore() {
   return atomically(*root_, [&](Connection&) -> Result<> {
-    if (auto checked = checkOwnTitle(title); !checked) return checked;
+    const auto stored = templateFromEID(*root_, eid);
+    if (!stored || stored->isDeleted != 1) return refuse("the template is not deleted");
+    if (auto checked = checkOwnTitle(stored->title); !checked) return checked;
     auto written =
         write(*root_, "update transactions set deleted = 0, editDate = ?, edit_ipid = ? where eid = ?",
               root_->editStamp(), root_->itsUDID(), eid);

@@ -66,7 +66,7 @@ Result<Transfer> RecordTemplate::transfer() const {
         "'{}' and '{}' keep different currencies by now, and the template does not say what arrives",
         excerpt(from->title), excerpt(to->title));
   }
-  made.amountB = made.acrossCurrencies ? amountB : withoutNoise(amount - serviceCharge);
+  made.amountB = made.acrossCurrencies ? amountB : difference(amount, serviceCharge);
   made.note = note;
   made.templateEID = eid;
   return made;

@@ -4,7 +4,7 @@
 
 #include "calendar/date_texts.h"
 #include "model/entry_checks.h"
-#include "storage/writes.h"
+#include "model/transfer_rows.h"
 
 namespace moniva {
 namespace {
@@ -26,7 +26,7 @@ std::string groupOf(MVAppRoot& root, std::string_view eid, int side) {
 Transfer::Transfer(MVAppRoot& root) : datetime(root.now()), timeZone(root.calendar().zone()), root_(&root) {}
 
 double Transfer::moved() const {
-  return withoutNoise(amountA - serviceCharge);
+  return difference(amountA, serviceCharge);
 }
 
 void Transfer::readSide(const Run& run, bool isA) {
@@ -50,7 +50,7 @@ void Transfer::readSide(const Run& run, bool isA) {
   } else {
     // A row that another program left without the other side's amount tells of no charge.
     const double arrived = acrossCurrencies ? run.real(7) : amountB;
-    serviceCharge = arrived > 0 ? std::max(0.0, withoutNoise(amountA - arrived)) : 0;
+    serviceCharge = arrived > 0 ? std::max(0.0, difference(amountA, arrived)) : 0;
   }
 }
 
@@ -147,14 +147,14 @@ Result<> Transfer::checkWhole() {
   }
   if (auto checked = checkRecordDate(root_->calendar(), datetime); !checked) return checked;
   if (auto checked = checkRepeatRule(repeat); !checked) return checked;
-  const double above = withoutNoise(amountA - amountB);
+  const double above = difference(amountA, amountB);
   const double charge = !acrossCurrencies && serviceCharge == 0 ? above : serviceCharge;
   if (!(charge >= 0)) return refuse("a service charge must not be below zero; {} is", charge);
-  if (withoutNoise(amountA - charge) <= 0)
+  if (difference(amountA, charge) <= 0)
     return refuse("a service charge of {} leaves nothing of {} to be moved", charge, amountA);
-  if (!acrossCurrencies && withoutNoise(above - charge) != 0) {
+  if (!acrossCurrencies && difference(amountA, amountB + charge) != 0) {
     return refuse("{} leaves with a charge of {} in it, so {} arrives; {} does not", amountA, charge,
-                  withoutNoise(amountA - charge), amountB);
+                  difference(amountA, charge), amountB);
   }
   for (const auto& account : {accountA, accountB}) {
     if (auto known = currencyOfAccount(*root_, account); !known) return tl::make_unexpected(known.error());
@@ -194,11 +194,8 @@ Result<> Transfer::add(std::string_view seed) {
     if (written) written = addSide(kind::kTransferIn, eidB, amountB, accountB, accountA, seed);
     if (written && acrossCurrencies) {
       // The row's insert has no slot for the other side's amount.
-      constexpr std::string_view bothAmounts =
-          "update transactions set editDate = ?, amount = ?, amount2=?, edit_ipid = ? where eid = ?";
-      written = write(*root_, bothAmounts, root_->editStamp(), amountA, amountB, root_->itsUDID(), eidA);
-      if (written)
-        written = write(*root_, bothAmounts, root_->editStamp(), amountB, moved(), root_->itsUDID(), eidB);
+      written = writeBothAmounts(*root_, eidA, amountA, amountB);
+      if (written) written = writeBothAmounts(*root_, eidB, amountB, moved());
     }
     if (written && !ipid.empty()) {
       constexpr std::string_view mark =

@@ -60,6 +60,8 @@ class Transfer {
   Date repeatEndDate;
   /// 0 unless one side at least is deleted.
   int isDeleted = 0;
+  /// Whether one side went when its account was cleared, and the other is there.
+  bool isHalf() const { return (deletedA_ == 0) != (deletedB_ == 0); }
   /// The template it was made from or saved as; blank for none.
   std::string templateEID;
 
@@ -97,11 +99,14 @@ class Transfer {
   /// them the same, what left A without the charge arrives in B. Amounts are not converted.
   Result<> updateAccountA(const std::string& account);
   Result<> updateAccountB(const std::string& account);
-  /// What leaves A, the charge in it, which stays as it is; between accounts of one currency B's amount
-  /// follows.
+  /// What leaves A, with the charge: across currencies it stays what it is, in one currency it is what leaves
+  /// above what arrives. Refused where the charge would be below zero, or all there is.
   Result<> updateAmountA(double amount);
-  /// What arrives in B; between accounts of one currency A's amount follows.
+  /// What arrives in B. In one currency the charge follows, as of `updateAmountA`.
   Result<> updateAmountB(double amount);
+  /// What is moved, in A's currency, the charge on top of it as it is: what leaves A and, in one currency,
+  /// what arrives in B.
+  Result<> updateMoved(double amount);
   /// What arrives stays; A's amount follows.
   Result<> updateServiceCharge(double charge);
   /// The date is in the user's present zone; whether the transfer is settled follows from it.

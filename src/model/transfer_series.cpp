@@ -5,7 +5,7 @@
 #include "calendar/date_texts.h"
 #include "model/entry_checks.h"
 #include "model/transfer.h"
-#include "storage/writes.h"
+#include "model/transfer_rows.h"
 
 // Transfers that repeat: the seed of their series, and what is asked of it.
 namespace moniva {
@@ -41,11 +41,7 @@ Result<> Transfer::addSeed(const std::string& eid) const {
   auto written =
       write(*root_, kInsert, amountA, kind::kRepeatSeed, note, accountB, datetime, repeat, accountA,
             root_->editStamp(), eid, end, firstDay, timeZone, kind::kTransferOut, root_->itsUDID());
-  if (written && acrossCurrencies) {
-    written = write(
-        *root_, "update transactions set editDate = ?, amount = ?, amount2=?, edit_ipid = ? where eid = ?",
-        root_->editStamp(), amountA, amountB, root_->itsUDID(), eid);
-  }
+  if (written && acrossCurrencies) written = writeBothAmounts(*root_, eid, amountA, amountB);
   if (written && serviceCharge > 0) {
     const boost::json::object kept{{kChargeOfSeed.data(), serviceCharge}};
     written = write(*root_, "update transactions set sweek = ?, editDate = ?, edit_ipid = ? where eid = ?",
@@ -84,7 +80,6 @@ Result<> Transfer::updateRepeat(const std::string& rule, Date endDate) {
   const bool repeats = rule != kNotRepeat;
   if (repeats && endDate != Date{}) {
     if (auto checked = checkRecordDate(root_->calendar(), endDate); !checked) return checked;
-    if (endDate < datetime) return refuse("a series ends after it begins");
   }
   const auto writeRule = [&](const std::string& eid) {
     return write(*root_,
@@ -96,10 +91,15 @@ Result<> Transfer::updateRepeat(const std::string& rule, Date endDate) {
   return atomically(*root_, [&](Connection&) -> Result<> {
     auto stored = loaded(*root_, connectUUID, eidA, eidB);
     if (!stored) return refuse("the transfer is not in the store");
+    if (repeats && endDate != Date{} && endDate < stored->datetime) {
+      return refuse("a series ends after it begins");
+    }
     const auto seed = transferFromSeed(*root_, stored->repeatSeed);
-    const bool runs = seed && seed->isDeleted == 0;
-    if (runs) {
-      if (auto written = repeats ? writeRule(stored->repeatSeed) : stopRecurring(); !written) return written;
+    if (seed && seed->isDeleted == 0) {
+      if (auto written = writeRule(stored->repeatSeed); !written) return written;
+      if (!repeats) {
+        if (auto stopped = stored->stopRecurring(); !stopped) return stopped;
+      }
     } else if (!repeats) {
       for (const auto& eid : {eidA, eidB}) {
         if (auto written = writeRule(eid); !written) return written;

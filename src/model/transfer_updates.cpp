@@ -4,6 +4,7 @@
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "model/transfer.h"
+#include "model/transfer_rows.h"
 
 // What changes transfers that are there already.
 namespace moniva {
@@ -11,8 +12,6 @@ namespace {
 
 constexpr std::string_view kSetAmount =
     "update transactions set editDate = ?, amount = ?, edit_ipid = ? where eid = ?";
-constexpr std::string_view kSetBothAmounts =
-    "update transactions set editDate = ?, amount = ?, amount2=?, edit_ipid = ? where eid = ?";
 constexpr std::string_view kSetForeign =
     "update transactions set editDate = ?, amount2=?, edit_ipid = ? where eid = ? and amount2 > 0.01";
 /// What `kSetForeign` passes over, which the smallest coins of some currencies come to.
@@ -21,6 +20,12 @@ constexpr std::string_view kSetAccount =
     "update transactions set editDate = ?, account = ?, edit_ipid = ? where eid = ?";
 constexpr std::string_view kSetOther =
     "update transactions set editDate = ?, vendor = ?, edit_ipid = ? where eid = ?";
+
+/// Writes on a row what the other side's amount has become, which was `before`.
+Result<> writeForeign(MVAppRoot& root, const std::string& eid, double before, double amount, double own) {
+  if (before > kLeastForeign) return write(root, kSetForeign, root.editStamp(), amount, root.itsUDID(), eid);
+  return writeBothAmounts(root, eid, own, amount);
+}
 
 }  // namespace
 
@@ -84,13 +89,12 @@ Result<> Transfer::updateAccount(const std::string& account, bool ofA) {
   return change([&, key = account](Transfer& stored) -> Result<> {
     const std::string& other = ofA ? stored.accountB : stored.accountA;
     if (key == other) return refuse("a transfer needs two different accounts");
-    const auto row = MonivaAccount::getAccountWithPK(*root_, key);
     const auto currency = currencyOfAccount(*root_, key);
     if (!currency) return tl::make_unexpected(currency.error());
-    if (row) {
-      auto tracked = checkTracked(*row, ofA ? kind::kTransferOut : kind::kTransferIn);
-      if (!tracked) return tracked;
-    }
+    const auto row = MonivaAccount::getAccountWithPK(*root_, key);
+    if (!row || row->isDeleted != 0) return refuse("there is no account with the key '{}'", key);
+    auto tracked = checkTracked(*row, ofA ? kind::kTransferOut : kind::kTransferIn);
+    if (!tracked) return tracked;
     const auto device = root_->itsUDID();
     const std::string& own = ofA ? eidA : eidB;
     auto written = write(*root_, kSetAccount, root_->editStamp(), key, device, own);
@@ -105,12 +109,8 @@ Result<> Transfer::updateAccount(const std::string& account, bool ofA) {
     if (across != wasAcross && across != stored.acrossCurrencies) {
       stored.acrossCurrencies = across;
       if (!across) stored.amountB = stored.moved();
-      written = write(*root_, kSetBothAmounts, root_->editStamp(), stored.amountA,
-                      across ? stored.amountB : 0.0, device, eidA);
-      if (written) {
-        written = write(*root_, kSetBothAmounts, root_->editStamp(), stored.amountB,
-                        across ? stored.moved() : 0.0, device, eidB);
-      }
+      written = writeBothAmounts(*root_, eidA, stored.amountA, across ? stored.amountB : 0);
+      if (written) written = writeBothAmounts(*root_, eidB, stored.amountB, across ? stored.moved() : 0);
       if (!written) return written;
     }
     (ofA ? accountA : accountB) = key;
@@ -125,22 +125,13 @@ Result<> Transfer::updateAccount(const std::string& account, bool ofA) {
 Result<> Transfer::updateAmountA(double amount) {
   return change([&](Transfer& stored) -> Result<> {
     if (auto checked = checkAmount(amount); !checked) return checked;
-    const double charge = stored.serviceCharge;
-    const double before = stored.moved();
-    stored.amountA = amount;
-    const double rest = stored.moved();
+    const bool across = stored.acrossCurrencies;
+    const double charge = across ? stored.serviceCharge : difference(amount, stored.amountB);
+    if (charge < 0) return refuse("{} arrives, and {} is less than that", stored.amountB, amount);
+    const double rest = difference(amount, charge);
     if (rest <= 0) return refuse("a service charge of {} leaves nothing of {} to be moved", charge, amount);
-    const auto device = root_->itsUDID();
-    auto written = write(*root_, kSetAmount, root_->editStamp(), amount, device, eidA);
-    if (!written) return written;
-    if (!stored.acrossCurrencies) {
-      stored.amountB = rest;
-      written = write(*root_, kSetAmount, root_->editStamp(), rest, device, eidB);
-    } else if (before > kLeastForeign) {
-      written = write(*root_, kSetForeign, root_->editStamp(), rest, device, eidB);
-    } else {
-      written = write(*root_, kSetBothAmounts, root_->editStamp(), stored.amountB, rest, device, eidB);
-    }
+    auto written = write(*root_, kSetAmount, root_->editStamp(), amount, root_->itsUDID(), eidA);
+    if (written && across) written = writeForeign(*root_, eidB, stored.moved(), rest, stored.amountB);
     if (!written) return written;
     amountA = amount;
     amountB = stored.amountB;
@@ -152,21 +143,30 @@ Result<> Transfer::updateAmountA(double amount) {
 Result<> Transfer::updateAmountB(double amount) {
   return change([&](Transfer& stored) -> Result<> {
     if (auto checked = checkAmount(amount); !checked) return checked;
-    const double before = stored.amountB;
-    const auto device = root_->itsUDID();
-    auto written = write(*root_, kSetAmount, root_->editStamp(), amount, device, eidB);
-    if (!written) return written;
-    if (!stored.acrossCurrencies) {
-      stored.amountA = withoutNoise(amount + stored.serviceCharge);
-      if (auto checked = checkAmount(stored.amountA); !checked) return checked;
-      written = write(*root_, kSetAmount, root_->editStamp(), stored.amountA, device, eidA);
-    } else if (before > kLeastForeign) {
-      written = write(*root_, kSetForeign, root_->editStamp(), amount, device, eidA);
-    } else {
-      written = write(*root_, kSetBothAmounts, root_->editStamp(), stored.amountA, amount, device, eidA);
-    }
+    const bool across = stored.acrossCurrencies;
+    const double charge = across ? stored.serviceCharge : difference(stored.amountA, amount);
+    if (charge < 0) return refuse("{} leaves, and {} is more than that", stored.amountA, amount);
+    auto written = write(*root_, kSetAmount, root_->editStamp(), amount, root_->itsUDID(), eidB);
+    if (written && across) written = writeForeign(*root_, eidA, stored.amountB, amount, stored.amountA);
     if (!written) return written;
     amountA = stored.amountA;
+    amountB = amount;
+    serviceCharge = charge;
+    return {};
+  });
+}
+
+Result<> Transfer::updateMoved(double amount) {
+  return change([&](Transfer& stored) -> Result<> {
+    const double leaves = withoutNoise(amount + stored.serviceCharge);
+    for (const double each : {amount, leaves}) {
+      if (auto checked = checkAmount(each); !checked) return checked;
+    }
+    if (stored.acrossCurrencies) return updateAmountA(leaves);
+    auto written = write(*root_, kSetAmount, root_->editStamp(), leaves, root_->itsUDID(), eidA);
+    if (written) written = write(*root_, kSetAmount, root_->editStamp(), amount, root_->itsUDID(), eidB);
+    if (!written) return written;
+    amountA = leaves;
     amountB = amount;
     serviceCharge = stored.serviceCharge;
     return {};
@@ -176,10 +176,10 @@ Result<> Transfer::updateAmountB(double amount) {
 Result<> Transfer::updateServiceCharge(double charge) {
   return change([&](Transfer& stored) -> Result<> {
     if (!(charge >= 0)) return refuse("a service charge must not be below zero; {} is", charge);
-    const double leaves = withoutNoise(stored.moved() + charge);
+    const double moved = stored.acrossCurrencies ? stored.moved() : stored.amountB;
+    const double leaves = withoutNoise(moved + charge);
     if (auto checked = checkAmount(leaves); !checked) return checked;
-    auto written = write(*root_, kSetBothAmounts, root_->editStamp(), leaves,
-                         stored.acrossCurrencies ? stored.amountB : 0.0, root_->itsUDID(), eidA);
+    auto written = writeBothAmounts(*root_, eidA, leaves, stored.acrossCurrencies ? stored.amountB : 0);
     if (!written) return written;
     amountA = leaves;
     amountB = stored.amountB;

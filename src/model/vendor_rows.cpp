@@ -51,11 +51,13 @@ Result<int> giveVendorsKeys(MVAppRoot& root) {
 }
 
 std::string_view ownRecords(MVAppRoot& root, std::string_view key, int type) {
+  constexpr std::string_view all =
+      " and type not in (23, 24, 25, 33, 34, 35, 83) and (type != 85 or syear is not 33)";
   Connection* db = root.db().getDatabase();
-  if (db == nullptr) return "";
+  if (db == nullptr) return all;
   Run run = db->query("select 1 from category where oldTitle = ? and type in (6, 9) and type != ? limit 1",
                       {key, type});
-  if (!run.next()) return "";
+  if (!run.next()) return all;
   return type == Vendor::kPayer ? " and type in (11, 13, 81)" : " and type in (12, 14, 82)";
 }
 

@@ -30,8 +30,8 @@ Result<std::optional<Vendor>> vendorWithKey(MVAppRoot& root, std::string_view ti
 Result<int> giveVendorsKeys(MVAppRoot& root);
 
 /// The condition for the records that are a vendor's among those of its key, from " and" on: the ones of its
-/// kind where a vendor of the other type has the key as well, else all (then it is blank). No other row of
-/// the table is referred to as a vendor.
+/// kind where a vendor of the other type has the key as well, else all but those that name an account or a
+/// person in the vendor's place: transfers and debts, with which an older key, a title, may coincide.
 std::string_view ownRecords(MVAppRoot& root, std::string_view key, int type);
 
 enum class Relabelling {

@@ -134,6 +134,18 @@ TEST(Debts, areOpenUntilTheyAreRepaid) {
                   ASSERT_TRUE(debt.deleteRepay(done->repaid.front().eid));
                 },
                 "24 50", 50},
+           Case{"unless others cover it still, as two devices may have it",
+                [](DebtStory& s) {
+                  Debt debt = s.owing(24, 50);
+                  const auto twice = s.repay(24, 50)->repaid.front().eid;
+                  s.sql(
+                      "insert into transactions (eid, type, amount, vendor, transferEID, bid)"
+                      " values ('twin', 35, 50, 'Anna', ?, 10)",
+                      {debt.eid});
+                  ASSERT_TRUE(debt.deleteRepay(twice));
+                  EXPECT_TRUE(debt.repaidFinished);
+                },
+                "24 50-50 !", 50},
            Case{"so does clearing the account it was repaid from",
                 [](DebtStory& s) {
                   Debt debt = s.owing(24, 50);
@@ -188,6 +200,34 @@ TEST(Debts, ofOlderDataAreListedAndSummedByTheirBooks) {
   EXPECT_EQ(Debt::openDebts(home.root, 34, "Anna")->size(), 2U);
   EXPECT_EQ(Debt::sumOfOpenDebts(home.root, 34, "Anna"), 30);
   EXPECT_EQ(Debt::list(home.root, Debt::Which::all, "Anna")->size(), 5U);
+}
+
+TEST(Debts, keepTheNoteWhereItWasMeant) {
+  struct Case {
+    const char* why;
+    double lent, amount;
+    bool isRepayment;
+    const char* notes;  ///< of the rows that came of it
+  };
+  for (const auto& [why, lent, amount, isRepayment, notes] : {
+           Case{"a repayment has it, not what is beyond", 50, 80, true, "25:n 24:"},
+           Case{"but where all is beyond", 0, 80, true, "24:n"},
+           Case{"a new debt has it, not what it repays", 50, 80, false, "25: 24:n"},
+           Case{"but where nothing is left of it", 50, 30, false, "25:n"},
+       }) {
+    DebtStory home;
+    if (lent > 0) home.owing(34, lent);
+    Debt debt = home.debt(24, amount);
+    debt.note = "n";
+    const auto done = isRepayment
+                          ? Debt::repaidTo(home.root, "Anna", 34, amount, debt.datetime, "n", home.cash->pk)
+                          : debt.add();
+    ASSERT_TRUE(done) << why;
+    EXPECT_EQ(home.rows("select group_concat(type || ':' || note, ' ') from (select * from transactions"
+                        " where type in (24, 25) order by type desc)"),
+              notes)
+        << why;
+  }
 }
 
 TEST(Debts, refuseWhatCannotBe) {

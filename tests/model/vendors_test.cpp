@@ -386,5 +386,20 @@ TEST(Vendors, ofASharedKeyOnlyTheOneMeantChanges) {
   }
 }
 
+TEST(Vendors, areNeitherFriendsNorAccounts) {
+  Shops home;
+  const auto other = home.vendor("Other");
+  auto shop = home.vendor("Anna");
+  home.sql("update category set oldTitle = 'Anna' where title = 'Anna'");
+  home.sql(
+      "insert into transactions (eid, type, syear, vendor) values ('debt', 24, 0, 'Anna'),"
+      " ('paid', 35, 0, 'Anna'), ('moved', 33, 0, 'Anna'), ('monthly', 85, 33, 'Anna'),"
+      " ('spent', 12, 0, 'Anna'), ('rent', 85, 12, 'Anna')");
+  shop = *Vendor::withTitle(home.root, "Anna", Vendor::kPayee);
+  EXPECT_EQ(shop.recordCount(), 2);
+  ASSERT_TRUE(shop.moveDataTo(other));
+  EXPECT_EQ(home.rows("select eid from transactions where vendor != 'Anna'"), "spent\nrent");
+}
+
 }  // namespace
 }  // namespace moniva

@@ -233,6 +233,7 @@ void editDebt(Session& session, const DebtEditOptions& options) {
   Debt debt(session.root());
   changeStore(session, [&] {
     debt = debtTyped(session, options.eid);
+    const std::string before = debt.currency;
     if (options.account) {
       const auto account = accountNamed(session, *options.account, Meant::open);
       debt.paymentAccount = account.pk;
@@ -240,6 +241,10 @@ void editDebt(Session& session, const DebtEditOptions& options) {
     } else if (options.noAccount) {
       debt.paymentAccount.clear();
       debt.currency = ownCurrency(session);
+    }
+    if (debt.currency != before && !options.amount) {
+      throw refused("the debt is in {} and would be in {}; say with --amount what it comes to", before,
+                    debt.currency);
     }
     if (options.amount) debt.amount = amountTyped(session, *options.amount, debt.currency, options.amounts);
     if (options.person) debt.person = wellFormed(*options.person, "the name");

@@ -163,6 +163,9 @@ Debt debtTyped(Session& session, const std::string& eid, DebtState state) {
     }
     throw refused("the record '{}' is no debt", printable(eid));
   }
+  if (debt->isDeleted > 1 && state != DebtState::any) {
+    throw refused("the debt '{}' went for good, as with its account when that was cleared", printable(eid));
+  }
   if (state == DebtState::inUse && debt->isDeleted != 0) {
     throw refused("the debt '{}' is deleted; bring it back with: moniva debt restore EID", printable(eid));
   }

@@ -42,7 +42,7 @@ CommandError needsToAmount(const MonivaAccount& from, const MonivaAccount& to) {
 }
 
 void requireSame(double moved, double arrives, const MonivaAccount& from, const MonivaAccount& to) {
-  if (withoutNoise(moved - arrives) == 0) return;
+  if (difference(moved, arrives) == 0) return;
   throw refused("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other",
                 printable(from.title), printable(to.title), from.currency);
 }
@@ -123,12 +123,11 @@ void changeAmounts(Session& session, Transfer& transfer, const TransferOptions& 
   if (!from || !to) throw refused("an account of the transfer is gone");
   if (!options.fee.empty()) done(transfer.updateServiceCharge(feeTyped(session, options, from->currency)));
   if (!options.amount.empty()) {
-    const double moved = amountTyped(session, options.amount, from->currency, options.amounts);
-    done(transfer.updateAmountA(withoutNoise(moved + transfer.serviceCharge)));
+    done(transfer.updateMoved(amountTyped(session, options.amount, from->currency, options.amounts)));
   }
   if (options.toAmount.empty()) return;
   const double arrives = amountTyped(session, options.toAmount, to->currency, options.amounts);
-  if (!transfer.acrossCurrencies) requireSame(transfer.amountB, arrives, *from, *to);
+  if (!transfer.acrossCurrencies) return requireSame(transfer.amountB, arrives, *from, *to);
   done(transfer.updateAmountB(arrives));
 }
 
@@ -151,6 +150,9 @@ void editTransfer(Session& session, const TransferOptions& options) {
   std::optional<Date> date;
   if (!options.date.empty()) date = momentTyped(session, options.date);
   const auto transfer = changedTransfer(session, options, [&](Transfer& one) {
+    if (one.isHalf()) {
+      throw refused("one side of that transfer went when its account was cleared, so it is not changed");
+    }
     if (one.isDeleted != 0) {
       throw refused("that transfer is deleted; bring it back with: moniva transfer restore {}",
                     shortEid(one.eidA));
@@ -181,7 +183,11 @@ void showTransfer(Session& session, const TransferOptions& options) {
   if (transfer.serviceCharge > 0) facts.add(session.text("Fee"), texts.fee);
   facts.add(session.text("Date"), dayOf(session, transfer.datetime, transfer.paid));
   if (!transfer.note.empty()) facts.add(session.text("Note"), transfer.note);
-  if (transfer.isDeleted != 0) facts.add(session.text("State"), session.text("deleted"));
+  if (transfer.isDeleted != 0) {
+    facts.add(session.text("State"), transfer.isHalf()
+                                         ? session.text("one side went when its account was cleared")
+                                         : session.text("deleted"));
+  }
   if (transfer.isRepeatItem()) facts.add(session.text("Series"), session.text("it is part of one"));
   facts.add(session.text("Record"), shortEid(transfer.eidA));
   facts.print();

@@ -18,7 +18,7 @@ TransferTexts::TransferTexts(Session& session, const Transfer& transfer) : sessi
   to = printable(b ? b->title : transfer.accountB);
   left = amounts.format(transfer.amountA, currencyA);
   arrived = amounts.format(transfer.amountB, currencyB);
-  amount = amounts.format(withoutNoise(transfer.amountA - transfer.serviceCharge), currencyA);
+  amount = amounts.format(difference(transfer.amountA, transfer.serviceCharge), currencyA);
   if (transfer.acrossCurrencies) amount += " -> " + arrived;
   if (transfer.serviceCharge > 0) fee = amounts.format(transfer.serviceCharge, currencyA);
 }
