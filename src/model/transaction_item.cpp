@@ -1,5 +1,7 @@
 #include "model/transaction_item.h"
 
+#include <fmt/format.h>
+
 #include "model/entry_checks.h"
 
 namespace moniva {
@@ -7,8 +9,8 @@ namespace {
 
 constexpr std::string_view kItemColumns =
     "select eid, bid, type, amount, amount2, currency2, note, account, book, category, subcategory, vendor,"
-    " datetime, barcode, payDate, paid, syear, transferEID, repeat_seed, sweek, ipid, deleted from "
-    "transactions";
+    " datetime, barcode, payDate, paid, syear, transferEID, repeat_seed, sweek, ipid, deleted,"
+    " needReimburse from transactions";
 
 TransactionItem itemOfRow(const Run& run) {
   TransactionItem item;
@@ -34,6 +36,7 @@ TransactionItem itemOfRow(const Run& run) {
   item.json = run.text(19) == "0" ? std::string_view() : run.text(19);
   item.ipid = run.text(20);
   item.isDeleted = static_cast<int>(run.integer(21));
+  item.needReimburse = run.integer(22) != 0;
   return item;
 }
 
@@ -42,7 +45,7 @@ TransactionItem itemOfRow(const Run& run) {
 std::optional<TransactionItem> TransactionItem::fromEID(MVAppRoot& root, std::string_view eid) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return std::nullopt;
-  static const std::string sql = std::string(kItemColumns) + " where eid = ?";
+  static const std::string sql = fmt::format("{} where eid = ?", kItemColumns);
   Run run = db->query(sql, {eid});
   if (!run.next()) return std::nullopt;
   return itemOfRow(run);
@@ -73,8 +76,8 @@ Result<TransactionGroup> TransactionGroup::of(MVAppRoot& root, std::string_view 
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   static const std::string sql =
-      std::string(kItemColumns) +
-      " where transferEID = ? and deleted < ? and type in (11, 12, 86) order by datetime, eid";
+      fmt::format("{} where transferEID = ? and deleted < ? and type in (11, 12, 86) order by datetime, eid",
+                  kItemColumns);
   Run run = db->query(sql, {uuid, withDeleted ? 2 : 1});
   while (run.next()) {
     TransactionItem item = itemOfRow(run);

@@ -40,6 +40,7 @@ struct TransactionItem {
   std::string json;
   std::string ipid;
   int isDeleted = 0;
+  bool needReimburse = false;
 
   bool isPayment() const { return bid == kPaymentRow; }
   /// A payment that gave money back.

@@ -114,10 +114,16 @@ CommandLine::CommandLine(const Style& helpStyle)
   addVendorCommands(*this);
   addCategoryCommands(*this);
   addSpendCommands(*this);
+  addCartCommands(*this);
+  addInstalmentCommands(*this);
+  addCostCommands(*this);
+  addPaymentCommands(*this);
+  addRefundCommands(*this);
   addTransferCommands(*this);
   addPhotoCommands(*this);
   addTemplateCommands(*this);
   addDebtCommands(*this);
+  addRecordCommands(*this);
   addImportCommand(*this);
   addReportCommands(*this);
   addDoctorCommand(*this);

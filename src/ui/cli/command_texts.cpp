@@ -19,20 +19,6 @@ std::span<const CommandText> commandTexts() {
         {"moniva account add Cash", "begin an account"},
         {"moniva spend add 12.50 -c Food -a Cash --create", "record an expense"},
         {"moniva report month", "see the months of this year"}}},
-      {"spend",
-       "expenses and income",
-       "",
-       {{"moniva spend add 12.50 -c Food -a Cash --create", "an expense, in a category that may be new"},
-        {"moniva spend add 2950 --income -a Checking", "income"}}},
-      {"spend add",
-       "record an expense, or income",
-       "The amount stands without a sign: it is an expense, or with --income income. A date without a time "
-       "means that day"
-       " at the present time of day; a record whose day lies ahead is pending until then.",
-       {{"moniva spend add 12.50 -c Food -s Bakery --vendor \"Bäckerei Lang\" -a Cash", "an expense"},
-        {"moniva spend add 2950 --income -c Salary --payer Weber -a Checking -d 2024-02-01", "income"},
-        {"moniva spend add 18.40 --foreign 20 USD -c Travel -a \"Credit card\"",
-         "paid in another currency"}}},
       {"import",
        "take in a file of records",
        "The file is a table with a heading line: comma-, semicolon- or tab-separated values in UTF-8 or "
@@ -111,6 +97,8 @@ std::span<const CommandText> commandTexts() {
              photoTexts(),
              transferTexts(),
              debtTexts(),
+             spendTexts(),
+             planTexts(),
          }) {
       joined.insert(joined.end(), family.begin(), family.end());
     }

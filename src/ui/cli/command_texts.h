@@ -17,6 +17,8 @@ std::vector<CommandText> vendorTexts();
 std::vector<CommandText> photoTexts();
 std::vector<CommandText> transferTexts();
 std::vector<CommandText> debtTexts();
+std::vector<CommandText> spendTexts();
+std::vector<CommandText> planTexts();
 
 std::vector<ManualEntry> exitStatusTexts();
 std::vector<ManualEntry> environmentTexts();

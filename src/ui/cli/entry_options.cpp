@@ -9,6 +9,8 @@
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "model/vendor.h"
+#include "platform/files.h"
+#include "platform/images.h"
 #include "storage/transaction.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/did_you_mean.h"
@@ -86,6 +88,10 @@ Date momentTyped(Session& session, const std::string& text) {
   return moment;
 }
 
+Date dayTyped(Session& session, const std::string& text) {
+  return session.calendar().dateBegin(momentTyped(session, text));
+}
+
 std::string dayOf(Session& session, Date date, bool paid) {
   return paid ? dateText(session, date) : session.text("{} (pending)", dateText(session, date));
 }
@@ -145,6 +151,28 @@ std::string vendorChosen(Session& session, const std::string& title, int type) {
   return vendor.pk;
 }
 
+ImageFile imageFileTyped(const std::string& path) {
+  const std::string shown = printable(path);
+  std::error_code error;
+  // Looked at before it is read: a device or a pipe might never end.
+  const auto status = std::filesystem::status(path, error);
+  if (!std::filesystem::exists(status)) {
+    throw error && error != std::errc::no_such_file_or_directory
+        ? refused("cannot read '{}': {}", shown, error.message())
+        : refused("there is no file '{}'", shown);
+  }
+  if (std::filesystem::is_directory(status))
+    throw refused("'{}' is a folder; name the image files in it", shown);
+  if (!std::filesystem::is_regular_file(status)) throw refused("'{}' is no ordinary file", shown);
+  const auto size = std::filesystem::file_size(path, error);
+  if (const auto checked = checkImageBytes(error ? 1 : size); !checked) {
+    throw refused("cannot take '{}': {}", shown, checked.error());
+  }
+  auto bytes = done(readFileIfPresent(path));
+  if (!bytes) throw refused("there is no file '{}'", shown);
+  return {std::move(*bytes), shown};
+}
+
 std::string recordTyped(Session& session, const std::string& text) {
   constexpr std::size_t kLeast = 4;
   Connection* db = session.root().db().getDatabase();
@@ -179,6 +207,15 @@ void changeStore(Session& session, const std::function<void()>& work) {
   work();
   if (!transaction.commit()) throw CommandError(CommandError::kRefused, db->refusal());
   entriesChanged(session.root());
+}
+
+void tryStore(Session& session, const std::function<void()>& work, const std::function<void()>& show) {
+  Connection* db = session.root().db().getDatabase();
+  if (db == nullptr) throw refused("the store is not open");
+  Transaction transaction(*db);
+  if (!transaction.began()) throw CommandError(CommandError::kRefused, db->refusal());
+  work();
+  show();
 }
 
 }  // namespace moniva

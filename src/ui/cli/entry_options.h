@@ -7,6 +7,7 @@
 
 #include "model/moniva_account.h"
 #include "model/mv_category.h"
+#include "model/photos.h"
 #include "ui/cli/session.h"
 
 /// What the commands for records have in common: amounts, moments, categories, vendors and records as typed.
@@ -28,6 +29,8 @@ std::string foreignCurrencyTyped(const std::string& code);
 /// The moment a record is made for: typed with a time, or that day at the present time of day; the present
 /// for a blank text. Ends the command for what is no date and for years before 1900 or after 2200.
 Date momentTyped(Session& session, const std::string& text);
+/// The beginning of a day typed.
+Date dayTyped(Session& session, const std::string& text);
 /// "Feb 29, 2024 14:30", with a mark where the record waits for its day.
 std::string dayOf(Session& session, Date date, bool paid);
 
@@ -49,6 +52,9 @@ std::optional<ChosenCategory> categoryChosen(Session& session, const std::string
 /// title.
 std::string vendorChosen(Session& session, const std::string& title, int type);
 
+/// The content of the image file of that path; ends the command for what is no file that may be one.
+ImageFile imageFileTyped(const std::string& path);
+
 /// The `eid` of the record typed: all of it, or its last characters (at least four) where they are those of
 /// one record only. Ends the command for none and for several.
 std::string recordTyped(Session& session, const std::string& text);
@@ -58,5 +64,7 @@ std::string shortEid(const std::string& eid);
 /// One transaction for a whole command: names are looked up, checked and written with the write lock in hand.
 /// What the work throws undoes it all. The program is told of the change when it was kept.
 void changeStore(Session& session, const std::function<void()>& work);
+/// The same, but nothing is kept: to show what the work would come to. `show` is called before it is undone.
+void tryStore(Session& session, const std::function<void()>& work, const std::function<void()>& show);
 
 }  // namespace moniva

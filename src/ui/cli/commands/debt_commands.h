@@ -23,6 +23,9 @@ std::string accountText(Session& session, const std::string& account);
 /// The debt with its repayments.
 boost::json::object jsonOf(Session& session, const Debt& debt);
 
+/// Prints what is known of the debt, with its repayments.
+void showDebt(Session& session, const Debt& debt);
+
 /// The commands that show debts and change nothing.
 void addDebtViewCommands(CommandLine& line, CLI::App& debt);
 

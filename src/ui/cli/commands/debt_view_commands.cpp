@@ -122,8 +122,9 @@ void listDebts(Session& session, const DebtListOptions& options) {
   session.out() << borrowed << (borrowed.empty() || lent.empty() ? "" : "\n") << lent;
 }
 
-void showDebt(Session& session, const std::string& eid) {
-  const Debt debt = debtTyped(session, eid, DebtState::any);
+}  // namespace
+
+void showDebt(Session& session, const Debt& debt) {
   if (session.options().json) return session.printJson(jsonOf(session, debt));
   const auto amount = [&](double value) { return session.amounts().format(value, debt.currency); };
   Facts facts(session);
@@ -151,8 +152,6 @@ void showDebt(Session& session, const std::string& eid) {
   }
   session.out() << '\n' << table.render(session.style(), session.width());
 }
-
-}  // namespace
 
 Debt debtTyped(Session& session, const std::string& eid, DebtState state) {
   const std::string record = recordTyped(session, eid);
@@ -234,7 +233,7 @@ void addDebtViewCommands(CommandLine& line, CLI::App& debt) {
   CLI::App* show = line.add(debt, "show");
   auto eid = std::make_shared<std::string>();
   show->add_option("EID", *eid, "The record, as 'moniva debt list' shows it")->required();
-  line.onRun(show, [eid](Session& session) { showDebt(session, *eid); });
+  line.onRun(show, [eid](Session& session) { showDebt(session, debtTyped(session, *eid, DebtState::any)); });
 }
 
 }  // namespace moniva

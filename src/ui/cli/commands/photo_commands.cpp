@@ -3,7 +3,6 @@
 
 #include "model/photos.h"
 #include "platform/files.h"
-#include "platform/images.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/did_you_mean.h"
@@ -44,27 +43,6 @@ json::array photosJson(Session& session, const std::vector<Photo>& photos,
     rows.push_back(photoJson(session, photo));
   }
   return rows;
-}
-
-/// The content of an image's file, which is looked at before it is read: a device or a pipe might never end.
-ImageFile imageFileTyped(const std::string& path) {
-  const std::string shown = printable(path);
-  std::error_code error;
-  const auto status = fs::status(path, error);
-  if (!fs::exists(status)) {
-    throw error && error != std::errc::no_such_file_or_directory
-        ? refused("cannot read '{}': {}", shown, error.message())
-        : refused("there is no file '{}'", shown);
-  }
-  if (fs::is_directory(status)) throw refused("'{}' is a folder; name the image files in it", shown);
-  if (!fs::is_regular_file(status)) throw refused("'{}' is no ordinary file", shown);
-  const auto size = fs::file_size(path, error);
-  if (const auto checked = checkImageBytes(error ? 1 : size); !checked) {
-    throw refused("cannot take '{}': {}", shown, checked.error());
-  }
-  auto bytes = done(readFileIfPresent(path));
-  if (!bytes) throw refused("there is no file '{}'", shown);
-  return {std::move(*bytes), shown};
 }
 
 /// The photos typed, by their number in the list or their name, each once.

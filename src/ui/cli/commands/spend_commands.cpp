@@ -1,10 +1,10 @@
+#include "ui/cli/commands/spend_commands.h"
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
-#include "ui/cli/entry_options.h"
+#include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/records.h"
-#include "ui/cli/text_width.h"
 #include "ui/cli/typed_text.h"
 
 namespace moniva {
@@ -12,78 +12,41 @@ namespace {
 
 struct SpendAddOptions {
   std::string amount;
-  bool income = false;
-  std::string category;
-  std::string subcategory;
-  std::string vendor;
-  std::string account;
-  std::string book;
-  std::string date;
-  std::string note;
   std::pair<std::string, std::string> foreign;  ///< amount and code; empty for none
-  bool create = false;
-  AmountOptions amounts;
+  bool reimburse = false;
+  std::vector<std::string> photos;
+  EntryFields fields;
 };
 
 void addSpend(Session& session, const SpendAddOptions& options) {
   MVAppRoot& root = session.root();
+  const auto& fields = options.fields;
+  if (options.reimburse && fields.income) throw notUnderstood("income is not reimbursed");
   Spend spend(root);
-  spend.type = options.income ? kind::kIncome : kind::kExpense;
-  spend.datetime = momentTyped(session, options.date);
-  spend.note = asTyped(options.note, "the note");
-  spend.paid = isPaidAt(spend.datetime, session.now());
+  spend.datetime = momentTyped(session, fields.date);
+  spend.note = asTyped(fields.note, "the note");
+  spend.paid = !fields.pending && isPaidAt(spend.datetime, session.now());
+  spend.needReimburse = options.reimburse;
+  for (const auto& path : options.photos) spend.addImages.push_back(imageFileTyped(path));
 
-  std::optional<MonivaAccount> account;
-  std::optional<ChosenCategory> category;
-  std::string currency;
-  MonivaAccount book(root);
   changeStore(session, [&] {
-    book = bookNamed(session, options.book, Meant::open);
-    spend.book = book.pk;
-    currency = book.currency;
-    if (!options.account.empty()) {
-      account = accountNamed(session, options.account, Meant::open);
-      done(checkTracked(*account, spend.type));
-      spend.account = account->pk;
-      currency = account->currency;
-    }
-    spend.amount = amountTyped(session, options.amount, currency, options.amounts);
+    const auto names = fillEntry(session, fields, spend);
+    spend.amount = amountTyped(session, options.amount, names.currency, fields.amounts);
     if (const auto& [amount, code] = options.foreign; !amount.empty() || !code.empty()) {
       spend.foreignCurrency = foreignCurrencyTyped(code);
-      spend.foreignAmount = amountTyped(session, amount, code, options.amounts);
+      spend.foreignAmount = amountTyped(session, amount, code, fields.amounts);
     }
-    category =
-        categoryChosen(session, options.category, options.subcategory, spend.type, book, options.create);
-    if (category) {
-      spend.category = category->category;
-      spend.subcategory = category->subcategory;
-    }
-    spend.vendor = vendorChosen(session, options.vendor, spend.type);
-    done(recordEntry(root, spend));
+    if (fields.payments.empty()) return done(recordEntry(root, spend));
+    auto payments = paymentsTyped(session, fields, names, spend, spend.amount);
+    done(spend.addWithPayments(payments));
+    if (!spend.addImages.empty()) done(saveImages(root, spend.addImages, spend.eid));
   });
-
-  if (session.options().json) return session.printJson(jsonOf(session, spend));
-  std::string amount = session.amounts().format(spend.amount, currency);
-  if (!spend.foreignCurrency.empty()) {
-    amount +=
-        fmt::format(" ({})", session.amounts().formatWithCode(spend.foreignAmount, spend.foreignCurrency));
-  }
-  std::string line =
-      options.income ? session.text("Added income {}", amount) : session.text("Added an expense {}", amount);
-  if (category) line += ", " + printable(category->text);
-  const std::string vendorText = printable(wellFormed(options.vendor, "the vendor"));
-  if (!vendorText.empty()) line += options.income ? session.text(", from {}", vendorText) : ", " + vendorText;
-  if (account) {
-    const std::string title = printable(account->title);
-    line += options.income ? session.text(", to {}", title) : session.text(", paid from {}", title);
-  }
-  line +=
-      session.text(", on {}, in '{}'.", dayOf(session, spend.datetime, spend.paid), printable(book.title));
-  if (account && account->currency != book.currency) {
-    line += " " + session.text("'{}' is kept in {}; the amount counts there as it stands.",
-                               printable(book.title), book.currency);
-  }
-  session.out() << line << '\n';
+  answerChanged(session, spend.eid, [&](const RecordTexts& texts) {
+    const auto amount = texts.amount();
+    return (fields.income ? session.text("Added income {}", amount)
+                          : session.text("Added an expense {}", amount)) +
+           texts.details() + texts.stillOpen();
+  });
 }
 
 }  // namespace
@@ -96,24 +59,20 @@ void addSpendCommands(CommandLine& line) {
   add->add_option("AMOUNT", options->amount,
                   "The amount, above zero, such as 12.50 (the decimal mark is '.')")
       ->required();
-  add->add_flag("--income", options->income, "Income instead of an expense");
-  add->add_option("-c,--category", options->category, "The category")->type_name("NAME");
-  add->add_option("-s,--subcategory", options->subcategory, "The subcategory")->type_name("NAME");
-  add->add_option("--vendor,--payee,--payer", options->vendor, "Who was paid, or who paid; added when new")
-      ->type_name("NAME");
-  add->add_option("-a,--account", options->account, "The account it was paid from, or into")
-      ->type_name("NAME");
-  add->add_option("-b,--book", options->book, "The book (else the current one)")->type_name("NAME");
-  add->add_option("-d,--date", options->date,
-                  "When, such as 2024-02-29, \"2024-02-29 14:30\" or yesterday (else now)")
-      ->type_name("DATE");
-  add->add_option("-n,--note", options->note, "A note")->type_name("TEXT");
+  addCategoryFields(*add, options->fields);
+  addAccountFields(*add, options->fields, true);
+  addEntryFields(*add, options->fields);
   add->add_option("--foreign", options->foreign,
                   "What it was in another currency: amount and code, such as 20 USD")
       ->type_name("AMOUNT CODE");
-  add->add_flag("--create", options->create, "Make the category or subcategory when it is new");
-  addRoundOption(*add, options->amounts);
+  add->add_flag("--pending", options->fields.pending, "Not paid yet");
+  add->add_flag("--reimburse", options->reimburse, "To be reimbursed");
+  add->add_option("--photo", options->photos, "An image to attach, such as the receipt")
+      ->type_name("PATH")
+      ->allow_extra_args(false);
   line.onRun(add, [options](Session& session) { addSpend(session, *options); });
+  addSpendEdits(line, *spend);
+  addSpendList(line, *spend);
 }
 
 }  // namespace moniva

@@ -171,26 +171,8 @@ void editTransfer(Session& session, const TransferOptions& options) {
                  texts.ofFee());
 }
 
-void showTransfer(Session& session, const TransferOptions& options) {
-  const auto transfer = transferTyped(session, options.eid);
-  if (session.options().json) return session.printJson(jsonOf(session, transfer));
-  const TransferTexts texts(session, transfer);
-  Facts facts(session);
-  facts.add(session.text("From"), texts.from);
-  facts.add(session.text("To"), texts.to);
-  facts.add(session.text("Left"), texts.left);
-  facts.add(session.text("Arrived"), texts.arrived);
-  if (transfer.serviceCharge > 0) facts.add(session.text("Fee"), texts.fee);
-  facts.add(session.text("Date"), dayOf(session, transfer.datetime, transfer.paid));
-  if (!transfer.note.empty()) facts.add(session.text("Note"), transfer.note);
-  if (transfer.isDeleted != 0) {
-    facts.add(session.text("State"), transfer.isHalf()
-                                         ? session.text("one side went when its account was cleared")
-                                         : session.text("deleted"));
-  }
-  if (transfer.isRepeatItem()) facts.add(session.text("Series"), session.text("it is part of one"));
-  facts.add(session.text("Record"), shortEid(transfer.eidA));
-  facts.print();
+void showTyped(Session& session, const TransferOptions& options) {
+  showTransfer(session, transferTyped(session, options.eid));
 }
 
 void listTransfers(Session& session, const TransferOptions& options) {
@@ -249,6 +231,27 @@ void restoreTransfer(Session& session, const TransferOptions& options) {
 
 }  // namespace
 
+void showTransfer(Session& session, const Transfer& transfer) {
+  if (session.options().json) return session.printJson(jsonOf(session, transfer));
+  const TransferTexts texts(session, transfer);
+  Facts facts(session);
+  facts.add(session.text("From"), texts.from);
+  facts.add(session.text("To"), texts.to);
+  facts.add(session.text("Left"), texts.left);
+  facts.add(session.text("Arrived"), texts.arrived);
+  if (transfer.serviceCharge > 0) facts.add(session.text("Fee"), texts.fee);
+  facts.add(session.text("Date"), dayOf(session, transfer.datetime, transfer.paid));
+  if (!transfer.note.empty()) facts.add(session.text("Note"), transfer.note);
+  if (transfer.isDeleted != 0) {
+    facts.add(session.text("State"), transfer.isHalf()
+                                         ? session.text("one side went when its account was cleared")
+                                         : session.text("deleted"));
+  }
+  if (transfer.isRepeatItem()) facts.add(session.text("Series"), session.text("it is part of one"));
+  facts.add(session.text("Record"), shortEid(transfer.eidA));
+  facts.print();
+}
+
 void addTransferCommands(CommandLine& line) {
   CLI::App* transfer = line.add(line.app(), "transfer");
   transfer->require_subcommand(1);
@@ -299,7 +302,7 @@ void addTransferCommands(CommandLine& line) {
     list->add_flag("--deleted", options->deleted, "Those that were deleted");
   }
   for (const auto& [name, action] :
-       {std::pair("show", &showTransfer), {"delete", &deleteTransfer}, {"restore", &restoreTransfer}}) {
+       {std::pair("show", &showTyped), {"delete", &deleteTransfer}, {"restore", &restoreTransfer}}) {
     const auto [app, options] = command(name, action);
     app->add_option("RECORD", options->eid, record)->required();
   }

@@ -27,5 +27,7 @@ struct TransferTexts {
 
 /// The transfer one of whose records is typed; ends the command for another record and for half a transfer.
 Transfer transferTyped(Session& session, const std::string& text);
+/// Prints what is known of the transfer.
+void showTransfer(Session& session, const Transfer& transfer);
 
 }  // namespace moniva

@@ -1,0 +1,225 @@
+#include "model/entry_checks.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/commands/entry_fields.h"
+#include "ui/cli/commands/spend_commands.h"
+#include "ui/cli/records.h"
+#include "ui/cli/text_width.h"
+#include "ui/cli/typed_text.h"
+
+namespace moniva {
+namespace {
+
+/// What may be typed for a record that is there. What is not given stays as it is.
+struct SpendEdit {
+  std::string eid;
+  std::optional<std::string> amount;
+  std::pair<std::string, std::string> foreign;
+  bool noForeign = false;
+  std::optional<std::string> category;
+  std::optional<std::string> subcategory;
+  bool noCategory = false;
+  std::optional<std::string> vendor;
+  bool noVendor = false;
+  std::optional<std::string> account;
+  bool noAccount = false;
+  std::optional<std::string> book;
+  bool noBook = false;
+  std::optional<std::string> date;
+  std::optional<std::string> note;
+  bool reimburse = false;
+  bool noReimburse = false;
+  bool create = false;
+  AmountOptions amounts;
+
+  bool isEmpty() const {
+    const bool flags = noForeign || noCategory || noVendor || noAccount || noBook || reimburse || noReimburse;
+    return !flags && !amount && foreign.first.empty() && !category && !subcategory && !vendor && !account &&
+           !book && !date && !note;
+  }
+};
+
+/// A name that is given; a blank one is a slip, as there is an option that takes it off.
+const std::string& nameGiven(const std::string& name, const char* off) {
+  if (wellFormed(name, "the name").empty()) throw notUnderstood("a blank name is none; {} takes it off", off);
+  return name;
+}
+
+void changeAccount(Session& session, Spend& spend, const SpendEdit& edit, int type) {
+  if (edit.noAccount) return done(spend.updateAccount(""));
+  if (!edit.account) return;
+  const auto account = accountNamed(session, nameGiven(*edit.account, "--no-account"), Meant::open);
+  done(checkTracked(account, type));
+  done(spend.updateAccount(account.pk));
+}
+
+void changeAmounts(Session& session, Spend& spend, const SpendEdit& edit) {
+  if (!edit.amount && edit.foreign.first.empty() && !edit.noForeign) return;
+  double amount = spend.amount;
+  if (edit.amount) {
+    // The account may be another one by now.
+    const auto currency = currencyOf(session, wholeRecord(session, spend.eid));
+    amount = amountTyped(session, *edit.amount, currency, edit.amounts);
+  }
+  if (edit.noForeign) return done(spend.updateAmount(amount, 0, ""));
+  if (edit.foreign.first.empty()) return done(spend.updateAmount(amount));
+  const auto code = foreignCurrencyTyped(edit.foreign.second);
+  done(spend.updateAmount(amount, amountTyped(session, edit.foreign.first, code, edit.amounts), code));
+}
+
+void changeBook(Session& session, Spend& spend, const SpendEdit& edit) {
+  if (edit.noBook) return done(spend.updateBook(""));
+  if (!edit.book) return;
+  done(spend.updateBook(bookNamed(session, nameGiven(*edit.book, "--no-book"), Meant::open).pk));
+}
+
+void changeCategory(Session& session, Spend& spend, const SpendEdit& edit, int type) {
+  if (edit.noCategory) return done(spend.updateCategory("", ""));
+  if (!edit.category && !edit.subcategory) return;
+  std::string top = edit.category ? nameGiven(*edit.category, "--no-category") : std::string();
+  if (!edit.category) {
+    const auto present = MVCategory::getCategory(session.root(), spend.category, type);
+    if (!present) throw notUnderstood("a subcategory needs its --category");
+    top = present->title;
+  }
+  const auto book = MonivaAccount::getAccountWithPK(session.root(), spend.book);
+  const auto chosen = categoryChosen(session, top, edit.subcategory.value_or(""), type,
+                                     book ? *book : MonivaAccount(session.root()), edit.create);
+  if (chosen) done(spend.updateCategory(chosen->category, chosen->subcategory));
+}
+
+void editSpend(Session& session, const SpendEdit& edit) {
+  if (edit.isEmpty()) throw notUnderstood("say what to change, such as --amount 12.50 or --note \"...\"");
+  std::string eid;
+  changeStore(session, [&] {
+    const auto whole = wholeTyped(session, edit.eid, &eid);
+    Spend spend = spendOf(session, eid);
+    if (spend.bid == kPaymentRow && whole.isCompound()) {
+      throw refused("this is a payment; change it with: moniva payment edit {}", shortEid(eid));
+    }
+    changeAccount(session, spend, edit, whole.type());
+    changeAmounts(session, spend, edit);
+    changeBook(session, spend, edit);
+    changeCategory(session, spend, edit, whole.type());
+    if (edit.vendor) {
+      nameGiven(*edit.vendor, "--no-vendor");
+      done(spend.updateVendor(vendorChosen(session, *edit.vendor, whole.type())));
+    }
+    if (edit.noVendor) done(spend.updateVendor(""));
+    if (edit.date) {
+      spend.timeZone = session.calendar().zone();
+      if (trimBlanks(*edit.date).empty()) throw notUnderstood("a record needs a date");
+      done(spend.updateDate(momentTyped(session, *edit.date)));
+    }
+    if (edit.note) done(spend.updateNote(asTyped(*edit.note, "the note")));
+    if ((edit.reimburse || edit.noReimburse) && whole.type() == kind::kIncome) {
+      throw refused("income is not reimbursed");
+    }
+    if (edit.reimburse || edit.noReimburse) done(spend.updateReimburse(edit.reimburse));
+  });
+  answerChanged(session, eid, [&](const RecordTexts& texts) {
+    return session.text("Changed. It is now {}", texts.now(eid));
+  });
+}
+
+void addSpendEdit(CommandLine& line, CLI::App& spend) {
+  CLI::App* app = line.add(spend, "edit");
+  auto edit = std::make_shared<SpendEdit>();
+  app->add_option("EID", edit->eid, "The record: its eid, or the end of it")->required();
+  // An option that sets, and the flag that takes off.
+  const auto pair = [&](CLI::Option* set, const char* flag, bool& off, const char* help) {
+    app->add_flag(flag, off, help)->excludes(set);
+  };
+  app->add_option("--amount", edit->amount, "The amount, above zero")->type_name("AMOUNT");
+  pair(app->add_option("--foreign", edit->foreign, "What it was in another currency: amount and code")
+           ->type_name("AMOUNT CODE"),
+       "--no-foreign", edit->noForeign, "In no other currency");
+  auto* category = app->add_option("-c,--category", edit->category, "The category")->type_name("NAME");
+  auto* subcategory =
+      app->add_option("-s,--subcategory", edit->subcategory, "The subcategory")->type_name("NAME");
+  app->add_flag("--no-category", edit->noCategory, "In no category")
+      ->excludes(category)
+      ->excludes(subcategory);
+  pair(app->add_option("--vendor,--payee,--payer", edit->vendor, "Who was paid, or who paid")
+           ->type_name("NAME"),
+       "--no-vendor", edit->noVendor, "No vendor");
+  pair(app->add_option("-a,--account", edit->account, "The account it was paid from, or into")
+           ->type_name("NAME"),
+       "--no-account", edit->noAccount, "From no account");
+  pair(app->add_option("-b,--book", edit->book, "The book")->type_name("NAME"), "--no-book", edit->noBook,
+       "In no book: it becomes a payment by itself, without a category");
+  app->add_option("-d,--date", edit->date, "When")->type_name("DATE");
+  app->add_option("-n,--note", edit->note, "The note; \"\" for none")->type_name("TEXT");
+  auto* reimburse = app->add_flag("--reimburse", edit->reimburse, "To be reimbursed");
+  pair(reimburse, "--no-reimburse", edit->noReimburse, "Not to be reimbursed");
+  app->add_flag("--create", edit->create, "Make the category or subcategory when it is new");
+  addRoundOption(*app, edit->amounts);
+  line.onRun(app, [edit](Session& session) { editSpend(session, *edit); });
+}
+
+void markSpend(Session& session, const std::string& text, bool paid) {
+  std::string eid;
+  bool changed = false;
+  changeStore(session, [&] {
+    const auto whole = wholeTyped(session, text, &eid);
+    Spend spend = spendOf(session, eid);
+    changed = spend.paid != paid || (whole.isCompound() && (paid ? whole.open() > 0 : true));
+    if (changed) done(paid ? spend.paidIt() : spend.unpaidIt());
+  });
+  answerChanged(session, eid, [&](const RecordTexts& texts) {
+    const auto now = texts.now(eid);
+    if (!changed) return session.text("Nothing was changed: it is {}", now);
+    return paid ? session.text("Marked as paid: {}", now) : session.text("Marked as pending: {}", now);
+  });
+}
+
+struct ToBook {
+  std::string eid;
+  std::string book;
+};
+
+void copySpend(Session& session, const ToBook& to) {
+  MonivaAccount book(session.root());
+  std::string copy;
+  changeStore(session, [&] {
+    const auto whole = wholeTyped(session, to.eid);
+    book = bookNamed(session, to.book, Meant::open);
+    copy = done(spendOf(session, whole.head.eid).copyToBook(book.pk));
+  });
+  answerChanged(session, copy,
+                [&](const RecordTexts& texts) { return session.text("Copied: {}", texts.described()); });
+}
+
+void moveSpend(Session& session, const ToBook& to) {
+  std::string eid;
+  changeStore(session, [&] {
+    const auto whole = wholeTyped(session, to.eid, &eid);
+    const auto book = bookNamed(session, to.book, Meant::open);
+    if (spendOf(session, eid).bid == kPaymentRow && whole.isCompound()) eid = whole.head.eid;
+    done(spendOf(session, eid).moveToBook(book.pk));
+  });
+  answerChanged(session, eid,
+                [&](const RecordTexts& texts) { return session.text("Moved: {}", texts.described()); });
+}
+
+}  // namespace
+
+void addSpendEdits(CommandLine& line, CLI::App& spend) {
+  addSpendEdit(line, spend);
+  for (const bool paid : {true, false}) {
+    CLI::App* mark = line.add(spend, paid ? "paid" : "pending");
+    auto eid = std::make_shared<std::string>();
+    mark->add_option("EID", *eid, "The record: its eid, or the end of it")->required();
+    line.onRun(mark, [eid, paid](Session& session) { markSpend(session, *eid, paid); });
+  }
+  const auto toBook = [&](const char* name, void (*run)(Session&, const ToBook&)) {
+    CLI::App* command = line.add(spend, name);
+    auto options = std::make_shared<ToBook>();
+    command->add_option("EID", options->eid, "The record: its eid, or the end of it")->required();
+    command->add_option("-b,--book", options->book, "The book")->type_name("NAME")->required();
+    line.onRun(command, [options, run](Session& session) { run(session, *options); });
+  };
+  toBook("copy", copySpend);
+  toBook("move", moveSpend);
+}
+
+}  // namespace moniva
