@@ -64,12 +64,16 @@ void answerRefund(Session& session, const TransactionItem& refund, const std::st
   if (session.options().json) return session.printJson(jsonOf(session, names, refund));
   const auto whole = wholeRecord(session, expense);
   const RecordTexts texts(session, names, whole);
-  double left = whole.total();
+  auto left = session.text("{} of the expense is left.", texts.money(whole.total()));
   for (const auto& item : whole.group.items) {
-    if (item.eid == expense) left = item.amount;
+    if (!whole.isCart() || item.eid != expense) continue;
+    RecordWhole alone;
+    alone.group.items.push_back(item);
+    const auto what = RecordTexts(session, names, alone).categories();
+    left = what.empty() ? session.text("{} of that item is left.", texts.money(item.amount))
+                        : session.text("{} of the item {} is left.", texts.money(item.amount), what);
   }
-  session.answer(say(refundText(session, texts, refund)) + " " +
-                 session.text("{} of the expense is left.", texts.money(left)) + texts.stillOpen() +
+  session.answer(say(refundText(session, texts, refund)) + " " + left + texts.stillOpen() +
                  texts.currencyNotes());
 }
 
