@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "calendar/date_texts.h"
 #include "model/account_balance.h"
 
 namespace moniva {
@@ -43,6 +44,12 @@ Result<> checkTracked(const MonivaAccount& account, int type) {
 
 bool isPaidByDate(const Calendar& calendar, Date datetime, Date now) {
   return datetime <= calendar.dateEnd(now);
+}
+
+bool liesAhead(const Calendar& calendar, Date datetime, std::string_view zone, Date now) {
+  if (datetime <= now || isPaidByDate(calendar, datetime, now)) return false;
+  return zone.empty() ||
+         integerDateOfTimeZone(calendar, datetime, zone) > integerDateOfTimeZone(calendar, now, zone);
 }
 
 double withoutNoise(double amount) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "base/result.h"
 #include "calendar/calendar.h"
 #include "model/moniva_account.h"
@@ -21,6 +23,10 @@ inline bool isPaidAt(Date datetime, Date now) {
 }
 /// The same by the day, for records that know no time of day: settled unless the day lies ahead.
 bool isPaidByDate(const Calendar& calendar, Date datetime, Date now);
+
+/// Whether the record's day lies ahead, both here and in the zone in which it was made (blank where that is
+/// not known): what was settled by the day at one end of a journey is settled at the other.
+bool liesAhead(const Calendar& calendar, Date datetime, std::string_view zone, Date now);
 
 /// The amount without the noise that sums of doubles leave behind its sixth decimal, which no amount has;
 /// from a thousand million on, where doubles hold fewer decimals, behind the fifteenth digit.

@@ -53,32 +53,40 @@ Result<> settlePayments(MVAppRoot& root, std::string_view uuid, SolePayment sole
   const double covered = sumOf(group->payments);
   const double missing = withoutNoise(toPay - covered);
   if (missing == 0) return {};
-  const TransactionItem* rest = nullptr;
+  std::vector<const TransactionItem*> rests;
   const TransactionItem* regular = nullptr;
   int regulars = 0;
+  double left = missing;
   for (const auto& payment : group->payments) {
     if (payment.isRefund()) continue;
-    if (payment.isRest() && rest == nullptr) {
-      rest = &payment;
+    if (payment.isRest()) {
+      rests.push_back(&payment);
+      left = withoutNoise(left + payment.amount);
     } else {
       regular = &payment;
       ++regulars;
     }
   }
-  if (sole == SolePayment::follows && regulars == 1 && rest == nullptr) {
+  if (sole == SolePayment::follows && regulars == 1 && rests.empty()) {
     const double amount = withoutNoise(regular->amount + missing);
     if (auto checked = checkAmount(amount); !checked) return checked;
     return writeAmount(root, regular->eid, amount);
   }
-  const double left = withoutNoise((rest != nullptr ? rest->amount : 0) + missing);
   if (left < 0) {
     return refuse("the payments would come to {}, which is more than the {} there is to pay",
                   withoutNoise(toPay - left), toPay);
   }
-  if (rest == nullptr) return insertRest(root, group->items.front(), left, category);
-  if (left > 0) return writeAmount(root, rest->eid, left);
-  return write(root, "update transactions set deleted = 3, editDate = ?, edit_ipid = ? where eid = ?",
-               root.editStamp(), root.itsUDID(), rest->eid);
+  if (rests.empty()) return insertRest(root, group->items.front(), left, category);
+  // There are several where payments without an account are marked unpaid; the first keeps what is left.
+  for (const auto* rest : rests) {
+    auto written =
+        left > 0 && rest == rests.front()
+            ? writeAmount(root, rest->eid, left)
+            : write(root, "update transactions set deleted = 3, editDate = ?, edit_ipid = ? where eid = ?",
+                    root.editStamp(), root.itsUDID(), rest->eid);
+    if (!written) return written;
+  }
+  return {};
 }
 
 Result<> settleCleared(MVAppRoot& root, std::string_view uuid, std::string_view reason) {
@@ -92,6 +100,14 @@ Result<> settleCleared(MVAppRoot& root, std::string_view uuid, std::string_view 
     return {};
   }
   if (auto counted = recountSeed(root, *group); !counted) return counted;
+  for (const auto& payment : group->payments) {
+    const auto of = payment.refundOf();
+    if (of.empty() || std::ranges::find(group->items, of, &TransactionItem::eid) != group->items.end())
+      continue;
+    if (auto removed = removeRow(root, payment.eid, reason); !removed) return removed;
+  }
+  group = TransactionGroup::of(root, uuid);
+  if (!group) return tl::make_unexpected(group.error());
   double tooMuch = withoutNoise(sumOf(group->payments) - sumOf(group->items));
   for (auto payment = group->payments.rbegin(); payment != group->payments.rend() && tooMuch > 0; ++payment) {
     if (payment->isRefund()) continue;
@@ -105,21 +121,30 @@ Result<> settleCleared(MVAppRoot& root, std::string_view uuid, std::string_view 
 
 Result<> recountSeed(MVAppRoot& root, const TransactionGroup& group) {
   if (!group.seed) return {};
-  const double amount = withoutNoise(sumOf(group.items) - group.seed->amount2);
-  if (amount == group.seed->amount) return {};
-  return writeAmount(root, group.seed->eid, amount);
+  const double whole = sumOf(group.items);
+  // Parts that come to less than the fee leave nothing besides it.
+  const double fee = std::min(group.seed->amount2, whole);
+  const double amount = withoutNoise(whole - fee);
+  if (amount == group.seed->amount && fee == group.seed->amount2) return {};
+  return write(
+      root,
+      "update transactions set amount = ?, amount2 = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
+      amount, fee, root.editStamp(), root.itsUDID(), group.seed->eid);
 }
 
 std::optional<TransactionItem> partnerOf(const TransactionGroup& group, const TransactionItem& part) {
   const auto& own = part.isPayment() ? group.payments : group.items;
   const auto& others = part.isPayment() ? group.items : group.payments;
+  const auto matches = [&](const TransactionItem& row) {
+    return row.datetime == part.datetime && withoutNoise(row.amount - part.amount) == 0;
+  };
   int place = 0;
   for (const auto& row : own) {
     if (row.eid == part.eid) break;
-    if (row.datetime == part.datetime) ++place;
+    if (matches(row)) ++place;
   }
   for (const auto& row : others) {
-    if (row.datetime == part.datetime && !row.isRefund() && place-- == 0) return row;
+    if (matches(row) && place-- == 0) return row;
   }
   return std::nullopt;
 }
@@ -131,18 +156,23 @@ Result<> writeAmount(MVAppRoot& root, std::string_view eid, double amount) {
 }
 
 bool settledAt(const TransactionItem& row, Date date, Date now) {
+  const bool isShare = row.advancedType == advanced::kCost && !row.isPayment();
+  if (isShare || row.type == kind::kRepeatSeed) return row.paid;
   if (!isPaidAt(date, now)) return false;
   return row.paid || !isPaidAt(row.datetime, now);
 }
 
 Result<> writeDate(MVAppRoot& root, const TransactionItem& row, Date date) {
+  // A series keeps the day of the month there.
+  const int day = row.type == kind::kRepeatSeed ? root.calendar().day(date)
+                                                : integerDateOfTimeZone(root.calendar(), date, row.timeZone);
   const Date due = row.payDate == row.datetime || row.payDate == Date{} ? date : row.payDate;
   return write(
       root,
       "update transactions set datetime = ?, sday = ?, barcode = ?, paid = ?, payDate = ?, ipid = '',"
       " editDate = ?, edit_ipid = ? where eid = ?",
-      date, integerDateOfTimeZone(root.calendar(), date, row.timeZone), row.timeZone,
-      settledAt(row, date, root.now()), due, root.editStamp(), root.itsUDID(), row.eid);
+      date, day, row.timeZone, settledAt(row, date, root.now()), due, root.editStamp(), root.itsUDID(),
+      row.eid);
 }
 
 Result<> removeRow(MVAppRoot& root, std::string_view eid, std::string_view reason) {

@@ -22,14 +22,16 @@ enum class SolePayment { follows, stays };
 /// the items have in common.
 Result<> settlePayments(MVAppRoot& root, std::string_view uuid, SolePayment sole);
 /// After rows of the group were cleared away with their book or account: payments without any item go too,
-/// with that reason; what is not paid any more is the rest; payments that come to more give up what is too
-/// much, the latest first.
+/// with that reason, and refunds of items that went; what is not paid any more is the rest; payments that
+/// come to more give up what is too much, the latest first.
 Result<> settleCleared(MVAppRoot& root, std::string_view uuid, std::string_view reason);
-/// The amount of a plan's or a cost's seed becomes what the parts come to, less the fee it names.
+/// The amount of a plan's or a cost's seed becomes what the parts come to, less the fee it names, which is
+/// never above that.
 Result<> recountSeed(MVAppRoot& root, const TransactionGroup& group);
 
-/// Of an instalment's item its payment, and the other way round: the two are of one date, and where several
-/// are the first goes with the first.
+/// Of an instalment's item its payment, and the other way round: the two are of one date and amount, and
+/// where several are the first goes with the first. `part` may be older than the group: as it was before a
+/// change.
 std::optional<TransactionItem> partnerOf(const TransactionGroup& group, const TransactionItem& part);
 
 // One row each, with the stamp.
@@ -41,7 +43,7 @@ Result<> writeDate(MVAppRoot& root, const TransactionItem& row, Date date);
 /// Removed by the program, for that reason.
 Result<> removeRow(MVAppRoot& root, std::string_view eid, std::string_view reason);
 
-/// Whether the row is settled when it is dated so.
+/// Whether the row is settled when it is dated so. Shares of a cost are settled as their payment is.
 bool settledAt(const TransactionItem& row, Date date, Date now);
 
 /// Refused: a key that names no live account, and one that does not track the type. Blank is no account.

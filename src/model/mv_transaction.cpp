@@ -34,19 +34,8 @@ std::optional<MVTransaction> MVTransaction::transactionFromTemplateShortcut(MVAp
 
 std::optional<MVTransaction> MVTransaction::transactionFromConnectUUID(MVAppRoot& root,
                                                                        std::string_view uuid) {
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr || uuid.empty()) return std::nullopt;
-  std::string eid;
-  {
-    Run run = db->query(
-        "select eid from transactions where (type = 11 or type = 12) and bid = 20 and transferEID = ? order "
-        "by"
-        " deleted, datetime limit 1",
-        {uuid});
-    if (!run.next()) return std::nullopt;
-    eid = run.text(0);
-  }
-  return transactionFromEID(root, eid);
+  const auto item = itemOfGroup(root, uuid);
+  return item && !item->empty() ? transactionFromEID(root, *item) : std::nullopt;
 }
 
 Result<> MVTransaction::delete_() {

@@ -36,6 +36,11 @@ Payment paymentOf(MVAppRoot& root, const TransactionItem& row) {
   return payment;
 }
 
+Result<> checkFee(double fee, double amount) {
+  if (fee >= 0 && fee <= amount) return {};
+  return refuse("a fee is part of the payment; {} is none of {}", fee, amount);
+}
+
 /// The group of a payment has items that it pays for.
 Result<TransactionGroup> groupToPay(MVAppRoot& root, const Payment& payment) {
   auto group = TransactionGroup::of(root, payment.connectionUUID);
@@ -55,7 +60,7 @@ std::optional<Payment> Payment::paymentFromEID(MVAppRoot& root, std::string_view
   const auto row = TransactionItem::fromEID(root, eid);
   if (!row) return std::nullopt;
   if (row->bid == 0) root.platform().userDefaults->setString("1", "crashNeedFix");
-  if (!row->isPayment() || (row->type != kind::kIncome && row->type != kind::kExpense)) return std::nullopt;
+  if (!row->isPayment() || !row->isSpend()) return std::nullopt;
   return paymentOf(root, *row);
 }
 
@@ -79,6 +84,7 @@ Result<bool> Payment::hasPendingPayment(MVAppRoot& root, std::string_view uuid) 
 
 Result<> Payment::insert() {
   if (auto checked = checkAmount(amount); !checked) return checked;
+  if (auto checked = checkFee(serviceFeeAmount, amount); !checked) return checked;
   if (auto checked = checkRecordDate(root_->calendar(), datetime); !checked) return checked;
   if (eid.empty()) eid = root_->newIdentifier();
   if (payDate == Date{}) payDate = datetime;
@@ -206,8 +212,10 @@ Result<> Payment::updateAmount(double newAmount) {
     if (const auto item = partnerOf(group, row)) {
       if (auto followed = writeAmount(*root_, item->eid, newAmount); !followed) return followed;
     }
-    auto now = TransactionGroup::of(*root_, row.connectionUUID);
-    return now ? recountSeed(*root_, *now) : tl::make_unexpected(now.error());
+    const auto now = TransactionGroup::of(*root_, row.connectionUUID);
+    if (!now) return tl::make_unexpected(now.error());
+    if (auto counted = recountSeed(*root_, *now); !counted) return counted;
+    return settlePayments(*root_, row.connectionUUID, SolePayment::stays);
   });
 }
 
@@ -287,23 +295,27 @@ Result<> Payment::unpaidIt() {
 
 Result<> Payment::update() {
   const Payment wanted = *this;
-  return atomically(*root_, [&](Connection&) -> Result<> {
-    const auto stored = paymentFromEID(*root_, eid);
-    if (!stored) return refuse("there is no payment '{}'", eid);
+  return change([&](const TransactionItem& row, const TransactionGroup&) -> Result<> {
+    const Payment stored = paymentOf(*root_, row);
+    if (auto checked = checkFee(serviceFeeAmount, amount); !checked) return checked;
     Result<> written;
-    if (stored->datetime != wanted.datetime) written = updateDate(wanted.datetime);
-    if (written && stored->amount != wanted.amount) written = updateAmount(wanted.amount);
-    if (written && stored->account != wanted.account) written = updateAccount(wanted.account);
-    if (written && stored->note != wanted.note) written = updateNote(wanted.note);
-    if (written && stored->book != wanted.book) written = updateBook(wanted.book);
-    if (written && stored->serviceFeeAmount != wanted.serviceFeeAmount) {
+    if (stored.datetime != wanted.datetime) written = updateDate(wanted.datetime);
+    if (written && stored.amount != wanted.amount) written = updateAmount(wanted.amount);
+    if (written && stored.account != wanted.account) written = updateAccount(wanted.account);
+    if (written && stored.note != wanted.note) written = updateNote(wanted.note);
+    if (written && stored.book != wanted.book) written = updateBook(wanted.book);
+    if (written && stored.serviceFeeAmount != wanted.serviceFeeAmount) {
       written =
           write(*root_, "update transactions set amount2 = ?, editDate = ?, edit_ipid = ? where eid = ?",
                 wanted.serviceFeeAmount, root_->editStamp(), root_->itsUDID(), eid);
     }
-    if (written && isPaidAt(wanted.datetime, root_->now()) && paid != wanted.paid)
-      written = setPaid(wanted.paid);
-    return written;
+    if (written && stored.payDate != wanted.payDate) {
+      written =
+          write(*root_, "update transactions set payDate = ?, editDate = ?, edit_ipid = ? where eid = ?",
+                wanted.payDate, root_->editStamp(), root_->itsUDID(), eid);
+    }
+    // The date may have settled it, or made it pending, already.
+    return written && stored.paid != wanted.paid ? setPaid(wanted.paid) : written;
   });
 }
 

@@ -97,34 +97,39 @@ thread_local RecordChange* underWay = nullptr;
 }  // namespace
 
 RecordChange::RecordChange(MVAppRoot& root)
-    : root_(&root), outer_(underWay != nullptr && underWay->root_ == &root ? underWay : nullptr) {
+    : root_(&root),
+      former_(underWay),
+      outer_(former_ != nullptr && former_->root_ == &root ? former_ : nullptr) {
   if (outer_ == nullptr) underWay = this;
 }
 
 RecordChange::~RecordChange() {
-  if (underWay == this) underWay = nullptr;
+  if (underWay == this) underWay = former_;
 }
 
 Result<> RecordChange::read(MVAppRoot& root, const RecordScope& scope, Rows& rows) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  // Each by its own index.
+  // Each by its own index. What is pending or deleted is in no balance.
   const std::pair<std::string_view, const std::string*> ways[] = {
-      {"select eid, account, book, type, amount, paid, deleted from transactions where eid = ?", &scope.eid},
-      {"select eid, account, book, type, amount, paid, deleted from transactions where transferEID = ?",
+      {"select eid, account, book, type, case when deleted = 0 and (paid = 1 or type = 50) then amount end "
+       "from"
+       " transactions where eid = ?",
+       &scope.eid},
+      {"select eid, account, book, type, case when deleted = 0 and (paid = 1 or type = 50) then amount end "
+       "from"
+       " transactions where transferEID = ?",
        &scope.group},
-      {"select eid, account, book, type, amount, paid, deleted from transactions where repeat_seed = ?",
+      {"select eid, account, book, type, case when deleted = 0 and (paid = 1 or type = 50) then amount end "
+       "from"
+       " transactions where repeat_seed = ?",
        &scope.series}};
   for (const auto& [sql, key] : ways) {
     if (key->empty()) continue;
     Run run = db->query(sql, {*key});
     while (run.next()) {
-      Row row{std::string(run.text(1)), std::string(run.text(2)), static_cast<int>(run.integer(3)),
-              run.real(4)};
-      // What is pending or deleted is in no balance.
-      if (run.integer(6) != 0 || (run.integer(5) == 0 && row.type != kind::kBalanceCorrection))
-        row.amount = 0;
-      rows.emplace(run.text(0), std::move(row));
+      rows.emplace(run.text(0), Row{std::string(run.text(1)), std::string(run.text(2)),
+                                    static_cast<int>(run.integer(3)), run.real(4)});
     }
     if (!run.ok()) return tl::make_unexpected(db->refusal());
   }

@@ -82,7 +82,8 @@ class RecordChange {
   static Result<> read(MVAppRoot& root, const RecordScope& scope, Rows& rows);
 
   MVAppRoot* root_;
-  RecordChange* outer_;
+  RecordChange* former_;  ///< under way on this thread before, in this store or another one
+  RecordChange* outer_;   ///< the one of this store, which counts for both
   std::vector<RecordScope> scopes_;
   Rows before_;
 };

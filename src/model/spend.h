@@ -18,10 +18,10 @@ namespace moniva {
 /// a group of rows that share a connection UUID: items (what was bought or earned, in which book) and
 /// payments (which account paid how much); what the items come to is what the payments come to. Compound are:
 ///
-///     1001 cart                several items, paid together
-///     1002 cost                an expense spread over a range of dates: a share for each month, paid as it
-///     was 1003 instalment plan     a share for each month, each with its own payment 1004 with payments one
-///     item that is paid by several payments, or was refunded
+/// - 1001, a cart: several items, paid together;
+/// - 1002, a cost: an expense spread over a range of dates; a share for each month, paid as it was;
+/// - 1003, an instalment plan: a share for each month, each with its own payment;
+/// - 1004, with payments: one item that is paid by several payments, or was refunded.
 ///
 /// A cost and a plan have a seed besides, the record as a whole (type 86, which counts nowhere).
 ///
@@ -62,7 +62,8 @@ class Spend {
   bool paid = true;
   bool needReimburse = false;
   std::string book;
-  /// File names of the record's photos, and images that `recordEntry` attaches.
+  /// Images that `recordEntry` attaches, and the names of their files then; `photosOf` tells those of a
+  /// record.
   std::vector<std::string> images;
   std::vector<ImageFile> addImages;
   std::string repeat{kNotRepeat};
@@ -92,9 +93,9 @@ class Spend {
   Result<std::vector<TransactionItem>> getSplitItemsArray();
   /// Live shares of a cost.
   Result<std::vector<TransactionItem>> getCostItemsArray();
-  /// The payments. Those that cannot be this record's are put right: one of another direction, or of a record
-  /// that pays for itself, becomes a payment by itself, or is removed where no account was charged; one that
-  /// is marked paid and lies ahead is pending again. A healthy group is only read.
+  /// The payments. Those that can be of no item of the group are put right: one of another direction, or
+  /// where all items pay for themselves, becomes a payment by itself, or is removed where no other account
+  /// was charged; one that is marked paid and lies ahead is pending again. A healthy group is only read.
   Result<std::vector<TransactionItem>> getPaymentArray();
   Result<std::vector<TransactionItem>> getInstallmentPaymentArray(
       int advancedTypeOfPayments = advanced::kInstallment) const;
@@ -135,7 +136,8 @@ class Spend {
   /// A blank book takes the record out of every book: it becomes a bare payment. The items of a group that
   /// were in the same book follow, and so does the series of a seed.
   Result<> updateBook(const std::string& newBook);
-  /// The date, its day, and whether the record is pending. Rows of the group on the same day follow.
+  /// The date, its day, and whether the record is pending. Rows of a cart and payments on the same day
+  /// follow; of a plan the instalment's payment does, and a share of a cost is dated alone.
   Result<> updateDate(Date date);
   /// Both blank for none. The shares of a plan and the series of a seed follow.
   Result<> updateCategory(const std::string& newCategory, const std::string& newSubcategory);

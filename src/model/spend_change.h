@@ -16,13 +16,31 @@ inline Result<TransactionItem> liveRow(MVAppRoot& root, std::string_view eid) {
   return std::move(*row);
 }
 
-/// Runs a change of a live record and marks the object edited. The work takes the row as it is in the store.
+/// What the object says of its row and place becomes what the store says: another object, or another program,
+/// may have changed it since.
+inline void refresh(Spend& spend, const TransactionItem& row) {
+  spend.type = row.type;
+  spend.bid = row.bid;
+  spend.advancedType = row.advancedType;
+  spend.connectionUUID = row.connectionUUID;
+  spend.amount = row.amount;
+  spend.account = row.account;
+  spend.book = row.book;
+  spend.category = row.category;
+  spend.subcategory = row.subcategory;
+  spend.vendor = row.vendor;
+  spend.paid = row.paid;
+}
+
+/// Runs a change of a live record, with the object as the store has it, and marks it edited. The work takes
+/// the row.
 template <class Work>
 Result<> changeSpend(Spend& spend, Work&& work) {
   MVAppRoot& root = spend.root();
   return atomically(root, [&](Connection&) -> Result<> {
     const auto row = liveRow(root, spend.eid);
     if (!row) return tl::make_unexpected(row.error());
+    refresh(spend, *row);
     const RecordScope scope{spend.eid, row->connectionUUID,
                             row->type == kind::kRepeatSeed ? spend.eid : std::string()};
     auto changed = changeRecords(root, scope, [&](Connection&) { return work(*row); });

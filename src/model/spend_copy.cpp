@@ -31,7 +31,7 @@ Result<std::string> Spend::copyToBook(const std::string& otherBook) {
   return atomically(*root_, [&](Connection&) -> Result<std::string> {
     const auto row = liveRow(*root_, eid);
     if (!row) return tl::make_unexpected(row.error());
-    const bool known = row->type == kind::kIncome || row->type == kind::kExpense || isSeed();
+    const bool known = row->isSpend() || row->isSeed();
     if (!known || row->isPayment()) return refuse("only expenses and income are copied to another book");
     auto group = TransactionGroup::of(*root_, row->connectionUUID);
     if (!group) return tl::make_unexpected(group.error());
@@ -48,7 +48,7 @@ Result<std::string> Spend::copyToBook(const std::string& otherBook) {
         auto written = copyRow(*root_, one, copies.at(one.eid), uuid, otherBook, one.json);
         if (written) written = sharePhotos(*root_, one.eid, copies.at(one.eid));
         if (!written) return tl::make_unexpected(written.error());
-        if (one.type == kind::kInstallmentSeed) continue;
+        if (one.isSeed()) continue;
         Spend use(*root_);
         use.type = one.type;
         use.category = one.category;

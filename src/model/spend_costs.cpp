@@ -93,6 +93,9 @@ Result<> Spend::saveApportionedCost(Date from, Date to) {
         if (!isNew) {
           const auto row = liveRow(*root_, eid);
           if (!row) return tl::make_unexpected(row.error());
+          if (row->connectionUUID != connectionUUID || row->isSeed()) {
+            return refuse("the record was changed meanwhile");
+          }
           if (grouped && row->advancedType != advanced::kSpendWithPayment) {
             return refuse("the record is divided already; only a plain one or one with payments is spread");
           }
@@ -103,6 +106,7 @@ Result<> Spend::saveApportionedCost(Date from, Date to) {
         }
         seed.payDate = from;
         seed.repeatEndDate = to;
+        seed.foreignAmount = 0;
         const std::string paidFrom = seed.account;
         if (auto written = writeSeed(seed, advanced::kCost); !written) return written;
         if (auto written = writeParts(*parts, advanced::kCost, upkeep); !written) return written;
@@ -112,6 +116,7 @@ Result<> Spend::saveApportionedCost(Date from, Date to) {
                     "update transactions set syear = ?, ipid = 'batchEdit', editDate = ?, edit_ipid = ? where"
                     " transferEID = ? and bid = 10",
                     advanced::kCost, root_->editStamp(), root_->itsUDID(), seed.connectionUUID);
+          if (written) written = settlePayments(*root_, seed.connectionUUID, SolePayment::follows);
           if (!written) return written;
         } else {
           Payment payment(*root_);
@@ -133,8 +138,8 @@ Result<> Spend::saveApportionedCost(Date from, Date to) {
 }
 
 Result<> Spend::updateApportionedCost(Date from, Date to) {
-  if (!isSeed() || advancedType != advanced::kCost) return refuse("the record is no spread cost");
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (!isSeed() || advancedType != advanced::kCost) return refuse("the record is no spread cost");
     const auto former = getCostItemsArray();
     if (!former) return tl::make_unexpected(former.error());
     if (former->empty()) return refuse("the cost has no shares");
@@ -163,8 +168,8 @@ Result<> Spend::updateApportionedCost(Date from, Date to) {
 }
 
 Result<> Spend::combineApportionedCost() {
-  if (!isSeed() || advancedType != advanced::kCost) return refuse("the record is no spread cost");
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (!isSeed() || advancedType != advanced::kCost) return refuse("the record is no spread cost");
     const auto group = TransactionGroup::of(*root_, row.connectionUUID);
     if (!group) return tl::make_unexpected(group.error());
     if (group->items.empty()) return refuse("the cost has no shares");
@@ -197,16 +202,14 @@ Result<> Spend::combineApportionedCost() {
 }
 
 Result<> Spend::recountCostIfNeed() {
-  if (!isSeed() || advancedType != advanced::kCost) return refuse("the record is no spread cost");
-  const auto group = TransactionGroup::of(*root_, connectionUUID);
-  if (!group) return tl::make_unexpected(group.error());
-  const bool right = group->items.empty() || (withoutNoise(sumOf(group->items) - amount) == 0 &&
-                                              withoutNoise(sumOf(group->payments) - amount) == 0);
-  if (right) return {};
-  return changeSpend(*this, [&](const TransactionItem&) -> Result<> {
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (!isSeed() || advancedType != advanced::kCost) return refuse("the record is no spread cost");
+    const auto group = TransactionGroup::of(*root_, row.connectionUUID);
+    if (!group) return tl::make_unexpected(group.error());
+    if (group->items.empty()) return {};
     if (auto counted = recountSeed(*root_, *group); !counted) return counted;
     amount = sumOf(group->items);
-    return settlePayments(*root_, connectionUUID, SolePayment::follows);
+    return settlePayments(*root_, row.connectionUUID, SolePayment::follows);
   });
 }
 

@@ -1,7 +1,8 @@
+#include <algorithm>
+
 #include "model/entry_checks.h"
 #include "model/group_balance.h"
-#include "model/record_entry.h"
-#include "model/spend.h"
+#include "model/spend_change.h"
 #include "storage/writes.h"
 
 namespace moniva {
@@ -10,15 +11,19 @@ namespace {
 /// What the transaction has to bear when a payment is found where it cannot be.
 enum class Repair { none, detach, remove, unpay };
 
-Repair repairOf(const Spend& owner, const TransactionItem& payment, Date endOfToday) {
-  if (payment.isDeleted != 0) return Repair::none;
-  const bool paysForItself = owner.bid == kItemRow && !owner.account.empty() && !payment.isRefund() &&
-                             owner.type != kind::kInstallmentSeed;
-  if (paysForItself || payment.type != (owner.type == kind::kInstallmentSeed ? payment.type : owner.type)) {
-    const bool charged = !payment.account.empty() && payment.account != owner.account;
-    return charged ? Repair::detach : Repair::remove;
+/// A payment belongs to the items of its direction that do not pay for themselves; that of another item of
+/// the group is left to that one.
+Repair repairOf(MVAppRoot& root, const TransactionGroup& group, const TransactionItem& payment) {
+  if (!payment.isSpend() || payment.isDeleted != 0 || group.items.empty()) return Repair::none;
+  bool isPaidOtherwise = false;
+  bool isOfAnItem = payment.isRefund();
+  for (const auto& item : group.items) {
+    isOfAnItem = isOfAnItem || (item.type == payment.type && item.account.empty());
+    isPaidOtherwise = isPaidOtherwise || item.account == payment.account;
   }
-  return payment.paid && payment.datetime > endOfToday ? Repair::unpay : Repair::none;
+  if (!isOfAnItem) return payment.account.empty() || isPaidOtherwise ? Repair::remove : Repair::detach;
+  const bool ahead = liesAhead(root.calendar(), payment.datetime, payment.timeZone, root.now());
+  return payment.paid && ahead ? Repair::unpay : Repair::none;
 }
 
 Result<> repair(MVAppRoot& root, const TransactionItem& payment, Repair how) {
@@ -43,26 +48,16 @@ Result<> repair(MVAppRoot& root, const TransactionItem& payment, Repair how) {
 }  // namespace
 
 std::optional<Spend> Spend::spendFromPaymentUUID(MVAppRoot& root, std::string_view uuid) {
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr || uuid.empty()) return std::nullopt;
-  const auto found = itemsOf(
-      root, "select eid from transactions where (type = 11 or type = 12) and transferEID = ? and bid = 20",
-      {uuid});
-  if (!found) return std::nullopt;
-  const TransactionItem* best = nullptr;
-  for (const auto& item : *found) {
-    if (best == nullptr || item.isDeleted < best->isDeleted ||
-        (item.isDeleted == best->isDeleted && item.datetime < best->datetime)) {
-      best = &item;
-    }
+  const auto item = itemOfGroup(root, uuid);
+  if (!item) return std::nullopt;
+  if (!item->empty()) return spendFromEID(root, *item);
+  // Transfers, debts and payments by themselves may have a UUID too, and no item.
+  const auto rows = itemsWhere(root, "transferEID = ?", {uuid});
+  if (!rows || rows->empty()) return std::nullopt;
+  for (const auto& row : *rows) {
+    if ((!row.isSpend() && !row.isSeed()) || row.advancedType == advanced::kPlain) return std::nullopt;
   }
-  if (best != nullptr) return spendFromEID(root, best->eid);
-  // Transfers and debts have a UUID too, and no item.
-  Run others = db->query(
-      "select 1 from transactions where transferEID = ? and type not in (11, 12, 86) limit 1", {uuid});
-  if (others.next() || !others.ok()) return std::nullopt;
-  const auto left = TransactionGroup::of(root, uuid);
-  if (!left || left->isEmpty()) return std::nullopt;
+  if (std::ranges::all_of(*rows, [](const auto& row) { return row.isDeleted > 1; })) return std::nullopt;
   (void)changeRecords(root, RecordScope{{}, std::string(uuid), {}}, [&](Connection&) {
     return write(root,
                  "update transactions set deleted = 3, ipid = 'delete with nil connectUUID', editDate = ?,"
@@ -74,8 +69,7 @@ std::optional<Spend> Spend::spendFromPaymentUUID(MVAppRoot& root, std::string_vi
 
 std::optional<Spend> Spend::spendSeedFromUUID(MVAppRoot& root, std::string_view uuid, int advancedType) {
   if (advancedType != advanced::kInstallment) return spendFromPaymentUUID(root, uuid);
-  const auto seeds =
-      itemsOf(root, "select eid from transactions where type = 86 and transferEID = ?", {uuid});
+  const auto seeds = itemsWhere(root, "type = 86 and transferEID = ?", {uuid});
   if (!seeds || seeds->empty()) return std::nullopt;
   return spendFromEID(root, seeds->front().eid);
 }
@@ -93,20 +87,19 @@ std::optional<Spend> Spend::spendSeedFromCost(MVAppRoot& root, std::string_view 
 }
 
 Result<std::vector<TransactionItem>> Spend::getItemArray() {
-  auto found = itemsOf(*root_,
-                       "select eid from transactions where syear = ? and transferEID = ? and bid = 20 and"
-                       " type != 86 and deleted < 2 order by datetime",
-                       {advancedType, connectionUUID});
+  auto found = itemsWhere(*root_,
+                          "syear = ? and transferEID = ? and bid = 20 and"
+                          " type != 86 and deleted < 2 order by datetime",
+                          {advancedType, connectionUUID});
   if (found) items = *found;
   return found;
 }
 
 Result<std::vector<TransactionItem>> Spend::getSplitItemsArray() {
-  auto found =
-      itemsOf(*root_,
-              "select eid from transactions where (syear = ? or syear = ?) and transferEID = ? and bid ="
-              " 20 and type != 86 and deleted < 2 order by datetime",
-              {advanced::kCost, advanced::kInstallment, connectionUUID});
+  auto found = itemsWhere(*root_,
+                          "(syear = ? or syear = ?) and transferEID = ? and bid ="
+                          " 20 and type != 86 and deleted < 2 order by datetime",
+                          {advanced::kCost, advanced::kInstallment, connectionUUID});
   if (found) items = *found;
   return found;
 }
@@ -115,11 +108,10 @@ Result<std::vector<TransactionItem>> Spend::getCostItemsArray() {
   const auto group = TransactionGroup::of(*root_, connectionUUID);
   if (!group) return tl::make_unexpected(group.error());
   const int ofType = isSeed() && !group->items.empty() ? group->items.front().type : type;
-  auto found =
-      itemsOf(*root_,
-              "select eid, amount from transactions where type = ? and transferEID = ? and bid = 20 and"
-              " syear = ? and deleted = 0 order by datetime",
-              {ofType, connectionUUID, advanced::kCost});
+  auto found = itemsWhere(*root_,
+                          "type = ? and transferEID = ? and bid = 20 and"
+                          " syear = ? and deleted = 0 order by datetime",
+                          {ofType, connectionUUID, advanced::kCost});
   if (found) costItems = *found;
   return found;
 }
@@ -129,26 +121,25 @@ Result<std::vector<TransactionItem>> Spend::getPaymentArray() {
   // The rows of transfers and debts have a UUID in common too, and are no payments of one another.
   const bool hasPayments = type == kind::kIncome || type == kind::kExpense || isSeed();
   if (connectionUUID.empty() || !hasPayments) return payments;
-  constexpr std::string_view sql =
-      "select eid, amount from transactions where transferEID = ? and bid = 10 and deleted < 2 order by "
-      "datetime";
-  auto found = itemsOf(*root_, sql, {connectionUUID});
+  constexpr std::string_view all = "transferEID = ? and bid = 10 and deleted < 2 order by datetime";
+  auto found = itemsWhere(*root_, all, {connectionUUID});
   if (!found) return found;
-  const Date endOfToday = root_->calendar().dateEnd(root_->now());
-  std::vector<std::pair<TransactionItem, Repair>> misplaced;
+  const auto group = TransactionGroup::of(*root_, connectionUUID);
+  if (!group) return tl::make_unexpected(group.error());
+  std::vector<std::pair<const TransactionItem*, Repair>> misplaced;
   for (const auto& payment : *found) {
-    const Repair how = repairOf(*this, payment, endOfToday);
-    if (how != Repair::none) misplaced.emplace_back(payment, how);
+    const Repair how = repairOf(*root_, *group, payment);
+    if (how != Repair::none) misplaced.emplace_back(&payment, how);
   }
   if (!misplaced.empty()) {
     auto repaired = changeRecords(*root_, RecordScope{eid, connectionUUID, {}}, [&](Connection&) -> Result<> {
       for (const auto& [payment, how] : misplaced) {
-        if (auto written = repair(*root_, payment, how); !written) return written;
+        if (auto written = repair(*root_, *payment, how); !written) return written;
       }
       return {};
     });
     if (!repaired) return tl::make_unexpected(repaired.error());
-    found = itemsOf(*root_, sql, {connectionUUID});
+    found = itemsWhere(*root_, all, {connectionUUID});
     if (!found) return found;
   }
   payments = *found;
@@ -156,21 +147,19 @@ Result<std::vector<TransactionItem>> Spend::getPaymentArray() {
 }
 
 Result<std::vector<TransactionItem>> Spend::getInstallmentPaymentArray(int advancedTypeOfPayments) const {
-  auto found =
-      itemsOf(*root_,
-              "select eid, amount from transactions where transferEID = ? and bid = 10 and syear = ? and"
-              " deleted < 2 order by datetime",
-              {connectionUUID, advancedTypeOfPayments});
+  auto found = itemsWhere(*root_,
+                          "transferEID = ? and bid = 10 and syear = ? and"
+                          " deleted < 2 order by datetime",
+                          {connectionUUID, advancedTypeOfPayments});
   if (found) std::erase_if(*found, [](const auto& payment) { return payment.isRefund(); });
   return found;
 }
 
 Result<std::vector<TransactionItem>> Spend::getInstallmentRefundArray(int advancedTypeOfPayments) const {
-  auto found =
-      itemsOf(*root_,
-              "select eid, amount from transactions where transferEID = ? and bid = 10 and syear = ? and"
-              " deleted < 2 and amount < 0 order by datetime",
-              {connectionUUID, advancedTypeOfPayments});
+  auto found = itemsWhere(*root_,
+                          "transferEID = ? and bid = 10 and syear = ? and"
+                          " deleted < 2 and amount < 0 order by datetime",
+                          {connectionUUID, advancedTypeOfPayments});
   return found;
 }
 
@@ -253,8 +242,8 @@ Result<> Spend::addToCart(Spend& item) {
 }
 
 Result<> Spend::removeFromCart() {
-  if (advancedType != advanced::kCart) return refuse("the record is in no cart");
-  return changeRecords(*root_, RecordScope{eid, connectionUUID, {}}, [&](Connection&) -> Result<> {
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (row.isPayment() || advancedType != advanced::kCart) return refuse("the record is in no cart");
     const auto group = TransactionGroup::of(*root_, connectionUUID);
     if (!group) return tl::make_unexpected(group.error());
     if (group->items.size() < 2) return refuse("this is the only item of the cart; delete the cart");

@@ -45,7 +45,7 @@ std::vector<Spend> Spend::installmentByPaymentFor(int n) const {
     one.timeZone = timeZone;
     one.connectionUUID = uuid;
     one.advancedType = advanced::kInstallment;
-    one.paid = isPaidByDate(calendar, date, root_->now());
+    one.paid = !liesAhead(calendar, date, timeZone, root_->now());
     plan.push_back(std::move(one));
   }
   return plan;
@@ -99,8 +99,10 @@ Result<> Spend::saveInstallment(int n) {
 }
 
 Result<> Spend::cancelInstallment() {
-  if (!isSeed() || advancedType != advanced::kInstallment) return refuse("the record is no instalment plan");
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (!isSeed() || advancedType != advanced::kInstallment) {
+      return refuse("the record is no instalment plan");
+    }
     const auto group = TransactionGroup::of(*root_, row.connectionUUID);
     if (!group) return tl::make_unexpected(group.error());
     if (group->items.empty()) return refuse("the plan has no instalments");

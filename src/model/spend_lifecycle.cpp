@@ -10,8 +10,9 @@ namespace {
 constexpr std::string_view kDelete =
     "update transactions set deleted = 1, ipid = '', editDate = ?, edit_ipid = ? where eid = ?";
 
-bool isItem(const TransactionItem& row) {
-  return row.type == kind::kIncome || row.type == kind::kExpense || row.type == kind::kInstallmentSeed;
+/// Whether rows with its UUID are one record with it, which this editor sees to.
+bool mayBeCompound(const TransactionItem& row) {
+  return row.isSpend() || row.isSeed();
 }
 
 /// Deletes the payments one by one; what one of them refuses is logged and the others follow.
@@ -31,7 +32,7 @@ void deletePayments(MVAppRoot& root, const std::vector<TransactionItem>& payment
 Result<> Spend::delete_() {
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
     if (row.isRefund()) return deleteRefund(eid);
-    if (row.isPayment() && isItem(row) && !row.connectionUUID.empty()) {
+    if (row.isPayment() && mayBeCompound(row) && !row.connectionUUID.empty()) {
       auto payment = Payment::paymentFromEID(*root_, eid);
       return payment ? payment->delete_() : refuse("there is no payment '{}'", eid);
     }
@@ -39,7 +40,7 @@ Result<> Spend::delete_() {
     if (!written) return written;
     isDeleted = 1;
     ipid.clear();
-    if (!isItem(row)) return {};
+    if (!mayBeCompound(row)) return {};
     const auto group = TransactionGroup::of(*root_, row.connectionUUID);
     if (!group) return tl::make_unexpected(group.error());
     auto others = group->items;
@@ -57,7 +58,7 @@ Result<> Spend::restore() {
   return atomically(*root_, [&](Connection&) -> Result<> {
     const auto row = TransactionItem::fromEID(*root_, eid);
     if (!row || row->isDeleted != 1) return refuse("there is no deleted record '{}'", eid);
-    const bool grouped = !row->connectionUUID.empty() && isItem(*row);
+    const bool grouped = !row->connectionUUID.empty() && mayBeCompound(*row);
     if (grouped && row->isPayment()) {
       const auto group = TransactionGroup::of(*root_, row->connectionUUID, true);
       if (group && !group->items.empty() && group->items.front().isDeleted == 0) {
@@ -95,17 +96,17 @@ Result<> setPaid(Spend& spend, const TransactionItem& row, bool isPaid) {
   const Date now = root.now();
   constexpr std::string_view one =
       "update transactions set paid = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?";
-  if (isPaid && row.type != kind::kInstallmentSeed && !isPaidAt(row.datetime, now)) {
+  if (isPaid && !row.isSeed() && !isPaidAt(row.datetime, now)) {
     return refuse("the record lies ahead; change its date first");
   }
   if (row.isRefund()) return refuse("a refund is not pending");
   auto written = write(root, one, isPaid, root.editStamp(), root.itsUDID(), row.eid);
   if (!written) return written;
   spend.paid = isPaid;
-  if (row.connectionUUID.empty() || !isItem(row)) return {};
+  if (row.connectionUUID.empty() || !mayBeCompound(row)) return {};
   const auto group = TransactionGroup::of(root, row.connectionUUID);
   if (!group) return tl::make_unexpected(group.error());
-  if (row.advancedType == advanced::kInstallment && row.type != kind::kInstallmentSeed) {
+  if (row.advancedType == advanced::kInstallment && !row.isSeed()) {
     const auto partner = partnerOf(*group, row);
     return partner ? write(root, one, isPaid, root.editStamp(), root.itsUDID(), partner->eid) : Result<>();
   }

@@ -1,5 +1,3 @@
-#include <boost/json.hpp>
-
 #include "calendar/date_texts.h"
 #include "model/entry_checks.h"
 #include "model/group_balance.h"
@@ -9,17 +7,6 @@
 
 namespace moniva {
 namespace {
-
-/// The key under which a refund names its item, where the record has several.
-constexpr std::string_view kRefundOf = "refundOf";
-
-std::string itemOfRefund(const TransactionItem& refund) {
-  boost::system::error_code failure;
-  const auto value = boost::json::parse(refund.json, failure);
-  if (failure || !value.is_object()) return {};
-  const auto* item = value.as_object().if_contains(kRefundOf);
-  return item != nullptr && item->is_string() ? std::string(item->as_string()) : std::string();
-}
 
 /// A payment row of the record, above zero for what was paid and below for what came back.
 struct RefundRow {
@@ -72,6 +59,24 @@ const TransactionItem* ownPayment(const TransactionGroup& group) {
   return says ? &payment : nullptr;
 }
 
+/// The live refund of that `eid`.
+Result<TransactionItem> refundFromEID(MVAppRoot& root, std::string_view eid) {
+  auto row = TransactionItem::fromEID(root, eid);
+  if (!row || row->isDeleted != 0 || !row->isRefund()) return refuse("there is no refund '{}'", eid);
+  return std::move(*row);
+}
+
+/// What the refund is of: the item it names, else the only one of its group.
+Result<Spend> expenseOf(MVAppRoot& root, const TransactionItem& refund) {
+  const auto named = refund.refundOf();
+  auto owner = named.empty() ? Spend::spendFromPaymentUUID(root, refund.connectionUUID)
+                             : Spend::spendFromEID(root, named);
+  if (!owner || owner->connectionUUID != refund.connectionUUID) {
+    return refuse("the expense of the refund is not there");
+  }
+  return std::move(*owner);
+}
+
 }  // namespace
 
 Result<std::vector<TransactionItem>> Spend::refunds() const {
@@ -80,7 +85,7 @@ Result<std::vector<TransactionItem>> Spend::refunds() const {
   std::vector<TransactionItem> found;
   for (auto& payment : group->payments) {
     if (!payment.isRefund()) continue;
-    const auto of = itemOfRefund(payment);
+    const auto of = payment.refundOf();
     if (of.empty() ? group->items.size() == 1 : of == eid) found.push_back(std::move(payment));
   }
   return found;
@@ -111,7 +116,6 @@ Result<std::string> Spend::refund(double refunded, Date date, const std::string&
     if (withoutNoise(refunded - row.amount) > 0) {
       return refuse("{} is more than the {} that are left of the expense", refunded, row.amount);
     }
-    connectionUUID = row.connectionUUID;
     const bool wasPlain = connectionUUID.empty();
     if (wasPlain) {
       connectionUUID = root_->newIdentifier();
@@ -134,24 +138,19 @@ Result<std::string> Spend::refund(double refunded, Date date, const std::string&
         " editDate = ?, edit_ipid = ? where eid = ?",
         amount, connectionUUID, advancedType, account, root_->editStamp(), root_->itsUDID(), eid);
     if (!written) return written;
-    const auto group = TransactionGroup::of(*root_, connectionUUID);
-    if (!group) return tl::make_unexpected(group.error());
-    if (group->items.size() < 2) return {};
-    return write(*root_, "update transactions set sweek = ? where eid = ?",
-                 boost::json::serialize(boost::json::object{{kRefundOf, eid}}), refundEid);
+    // A cart may come to have other items.
+    if (advancedType != advanced::kCart) return {};
+    return write(*root_, "update transactions set sweek = ? where eid = ?", jsonOfRefund(eid), refundEid);
   });
   if (!changed) return tl::make_unexpected(changed.error());
   return refundEid;
 }
 
 Result<> Spend::deleteRefund(std::string_view refundEid) {
-  const auto refund = TransactionItem::fromEID(*root_, refundEid);
-  if (!refund || refund->isDeleted != 0 || !refund->isRefund())
-    return refuse("there is no refund '{}'", refundEid);
-  const auto named = itemOfRefund(*refund);
-  const auto owner =
-      named.empty() ? spendFromPaymentUUID(*root_, refund->connectionUUID) : spendFromEID(*root_, named);
-  if (!owner) return refuse("the expense of the refund is not there");
+  const auto refund = refundFromEID(*root_, refundEid);
+  if (!refund) return tl::make_unexpected(refund.error());
+  const auto owner = expenseOf(*root_, *refund);
+  if (!owner) return tl::make_unexpected(owner.error());
   Spend expense = *owner;
   auto changed = changeSpend(expense, [&](const TransactionItem& row) -> Result<> {
     const std::string uuid = row.connectionUUID;
@@ -192,8 +191,8 @@ Result<> Spend::deleteRefund(std::string_view refundEid) {
 }
 
 Result<> Spend::updateRefund(std::string_view refundEid, double refunded) {
-  const auto refund = TransactionItem::fromEID(*root_, refundEid);
-  if (!refund) return refuse("there is no refund '{}'", refundEid);
+  const auto refund = refundFromEID(*root_, refundEid);
+  if (!refund) return tl::make_unexpected(refund.error());
   return updateRefund(refundEid, refunded, refund->datetime, refund->account);
 }
 
@@ -203,13 +202,10 @@ Result<> Spend::updateRefund(std::string_view refundEid, double refunded, Date d
   if (auto checked = checkRecordDate(root_->calendar(), date); !checked) return checked;
   if (!isPaidAt(date, root_->now())) return refuse("a refund is recorded once it has come");
   if (auto checked = checkAccountKey(*root_, toAccount, kind::kExpense); !checked) return checked;
-  const auto refund = TransactionItem::fromEID(*root_, refundEid);
-  if (!refund || refund->isDeleted != 0 || !refund->isRefund())
-    return refuse("there is no refund '{}'", refundEid);
-  const auto named = itemOfRefund(*refund);
-  const auto owner =
-      named.empty() ? spendFromPaymentUUID(*root_, refund->connectionUUID) : spendFromEID(*root_, named);
-  if (!owner) return refuse("the expense of the refund is not there");
+  const auto refund = refundFromEID(*root_, refundEid);
+  if (!refund) return tl::make_unexpected(refund.error());
+  const auto owner = expenseOf(*root_, *refund);
+  if (!owner) return tl::make_unexpected(owner.error());
   Spend expense = *owner;
   auto changed = changeSpend(expense, [&](const TransactionItem& row) -> Result<> {
     const double whole = withoutNoise(row.amount - refund->amount);

@@ -10,10 +10,6 @@
 namespace moniva {
 namespace {
 
-bool isOfAKind(const TransactionItem& row) {
-  return row.type == kind::kIncome || row.type == kind::kExpense;
-}
-
 /// A record's own key of a category, checked: it is in use and of the record's type.
 Result<> checkCategoryKey(MVAppRoot& root, const std::string& key, int type) {
   if (key.empty()) return {};
@@ -30,11 +26,35 @@ int kindOf(const Spend& spend, const TransactionGroup& group) {
   return spend.type;
 }
 
+/// The categories of the items that go from one book to another are used in that one.
+void noteMove(EntryUpkeep& upkeep, MVAppRoot& root, const TransactionItem& row, const TransactionGroup& group,
+              const std::string& newBook) {
+  std::vector<TransactionItem> moved;
+  if (row.isSpend() && !row.isPayment()) moved.push_back(row);
+  for (const auto& item : group.items) {
+    if (item.eid != row.eid && item.book == row.book && !row.book.empty()) moved.push_back(item);
+  }
+  for (const auto& item : moved) {
+    Spend use(root);
+    use.type = item.type;
+    use.category = item.category;
+    use.subcategory = item.subcategory;
+    use.book = item.book;
+    upkeep.noteUses(use, -1);
+    use.book = newBook;
+    upkeep.noteUses(use, newBook.empty() ? 0 : 1);
+  }
+}
+
+/// A payment of a record, which `Payment` edits.
+bool isPaymentOfRecord(const TransactionItem& row) {
+  return row.isPayment() && row.isSpend() && !row.connectionUUID.empty();
+}
+
 /// The amount of a row in its place: the only payment of a record follows, so does an instalment's payment.
 Result<> settleAmount(MVAppRoot& root, const TransactionItem& row, double amount) {
-  if (row.connectionUUID.empty() || !isOfAKind(row)) return {};
-  if (row.isPayment()) return settlePayments(root, row.connectionUUID, SolePayment::stays);
-  auto group = TransactionGroup::of(root, row.connectionUUID);
+  if (row.connectionUUID.empty() || !row.isSpend()) return {};
+  const auto group = TransactionGroup::of(root, row.connectionUUID);
   if (!group) return tl::make_unexpected(group.error());
   if (row.advancedType == advanced::kInstallment) {
     if (const auto payment = partnerOf(*group, row)) {
@@ -50,17 +70,18 @@ Result<> settleAmount(MVAppRoot& root, const TransactionItem& row, double amount
 Result<> Spend::updateAmount(double newAmount) {
   if (auto checked = checkAmount(newAmount); !checked) return checked;
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
-    if (row.isRefund()) return refuse("this is a refund; it is changed as one");
+    if (isPaymentOfRecord(row)) {
+      auto payment = Payment::paymentFromEID(*root_, eid);
+      auto changed = payment ? payment->updateAmount(newAmount) : refuse("there is no payment '{}'", eid);
+      if (changed) amount = newAmount;
+      return changed;
+    }
     if (isSeed()) {
       if (advancedType != advanced::kCost)
         return refuse("the amounts of a plan are those of its instalments");
       if (auto written = writeAmount(*root_, eid, newAmount); !written) return written;
       amount = newAmount;
       return updateApportionedCost(payDate, repeatEndDate);
-    }
-    if (row.isPayment() && row.advancedType == advanced::kInstallment) {
-      auto payment = Payment::paymentFromEID(*root_, eid);
-      return payment ? payment->updateAmount(newAmount) : Result<>();
     }
     if (auto written = writeAmount(*root_, eid, newAmount); !written) return written;
     amount = newAmount;
@@ -70,12 +91,13 @@ Result<> Spend::updateAmount(double newAmount) {
 
 Result<> Spend::updateAmount(double newAmount, double newForeignAmount,
                              const std::string& newForeignCurrency) {
-  if (isSeed()) return refuse("what is divided into shares is kept in one currency");
   if (!newForeignCurrency.empty()) {
     if (auto checked = checkAmount(newForeignAmount); !checked) return checked;
   }
-  return changeSpend(*this, [&](const TransactionItem&) -> Result<> {
-    if (amount != newAmount) {
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (isSeed()) return refuse("what is divided into shares is kept in one currency");
+    if (isPaymentOfRecord(row)) return refuse("a payment is kept in the currency of its account");
+    if (row.amount != newAmount) {
       if (auto written = updateAmount(newAmount); !written) return written;
     }
     foreignCurrency = newForeignCurrency;
@@ -89,10 +111,16 @@ Result<> Spend::updateAmount(double newAmount, double newForeignAmount,
 
 Result<> Spend::updateAccount(const std::string& newAccount) {
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (isPaymentOfRecord(row)) {
+      auto payment = Payment::paymentFromEID(*root_, eid);
+      auto changed = payment ? payment->updateAccount(newAccount) : refuse("there is no payment '{}'", eid);
+      if (changed) account = newAccount;
+      return changed;
+    }
     const auto group = TransactionGroup::of(*root_, row.connectionUUID);
     if (!group) return tl::make_unexpected(group.error());
     if (auto checked = checkAccountKey(*root_, newAccount, kindOf(*this, *group)); !checked) return checked;
-    if (!row.isPayment() && !row.connectionUUID.empty() && isOfAKind(row)) {
+    if (!row.isPayment() && !row.connectionUUID.empty() && row.isSpend()) {
       const TransactionItem* sole = nullptr;
       int regulars = 0;
       for (const auto& payment : group->payments) {
@@ -129,6 +157,11 @@ Result<> Spend::updateBook(const std::string& newBook) {
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
     const std::string oldBook = row.book;
     const bool grouped = !row.connectionUUID.empty();
+    const auto group = TransactionGroup::of(*root_, row.connectionUUID);
+    if (!group) return tl::make_unexpected(group.error());
+    EntryUpkeep upkeep(*root_);
+    noteMove(upkeep, *root_, row, *group, newBook);
+    if (auto kept = upkeep.write(EntryUpkeep::Balances::byAmount); !kept) return kept;
     if (newBook.empty() && grouped) {
       return refuse("a record with payments stays in a book; take its payments away first");
     }
@@ -181,15 +214,26 @@ Result<> Spend::updateDate(Date date) {
   if (auto checked = checkRecordDate(root_->calendar(), date); !checked) return checked;
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
     if (isSeed()) return refuse("a plan is dated by its parts");
+    datetime = date;
+    paid = settledAt(row, date, root_->now());
+    if (row.payDate == row.datetime) payDate = date;
+    if (isPaymentOfRecord(row)) {
+      auto payment = Payment::paymentFromEID(*root_, eid);
+      if (!payment) return refuse("there is no payment '{}'", eid);
+      payment->timeZone = timeZone;
+      return payment->updateDate(date);
+    }
     const auto group = TransactionGroup::of(*root_, row.connectionUUID);
     if (!group) return tl::make_unexpected(group.error());
     TransactionItem own = row;
     own.timeZone = timeZone;
     if (auto written = writeDate(*root_, own, date); !written) return written;
-    datetime = date;
-    paid = settledAt(row, date, root_->now());
-    if (row.payDate == row.datetime) payDate = date;
-    if (!isOfAKind(row)) return {};
+    // A share of a cost is dated alone, an instalment with its payment.
+    if (!row.isSpend() || row.advancedType == advanced::kCost) return {};
+    if (row.advancedType == advanced::kInstallment) {
+      const auto partner = partnerOf(*group, row);
+      return partner ? writeDate(*root_, *partner, date) : Result<>();
+    }
     const int day = integerDateOfTimeZone(root_->calendar(), row.datetime, row.timeZone);
     for (const auto* rows : {&group->items, &group->payments}) {
       for (const auto& other : *rows) {
@@ -315,7 +359,7 @@ Result<> Spend::updateNote(const std::string& newNote) {
 
 Result<> Spend::updateReimburse(bool isToBeReimbursed) {
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
-    if (!isOfAKind(row)) return refuse("only an expense is reimbursed");
+    if (!row.isSpend()) return refuse("only an expense is reimbursed");
     needReimburse = isToBeReimbursed;
     return write(
         *root_,

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <boost/json.hpp>
+
 #include "model/entry_checks.h"
 
 namespace moniva {
@@ -11,6 +13,9 @@ constexpr std::string_view kItemColumns =
     "select eid, bid, type, amount, amount2, currency2, note, account, book, category, subcategory, vendor,"
     " datetime, barcode, payDate, paid, syear, transferEID, repeat_seed, sweek, ipid, deleted,"
     " needReimburse from transactions";
+
+/// The key under which a refund names its item.
+constexpr std::string_view kRefundOf = "refundOf";
 
 TransactionItem itemOfRow(const Run& run) {
   TransactionItem item;
@@ -51,17 +56,40 @@ std::optional<TransactionItem> TransactionItem::fromEID(MVAppRoot& root, std::st
   return itemOfRow(run);
 }
 
-Result<std::vector<TransactionItem>> itemsOf(MVAppRoot& root, std::string_view sql,
-                                             std::initializer_list<Value> arguments) {
+std::string TransactionItem::refundOf() const {
+  boost::system::error_code failure;
+  const auto value = boost::json::parse(json, failure);
+  if (failure || !value.is_object() || !isRefund()) return {};
+  const auto* item = value.as_object().if_contains(kRefundOf);
+  return item != nullptr && item->is_string() ? std::string(item->as_string()) : std::string();
+}
+
+std::string jsonOfRefund(std::string_view itemEid) {
+  return boost::json::serialize(boost::json::object{{kRefundOf, itemEid}});
+}
+
+Result<std::vector<TransactionItem>> itemsWhere(MVAppRoot& root, std::string_view condition,
+                                                std::initializer_list<Value> arguments) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   std::vector<TransactionItem> items;
-  Run run = db->query(sql, arguments);
-  while (run.next()) {
-    if (auto item = TransactionItem::fromEID(root, run.text(0))) items.push_back(std::move(*item));
-  }
+  Run run = db->query(fmt::format("{} where {}", kItemColumns, condition), arguments);
+  while (run.next()) items.push_back(itemOfRow(run));
   if (!run.ok()) return tl::make_unexpected(db->refusal());
   return items;
+}
+
+Result<std::string> itemOfGroup(MVAppRoot& root, std::string_view uuid) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  if (uuid.empty()) return std::string();
+  Run run = db->query(
+      "select eid from transactions where (type = 11 or type = 12) and transferEID = ? and bid = 20"
+      " order by deleted, datetime limit 1",
+      {uuid});
+  std::string eid(run.next() ? run.text(0) : std::string_view());
+  if (!run.ok()) return tl::make_unexpected(db->refusal());
+  return eid;
 }
 
 double sumOf(const std::vector<TransactionItem>& rows) {
@@ -81,7 +109,7 @@ Result<TransactionGroup> TransactionGroup::of(MVAppRoot& root, std::string_view 
   Run run = db->query(sql, {uuid, withDeleted ? 2 : 1});
   while (run.next()) {
     TransactionItem item = itemOfRow(run);
-    if (item.type == kind::kInstallmentSeed) {
+    if (item.isSeed()) {
       group.seed = std::move(item);
     } else {
       (item.isPayment() ? group.payments : group.items).push_back(std::move(item));

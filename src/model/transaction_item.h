@@ -43,19 +43,30 @@ struct TransactionItem {
   bool needReimburse = false;
 
   bool isPayment() const { return bid == kPaymentRow; }
+  /// Expense or income, as an item or a payment.
+  bool isSpend() const { return type == kind::kIncome || type == kind::kExpense; }
+  bool isSeed() const { return type == kind::kInstallmentSeed; }
   /// A payment that gave money back.
   bool isRefund() const { return isPayment() && amount < 0; }
   /// The payment that stands for what nobody has said yet how to pay: pending, and of no account.
   bool isRest() const { return isPayment() && !isRefund() && !paid && account.empty(); }
 
+  /// Of a refund that names the item it is of (as it does in a cart) that item's `eid`; else blank.
+  std::string refundOf() const;
+
   /// The row of that `eid`, whatever its kind; nothing when there is none.
   static std::optional<TransactionItem> fromEID(MVAppRoot& root, std::string_view eid);
 };
 
-/// The rows whose `eid` a query gives in its first column, in its order. Refused when the store cannot be
-/// read.
-Result<std::vector<TransactionItem>> itemsOf(MVAppRoot& root, std::string_view sql,
-                                             std::initializer_list<Value> arguments);
+/// The text for `json` of a refund of that item.
+std::string jsonOfRefund(std::string_view itemEid);
+
+/// The rows for which a condition holds, which may be followed by their order. Refused when the store cannot
+/// be read.
+Result<std::vector<TransactionItem>> itemsWhere(MVAppRoot& root, std::string_view condition,
+                                                std::initializer_list<Value> arguments);
+/// The `eid` of the item of a group, a live one first, then by date; blank when it has none.
+Result<std::string> itemOfGroup(MVAppRoot& root, std::string_view uuid);
 /// What they come to, without the noise of sums.
 double sumOf(const std::vector<TransactionItem>& rows);
 

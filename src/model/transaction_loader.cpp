@@ -1,4 +1,5 @@
 #include "base/uuid.h"
+#include "model/entry_checks.h"
 #include "model/mv_transaction.h"
 #include "model/record_entry.h"
 #include "storage/writes.h"
@@ -33,19 +34,14 @@ bool isPlanPaid(Connection& db, std::string_view group) {
   return run.next();
 }
 
-RecordKind kindOfPayment(const Role& role) {
-  switch (role.type) {
-    case kind::kBorrowed:
-    case kind::kLent:
-    case kind::kRepaidToUs:
-    case kind::kRepaidByUs:
-      return RecordKind::debt;
-    case kind::kTransferIn:
-    case kind::kTransferOut:
-      return RecordKind::transfer;
-    default:
-      break;
-  }
+/// A payment by itself may have a UUID of its own.
+bool hasItem(Connection& db, std::string_view group) {
+  if (group.empty()) return false;
+  Run run = db.query("select 1 from transactions where transferEID = ? and bid = 20 limit 1", {group});
+  return run.next();
+}
+
+RecordKind kindOfPayment(Connection& db, const Role& role) {
   switch (role.advancedType) {
     case advanced::kInstallment:
       return RecordKind::installmentPayment;
@@ -55,6 +51,8 @@ RecordKind kindOfPayment(const Role& role) {
       return RecordKind::spendPayment;
     case advanced::kCost:
       return RecordKind::costPayment;
+    case advanced::kPlain:
+      return hasItem(db, role.group) ? RecordKind::unknownPayment : RecordKind::purePayment;
     default:
       return role.group.empty() ? RecordKind::purePayment : RecordKind::unknownPayment;
   }
@@ -70,12 +68,20 @@ RecordKind kindOf(Connection& db, const Role& role) {
       return RecordKind::installmentSeed;
     case kind::kRepeatSeed:
       return RecordKind::repeatSeed;
+    // Whatever their role: one that had none was taken for an item.
+    case kind::kBorrowed:
+    case kind::kLent:
+    case kind::kRepaidToUs:
+    case kind::kRepaidByUs:
+      return RecordKind::debt;
+    case kind::kTransferIn:
+    case kind::kTransferOut:
+      return RecordKind::transfer;
     default:
       break;
   }
-  if (role.isPayment) return kindOfPayment(role);
-  const bool isItem = role.type < kind::kTransferIn;
-  if (!isItem || role.group.empty()) return RecordKind::plain;
+  if (role.isPayment) return kindOfPayment(db, role);
+  if (role.type > kind::kFurtherExpense || role.group.empty()) return RecordKind::plain;
   switch (role.advancedType) {
     case advanced::kCost:
       return isPlanPaid(db, role.group) ? RecordKind::costInstallmentItem : RecordKind::costItem;
@@ -221,11 +227,9 @@ class TransactionLoader {
 
   /// A plain record of a day that lies ahead cannot be settled.
   void checkPaid() {
-    const Date now = root_.now();
     const bool isItem = into_.type_ == kind::kIncome || into_.type_ == kind::kExpense;
-    if (!isItem || !into_.paid || !into_.transferEID.empty() || into_.deleted != 0 || into_.datetime <= now)
-      return;
-    if (into_.datetime <= root_.calendar().dateEnd(now)) return;
+    if (!isItem || !into_.paid || !into_.transferEID.empty() || into_.deleted != 0) return;
+    if (!liesAhead(root_.calendar(), into_.datetime, into_.timeZone, root_.now())) return;
     const auto mended = changeRecords(root_, RecordScope{into_.eid, {}, {}}, [&](Connection&) {
       return write(root_, "update transactions set paid = 0, editDate = ?, edit_ipid = ? where eid = ?",
                    root_.editStamp(), root_.itsUDID(), into_.eid);

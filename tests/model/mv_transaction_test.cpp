@@ -177,6 +177,91 @@ TEST(MVTransactions, mendWhatCannotBe) {
             "[Error] 12 / 7 / " + odd + " / " + plan.connectionUUID + " / Cash /  / 0");
 }
 
+/// Data of older programs, of several devices, and of accidents: what cannot be is told or let be, and costs
+/// nothing of what stands beside it.
+TEST(MVTransactions, ofDamagedStoresAreLetBe) {
+  struct Case {
+    const char* why;
+    const char* damage;
+    const char* probe;
+    const char* expected;
+  };
+  for (const auto& [why, damage, probe, expected] : std::initializer_list<Case>{
+           {"a transfer and a debt without a role are what they were",
+            "update transactions set bid = null where type in (23, 33, 34, 25)",
+            "select group_concat(bid, ' ') from (select bid from transactions where type in (23, 33, 34, "
+            "25))",
+            "20 20 20 20"},
+           {"nothing is known but the type",
+            "update transactions set account = null, book = null, transferEID = null, category = null,"
+            " subcategory = null, vendor = null, syear = null, sweek = null, repeat = null, note = null",
+            "select count(*) from transactions where deleted > 0", "0"},
+           {"a transfer has the UUID of a cart",
+            "update transactions set transferEID = (select transferEID from transactions where syear = 1001)"
+            " where type in (23, 33)",
+            "select count(*) from transactions where type in (23, 33) and deleted = 0 and transferEID != ''",
+            "2"},
+           {"income has the UUID of an expense",
+            "update transactions set transferEID = (select transferEID from transactions where syear = 1001),"
+            " syear = 1004, type = 11 where syear = 1004",
+            "select group_concat(t) from (select count(*) as t from transactions where deleted = 0 and bid = "
+            "10"
+            " and transferEID != '' and type < 13 and syear in (1001, 1004) group by type)",
+            "2,2"},
+           {"a payment by itself has a UUID",
+            "update transactions set transferEID = 'own' where bid = 10 and transferEID = '' and type = 12",
+            "select count(*) from transactions where transferEID = 'own' and deleted = 0", "1"},
+           {"seeds lost their parts",
+            "delete from transactions where syear in (1002, 1003) and type != 86 and bid = 20",
+            "select count(*) from transactions where type = 86 and deleted = 0", "2"},
+           {"parts lost their seeds", "delete from transactions where type = 86",
+            "select count(*) from transactions where syear in (1002, 1003) and deleted > 0", "0"},
+           {"what is below zero", "update transactions set amount = -amount where type in (11, 12)",
+            "select count(*) from transactions where deleted > 0", "0"},
+           {"no JSON at all", "update transactions set sweek = '{\"refundOf\": 12, ' where type in (11, 12)",
+            "select count(*) from transactions where deleted > 0", "0"}}) {
+    Ledger store;
+    store.fill();
+    ASSERT_TRUE(store.sql(damage)) << why;
+    for (const auto* held : {&*store.home, &*store.cash, &*store.bank}) {
+      auto row = *MonivaAccount::getAccountWithPK(store.root, held->pk);
+      ASSERT_TRUE(countTheTotalBalance(row)) << why;
+    }
+    std::vector<std::string> eids;
+    {
+      moniva::Run run = store.connection().query("select eid from transactions");
+      while (run.next()) eids.emplace_back(run.text(0));
+    }
+    for (const auto& eid : eids) {
+      const auto read = store.load(eid);
+      EXPECT_TRUE(!read.isTransfer() || !read.paymentAccount || read.noteString == "Cash > Bank") << why;
+      EXPECT_TRUE(!read.isDebt() || read.people.empty() || read.noteString == "Lend to : Ann") << why;
+      auto spend = *Spend::spendFromEID(store.root, eid);
+      EXPECT_TRUE(spend.getPaymentArray() && spend.getItemArray() && spend.hasRefund()) << why;
+      (void)Payment::paymentFromUUID(store.root, spend.connectionUUID);
+      if (spend.advancedType != 1002 && spend.advancedType != 1003)
+        (void)Spend::spendFromPaymentUUID(store.root, spend.connectionUUID);
+    }
+    EXPECT_EQ(store.rows(probe), expected) << why;
+    // Whatever is done then is done or refused, and balances are what counting gives.
+    for (const auto& eid : eids) {
+      auto spend = *Spend::spendFromEID(store.root, eid);
+      (void)spend.updateAmount(7);
+      (void)spend.updateDate(store.on("2024-06-03"));
+      (void)spend.refund(1, store.root.now(), store.cash->pk);
+      (void)spend.cancelInstallment();
+      (void)spend.combineApportionedCost();
+      (void)store.load(eid).delete_();
+      (void)store.load(eid).restore();
+    }
+    for (const auto* held : {&*store.home, &*store.cash, &*store.bank}) {
+      EXPECT_NEAR(store.number("select totalBalance from account where oldTitle = ?", {held->pk}),
+                  getTheTotalBalance(*held), 1e-9)
+          << why;
+    }
+  }
+}
+
 TEST(MVTransactions, areDeletedAndBroughtBackByTheirKind) {
   Ledger store;
   store.fill();
