@@ -120,8 +120,7 @@ void addCartCommands(CommandLine& line) {
   cart->require_subcommand(1);
   CLI::App* add = line.add(*cart, "add");
   auto options = std::make_shared<CartOptions>();
-  add->add_option("--item", options->items,
-                  "What was bought: amount and category, such as 12.50 Food/Bakery; once for each item")
+  add->add_option("--item", options->items, "What was bought: amount and category, such as 12.50 Food/Bakery")
       ->type_name("AMOUNT CATEGORY")
       ->allow_extra_args(false)
       ->required();

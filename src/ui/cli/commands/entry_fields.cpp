@@ -33,9 +33,7 @@ void addAccountFields(CLI::App& command, EntryFields& fields, bool several) {
   auto* one = command.add_option("-a,--account", fields.account, "The account it was paid from, or into")
                   ->type_name("NAME");
   if (!several) return;
-  command
-      .add_option("--pay", fields.payments,
-                  "An account and what it paid, such as Cash 10; may be given several times")
+  command.add_option("--pay", fields.payments, "An account and what it paid, such as Cash 10")
       ->type_name("ACCOUNT AMOUNT")
       ->allow_extra_args(false)
       ->excludes(one);
