@@ -167,7 +167,7 @@ Result<> getAllStatistics(MonivaAccount& account) {
   account.totalTransferIn = totals->transferIn;
   account.totalTransferOut = totals->transferOut;
   account.adjustBalance = totals->adjusted;
-  account.totalBalance = *opening + totals->balance();
+  account.totalBalance = withoutNoise(*opening + totals->balance());
   return {};
 }
 
