@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include "bench_store.h"
+#include "model/debt.h"
 #include "model/mv_transaction.h"
 #include "model/record_entry.h"
 #include "side_by_side.h"
@@ -79,16 +80,18 @@ class Bare {
 /// A book, an account, a category and a vendor, as a person has them.
 class Household : public bench::BenchStore {
  public:
-  Household() : book(root), account(root), category(root), vendor(root) {
+  Household() : book(root), account(root), bank(root), category(root), vendor(root) {
     book.aKind = kBookKind;
     book.setType("_Book");
     book.title = "Home";
     account.aKind = kAccountKind;
     account.setType("_SavingAccount");
     account.title = "Cash";
+    bank = account;
+    bank.title = "Bank";
     category.title = "Food";
     vendor.title = "Baker";
-    ready = ready && book.add() && account.add() && category.addCate() && vendor.add();
+    ready = ready && book.add() && account.add() && bank.add() && category.addCate() && vendor.add();
   }
 
   Spend expense(double amount, bool paysItself = true) {
@@ -116,8 +119,25 @@ class Household : public bench::BenchStore {
     return spend.saveInstallment(60).has_value();
   }
 
+  bool addTransfer() {
+    Transfer transfer(root);
+    transfer.accountA = account.pk;
+    transfer.accountB = bank.pk;
+    transfer.amountA = transfer.amountB = 50;
+    return recordEntry(root, transfer).has_value();
+  }
+  bool lend() {
+    Debt debt(root);
+    debt.type = kind::kLent;
+    debt.person = "Ann";
+    debt.amount = 20;
+    debt.paymentAccount = account.pk;
+    return debt.add().has_value();
+  }
+
   MonivaAccount book;
   MonivaAccount account;
+  MonivaAccount bank;
   MVCategory category;
   Vendor vendor;
 };
@@ -144,7 +164,8 @@ constexpr const char* kFullSet =
 void loading(benchmark::State& state) {
   Household store;
   bool made = store.ready;
-  for (int i = 0; i < 100 && made; ++i) made = store.addPlain() && store.addCart();
+  for (int i = 0; i < 100 && made; ++i)
+    made = store.addPlain() && store.addCart() && store.addTransfer() && store.lend();
   for (int i = 0; i < 3 && made; ++i) made = store.addPlan();
   std::vector<std::string> eids;
   {
