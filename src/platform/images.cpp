@@ -170,7 +170,7 @@ std::string_view extensionOf(ImageKind kind) {
 }
 
 Result<> checkImageBytes(std::size_t bytes) {
-  if (bytes == 0) return refuse("it is empty");
+  if (bytes == 0) return refuse("the image file is empty");
   if (bytes > kMostImageBytes) return refuse("it has more than {} MB", kMostImageBytes / 1'000'000);
   return {};
 }

@@ -256,11 +256,8 @@ void editDebt(Session& session, const DebtEditOptions& options) {
   session.answer(session.text("Changed the debt. {}", debtSentence(session, debt)));
 }
 
-/// ", with 2 repayments."
-std::string withRepayments(Session& session, const Debt& debt) {
-  if (debt.repaidList.empty()) return ".";
-  return session.count(", with {} repayment.", ", with {} repayments.",
-                       static_cast<std::int64_t>(debt.repaidList.size()));
+std::string repaymentsText(Session& session, const Debt& debt) {
+  return session.count("{} repayment", "{} repayments", static_cast<std::int64_t>(debt.repaidList.size()));
 }
 
 void deleteDebt(Session& session, const std::string& eid) {
@@ -270,7 +267,10 @@ void deleteDebt(Session& session, const std::string& eid) {
     done(debt.delete_());
   });
   if (session.options().json) return session.printJson(jsonOf(session, debt));
-  session.answer(session.text("Deleted {}", debtText(session, debt)) + withRepayments(session, debt));
+  const std::string what = debtText(session, debt);
+  session.answer(debt.repaidList.empty()
+                     ? session.text("Deleted {}.", what)
+                     : session.text("Deleted {}, with {}.", what, repaymentsText(session, debt)));
 }
 
 void restoreDebt(Session& session, const std::string& eid) {
@@ -281,7 +281,10 @@ void restoreDebt(Session& session, const std::string& eid) {
     debt = debtTyped(session, debt.eid);
   });
   if (session.options().json) return session.printJson(jsonOf(session, debt));
-  session.answer(session.text("Brought back {}", debtText(session, debt)) + withRepayments(session, debt));
+  const std::string what = debtText(session, debt);
+  session.answer(debt.repaidList.empty()
+                     ? session.text("Brought back {}.", what)
+                     : session.text("Brought back {}, with {}.", what, repaymentsText(session, debt)));
 }
 
 void removeRepayment(Session& session, const std::string& eid) {
@@ -339,7 +342,8 @@ void addDebtCommands(CommandLine& line) {
     CLI::App* add = line.add(*debt, borrows ? "borrow" : "lend");
     auto options = std::make_shared<DebtOptions>();
     add->add_option("AMOUNT", options->amount, "The amount, above zero, such as 50 or 12.50")->required();
-    add->add_option("PERSON", options->person, borrows ? "Who lends it to you" : "Whom you lend it to")
+    add->add_option("PERSON", options->person,
+                    borrows ? toTranslate("Who lends it to you") : toTranslate("Whom you lend it to"))
         ->required();
     add->add_flag("--apart", options->apart, "Do not set it against what is owed the other way");
     addMoneyOptions(*add, *options);
@@ -366,9 +370,10 @@ void addDebtCommands(CommandLine& line) {
     void (*act)(Session&, const std::string&);
   };
   for (const auto& [name, help, act] :
-       {OnRecord{"delete", "The record, as 'moniva debt list' shows it", deleteDebt},
-        OnRecord{"restore", "The record of the deleted debt", restoreDebt},
-        OnRecord{"unrepay", "The repayment's record, as 'moniva debt show' shows it", removeRepayment}}) {
+       {OnRecord{"delete", toTranslate("The record, as 'moniva debt list' shows it"), deleteDebt},
+        OnRecord{"restore", toTranslate("The record of the deleted debt"), restoreDebt},
+        OnRecord{"unrepay", toTranslate("The repayment's record, as 'moniva debt show' shows it"),
+                 removeRepayment}}) {
     CLI::App* command = line.add(*debt, name);
     auto eid = std::make_shared<std::string>();
     command->add_option("EID", *eid, help)->required();

@@ -234,10 +234,10 @@ void addPaymentCommands(CommandLine& line) {
     line.onRun(app, [options, run = std::move(run)](Session& session) { run(session, *options); });
     return std::pair(app, options);
   };
-  const char* ofRecord = "The record: its eid, or the end of it";
-  const char* ofPayment = "The payment: its eid, or the end of it";
+  constexpr const char* kRecord = toTranslate("The record: its eid, or the end of it");
+  constexpr const char* kPayment = toTranslate("The payment: its eid, or the end of it");
 
-  const auto [add, added] = command("add", "RECORD", ofRecord, addPayment);
+  const auto [add, added] = command("add", "RECORD", kRecord, addPayment);
   add->add_option("AMOUNT", added->amount, "What is paid, above zero")->required();
   add->add_option("ACCOUNT", added->account, "The account it is paid from, or into (else none)");
   add->add_option("-d,--date", added->date, "When (else now)")->type_name("DATE");
@@ -246,9 +246,9 @@ void addPaymentCommands(CommandLine& line) {
   add->add_flag("--pending", added->pending, "Not paid yet");
   addRoundOption(*add, added->amounts);
 
-  command("list", "RECORD", ofRecord, listPayments);
+  command("list", "RECORD", kRecord, listPayments);
 
-  const auto [edit, edited] = command("edit", "PAYMENT", ofPayment, editPayment);
+  const auto [edit, edited] = command("edit", "PAYMENT", kPayment, editPayment);
   edit->add_option("--amount", edited->newAmount, "What is paid, above zero")->type_name("AMOUNT");
   auto* account = edit->add_option("-a,--account", edited->newAccount, "The account it is paid from, or into")
                       ->type_name("NAME");
@@ -258,12 +258,12 @@ void addPaymentCommands(CommandLine& line) {
   edit->add_option("--fee", edited->fee, "How much of the amount is a fee")->type_name("AMOUNT");
   addRoundOption(*edit, edited->amounts);
 
-  command("paid", "PAYMENT", ofPayment,
+  command("paid", "PAYMENT", kPayment,
           [](Session& session, const PaymentOptions& options) { markPayment(session, options.eid, true); });
-  command("pending", "PAYMENT", ofPayment,
+  command("pending", "PAYMENT", kPayment,
           [](Session& session, const PaymentOptions& options) { markPayment(session, options.eid, false); });
-  command("remove", "PAYMENT", ofPayment, removePayment);
-  command("restore", "PAYMENT", ofPayment, restorePayment);
+  command("remove", "PAYMENT", kPayment, removePayment);
+  command("restore", "PAYMENT", kPayment, restorePayment);
 }
 
 }  // namespace moniva

@@ -196,25 +196,26 @@ void addRefundCommands(CommandLine& line) {
     line.onRun(app, [options, run](Session& session) { run(session, *options); });
     return std::pair(app, options);
   };
-  const char* ofExpense = "The expense, or one item of a cart: its eid, or the end of it";
-  const char* ofRefund = "The refund: its eid, or the end of it";
+  constexpr const char* kExpense =
+      toTranslate("The expense, or one item of a cart: its eid, or the end of it");
+  constexpr const char* kRefund = toTranslate("The refund: its eid, or the end of it");
 
-  const auto [add, added] = command("add", "EXPENSE", ofExpense, addRefund);
+  const auto [add, added] = command("add", "EXPENSE", kExpense, addRefund);
   add->add_option("AMOUNT", added->amount, "What came back, above zero; not with --all");
   add->add_option("ACCOUNT", added->account, "Where it came back to (else the account that paid)");
   add->add_flag("--all", added->all, "All that is left of the expense");
   add->add_option("-d,--date", added->date, "When (else now)")->type_name("DATE");
   addRoundOption(*add, added->amounts);
 
-  command("list", "EXPENSE", ofExpense, listRefunds);
+  command("list", "EXPENSE", kExpense, listRefunds);
 
-  const auto [edit, edited] = command("edit", "REFUND", ofRefund, editRefund);
+  const auto [edit, edited] = command("edit", "REFUND", kRefund, editRefund);
   edit->add_option("--amount", edited->newAmount, "What came back, above zero")->type_name("AMOUNT");
   edit->add_option("-a,--account", edited->account, "Where it came back to")->type_name("NAME");
   edit->add_option("-d,--date", edited->date, "When")->type_name("DATE");
   addRoundOption(*edit, edited->amounts);
 
-  command("remove", "REFUND", ofRefund, removeRefund);
+  command("remove", "REFUND", kRefund, removeRefund);
 }
 
 }  // namespace moniva

@@ -132,7 +132,7 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
   app->add_option("--amount", edit->amount, "The amount, above zero")->type_name("AMOUNT");
   pair(app->add_option("--foreign", edit->foreign, "What it was in another currency: amount and code")
            ->type_name("AMOUNT CODE"),
-       "--no-foreign", edit->noForeign, "In no other currency");
+       "--no-foreign", edit->noForeign, toTranslate("In no other currency"));
   auto* category = app->add_option("-c,--category", edit->category, "The category")->type_name("NAME");
   auto* subcategory =
       app->add_option("-s,--subcategory", edit->subcategory, "The subcategory")->type_name("NAME");
@@ -141,16 +141,16 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
       ->excludes(subcategory);
   pair(app->add_option("--vendor,--payee,--payer", edit->vendor, "Who was paid, or who paid")
            ->type_name("NAME"),
-       "--no-vendor", edit->noVendor, "No vendor");
+       "--no-vendor", edit->noVendor, toTranslate("No vendor"));
   pair(app->add_option("-a,--account", edit->account, "The account it was paid from, or into")
            ->type_name("NAME"),
-       "--no-account", edit->noAccount, "From no account");
+       "--no-account", edit->noAccount, toTranslate("From no account"));
   pair(app->add_option("-b,--book", edit->book, "The book")->type_name("NAME"), "--no-book", edit->noBook,
-       "In no book: it becomes a payment by itself, without a category");
+       toTranslate("In no book: it becomes a payment by itself, without a category"));
   app->add_option("-d,--date", edit->date, "When")->type_name("DATE");
   app->add_option("-n,--note", edit->note, "The note; \"\" for none")->type_name("TEXT");
   auto* reimburse = app->add_flag("--reimburse", edit->reimburse, "To be reimbursed");
-  pair(reimburse, "--no-reimburse", edit->noReimburse, "Not to be reimbursed");
+  pair(reimburse, "--no-reimburse", edit->noReimburse, toTranslate("Not to be reimbursed"));
   app->add_flag("--create", edit->create, "Make the category or subcategory when it is new");
   addRoundOption(*app, edit->amounts);
   line.onRun(app, [edit](Session& session) { editSpend(session, *edit); });

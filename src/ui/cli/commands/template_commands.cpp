@@ -290,7 +290,7 @@ void addTemplateCommands(CommandLine& line) {
     app->add_option("TITLE", options->title, help)->required();
     return std::pair(app, options);
   };
-  const char* const which = "Title of the template";
+  constexpr const char* kTitle = toTranslate("Title of the template");
   {
     const auto [save, options] = named("save", saveTemplate, "What the template is to be called");
     save->add_option("RECORD", options->other, "The record to keep, or the end of it as lists show it")
@@ -300,9 +300,9 @@ void addTemplateCommands(CommandLine& line) {
     const auto [list, options] = command("list", listTemplates);
     list->add_flag("--deleted", options->deleted, "Those that were deleted");
   }
-  named("show", showTemplate, which);
+  named("show", showTemplate, kTitle);
   {
-    const auto [use, options] = named("use", useTemplate, which);
+    const auto [use, options] = named("use", useTemplate, kTitle);
     use->add_option("--amount", options->amount, "Another amount than the template's, without a fee")
         ->type_name("AMOUNT");
     use->add_option("--to-amount", options->toAmount,
@@ -312,10 +312,10 @@ void addTemplateCommands(CommandLine& line) {
     addRoundOption(*use, options->amounts);
   }
   {
-    const auto [rename, options] = named("rename", renameTemplate, which);
+    const auto [rename, options] = named("rename", renameTemplate, kTitle);
     rename->add_option("NEW", options->other, "Its new title")->required();
   }
-  named("delete", deleteTemplate, which);
+  named("delete", deleteTemplate, kTitle);
   named("restore", restoreTemplate, "Title of the deleted template");
 }
 

@@ -199,7 +199,7 @@ void listTransfers(Session& session, const TransferOptions& options) {
   Table table({{.title = session.text("Date")},
                {.title = session.text("From")},
                {.title = session.text("To")},
-               {.title = session.text("Left"), .align = Align::right},
+               {.title = session.text("Sent"), .align = Align::right},
                {.title = session.text("Arrived"), .align = Align::right},
                {.title = session.text("Note")},
                {.title = session.text("Record")}});
@@ -237,7 +237,7 @@ void showTransfer(Session& session, const Transfer& transfer) {
   Facts facts(session);
   facts.add(session.text("From"), texts.from);
   facts.add(session.text("To"), texts.to);
-  facts.add(session.text("Left"), texts.left);
+  facts.add(session.text("Sent"), texts.left);
   facts.add(session.text("Arrived"), texts.arrived);
   if (transfer.serviceCharge > 0) facts.add(session.text("Fee"), texts.fee);
   facts.add(session.text("Date"), dayOf(session, transfer.datetime, transfer.paid));
@@ -280,10 +280,10 @@ void addTransferCommands(CommandLine& line) {
     add->add_option("-d,--date", options->date, "When (else now)")->type_name("DATE");
     details(add, *options);
   }
-  const char* const record = "The record of either side, or the end of it as lists show it";
+  constexpr const char* kRecord = toTranslate("The record of either side, or the end of it as lists show it");
   {
     const auto [edit, options] = command("edit", editTransfer);
-    edit->add_option("RECORD", options->eid, record)->required();
+    edit->add_option("RECORD", options->eid, kRecord)->required();
     edit->add_option("--amount", options->amount, "What is moved, without the fee")->type_name("AMOUNT");
     edit->add_option("--from", options->from, "The account the money leaves")->type_name("NAME");
     edit->add_option("--to", options->to, "The account it arrives in")->type_name("NAME");
@@ -304,7 +304,7 @@ void addTransferCommands(CommandLine& line) {
   for (const auto& [name, action] :
        {std::pair("show", &showTyped), {"delete", &deleteTransfer}, {"restore", &restoreTransfer}}) {
     const auto [app, options] = command(name, action);
-    app->add_option("RECORD", options->eid, record)->required();
+    app->add_option("RECORD", options->eid, kRecord)->required();
   }
 }
 
