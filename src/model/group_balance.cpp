@@ -184,7 +184,8 @@ Result<> removeRow(MVAppRoot& root, std::string_view eid, std::string_view reaso
 Result<> checkAccountKey(MVAppRoot& root, std::string_view account, int type) {
   if (account.empty()) return {};
   const auto row = MonivaAccount::getAccountWithPK(root, account);
-  if (!row || row->isDeleted != 0 || row->isBook() || row->isGroup) {
+  if (row && row->isDeleted != 0) return refuse("the account '{}' is deleted", row->title);
+  if (!row || row->isBook() || row->isGroup) {
     return refuse("there is no account with the key '{}'", account);
   }
   return checkTracked(*row, type);
@@ -192,7 +193,8 @@ Result<> checkAccountKey(MVAppRoot& root, std::string_view account, int type) {
 
 Result<> checkBookKey(MVAppRoot& root, std::string_view book) {
   const auto row = MonivaAccount::getAccountWithPK(root, book);
-  if (!row || row->isDeleted != 0 || !row->isBook() || row->isGroup) {
+  if (row && row->isDeleted != 0) return refuse("the book '{}' is deleted", row->title);
+  if (!row || !row->isBook() || row->isGroup) {
     return refuse("there is no book with the key '{}'", book);
   }
   return {};

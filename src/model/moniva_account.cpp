@@ -12,7 +12,7 @@ namespace moniva {
 namespace {
 
 /// What a row is loaded from, in the order in which `read` takes it.
-constexpr std::string_view kColumns =
+constexpr std::string_view kAccountColumns =
     "title, type, beginBalance, currency, enabled, note, budgetEnabled, incomeEnabled, weekStartsOn, "
     "monthstartsOn,"
     " yearStartsOn, totalBalance, orderID, kind, isGroup, editDate, expandOption, deleted";
@@ -92,7 +92,7 @@ std::vector<MonivaAccount> MonivaAccount::list(MVAppRoot& root, int aKind, Rows 
                                                           : "deleted = 0 and isGroup = 0";
   Run run = db->query(fmt::format("select {}, oldTitle from account where kind = ? and {} order by orderID, "
                                   "eid",
-                                  kColumns, chosen),
+                                  kAccountColumns, chosen),
                       {aKind});
   while (run.next()) {
     MonivaAccount row(root);
@@ -106,7 +106,7 @@ std::vector<MonivaAccount> MonivaAccount::list(MVAppRoot& root, int aKind, Rows 
 bool MonivaAccount::getInfo() {
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return false;
-  Run run = db->query(fmt::format("select {} from account where oldTitle = ?", kColumns), {pk});
+  Run run = db->query(fmt::format("select {} from account where oldTitle = ?", kAccountColumns), {pk});
   if (!run.next()) return false;
   read(run);
   return true;

@@ -7,7 +7,7 @@
 namespace moniva {
 namespace {
 
-constexpr std::string_view kColumns =
+constexpr std::string_view kSpendColumns =
     "select amount, note, category, subcategory, datetime, type, repeat, currency2, amount2, account, vendor,"
     " book, repeat_end_date, paid, repeat_seed, barcode, payDate, transferEID, deleted, syear, ipid,"
     " needReimburse, bid from transactions where eid = ?";
@@ -30,7 +30,7 @@ std::optional<Spend> Spend::spendFromEID(MVAppRoot& root, std::string_view eid) 
   if (db == nullptr) return std::nullopt;
   Spend spend(root);
   {
-    Run run = db->query(kColumns, {eid});
+    Run run = db->query(kSpendColumns, {eid});
     if (!run.next()) return std::nullopt;
     spend.isNewOne = false;
     spend.eid = eid;

@@ -32,6 +32,13 @@ inline void refresh(Spend& spend, const TransactionItem& row) {
   spend.paid = row.paid;
 }
 
+/// The kind of what a seed makes or stands for; else the record's own.
+inline int kindInGroup(const Spend& spend, const TransactionGroup& group) {
+  if (spend.type == kind::kRepeatSeed) return spend.advancedType;
+  if (spend.type == kind::kInstallmentSeed && !group.items.empty()) return group.items.front().type;
+  return spend.type;
+}
+
 /// Runs a change of a live record, with the object as the store has it, and marks it edited. The work takes
 /// the row.
 template <class Work>

@@ -30,11 +30,11 @@ Result<> insertPaymentOf(const Spend& spend, const RefundRow& row) {
 }
 
 Result<> checkRefundable(const TransactionItem& row) {
-  if (row.type != kind::kExpense || row.isPayment()) return refuse("only an expense is refunded");
   if (row.advancedType == advanced::kCost || row.advancedType == advanced::kInstallment) {
     return refuse(
         "the shares of a spread cost and of an instalment plan are not refunded; change their amount");
   }
+  if (row.type != kind::kExpense || row.isPayment()) return refuse("only an expense is refunded");
   if (!row.paid) return refuse("the expense is not paid yet; lower its amount instead");
   return {};
 }
@@ -108,7 +108,7 @@ Result<std::string> Spend::refund(double refunded, Date date, const std::string&
   if (auto checked = checkRecordDate(root_->calendar(), date); !checked)
     return tl::make_unexpected(checked.error());
   if (!isPaidAt(date, root_->now())) return refuse("a refund is recorded once it has come");
-  if (auto checked = checkAccountKey(*root_, toAccount, type); !checked)
+  if (auto checked = checkAccountKey(*root_, toAccount, kind::kExpense); !checked)
     return tl::make_unexpected(checked.error());
   std::string refundEid;
   auto changed = changeSpend(*this, [&](const TransactionItem& row) -> Result<> {

@@ -92,7 +92,8 @@ Result<> Transfer::updateAccount(const std::string& account, bool ofA) {
     const auto currency = currencyOfAccount(*root_, key);
     if (!currency) return tl::make_unexpected(currency.error());
     const auto row = MonivaAccount::getAccountWithPK(*root_, key);
-    if (!row || row->isDeleted != 0) return refuse("there is no account with the key '{}'", key);
+    if (!row) return refuse("there is no account with the key '{}'", key);
+    if (row->isDeleted != 0) return refuse("the account '{}' is deleted", row->title);
     auto tracked = checkTracked(*row, ofA ? kind::kTransferOut : kind::kTransferIn);
     if (!tracked) return tracked;
     const auto device = root_->itsUDID();
