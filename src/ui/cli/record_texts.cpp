@@ -32,7 +32,13 @@ std::string titleOf(const std::shared_ptr<const MonivaAccount>& holder) {
 }  // namespace
 
 RecordTexts::RecordTexts(Session& session, RecordNames& names, const RecordWhole& whole)
-    : session_(session), names_(names), whole_(whole), currency_(whole.currency(names)) {}
+    : RecordTexts(session, names, whole, whole.currency(names)) {}
+
+RecordTexts::RecordTexts(Session& session, RecordNames& names, const RecordWhole& whole, std::string currency)
+    : session_(session),
+      names_(names),
+      whole_(whole),
+      currency_(currency.empty() ? ownCurrency(session) : std::move(currency)) {}
 
 std::string RecordTexts::money(double amount) const {
   return session_.amounts().format(amount, currency_);
@@ -135,11 +141,14 @@ std::string RecordTexts::paidFrom() const {
   } else {
     const auto payments = whole_.regularPayments();
     const bool apart = payments.size() > 1 || whole_.open() > 0;
-    for (const auto& payment : payments) {
-      if (!payment.paid) continue;
-      const auto from = account(payment.account);
-      if (from.empty()) continue;
-      texts.add(apart ? fmt::format("{} ({})", from, money(payment.amount)) : from);
+    for (const auto& key : whole_.accounts()) {
+      double paid = 0;
+      for (const auto& payment : payments) {
+        if (payment.paid && payment.account == key) paid += payment.amount;
+      }
+      const auto from = account(key);
+      if (from.empty() || paid <= 0) continue;
+      texts.add(apart ? fmt::format("{} ({})", from, money(paid)) : from);
     }
   }
   const auto from = texts.joined();
@@ -202,12 +211,14 @@ std::string RecordTexts::now(const std::string& eid) const {
   alone.head = *part;
   alone.head.connectionUUID.clear();
   alone.group.items.push_back(*part);
-  return RecordTexts(session_, names_, alone).described() + " " +
+  // What paid for the cart tells the currency of its items.
+  return RecordTexts(session_, names_, alone, currency_).described() + " " +
          session_.text("Its cart comes to {}.", amount()) + stillOpen();
 }
 
 std::string RecordTexts::currencyNotes() const {
   std::vector<std::string> keys = whole_.accounts();
+  for (const auto& refund : whole_.refunds()) keys.push_back(refund.account);
   for (const auto& item : whole_.group.items) keys.push_back(item.book);
   TextsOnce texts;
   for (const auto& key : keys) {

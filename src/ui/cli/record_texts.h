@@ -14,6 +14,8 @@ class RecordTexts {
  public:
   /// Both have to outlive the object.
   RecordTexts(Session& session, RecordNames& names, const RecordWhole& whole);
+  /// The same with amounts in that currency; a blank one stands for ownCurrency().
+  RecordTexts(Session& session, RecordNames& names, const RecordWhole& whole, std::string currency);
 
   const RecordWhole& whole() const { return whole_; }
   /// An amount in the record's currency: "€12.50".

@@ -256,6 +256,11 @@ std::string currencyTyped(const Session& session, const std::string& code) {
   throw notUnderstood("'{}' is no currency; codes have three capital letters, such as EUR", code);
 }
 
+std::string ownCurrency(Session& session) {
+  const auto& book = session.root().monivaAccount;
+  return book && !book->currency.empty() ? book->currency : session.defaultCurrency();
+}
+
 MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant) {
   if (name.empty()) {
     const auto& current = session.root().monivaAccount;

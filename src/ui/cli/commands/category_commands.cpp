@@ -227,7 +227,7 @@ void moveCategory(Session& session, const CategoryOptions& options) {
                                           pathOf(category), followers(session, change)));
 }
 
-void moveRecords(Session& session, const CategoryOptions& options) {
+void moveCategoryRecords(Session& session, const CategoryOptions& options) {
   std::optional<Date> from;
   std::optional<Date> to;
   if (!options.from.empty()) from = typed(parsePeriod(options.from, session.calendar(), session.now())).first;
@@ -302,7 +302,7 @@ void addCategoryCommands(CommandLine& line) {
     move->add_flag("--merge", options->merge, "Make it one with the category of its name there");
   }
   {
-    const auto [records, options] = command("move-records", moveRecords);
+    const auto [records, options] = command("move-records", moveCategoryRecords);
     records->add_option("FROM", options->name, "The category they have, or have a subcategory of")
         ->required();
     records->add_option("TO", options->other, "The category they get")->required();

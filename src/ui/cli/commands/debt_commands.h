@@ -20,6 +20,8 @@ std::string debtorNamed(Session& session, const std::string& name);
 std::string debtText(const Session& session, const Debt& debt);
 /// The title of the account of that key; for none the text that says so.
 std::string accountText(Session& session, const std::string& account);
+/// "Borrowed €50.00 from Anna, into Cash, on Jun 15, 2024 12:00."
+std::string debtSentence(Session& session, const Debt& debt);
 /// The debt with its repayments.
 boost::json::object jsonOf(Session& session, const Debt& debt);
 
@@ -28,5 +30,7 @@ void showDebt(Session& session, const Debt& debt);
 
 /// The commands that show debts and change nothing.
 void addDebtViewCommands(CommandLine& line, CLI::App& debt);
+/// The commands that change, delete and restore what is there.
+void addDebtEditCommands(CommandLine& line, CLI::App& debt);
 
 }  // namespace moniva

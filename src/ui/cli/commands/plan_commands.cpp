@@ -38,6 +38,12 @@ int partsTyped(const std::string& text) {
   throw notUnderstood("'{}' is no number of instalments; it is a whole number, 1 to 60", printable(text));
 }
 
+/// A day of the range a cost is for; a blank one is a slip, not today.
+Date rangeDay(Session& session, const std::string& text) {
+  if (text.empty()) throw notUnderstood("the days that a cost is for need a date each");
+  return dayTyped(session, text);
+}
+
 /// A new record of the total, before it is divided.
 Spend newWhole(Session& session, const PlanOptions& options) {
   Spend whole(session.root());
@@ -107,7 +113,7 @@ void addCost(Session& session, const PlanOptions& options) {
       session, options.fields.dryRun,
       [&] {
         Spend whole = newWhole(session, options);
-        done(whole.saveApportionedCost(dayTyped(session, options.from), dayTyped(session, options.to)));
+        done(whole.saveApportionedCost(rangeDay(session, options.from), rangeDay(session, options.to)));
         return whole.eid;
       },
       [&](const RecordTexts& texts) { return addedText(session, texts); });
@@ -122,7 +128,7 @@ void spreadCost(Session& session, const PlanOptions& options) {
           throw refused("the record is divided already; only a plain one or one with payments is spread");
         }
         Spend whole = spendOf(session, record.head.eid);
-        done(whole.saveApportionedCost(dayTyped(session, options.from), dayTyped(session, options.to)));
+        done(whole.saveApportionedCost(rangeDay(session, options.from), rangeDay(session, options.to)));
         return whole.eid;
       },
       [&](const RecordTexts& texts) { return planNow(session, texts); });
@@ -200,8 +206,8 @@ void addCostCommands(CommandLine& line) {
   spread.addRange();
   addDryRun(*spread.app, spread.options->fields.dryRun);
   const auto change = planCommand(line, *family, "change", [](Session& session, const PlanOptions& options) {
-    const Date from = dayTyped(session, options.from);
-    const Date to = dayTyped(session, options.to);
+    const Date from = rangeDay(session, options.from);
+    const Date to = rangeDay(session, options.to);
     changeSeed(session, options, advanced::kCost,
                [&](Spend& seed) { done(seed.updateApportionedCost(from, to)); });
   });

@@ -24,7 +24,7 @@ MVTransaction transactionTyped(Session& session, const std::string& text) {
 }
 
 std::string amountText(Session& session, const MVTransaction& row) {
-  const auto currency = row.currency.empty() ? session.defaultCurrency() : row.currency;
+  const auto currency = row.currency.empty() ? ownCurrency(session) : row.currency;
   return session.amounts().format(row.amount, currency);
 }
 
@@ -61,15 +61,17 @@ void showOther(Session& session, const MVTransaction& row) {
   }
   Facts facts(session);
   facts.add(session.text("Kind"), kindOfRow(session, row));
-  if (const auto kept = RecordTemplate::templateFromEID(session.root(), row.eid)) {
-    facts.add(session.text("Title"), kept->title);
-  }
+  const auto kept = RecordTemplate::templateFromEID(session.root(), row.eid);
+  if (kept) facts.add(session.text("Title"), kept->title);
   facts.add(session.text("Amount"), amountText(session, row));
-  facts.add(session.text("Date"), dateText(session, row.datetime));
+  // A template has no day of its own.
+  if (!kept) facts.add(session.text("Date"), dateText(session, row.datetime));
   if (!row.categoryString.empty()) facts.add(session.text("Category"), row.categoryString);
   if (row.paymentAccount) facts.add(session.text("Account"), row.paymentAccount->title);
   if (row.bookAccount) facts.add(session.text("Book"), row.bookAccount->title);
-  if (!row.noteString.empty()) facts.add(session.text("Note"), row.noteString);
+  if (const auto& note = kept ? kept->note : row.noteString; !note.empty()) {
+    facts.add(session.text("Note"), note);
+  }
   if (row.deleted != 0) facts.add(session.text("State"), session.text("deleted"));
   facts.add(session.text("Record"), row.eid);
   facts.print();
@@ -104,7 +106,7 @@ std::string textOf(Session& session, const MVTransaction& row) {
     return session.text("{}, on {}.", debtText(session, *debt), dateText(session, debt->datetime));
   }
   if (row.isRepayment()) {
-    return session.text("{}, {}, on {}.", printable(row.noteString), amountText(session, row),
+    return session.text("a repayment of {}, {}, on {}.", amountText(session, row), printable(row.noteString),
                         dateText(session, row.datetime));
   }
   return session.text("{}, {}.", kindOfRow(session, row), amountText(session, row));
@@ -113,7 +115,8 @@ std::string textOf(Session& session, const MVTransaction& row) {
 /// "Deleted the cart of 3 items and its 2 payments."
 std::string deletedText(Session& session, const RecordWhole& whole) {
   const auto items = static_cast<std::int64_t>(whole.group.items.size());
-  const auto payments = static_cast<std::int64_t>(whole.group.payments.size());
+  const auto payments = static_cast<std::int64_t>(whole.regularPayments().size());
+  const auto refunds = static_cast<std::int64_t>(whole.refunds().size());
   RecordNames names(session.root());
   const RecordTexts texts(session, names, whole);
   if (!whole.isCompound()) return session.text("Deleted {}", texts.described());
@@ -121,10 +124,16 @@ std::string deletedText(Session& session, const RecordWhole& whole) {
       whole.isCart() ? session.count("Deleted the cart of {} item", "Deleted the cart of {} items", items)
       : whole.isPlan()
           ? session.count("Deleted the plan of {} instalment", "Deleted the plan of {} instalments", items)
-      : whole.isSpread() ? session.count("Deleted the cost spread over {} month",
-                                         "Deleted the cost spread over {} months", items)
-                         : session.text("Deleted {}", texts.noun());
-  if (payments > 0) line += session.count(" and its {} payment", " and its {} payments", payments);
+      : whole.isSpread()              ? session.count("Deleted the cost spread over {} month",
+                                                      "Deleted the cost spread over {} months", items)
+      : whole.type() == kind::kIncome ? session.text("Deleted the income")
+                                      : session.text("Deleted the expense");
+  if (refunds > 0 && payments > 0) {
+    line += session.count(" with its {} payment", " with its {} payments", payments) +
+            session.count(" and {} refund", " and {} refunds", refunds);
+  } else if (payments > 0) {
+    line += session.count(" and its {} payment", " and its {} payments", payments);
+  }
   return line + ": " + texts.amount() + texts.details();
 }
 

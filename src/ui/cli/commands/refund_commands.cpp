@@ -40,12 +40,24 @@ Spend expenseTyped(Session& session, const std::string& text, RecordWhole* whole
 
 /// Where the money comes back to unless that is said: the account that paid. Ends the command where there
 /// are several.
-std::string accountThatPaid(const RecordWhole& whole) {
+std::string accountThatPaid(Session& session, const RecordWhole& whole) {
   const auto accounts = whole.accounts();
   if (accounts.size() > 1) {
     throw refused("the expense was paid from several accounts; say which one the money came back to");
   }
-  return accounts.empty() ? std::string() : accounts.front();
+  if (accounts.empty()) return {};
+  if (const auto account = MonivaAccount::getAccountWithPK(session.root(), accounts.front())) {
+    requireOpen(*account);
+  }
+  return accounts.front();
+}
+
+/// Ends the command where more would come back than there is.
+void requireLeft(Session& session, const RecordWhole& whole, double amount, double left) {
+  if (withoutNoise(amount - left) <= 0) return;
+  RecordNames names(session.root());
+  const RecordTexts texts(session, names, whole);
+  throw refused("{} is more than the {} that is left of the expense", texts.money(amount), texts.money(left));
 }
 
 /// "€3.00 to Cash, on Jun 15, 2024 12:00"
@@ -64,9 +76,14 @@ void answerRefund(Session& session, const TransactionItem& refund, const std::st
   if (session.options().json) return session.printJson(jsonOf(session, names, refund));
   const auto whole = wholeRecord(session, expense);
   const RecordTexts texts(session, names, whole);
-  auto left = session.text("{} of the expense is left.", texts.money(whole.total()));
+  auto left = whole.total() > 0 ? session.text("{} of the expense is left.", texts.money(whole.total()))
+                                : session.text("Nothing of the expense is left.");
   for (const auto& item : whole.group.items) {
     if (!whole.isCart() || item.eid != expense) continue;
+    if (item.amount <= 0) {
+      left = session.text("Nothing of that item is left.");
+      break;
+    }
     RecordWhole alone;
     alone.group.items.push_back(item);
     const auto what = RecordTexts(session, names, alone).categories();
@@ -100,14 +117,9 @@ void addRefund(Session& session, const RefundOptions& options) {
     const double amount =
         options.all ? spend.amount
                     : amountTyped(session, options.amount, currencyOf(session, whole), options.amounts);
-    const auto account =
-        accountName.empty() ? accountThatPaid(whole) : accountNamed(session, accountName, Meant::open).pk;
-    if (const double more = withoutNoise(amount - spend.amount); more > 0) {
-      RecordNames names(session.root());
-      const RecordTexts texts(session, names, whole);
-      throw refused("{} is more than the {} that is left of the expense", texts.money(amount),
-                    texts.money(spend.amount));
-    }
+    const auto account = accountName.empty() ? accountThatPaid(session, whole)
+                                             : accountNamed(session, accountName, Meant::open).pk;
+    requireLeft(session, whole, amount, spend.amount);
     expense = spend.eid;
     refund = done(spend.refund(amount, date, account));
   });
@@ -159,10 +171,11 @@ void editRefund(Session& session, const RefundOptions& options) {
   changeStore(session, [&] {
     const auto refund = refundTyped(session, options.eid, &expense);
     eid = refund.eid;
-    const auto currency = currencyOf(session, wholeRecord(session, eid));
-    const double amount = options.newAmount
-                              ? amountTyped(session, *options.newAmount, currency, options.amounts)
-                              : -refund.amount;
+    const auto whole = wholeRecord(session, eid);
+    const double amount = options.newAmount ? amountTyped(session, *options.newAmount,
+                                                          currencyOf(session, whole), options.amounts)
+                                            : -refund.amount;
+    requireLeft(session, whole, amount, withoutNoise(spendOf(session, expense).amount - refund.amount));
     const Date date = options.date.empty() ? refund.datetime : momentTyped(session, options.date);
     const auto account =
         options.account.empty() ? refund.account : accountNamed(session, options.account, Meant::open).pk;

@@ -87,15 +87,26 @@ void changeCategory(Session& session, Spend& spend, const SpendEdit& edit, int t
   if (chosen) done(spend.updateCategory(chosen->category, chosen->subcategory));
 }
 
+/// Ends the command for a row that paid for a record, or came back of it: that has commands of its own.
+void requireNoPart(const RecordWhole& whole, const std::string& eid) {
+  if (!whole.isCompound()) return;
+  const auto& payments = whole.group.payments;
+  const auto part = std::ranges::find(payments, eid, &TransactionItem::eid);
+  if (part == payments.end()) return;
+  throw part->isRefund() ? refused("this is a refund; change it with: moniva refund edit {}", shortEid(eid))
+  : part->isRest()
+      ? refused("this is what is still to be paid; pay it with: moniva payment add {} AMOUNT ACCOUNT",
+                shortEid(eid))
+      : refused("this is a payment; change it with: moniva payment edit {}", shortEid(eid));
+}
+
 void editSpend(Session& session, const SpendEdit& edit) {
   if (edit.isEmpty()) throw notUnderstood("say what to change, such as --amount 12.50 or --note \"...\"");
   std::string eid;
   changeStore(session, [&] {
     const auto whole = wholeTyped(session, edit.eid, &eid);
+    requireNoPart(whole, eid);
     Spend spend = spendOf(session, eid);
-    if (spend.bid == kPaymentRow && whole.isCompound()) {
-      throw refused("this is a payment; change it with: moniva payment edit {}", shortEid(eid));
-    }
     changeAccount(session, spend, edit, whole.type());
     changeAmounts(session, spend, edit);
     changeBook(session, spend, edit);
@@ -161,9 +172,16 @@ void markSpend(Session& session, const std::string& text, bool paid) {
   bool changed = false;
   changeStore(session, [&] {
     const auto whole = wholeTyped(session, text, &eid);
+    const auto& payments = whole.group.payments;
+    if (whole.isCompound() && std::ranges::find(payments, eid, &TransactionItem::eid) != payments.end()) {
+      throw paid ? refused("this is a payment; mark it with: moniva payment paid {}", shortEid(eid))
+                 : refused("this is a payment; mark it with: moniva payment pending {}", shortEid(eid));
+    }
     Spend spend = spendOf(session, eid);
-    changed = spend.paid != paid || (whole.isCompound() && (paid ? whole.open() > 0 : true));
-    if (changed) done(paid ? spend.paidIt() : spend.unpaidIt());
+    const bool wasPaid = spend.paid;
+    if (wasPaid == paid && !whole.isCompound()) return;
+    done(paid ? spend.paidIt() : spend.unpaidIt());
+    changed = spendOf(session, eid).paid != wasPaid || wholeRecord(session, eid).open() != whole.open();
   });
   answerChanged(session, eid, [&](const RecordTexts& texts) {
     const auto now = texts.now(eid);
@@ -177,12 +195,16 @@ struct ToBook {
   std::string book;
 };
 
+MonivaAccount bookOf(Session& session, const ToBook& to) {
+  if (to.book.empty()) throw notUnderstood("--book needs the name of a book");
+  return bookNamed(session, to.book, Meant::open);
+}
+
 void copySpend(Session& session, const ToBook& to) {
-  MonivaAccount book(session.root());
   std::string copy;
   changeStore(session, [&] {
     const auto whole = wholeTyped(session, to.eid);
-    book = bookNamed(session, to.book, Meant::open);
+    const auto book = bookOf(session, to);
     copy = done(spendOf(session, whole.head.eid).copyToBook(book.pk));
   });
   answerChanged(session, copy,
@@ -193,7 +215,7 @@ void moveSpend(Session& session, const ToBook& to) {
   std::string eid;
   changeStore(session, [&] {
     const auto whole = wholeTyped(session, to.eid, &eid);
-    const auto book = bookNamed(session, to.book, Meant::open);
+    const auto book = bookOf(session, to);
     if (spendOf(session, eid).bid == kPaymentRow && whole.isCompound()) eid = whole.head.eid;
     done(spendOf(session, eid).moveToBook(book.pk));
   });

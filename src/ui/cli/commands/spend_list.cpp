@@ -1,5 +1,4 @@
 #include <boost/json.hpp>
-#include <limits>
 
 #include "calendar/parse_date.h"
 #include "model/mv_category.h"
@@ -83,7 +82,7 @@ RecordQuery queryTyped(Session& session, const ListOptions& options) {
 /// Prints the records one a line; says so where there are more than asked for.
 void printRecords(Session& session, RecordQuery query, std::int64_t limit, const std::string& none) {
   // One more tells whether there is more.
-  query.limit = limit < std::numeric_limits<std::int64_t>::max() ? limit + 1 : limit;
+  query.limit = limit > 0 ? limit + 1 : -1;
   RecordNames names(session.root());
   boost::json::array list;
   Table table({{.title = session.text("Record")},
@@ -96,7 +95,7 @@ void printRecords(Session& session, RecordQuery query, std::int64_t limit, const
   std::int64_t shown = 0;
   bool more = false;
   done(listRecords(session.root(), query, [&](const RecordWhole& whole) {
-    if (shown == limit) {
+    if (limit > 0 && shown == limit) {
       more = true;
       return;
     }
@@ -113,18 +112,17 @@ void printRecords(Session& session, RecordQuery query, std::int64_t limit, const
   if (session.options().json) return session.printJson(list);
   if (table.empty()) return session.say(none);
   session.out() << table.render(session.style(), session.width());
-  if (more) session.say(session.text("There are more; --limit shows more of them."));
+  if (more) session.say(session.text("There are more; --limit 0 lists all of them."));
 }
 
 void addLimit(CLI::App& command, std::int64_t& limit) {
-  command.add_option("--limit", limit, "How many at most (else 20)")
+  command.add_option("--limit", limit, "How many at most; 0 for all (else 20)")
       ->type_name("N")
       ->check(CLI::Validator(
           [](const std::string& text) {
             const bool isCount = !text.empty() && text.size() < 10 &&
-                                 text.find_first_not_of("0123456789") == std::string::npos &&
-                                 text.find_first_not_of('0') != std::string::npos;
-            return isCount ? std::string() : "a list has 1 record or more";
+                                 text.find_first_not_of("0123456789") == std::string::npos;
+            return isCount ? std::string() : "it is a whole number; 0 lists all";
           },
           ""));
 }

@@ -84,6 +84,9 @@ void saveTemplate(Session& session, const TemplateOptions& options) {
         const auto transfer = Transfer::transferFromEID(root, eid);
         const auto spend = Spend::spendFromEID(root, eid);
         if (!transfer && !spend) throw refused("there is no record '{}'", printable(options.other));
+        if (transfer ? transfer->isDeleted != 0 : spend->isDeleted != 0) {
+          throw refused("the record is deleted; bring it back with: moniva restore {}", shortEid(eid));
+        }
         auto made = done(transfer ? RecordTemplate::of(root, *transfer) : RecordTemplate::of(root, *spend));
         made.title = wellFormed(options.title, "the title");
         done(made.add());

@@ -116,7 +116,7 @@ void changeAccounts(Session& session, Transfer& transfer, const TransferOptions&
   if (!toFirst && !options.to.empty()) done(transfer.updateAccountB(to.pk));
 }
 
-void changeAmounts(Session& session, Transfer& transfer, const TransferOptions& options) {
+void changeTransferAmounts(Session& session, Transfer& transfer, const TransferOptions& options) {
   MVAppRoot& root = session.root();
   const auto from = MonivaAccount::getAccountWithPK(root, transfer.accountA);
   const auto to = MonivaAccount::getAccountWithPK(root, transfer.accountB);
@@ -159,7 +159,7 @@ void editTransfer(Session& session, const TransferOptions& options) {
     }
     changeAccounts(session, one, options);
     if (!options.fee.empty() || !options.amount.empty() || !options.toAmount.empty()) {
-      changeAmounts(session, one, options);
+      changeTransferAmounts(session, one, options);
     }
     if (date) done(one.updateDate(*date));
     if (options.note) done(one.updateNote(asTyped(*options.note, "the note")));

@@ -225,7 +225,7 @@ void renameVendor(Session& session, const VendorOptions& options) {
                    followed(session, records));
 }
 
-void moveRecords(Session& session, const VendorOptions& options) {
+void moveVendorRecords(Session& session, const VendorOptions& options) {
   Vendor from = soleVendorNamed(session, options.name, options, true);
   const Vendor to = soleVendorNamed(session, options.other, options);
   const auto records = from.recordCount();
@@ -352,7 +352,7 @@ void addVendorCommands(CommandLine& line) {
   rename.first->add_option("OLD", rename.second->name, "Its name so far")->required();
   rename.first->add_option("NEW", rename.second->other, "Its new name")->required();
   rename.first->add_flag("--merge", rename.second->merge, "Make it one with the vendor of that name");
-  auto move = command("move-records", moveRecords);
+  auto move = command("move-records", moveVendorRecords);
   move.first->add_option("FROM", move.second->name, "Whose records; a deleted vendor's too")->required();
   move.first->add_option("TO", move.second->other, "Who has them from now on")->required();
   auto order = command("order", orderVendors);
