@@ -59,6 +59,14 @@ const TransactionItem* ownPayment(const TransactionGroup& group) {
   return says ? &payment : nullptr;
 }
 
+/// Removes a payment row from its record for good.
+Result<> takeFromGroup(MVAppRoot& root, std::string_view eid) {
+  return write(root,
+               "update transactions set deleted = 3, ipid = 'delete with deleteRefund', editDate = ?,"
+               " edit_ipid = ?, syear = 0, transferEID = '' where eid = ?",
+               root.editStamp(), root.itsUDID(), eid);
+}
+
 /// The live refund of that `eid`.
 Result<TransactionItem> refundFromEID(MVAppRoot& root, std::string_view eid) {
   auto row = TransactionItem::fromEID(root, eid);
@@ -154,11 +162,7 @@ Result<> Spend::deleteRefund(std::string_view refundEid) {
   Spend expense = *owner;
   auto changed = changeSpend(expense, [&](const TransactionItem& row) -> Result<> {
     const std::string uuid = row.connectionUUID;
-    auto written =
-        write(*root_,
-              "update transactions set deleted = 3, ipid = 'delete with deleteRefund', editDate = ?,"
-              " edit_ipid = ?, syear = 0, transferEID = '' where eid = ?",
-              root_->editStamp(), root_->itsUDID(), refundEid);
+    auto written = takeFromGroup(*root_, refundEid);
     if (!written) return written;
     const auto group = TransactionGroup::of(*root_, uuid);
     if (!group) return tl::make_unexpected(group.error());
@@ -172,10 +176,7 @@ Result<> Spend::deleteRefund(std::string_view refundEid) {
           "update transactions set amount = ?, ipid = 'batchEdit', editDate = ?, edit_ipid = ? where eid = ?",
           expense.amount, root_->editStamp(), root_->itsUDID(), expense.eid);
     }
-    written = write(*root_,
-                    "update transactions set deleted = 3, ipid = 'delete with deleteRefund', editDate = ?,"
-                    " edit_ipid = ?, syear = 0, transferEID = '' where eid = ?",
-                    root_->editStamp(), root_->itsUDID(), own->eid);
+    written = takeFromGroup(*root_, own->eid);
     if (!written) return written;
     expense.account = own->account;
     expense.connectionUUID.clear();

@@ -141,6 +141,14 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
       fmt::format("{{{}}}", fmt::join(words, ",")));
 }
 
+CLI::Validator notEmpty() {
+  return CLI::Validator(
+      [](const std::string& word) {
+        return word.empty() ? "it is empty; leave the option out for no change" : std::string();
+      },
+      "");
+}
+
 CLI::App* CommandLine::add(CLI::App& parent, const std::string& name) {
   CLI::App* command = parent.add_subcommand(name);
   command->fallthrough();

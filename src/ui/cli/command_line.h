@@ -44,6 +44,9 @@ class CommandLine {
 
 /// A check that a value is one of some words; it refuses any other with a sentence that lists them.
 CLI::Validator oneOf(const std::vector<std::string>& words);
+/// Refuses an empty word, for options that change what is there: a variable that was not set (--amount
+/// "$SUM") must not pass for an option that was left out.
+CLI::Validator notEmpty();
 
 /// The first word of a line that the parser cannot have understood ("bok", "--jsn", the "-5" of an amount
 /// with a sign), as a sentence with the nearest thing there is; nothing when the line has no such word.

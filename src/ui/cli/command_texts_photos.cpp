@@ -7,8 +7,7 @@ std::vector<CommandText> photoTexts() {
       {"photo",
        "photos of records",
        "Receipts and other images, kept beside the data file in the folder \"photos\". A record is named by "
-       "its "
-       "eid, which --json tells, or by the last characters of it.",
+       "its eid, which --json tells, or by the last characters of it.",
        {{"moniva photo add 5f0c1a2b receipt.jpg", "attach an image to a record"},
         {"moniva photo list 5f0c1a2b", "see the photos of a record"},
         {"moniva photo export 5f0c1a2b ~/Desktop", "copy them out"}}},

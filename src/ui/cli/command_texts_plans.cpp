@@ -7,8 +7,7 @@ std::vector<CommandText> planTexts() {
       {"instalment",
        "expenses paid in instalments",
        "A total in equal shares, one a month; the first takes what rounding leaves. Instalments that lie "
-       "ahead "
-       "are pending until their day.",
+       "ahead are pending until their day.",
        {{"moniva instalment add 1200 12 -c Household -a Checking --dry-run", "see the plan"},
         {"moniva instalment divide 5f0c1a2b 6", "an expense that is there"},
         {"moniva instalment list", "the plans there are"}}},

@@ -253,9 +253,11 @@ void addPaymentCommands(CommandLine& line) {
   auto* account = edit->add_option("-a,--account", edited->newAccount, "The account it is paid from, or into")
                       ->type_name("NAME");
   edit->add_flag("--no-account", edited->noAccount, "From no account")->excludes(account);
-  edit->add_option("-d,--date", edited->date, "When")->type_name("DATE");
+  edit->add_option("-d,--date", edited->date, "When")->type_name("DATE")->check(notEmpty());
   edit->add_option("-n,--note", edited->newNote, "The note; \"\" for none")->type_name("TEXT");
-  edit->add_option("--fee", edited->fee, "How much of the amount is a fee")->type_name("AMOUNT");
+  edit->add_option("--fee", edited->fee, "How much of the amount is a fee")
+      ->type_name("AMOUNT")
+      ->check(notEmpty());
   addRoundOption(*edit, edited->amounts);
 
   command("paid", "PAYMENT", kPayment,

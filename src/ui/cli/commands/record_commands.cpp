@@ -181,12 +181,11 @@ void deleteAny(Session& session, const std::string& text) {
     answer += " " + session.text("It is now {}", texts.described()) + texts.stillOpen();
   });
   if (!session.options().json) return session.answer(answer);
-  RecordNames names(root);
-  if (const auto whole = done(RecordWhole::of(root, eid))) {
-    return session.printJson(jsonOf(session, names, *whole));
-  }
+  // A part that went by itself can no longer be shown.
   const auto item = TransactionItem::fromEID(root, eid);
-  session.printJson(item ? jsonOf(session, names, *item) : boost::json::object());
+  if (!item || item->isDeleted <= 1) return showAny(session, eid);
+  RecordNames names(root);
+  session.printJson(jsonOf(session, names, *item));
 }
 
 void restoreAny(Session& session, const std::string& text) {

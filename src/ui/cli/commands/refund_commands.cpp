@@ -224,8 +224,10 @@ void addRefundCommands(CommandLine& line) {
 
   const auto [edit, edited] = command("edit", "REFUND", kRefund, editRefund);
   edit->add_option("--amount", edited->newAmount, "What came back, above zero")->type_name("AMOUNT");
-  edit->add_option("-a,--account", edited->account, "Where it came back to")->type_name("NAME");
-  edit->add_option("-d,--date", edited->date, "When")->type_name("DATE");
+  edit->add_option("-a,--account", edited->account, "Where it came back to")
+      ->type_name("NAME")
+      ->check(notEmpty());
+  edit->add_option("-d,--date", edited->date, "When")->type_name("DATE")->check(notEmpty());
   addRoundOption(*edit, edited->amounts);
 
   command("remove", "REFUND", kRefund, removeRefund);

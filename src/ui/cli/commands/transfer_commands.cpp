@@ -289,6 +289,9 @@ void addTransferCommands(CommandLine& line) {
     edit->add_option("--to", options->to, "The account it arrives in")->type_name("NAME");
     edit->add_option("-d,--date", options->date, "When")->type_name("DATE");
     details(edit, *options);
+    for (const char* changed : {"--amount", "--from", "--to", "--date", "--to-amount", "--fee"}) {
+      edit->get_option(changed)->check(notEmpty());
+    }
   }
   {
     const auto [list, options] = command("list", listTransfers);
