@@ -88,7 +88,7 @@ void printRecords(Session& session, RecordQuery query, std::int64_t limit, const
   Table table({{.title = session.text("Record")},
                {.title = session.text("Date")},
                {.title = session.text("Category")},
-               {.title = session.text("Vendor or note")},
+               {.title = session.text("Vendor or note"), .maxWidth = 60},
                {.title = session.text("Amount"), .align = Align::right},
                {.title = session.text("Account")},
                {.title = ""}});

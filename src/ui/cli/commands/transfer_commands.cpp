@@ -201,7 +201,7 @@ void listTransfers(Session& session, const TransferOptions& options) {
                {.title = session.text("To")},
                {.title = session.text("Sent"), .align = Align::right},
                {.title = session.text("Arrived"), .align = Align::right},
-               {.title = session.text("Note")},
+               {.title = session.text("Note"), .maxWidth = 60},
                {.title = session.text("Record")}});
   for (const auto& transfer : transfers) {
     const TransferTexts texts(session, transfer);
