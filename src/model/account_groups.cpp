@@ -43,6 +43,17 @@ Result<std::vector<MonivaAccount>> getGroupMembers(const MonivaAccount& group) {
 }
 
 Result<std::vector<MonivaAccount>> getFatherGroup(const MonivaAccount& account) {
+  Connection* db = account.root().db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  {
+    // Most are in no group, which every entry of a record asks for.
+    Run run = db->query("select 1 from category where title = ? and type = ? and deleted = 0 limit 1",
+                        {account.pk, membershipType(account.aKind)});
+    if (!run.next()) {
+      if (!run.ok()) return tl::make_unexpected(db->refusal());
+      return std::vector<MonivaAccount>();
+    }
+  }
   return rowsOfKeys(
       account.root(),
       "select oldTitle from account where oldTitle in (select parent from category where title = ?"

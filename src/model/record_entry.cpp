@@ -41,7 +41,11 @@ void EntryUpkeep::noteUses(const Spend& spend, int times) {
   if (!spend.subcategory.empty() && spend.subcategory != spend.category) {
     categoryUses_[{spend.subcategory, spend.book, spend.type}] += times;
   }
-  if (!spend.vendor.empty()) vendors_[spend.vendor] = spend.type;
+  if (spend.vendor.empty()) return;
+  auto& use = vendors_[spend.vendor];
+  use.type = spend.type;
+  use.entered += times;
+  use.anyLess = use.anyLess || times < 0;
 }
 
 void EntryUpkeep::note(const Payment& payment) {
@@ -75,9 +79,13 @@ Result<> EntryUpkeep::writeAll(Balances balances) {
     if (category && !category->updateUsingCount(book.value_or(MonivaAccount(*root_)), uses))
       return refusalOfStore(*root_);
   }
-  for (const auto& [key, type] : vendors_) {
-    auto vendor = Vendor::getVendor(*root_, key, type);
-    if (vendor && !vendor->updateUsingCount(type)) return refusalOfStore(*root_);
+  for (const auto& [key, use] : vendors_) {
+    auto vendor = Vendor::getVendor(*root_, key, use.type);
+    if (!vendor) continue;
+    // A vendor of many records is not counted anew for each that comes; where some go or change, it is.
+    const bool counted =
+        use.anyLess ? vendor->updateUsingCount(use.type) : vendor->addToUsingCount(use.entered);
+    if (!counted) return refusalOfStore(*root_);
   }
   std::set<std::string> keys;
   for (const auto& [key, change] : changes_) keys.insert(key.first);

@@ -48,8 +48,13 @@ class EntryUpkeep {
 
   MVAppRoot* root_;
   std::map<std::tuple<std::string, std::string, int>, int> categoryUses_;  ///< by category, book and type
-  std::map<std::string, int> vendors_;                                     ///< with the type of their entries
-  std::map<std::pair<std::string, int>, double> changes_;                  ///< by book or account, and type
+  struct VendorUse {
+    int type = 0;
+    int entered = 0;
+    bool anyLess = false;
+  };
+  std::map<std::string, VendorUse> vendors_;
+  std::map<std::pair<std::string, int>, double> changes_;  ///< by book or account, and type
 };
 
 /// Writes the entry with its upkeep, all or nothing. What is missing is made and refused as by its `add`.

@@ -165,6 +165,15 @@ bool Vendor::updateUsingCount(int transactionType) {
       root_->editStamp(), root_->itsUDID(), pk, transactionType, pk, type);
 }
 
+bool Vendor::addToUsingCount(int uses) {
+  if (pk.empty()) return false;
+  return root_->executeUpdate(
+      "update category set editDate = ?, edit_ipid = ?, usedTimes = coalesce(usedTimes, 0) + ? where "
+      "oldTitle = ?"
+      " and type = ?",
+      root_->editStamp(), root_->itsUDID(), uses, pk, type);
+}
+
 bool Vendor::updateUsingCount() {
   return updateUsingCount(type == kPayer ? kind::kIncome : kind::kExpense);
 }

@@ -91,6 +91,8 @@ class Vendor {
   /// of a payer.
   bool updateUsingCount(int transactionType);
   bool updateUsingCount();
+  /// The same for `uses` records more that were just entered, without counting all others again.
+  bool addToUsingCount(int uses);
   /// The same for every live vendor of the row type whose count is wrong; answers how many were.
   static Result<int> updateUsingCounts(MVAppRoot& root, int type);
 
