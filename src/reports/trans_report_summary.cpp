@@ -1,5 +1,7 @@
 #include "reports/trans_report_summary.h"
 
+#include <algorithm>
+
 #include "model/transaction_type.h"
 
 namespace moniva {
@@ -7,6 +9,8 @@ namespace {
 
 double chosen(const TransReportSummary& summary, double income, double expense) {
   if (summary.category) return summary.category->type == kind::kIncome ? income : expense;
+  if (summary.vendor && summary.vendor->type == Vendor::kPayer) return income;
+  if (summary.vendor && summary.vendor->type == Vendor::kPayee) return expense;
   switch (summary.transactionType) {
     case kind::kIncome:
     case kind::kTransferIn:
@@ -31,6 +35,25 @@ void TransReportSummary::takeLabels(const BookPeriods& periods) {
     month = firstMonth;
     year = yearOfMonth;
   }
+}
+
+void TransReportSummary::take(TransReportSummary period) {
+  count += period.count;
+  incomeCount += period.incomeCount;
+  expenseCount += period.expenseCount;
+  transferinCount += period.transferinCount;
+  transferoutCount += period.transferoutCount;
+  incomeAmount += period.incomeAmount;
+  expenseAmount += period.expenseAmount;
+  transferinAmount += period.transferinAmount;
+  transferoutAmount += period.transferoutAmount;
+  incomePendingCount += period.incomePendingCount;
+  expensePendingCount += period.expensePendingCount;
+  incomePendingAmount += period.incomePendingAmount;
+  expensePendingAmount += period.expensePendingAmount;
+  maxInSumAmount = std::max(maxInSumAmount, period.incomeAmount);
+  maxOutSumAmount = std::max(maxOutSumAmount, period.expenseAmount);
+  listArray.push_back(std::move(period));
 }
 
 double TransReportSummary::amount() const {

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "calendar/book_periods.h"
 #include "model/mv_category.h"
+#include "model/mv_transaction.h"
+#include "model/vendor.h"
 
 namespace moniva {
 
@@ -21,7 +25,12 @@ struct TransReportSummary {
   Date endDate;
   /// The report type code the summary was made for.
   int transactionType = 12;
+  // What the summary is restricted to, when it is: the member of a breakdown.
   std::optional<MVCategory> category;
+  std::optional<Vendor> vendor;
+  /// Null for none; so is an account that names nothing any more.
+  std::shared_ptr<const MonivaAccount> paymentAccount;
+  std::string currency;
 
   /// Transactions of each kind, and the four counts added up. In a whole report of an account (1050, 2312)
   /// what came in by transfer is income as well and so is counted twice.
@@ -42,14 +51,31 @@ struct TransReportSummary {
   /// A stored total.
   double sumAmount = 0;
 
+  // What is still pending of the period, beside the settled figures above; filled when it is asked for.
+  int incomePendingCount = 0;
+  int expensePendingCount = 0;
+  double incomePendingAmount = 0;
+  double expensePendingAmount = 0;
+  std::vector<MVTransaction> pendinglistArray;
+
+  /// The periods of a list, or the rows of a breakdown.
   std::vector<TransReportSummary> listArray;
+  /// The records of a single day, when they are asked for.
+  std::vector<MVTransaction> transactions;
+  /// Amounts by currency code.
+  std::map<std::string, double, std::less<>> incomeAmountCurrencyDict;
+  std::map<std::string, double, std::less<>> expenseAmountCurrencyDict;
+
+  /// Takes a period into the list: its counts and sums are added up, its income and expense become the
+  /// largest where they are, and it goes to the end of `listArray`.
+  void take(TransReportSummary period);
 
   /// Takes the year's label when both bounds are in one fiscal year, the month's and its year's when they are
   /// in one book month.
   void takeLabels(const BookPeriods& periods);
 
-  /// The amount the summary is about: by its category's type, else by the report type (11 and 23 income, 12
-  /// and 33 expense; 0 for codes that hold both).
+  /// The amount the summary is about: by its category's type, else by its vendor's (payers 9 income, payees 6
+  /// expense), else by the report type (11 and 23 income, 12 and 33 expense; 0 for codes that hold both).
   double amount() const;
   /// The same choice between the two maxima.
   double maxAmount() const;

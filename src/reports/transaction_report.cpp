@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "calendar/date_texts.h"
 #include "model/transaction_type.h"
+#include "reports/report_block.h"
 #include "storage/transaction.h"
 
 namespace moniva {
@@ -109,122 +109,67 @@ Result<TransReportSummary> TransactionReport::getSummaryFrom(Date from, Date to)
   return summary;
 }
 
-void TransactionReport::name(Unit unit, const BookPeriods& book, TransReportSummary& summary) const {
-  const Calendar& calendar = root_.calendar();
-  const Date start = summary.beginDate;
-  switch (unit) {
-    case Unit::year:
-      summary.year = book.getFiscalYear(start);
-      summary.title = fmt::format("{}", summary.year);
-      return;
-    case Unit::month: {
-      // A month cut by the bounds of the list keeps the name of the whole one.
-      const Date month = book.namesakeOfMonth(start);
-      summary.month = calendar.month(month);
-      summary.year = calendar.year(month);
-      summary.title = fmt::format("{}, {}", stringOfMonthName(calendar, month), summary.year);
-      return;
-    }
-    case Unit::day:
-      break;
-  }
-  const DaySystem::Parts at = calendar.days().parts(calendar.dayNumber(start));
-  summary.year = at.year;
-  summary.month = at.month;
-  summary.day = at.day;
-  summary.title =
-      fmt::format("{} {}", stringOfDateMediumStyle(calendar, start), stringOfWeekdayName(calendar, start));
-}
-
-Result<TransReportSummary> TransactionReport::walk(Connection& db, Unit unit) {
-  const Calendar& calendar = root_.calendar();
-  const auto book = periods();
-  TransReportSummary list;
+Result<TransReportSummary> TransactionReport::walk(Connection& db, PeriodUnit unit) {
+  PeriodWalk periods(root_.calendar(), this->periods(), unit, beginDate_, endDate_);
+  TransReportSummary list = periods.list();
   list.transactionType = transactionType_;
   list.category = category_;
-  list.beginDate = beginDate_;
-  list.endDate = endDate_;
-  list.takeLabels(book);
-  const int firstYear = book.getFiscalYear(beginDate_);
-  const int lastYear = book.getFiscalYear(endDate_);
-  list.title =
-      firstYear == lastYear ? fmt::format("{}", firstYear) : fmt::format("{} -- {}", firstYear, lastYear);
 
   const ReadTransaction snapshot(db);
-  Date start = beginDate_;
-  while (!calendar.isAfterDay(start, endDate_) && !stopLoadingData_) {
-    Date end = unit == Unit::year    ? book.lastDateOfYear(start)
-               : unit == Unit::month ? book.lastDateOfMonth(start)
-                                     : start;
-    if (calendar.isAfterDay(end, endDate_)) end = endDate_;
-    auto found = summed(db, start, end);
+  while (!stopLoadingData_) {
+    const auto period = periods.next();
+    if (!period) break;
+    auto found = summed(db, period->begin, period->end);
     if (!found) return found;
-    TransReportSummary& summary = *found;
-    if (includeEmpty_ || summary.count > 0) {
-      name(unit, book, summary);
-      list.count += summary.count;
-      list.incomeCount += summary.incomeCount;
-      list.expenseCount += summary.expenseCount;
-      list.transferinCount += summary.transferinCount;
-      list.transferoutCount += summary.transferoutCount;
-      list.incomeAmount += summary.incomeAmount;
-      list.expenseAmount += summary.expenseAmount;
-      list.transferinAmount += summary.transferinAmount;
-      list.transferoutAmount += summary.transferoutAmount;
-      list.maxInSumAmount = std::max(list.maxInSumAmount, summary.incomeAmount);
-      list.maxOutSumAmount = std::max(list.maxOutSumAmount, summary.expenseAmount);
-      list.listArray.push_back(std::move(summary));
-    }
-    start = calendar.getNextDay(end);
+    if (!includeEmpty_ && found->count == 0) continue;
+    periods.name(*found);
+    list.take(std::move(*found));
   }
-  if (stopLoadingData_ && unit == Unit::day) {
+  if (stopLoadingData_ && unit == PeriodUnit::day) {
     root_.platform().log.line("== TransactionReport getReportByDay 查询被中断");
   }
   return list;
 }
 
-void TransactionReport::dispatch(Unit unit) {
+void TransactionReport::dispatch(PeriodUnit unit) {
   stopLoadingData_ = false;
-  root_.db().dispatchInDatabase("TransactionReport", [this, unit](Connection& db) {
-    auto list = std::make_shared<const Result<TransReportSummary>>(walk(db, unit));
-    if (!*list) root_.db().faultLog().line(fmt::format("== TransactionReport {}", list->error().why));
-    root_.platform().mainQueue.dispatch([delegate = delegate_, list] {
-      const auto listener = delegate.lock();
-      if (!listener) return;
-      if (*list) {
-        listener->transactionReportQueryFinished(**list);
-      } else {
-        listener->transactionReportQueryFailed(list->error());
-      }
-    });
-  });
+  reportInBackground<TransReportSummary>(
+      root_, "TransactionReport", [this, unit](Connection& db) { return walk(db, unit); },
+      [delegate = delegate_](const Result<TransReportSummary>& list) {
+        const auto listener = delegate.lock();
+        if (!listener) return;
+        if (list) {
+          listener->transactionReportQueryFinished(*list);
+        } else {
+          listener->transactionReportQueryFailed(list.error());
+        }
+      });
 }
 
-Result<TransReportSummary> TransactionReport::waited(Unit unit) {
+Result<TransReportSummary> TransactionReport::waited(PeriodUnit unit) {
   stopLoadingData_ = false;
-  Result<TransReportSummary> list = refuse("the store cannot be read: it is closed or busy with other work");
-  root_.db().inDatabase("TransactionReport", [&](Connection& db) { list = walk(db, unit); });
-  return list;
+  return reportNow<TransReportSummary>(root_, "TransactionReport",
+                                       [&](Connection& db) { return walk(db, unit); });
 }
 
 void TransactionReport::getReportByYear() {
-  dispatch(Unit::year);
+  dispatch(PeriodUnit::year);
 }
 void TransactionReport::getReportByMonth() {
-  dispatch(Unit::month);
+  dispatch(PeriodUnit::month);
 }
 void TransactionReport::getReportByDay() {
-  dispatch(Unit::day);
+  dispatch(PeriodUnit::day);
 }
 
 Result<TransReportSummary> TransactionReport::reportByYear() {
-  return waited(Unit::year);
+  return waited(PeriodUnit::year);
 }
 Result<TransReportSummary> TransactionReport::reportByMonth() {
-  return waited(Unit::month);
+  return waited(PeriodUnit::month);
 }
 Result<TransReportSummary> TransactionReport::reportByDay() {
-  return waited(Unit::day);
+  return waited(PeriodUnit::day);
 }
 
 }  // namespace moniva

@@ -9,7 +9,7 @@
 
 #include "calendar/book_periods.h"
 #include "model/mv_category.h"
-#include "reports/trans_report_summary.h"
+#include "reports/period_walk.h"
 
 namespace moniva {
 
@@ -60,7 +60,6 @@ class TransactionReport {
   Result<TransReportSummary> reportByDay();
 
  private:
-  enum class Unit { year, month, day };
   /// One query of a summary and where its figures go.
   struct Sum {
     std::string sql;
@@ -71,11 +70,9 @@ class TransactionReport {
   void composeSums();
   /// The figures and bounds of one period, without its labels.
   Result<TransReportSummary> summed(Connection& db, Date from, Date to) const;
-  Result<TransReportSummary> walk(Connection& db, Unit unit);
-  void dispatch(Unit unit);
-  Result<TransReportSummary> waited(Unit unit);
-  /// Names a period of a list by its unit.
-  void name(Unit unit, const BookPeriods& book, TransReportSummary& summary) const;
+  Result<TransReportSummary> walk(Connection& db, PeriodUnit unit);
+  void dispatch(PeriodUnit unit);
+  Result<TransReportSummary> waited(PeriodUnit unit);
   BookPeriods periods() const;
 
   MVAppRoot& root_;

@@ -236,6 +236,11 @@ json::object jsonOf(Session& session, const TransReportSummary& summary) {
   if (summary.category) {
     object["category"] = {{"pk", summary.category->pk}, {"title", summary.category->title}};
   }
+  if (summary.vendor) object["vendor"] = {{"pk", summary.vendor->pk}, {"title", summary.vendor->title}};
+  if (summary.paymentAccount) {
+    object["paymentAccount"] = {{"pk", summary.paymentAccount->pk}, {"title", summary.paymentAccount->title}};
+  }
+  if (!summary.currency.empty()) object["currency"] = summary.currency;
   if (!summary.listArray.empty()) {
     json::array list;
     for (const auto& child : summary.listArray) list.push_back(jsonOf(session, child));

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+namespace moniva {
+
+/// A line of comma-separated values (RFC 4180), ended by CR LF. A field is quoted where it has to be: with a
+/// comma, a quote, a line break, or a blank at either end.
+std::string csvLine(std::span<const std::string> fields);
+
+}  // namespace moniva

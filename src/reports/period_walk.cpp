@@ -1,0 +1,76 @@
+#include "reports/period_walk.h"
+
+#include <fmt/format.h>
+
+#include "calendar/date_texts.h"
+
+namespace moniva {
+
+PeriodWalk::PeriodWalk(const Calendar& calendar, BookPeriods book, PeriodUnit unit, Date begin, Date end)
+    : calendar_(&calendar), book_(book), unit_(unit), begin_(begin), end_(end), start_(begin) {}
+
+Date PeriodWalk::lastDayOf(Date start) const {
+  switch (unit_) {
+    case PeriodUnit::year:
+      return book_.lastDateOfYear(start);
+    case PeriodUnit::month:
+      return book_.lastDateOfMonth(start);
+    case PeriodUnit::week:
+      // Weeks are counted in fixed seconds: from noon, a change of the clock leaves them on their day.
+      return calendar_->dateBegin(book_.lastDateOfWeek(calendar_->dateBegin(start).plusSeconds(12 * 3600)));
+    case PeriodUnit::day:
+      break;
+  }
+  return start;
+}
+
+std::optional<PeriodWalk::Period> PeriodWalk::next() {
+  if (calendar_->isAfterDay(start_, end_)) return std::nullopt;
+  Period period{start_, lastDayOf(start_)};
+  if (calendar_->isAfterDay(period.end, end_)) period.end = end_;
+  start_ = calendar_->getNextDay(period.end);
+  return period;
+}
+
+void PeriodWalk::name(TransReportSummary& summary) const {
+  const Date start = summary.beginDate;
+  switch (unit_) {
+    case PeriodUnit::year:
+      summary.year = book_.getFiscalYear(start);
+      summary.title = fmt::format("{}", summary.year);
+      return;
+    case PeriodUnit::month: {
+      const Date month = book_.namesakeOfMonth(start);
+      summary.month = calendar_->month(month);
+      summary.year = calendar_->year(month);
+      summary.title = fmt::format("{}, {}", stringOfMonthName(*calendar_, month), summary.year);
+      return;
+    }
+    case PeriodUnit::week:
+      summary.takeLabels(book_);
+      summary.title = book_.getWeekPeriodShort(calendar_->dateBegin(start).plusSeconds(12 * 3600));
+      return;
+    case PeriodUnit::day:
+      break;
+  }
+  const DaySystem::Parts at = calendar_->days().parts(calendar_->dayNumber(start));
+  summary.year = at.year;
+  summary.month = at.month;
+  summary.day = at.day;
+  summary.title = fmt::format("{} {}", stringOfDateMediumStyle(*calendar_, start),
+                              stringOfWeekdayName(*calendar_, start));
+}
+
+TransReportSummary PeriodWalk::list() const {
+  TransReportSummary list;
+  list.beginDate = begin_;
+  list.endDate = end_;
+  list.takeLabels(book_);
+  const int firstYear = book_.getFiscalYear(begin_);
+  const int lastYear = book_.getFiscalYear(end_);
+  list.title =
+      firstYear == lastYear ? fmt::format("{}", firstYear) : fmt::format("{} -- {}", firstYear, lastYear);
+  return list;
+}
+
+}  // namespace moniva

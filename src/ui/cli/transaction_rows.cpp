@@ -1,0 +1,128 @@
+#include "ui/cli/transaction_rows.h"
+
+#include <boost/json.hpp>
+
+#include "ui/cli/entry_options.h"
+#include "ui/cli/record_texts.h"
+#include "ui/cli/records.h"
+#include "ui/cli/text_width.h"
+
+namespace moniva {
+namespace {
+
+namespace json = boost::json;
+
+template <class Row>
+json::value referred(const std::shared_ptr<const Row>& row) {
+  if (!row) return nullptr;
+  return json::object{{"pk", row->pk}, {"title", row->title}};
+}
+
+bool comesIn(int type) {
+  return type == kind::kIncome || type == kind::kFurtherIncome || (type > 21 && type < 29);
+}
+
+std::string currencyOf(Session& session, const MVTransaction& row) {
+  return row.currency.empty() ? ownCurrency(session) : row.currency;
+}
+
+std::string whatOf(const Session& session, const MVTransaction& row) {
+  if (row.type() == kind::kBalanceCorrection) return session.text("correction of a balance");
+  // A transfer's and a debt's text says between whom.
+  if (row.isTransfer() || row.isDebt() || row.isRepayment()) return printable(row.noteString);
+  if (!row.categoryString.empty()) return printable(row.categoryString);
+  if (!row.noteString.empty()) return printable(row.noteString);
+  return session.text("no category");
+}
+
+std::string withOf(const MVTransaction& row) {
+  if (row.isTransfer() || row.isDebt() || row.isRepayment()) return printable(row.note);
+  return printable(row.vendorString.empty() && !row.categoryString.empty() ? row.note : row.vendorString);
+}
+
+std::string marksOf(const Session& session, const MVTransaction& row) {
+  std::string marks;
+  const auto mark = [&](const std::string& text) { marks += (marks.empty() ? "" : ", ") + text; };
+  if (!row.paid) mark(session.text("pending"));
+  if (row.deleted != 0) mark(session.text("deleted"));
+  return marks;
+}
+
+}  // namespace
+
+json::object jsonOf(Session& session, const MVTransaction& row) {
+  return {{"eid", row.eid},
+          {"type", row.type()},
+          {"isPayment", row.isPayment},
+          {"advancedType", row.advancedType},
+          {"amount", row.amount},
+          {"currency", currencyOf(session, row)},
+          {"foreignAmount", row.foreignAmount},
+          {"foreignCurrency", row.foreignCurrency},
+          {"datetime", isoDate(session, row.datetime)},
+          {"editedDate", isoDate(session, row.editedDate)},
+          {"note", row.note},
+          {"categoryString", row.categoryString},
+          {"noteString", row.noteString},
+          {"vendorString", row.vendorString},
+          {"paymentAccount", referred(row.paymentAccount)},
+          {"paymentAccountB", referred(row.paymentAccountB)},
+          {"bookAccount", referred(row.bookAccount)},
+          {"mvCategory", referred(row.mvCategory)},
+          {"vendor", referred(row.vendor)},
+          {"people", row.people},
+          {"paid", row.paid},
+          {"deleted", row.deleted},
+          {"transferEID", row.transferEID}};
+}
+
+std::string amountText(Session& session, const MVTransaction& row) {
+  const auto currency = currencyOf(session, row);
+  return comesIn(row.type()) ? session.amounts().formatSigned(row.amount, currency)
+                             : session.amounts().format(row.amount, currency);
+}
+
+TransactionRows::TransactionRows(Session& session, bool csv)
+    : session_(session),
+      csv_(csv),
+      names_(session.root()),
+      table_({{.title = session.text("Record")},
+              {.title = session.text("Date")},
+              {.title = session.text("What"), .maxWidth = 60},
+              {.title = session.text("With"), .maxWidth = 40},
+              {.title = session.text("Account or book")},
+              {.title = session.text("Amount"), .align = Align::right},
+              {.title = ""}}) {}
+
+void TransactionRows::add(const MVTransaction& row) {
+  if (csv_ || session_.options().json) return void(rows_.push_back(jsonOf(session_, row)));
+  const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
+  table_.addRow({Cell(shortEid(row.eid), ink::dim), shortDate(session_, row.datetime), whatOf(session_, row),
+                 withOf(row), printable(holder ? holder->title : std::string()),
+                 Cell(amountText(session_, row), comesIn(row.type()) ? ink::green : ink::plain),
+                 Cell(marksOf(session_, row), ink::dim)});
+}
+
+void TransactionRows::addRow(std::string_view eid) {
+  if (const auto row = MVTransaction::transactionFromEID(session_.root(), eid, &names_)) add(*row);
+}
+
+void TransactionRows::addHeading(const std::string& text) {
+  if (csv_ || session_.options().json) return;
+  if (!table_.empty()) table_.addRow({});
+  table_.addRow({"", "", Cell(text, ink::bold)});
+}
+
+void TransactionRows::addTotal(const std::string& text, const std::string& amount) {
+  if (csv_ || session_.options().json) return;
+  table_.addTotal({"", "", text, "", "", amount});
+}
+
+void TransactionRows::print(const std::string& none) {
+  if (csv_) return printCsv(session_, rows_);
+  if (session_.options().json) return session_.printJson(rows_);
+  if (table_.empty()) return session_.say(none);
+  session_.out() << table_.render(session_.style(), session_.width());
+}
+
+}  // namespace moniva

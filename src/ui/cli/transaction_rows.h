@@ -1,0 +1,47 @@
+#pragma once
+
+#include <boost/json/array.hpp>
+
+#include "model/mv_transaction.h"
+#include "ui/cli/csv_out.h"
+#include "ui/cli/table.h"
+
+namespace moniva {
+
+/// The row under the names of its fields.
+boost::json::object jsonOf(Session& session, const MVTransaction& row);
+
+/// Rows of `transactions` of any kind as lines of a table, as JSON or as CSV, whichever the person asked for:
+///
+///     Record    Date          What                  With    Account or book      Amount
+///     c0ffee12  Mar 5, 2024   Food - Bakery         Rossi   Cash                  €4.20  pending
+class TransactionRows {
+ public:
+  /// Both have to outlive the object.
+  explicit TransactionRows(Session& session, bool csv = false);
+
+  void add(const MVTransaction& row);
+  /// Loads the row of `eid` and adds it; one that is not there any more is left out.
+  void addRow(std::string_view eid);
+  /// A heading above the rows that follow; only the table has it.
+  void addHeading(const std::string& text);
+  /// A line below all rows, with its amount; only the table has it.
+  void addTotal(const std::string& text, const std::string& amount);
+  bool empty() const { return rows_.empty() && table_.empty(); }
+  /// Prints what was added: of nothing the table says `none`.
+  void print(const std::string& none);
+  /// The rows as JSON, of which print() makes no use then.
+  boost::json::array takeJson() { return std::move(rows_); }
+
+ private:
+  Session& session_;
+  bool csv_;
+  RecordNames names_;
+  boost::json::array rows_;
+  Table table_;
+};
+
+/// What the row comes to in its currency, with a sign where money comes in: "€12.50", "+€1,200.00".
+std::string amountText(Session& session, const MVTransaction& row);
+
+}  // namespace moniva
