@@ -41,6 +41,10 @@ std::vector<DebtReport> underHeadings(MVAppRoot& root, std::vector<Debt> debts, 
 
 }  // namespace
 
+std::vector<DebtReport> debtsByDirection(MVAppRoot& root, std::vector<Debt> debts) {
+  return underHeadings(root, std::move(debts), false);
+}
+
 std::vector<DebtReport> debtsByPerson(MVAppRoot& root, std::vector<Debt> debts) {
   return underHeadings(root, std::move(debts), true);
 }
@@ -62,7 +66,7 @@ Result<std::vector<Debt>> allDebtTransactionsRepaid(MVAppRoot& root, bool repaid
 Result<std::vector<DebtReport>> recentDebtTransactions(MVAppRoot& root) {
   auto debts = allDebtTransactionsRepaid(root, false);
   if (!debts) return tl::make_unexpected(debts.error());
-  return underHeadings(root, std::move(*debts), false);
+  return debtsByDirection(root, std::move(*debts));
 }
 
 Result<std::vector<DebtReport>> historyDebtTransactions(MVAppRoot& root) {

@@ -48,7 +48,9 @@ Result<std::vector<Debt>> allDebtTransactionsRepaid(MVAppRoot& root, bool repaid
 /// The names of all persons with debts in use, open or repaid.
 Result<std::vector<std::string>> allDebter(MVAppRoot& root);
 
-/// Debts, sorted as `Debt::list` has them, under a heading for each direction and person.
+// Debts, sorted as `Debt::list` has them, under a heading for each direction, or for each direction and
+// person.
+std::vector<DebtReport> debtsByDirection(MVAppRoot& root, std::vector<Debt> debts);
 std::vector<DebtReport> debtsByPerson(MVAppRoot& root, std::vector<Debt> debts);
 
 }  // namespace moniva

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "model/moniva_account.h"
 #include "storage/transaction.h"
 #include "storage/writes.h"
 

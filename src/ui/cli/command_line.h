@@ -26,7 +26,8 @@ class CommandLine {
   CLI::App& app() { return app_; }
   /// Adds a command below `parent`; its help comes from the table of command texts.
   CLI::App* add(CLI::App& parent, const std::string& name);
-  /// Makes the command run the action, on a launched store unless `withStore` is false.
+  /// Makes the command run the action, on a launched store unless `withStore` is false. One with commands
+  /// below it runs when none of them was typed.
   void onRun(CLI::App* command, Action action, bool withStore = true);
 
  private:
@@ -71,6 +72,7 @@ void addDebtCommands(CommandLine& line);
 void addRecordCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addReportCommands(CommandLine& line);
+void addListCommands(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 void addOpenCommand(CommandLine& line);
 void addDemoCommand(CommandLine& line);
