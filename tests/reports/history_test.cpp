@@ -126,22 +126,6 @@ TEST(Histories, haveEachRowOfADayOnce) {
   EXPECT_EQ(allTransTestForDate(s.root, at).value().front().eid, plain) << "in the last second of the day";
 }
 
-TEST(Histories, knowWhatWasDeletedSince) {
-  History s;
-  const auto early = s.noted("early", 1, "2024-06-01");
-  ASSERT_TRUE(Spend::spendFromEID(s.root, early)->delete_());
-  const Date since = s.root.editStamp();
-  auto moved = s.move(4, *s.cash, *s.bank, s.on("2024-06-02"));
-  ASSERT_TRUE(moved.delete_());
-  const auto late = s.noted("late", 1, "2024-06-01");
-  ASSERT_TRUE(Spend::spendFromEID(s.root, late)->delete_());
-  const auto found = recentlyDeletedTransactions(s.root, since).value();
-  ASSERT_EQ(found.size(), 2);
-  EXPECT_EQ(found[0].eid, late);
-  EXPECT_EQ(found[0].book, s.home->pk);
-  EXPECT_EQ(found[1].eid, moved.eidA);
-}
-
 TEST(Histories, lookSevenDaysAhead) {
   History s;
   const auto seed = [&](const char* eid, const std::string& when, int syear, int isDeleted = 0) {
