@@ -89,14 +89,9 @@ void showAccount(Session& session, const std::string& name) {
 }  // namespace
 
 void listAccounts(Session& session) {
-  auto accounts = MonivaAccount::list(session.root(), kAccountKind);
-  const auto sums = done(sumsOfAllAccounts(session.root()));
+  const auto accounts = MonivaAccount::list(session.root(), kAccountKind);
   std::map<std::string, double> totals;
-  for (auto& account : accounts) {
-    const auto sum = sums.find(account.pk);
-    account.totalBalance = account.beginBalance + (sum == sums.end() ? 0 : sum->second);
-    totals[account.currency] += account.totalBalance;
-  }
+  for (const auto& account : accounts) totals[account.currency] += account.totalBalance;
   if (session.options().json) {
     boost::json::array list;
     for (const auto& account : accounts) list.push_back(jsonOf(session, account));
