@@ -6,7 +6,7 @@ CREATE INDEX IF NOT EXISTS tx_account  ON transactions(account, datetime, type, 
 CREATE INDEX IF NOT EXISTS tx_date     ON transactions(datetime);
 CREATE INDEX IF NOT EXISTS tx_type     ON transactions(type, datetime);
 CREATE INDEX IF NOT EXISTS tx_vendor   ON transactions(vendor, datetime, type, book, paid, amount, deleted, eid);
-CREATE INDEX IF NOT EXISTS tx_category ON transactions(category, datetime, type, book, paid, amount, deleted, subcategory, eid);
+CREATE INDEX IF NOT EXISTS tx_category ON transactions(category, datetime, type, book, paid, amount, deleted, eid);
 CREATE INDEX IF NOT EXISTS tx_edit     ON transactions(editDate);
 CREATE INDEX IF NOT EXISTS tx_transfer ON transactions(transferEID);
 CREATE INDEX IF NOT EXISTS tx_seed     ON transactions(repeat_seed, datetime);
@@ -28,7 +28,7 @@ INSERT INTO sqlite_stat1 VALUES
 ('transactions','tx_account','100000 7000 2 1 1 1 1 1 1 1 1'),
 ('transactions','tx_type','100000 15000 2'),
 ('transactions','tx_vendor','100000 7000 2 1 1 1 1 1 1'),
-('transactions','tx_category','100000 5000 2 1 1 1 1 1 1 1'),
+('transactions','tx_category','100000 5000 2 1 1 1 1 1 1'),
 ('transactions','tx_edit','100000 1'),
 ('transactions','tx_date','100000 2'),
 ('transactions','tx_transfer','100000 5000'),
