@@ -30,13 +30,13 @@ Result<std::vector<int>> crowdedDays(Connection& db, std::string_view seed) {
   return days;
 }
 
-/// The day's records besides the one that stays.
+/// The day's records besides the one edited last, which stays.
 Result<std::vector<Occurrence>> surplusOf(Connection& db, std::string_view seed, int day) {
   std::vector<Occurrence> surplus;
   std::set<std::string> seen;
   Run run = db.query(
       "select eid, ifnull(transferEID, '') from transactions where repeat_seed = ? and sday = ? and"
-      " deleted < 2 order by deleted, editDate, eid",
+      " deleted < 2 order by deleted, editDate desc, eid",
       {seed, day});
   while (run.next()) {
     Occurrence one{std::string(run.text(0)), std::string(run.text(1))};

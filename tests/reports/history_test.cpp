@@ -224,7 +224,7 @@ TEST(Alerts, areBillsOfTheLastClosedMonthAndInstalmentsDue) {
   EXPECT_TRUE(allAlertInfo(s.root).value().bills.empty());
 }
 
-TEST(SeriesDuplicates, leaveTheFirstRecordOfEachDay) {
+TEST(SeriesDuplicates, leaveTheLatestOfEachDay) {
   struct Case {
     const char* why;
     std::function<void(History&)> story;
@@ -232,11 +232,11 @@ TEST(SeriesDuplicates, leaveTheFirstRecordOfEachDay) {
     int removed;
   };
   for (const auto& [why, story, left, removed] : {
-           Case{"the one edited first stays",
+           Case{"the one edited last stays",
                 [](History& s) {
                   s.occurrence("a", 1, 30), s.occurrence("b", 1, 10), s.occurrence("c", 1, 20);
                 },
-                "b", 2},
+                "a", 2},
            Case{"days are apart", [](History& s) { s.occurrence("a", 1, 30), s.occurrence("b", 2, 10); },
                 "a b", 0},
            Case{"both sides of a transfer are one record",
