@@ -5,13 +5,6 @@
 
 namespace moniva {
 
-void putAmount(TransReportSummary& summary, double amount, int count) {
-  const bool isIncome = summary.transactionType == kind::kIncome;
-  (isIncome ? summary.incomeAmount : summary.expenseAmount) = amount;
-  (isIncome ? summary.incomeCount : summary.expenseCount) = count;
-  summary.count = count;
-}
-
 Result<TransReportSummary> walkPeriods(Connection& db, const MonivaAccount& of, const PeriodQuery& query,
                                        const TransReportSummary& member, const PeriodRange& range) {
   MVAppRoot& root = of.root();
@@ -42,20 +35,11 @@ Result<TransReportSummary> walkPeriods(Connection& db, const MonivaAccount& of, 
     TransReportSummary summary = member;
     summary.beginDate = period->begin;
     summary.endDate = period->end;
-    putAmount(summary, run.real(0), count);
+    putAmount(summary, member.transactionType == kind::kIncome, run.real(0), count);
     periods.name(summary);
     list.take(std::move(summary));
   }
   return list;
-}
-
-Result<std::vector<std::string>> keysOf(Connection& db, std::string_view sql,
-                                        const std::vector<Value>& slots) {
-  Run run = db.query(sql, slots);
-  std::vector<std::string> keys;
-  while (run.next()) keys.emplace_back(run.text(0));
-  if (!run.ok()) return tl::make_unexpected(db.refusal());
-  return keys;
 }
 
 }  // namespace moniva

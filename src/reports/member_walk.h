@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "base/result.h"
+#include "reports/breakdown.h"
 #include "reports/period_walk.h"
 #include "reports/report_block.h"
-#include "storage/connection.h"
 
 /// One member of a breakdown (a vendor, an account, a currency) period by period: what these walks share.
 namespace moniva {
@@ -38,23 +38,11 @@ struct PeriodQuery {
 /// Hears of a walk's end, on the main thread.
 using WalkCompletion = std::function<void(const Result<TransReportSummary>&)>;
 
-/// The condition for what counts, as it follows "deleted = 0".
-constexpr std::string_view paidCondition(bool includePending) {
-  return includePending ? "" : " and paid = 1";
-}
-
 /// The periods of the range in which the member has something, in date order, as the `listArray` of a summary
 /// of the whole range. Each is a copy of `member` (who it is, and its report type, 11 or 12) with bounds,
 /// labels, title, sum and count. One query a period, all in one snapshot; refused when the store cannot be
 /// read.
 Result<TransReportSummary> walkPeriods(Connection& db, const MonivaAccount& of, const PeriodQuery& query,
                                        const TransReportSummary& member, const PeriodRange& range);
-
-/// Puts an amount and a count into the fields for income or expense, whichever the summary's type is.
-void putAmount(TransReportSummary& summary, double amount, int count);
-
-/// The keys a query answers in its first column; refused when it could not be read.
-Result<std::vector<std::string>> keysOf(Connection& db, std::string_view sql,
-                                        const std::vector<Value>& slots);
 
 }  // namespace moniva
