@@ -99,6 +99,7 @@ std::span<const CommandText> commandTexts() {
              debtTexts(),
              spendTexts(),
              planTexts(),
+             breakdownTexts(),
          }) {
       joined.insert(joined.end(), family.begin(), family.end());
     }

@@ -244,6 +244,7 @@ json::object jsonOf(Session& session, const TransReportSummary& summary) {
     object["paymentAccount"] = {{"pk", summary.paymentAccount->pk}, {"title", summary.paymentAccount->title}};
   }
   if (!summary.currency.empty()) object["currency"] = summary.currency;
+  if (summary.unnamed) object["unnamed"] = true;
   if (!summary.listArray.empty()) {
     json::array list;
     for (const auto& child : summary.listArray) list.push_back(jsonOf(session, child));

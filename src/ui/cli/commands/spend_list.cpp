@@ -94,13 +94,7 @@ void printRecords(Session& session, RecordQuery query, std::int64_t limit, const
 void addLimit(CLI::App& command, std::int64_t& limit) {
   command.add_option("--limit", limit, "How many at most; 0 for all (else 20)")
       ->type_name("N")
-      ->check(CLI::Validator(
-          [](const std::string& text) {
-            const bool isCount = !text.empty() && text.size() < 10 &&
-                                 text.find_first_not_of("0123456789") == std::string::npos;
-            return isCount ? std::string() : "it is a whole number; 0 lists all";
-          },
-          ""));
+      ->check(rowLimit());
 }
 
 }  // namespace
