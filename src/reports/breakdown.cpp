@@ -11,7 +11,7 @@ Result<std::vector<MemberSum>> memberSums(Connection& db, std::string_view sql,
   Run run = db.query(sql, slots);
   std::vector<MemberSum> sums;
   while (run.next()) {
-    sums.push_back({run.real(0), std::string(run.text(1)), static_cast<int>(run.integer(2))});
+    sums.push_back({run.real(0), std::string(run.text(1)), static_cast<int>(run.integer(2)), {}});
   }
   if (!run.ok()) return tl::make_unexpected(db.refusal());
   return sums;
@@ -49,6 +49,7 @@ void Breakdown::addCategory(const MemberSum& sum, RecordNames& names) {
   if (!known) {
     row.category->pk = row.category->title = sum.key;
     row.category->type = row.transactionType;
+    if (!sum.above.empty() && sum.above != sum.key) row.category->parent = sum.above;
     row.unnamed = true;
   } else if (known->isSubCate()) {
     row.category->supcategory = names.category(known->parent, known->type);

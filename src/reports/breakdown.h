@@ -18,6 +18,7 @@ struct MemberSum {
   double amount = 0;
   std::string key;
   int count = 0;
+  std::string above;  ///< key of the category that records name with a subcategory
 };
 /// Reads the query whole; refused when it could not be read.
 Result<std::vector<MemberSum>> memberSums(Connection& db, std::string_view sql,
@@ -56,8 +57,8 @@ class Breakdown {
   /// A row to be filled: it has the bounds, their labels and the type.
   const TransReportSummary& emptyRow() const { return empty_; }
   void add(TransReportSummary row) { list_.take(std::move(row)); }
-  /// Adds a row for the category of the key; a key that names none any more stands for itself. The amount is
-  /// income or expense as the category is.
+  /// Adds a row for the category of the key; a key that names none any more stands for itself, below the
+  /// category records name with it. The amount is income or expense as the category is.
   void addCategory(const MemberSum& sum, RecordNames& names);
   std::vector<TransReportSummary>& rows() { return list_.listArray; }
   /// The whole: rows by amount, equal ones as they came; their total, their number and the largest.

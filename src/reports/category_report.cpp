@@ -33,7 +33,8 @@ Result<TransReportSummary> categories(Connection& db, const MVCategory& above, c
   if (!sums) return tl::make_unexpected(sums.error());
   Breakdown breakdown(db, book, above.type, from, to);
   RecordNames names(book.root());
-  for (const MemberSum& sum : *sums) {
+  for (MemberSum sum : *sums) {
+    if (!above.isRoot()) sum.above = above.pk;
     if (!sum.key.empty() && sum.key != kNoCategory) breakdown.addCategory(sum, names);
   }
   auto list = breakdown.take();

@@ -7,10 +7,9 @@
 /// be read.
 namespace moniva {
 
-/// One row a category, the largest first: the top-level ones for a root, else the subcategories of a
-/// top-level one, the category itself among them where
-/// nothing below it was chosen. Settled records above zero in the
-/// period, whole days. Records without a category, or without a subcategory, are in no row.
+/// One row a category, the largest first: the top-level ones for a root, else what is below a top-level one,
+/// itself among them where nothing below it was chosen. Settled records above zero in the period, whole days.
+/// Records without a category, or without a subcategory, are in no row.
 Result<TransReportSummary> getSubCategoryReportFor(const MVCategory& category, const MonivaAccount& book,
                                                    Date from, Date toDate, bool includePending = false);
 

@@ -14,18 +14,24 @@ Result<TransReportSummary> allSubcategories(Connection& db, const MonivaAccount&
   const Calendar& calendar = book.root().calendar();
   const ReadTransaction snapshot(db);
   // An item that says nothing in the place of its subcategory chose none below its category.
-  const auto sums = memberSums(
-      db,
-      fmt::format("select sum(amount) as amount, case when subcategory = '' then category else subcategory"
-                  " end, count(eid) as eid_count from transactions where ? <= datetime and datetime <= ? and"
-                  " {} and deleted = 0{} and (type = ? or type = ?) and subcategory != '#NOMVCATEGORY' group"
-                  " by subcategory, category",
-                  accountQuerySQL(book), paidCondition(includePending)),
-      {calendar.dateBegin(from), calendar.dateEnd(to), book.pk, type, furtherKind(type)});
-  if (!sums) return tl::make_unexpected(sums.error());
+  std::vector<MemberSum> sums;
+  {
+    Run run = db.query(
+        fmt::format("select sum(amount) as amount, case when subcategory = '' then category else subcategory"
+                    " end, count(eid) as eid_count, category from transactions where ? <= datetime and"
+                    " datetime <= ? and {} and deleted = 0{} and (type = ? or type = ?) and subcategory !="
+                    " '#NOMVCATEGORY' group by subcategory, category",
+                    accountQuerySQL(book), paidCondition(includePending)),
+        {calendar.dateBegin(from), calendar.dateEnd(to), book.pk, type, furtherKind(type)});
+    while (run.next()) {
+      sums.push_back({run.real(0), std::string(run.text(1)), static_cast<int>(run.integer(2)),
+                      std::string(run.text(3))});
+    }
+    if (!run.ok()) return tl::make_unexpected(db.refusal());
+  }
   Breakdown breakdown(db, book, type, from, to);
   RecordNames names(book.root());
-  for (const MemberSum& sum : *sums) {
+  for (const MemberSum& sum : sums) {
     if (!sum.key.empty()) breakdown.addCategory(sum, names);
   }
   for (auto& row : breakdown.rows()) row.title = row.category->cateString();

@@ -193,6 +193,10 @@ TEST(Rows, nameCategoriesAsTheyAre) {
   EXPECT_EQ(list->listArray[1].incomeAmount, 8) << "income, as the category is";
   EXPECT_EQ(list->expenseAmount, 7);
 
+  const auto below = home.byCategory(*MVCategory::getCategory(home.root, home.food));
+  EXPECT_EQ(shown(below), "gone: 4 (1), Bakery: 2 (1)");
+  EXPECT_EQ(transactionSumOfCate(*home.home, *below->listArray[0].category, home.from, home.to).value(), 4);
+
   CategoryReportQuery query(*home.home);
   query.beginDate = home.from;
   query.endDate = home.to;
@@ -202,7 +206,8 @@ TEST(Rows, nameCategoriesAsTheyAre) {
   query.getReportForAllSubCategory();
   home.db.drain();
   home.platform.mainQueue.runPending();
-  EXPECT_EQ(heard, std::string("Food - Bakery: 8 (1), gone: 4 (1), Food - Bakery: 2 (1), Food: 1 (1)\x01"))
+  EXPECT_EQ(heard,
+            std::string("Food - Bakery: 8 (1), Food - gone: 4 (1), Food - Bakery: 2 (1), Food: 1 (1)\x01"))
       << "a row for each category a subcategory is found under";
 }
 

@@ -6,12 +6,8 @@ std::vector<CommandText> breakdownTexts() {
   return {
       {"breakdown",
        "what the money went for, and where it came from",
-       "The largest first, with their shares. Without a period it is the book's present month. What a report "
-       "of "
-       "the same"
-       " period counts and the rows do not is told below them: refunds, records without a category, and what "
-       "else"
-       " there is.",
+       "The largest first, with their shares; without a period the book's present month. What a report of"
+       " the same period counts and the rows do not, such as refunds, is told below them.",
        {{"moniva breakdown category", "this month's expenses by category"},
         {"moniva breakdown vendor 2024 --limit 10", "a year's ten largest payees, the others added up"},
         {"moniva breakdown account 2024-03 --of Cash --records", "what was paid from an account"}}},
@@ -36,11 +32,8 @@ std::vector<CommandText> breakdownTexts() {
         {"moniva breakdown vendor 2024 NoPayee --records", "what names none"}}},
       {"breakdown account",
        "by the account that paid",
-       "Records that have payments count by these, on the days of the payments. A record in several books "
-       "has "
-       "no"
-       " account here, since its payments are for all of it. Costs that are spread over months are in no "
-       "row.",
+       "Records that have payments count by these, on the days of the payments. A record in several books"
+       " has no account here: its payments are for all of it. Costs spread over months are in no row.",
        {{"moniva breakdown account", "this month"},
         {"moniva breakdown account 2024 --by month", "all accounts month by month"},
         {"moniva breakdown account 2024 Cash --by week", "one of them"}}},
