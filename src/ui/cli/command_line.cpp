@@ -127,6 +127,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addImportCommand(*this);
   addReportCommands(*this);
   addListCommands(*this);
+  addBreakdownCommand(*this);
   addDoctorCommand(*this);
   addOpenCommand(*this);
   addDemoCommand(*this);
@@ -146,6 +147,16 @@ CLI::Validator notEmpty() {
   return CLI::Validator(
       [](const std::string& word) {
         return word.empty() ? "it is empty; leave the option out for no change" : std::string();
+      },
+      "");
+}
+
+CLI::Validator rowLimit() {
+  return CLI::Validator(
+      [](const std::string& text) {
+        const bool isCount =
+            !text.empty() && text.size() < 10 && text.find_first_not_of("0123456789") == std::string::npos;
+        return isCount ? std::string() : "it is a whole number; 0 lists all";
       },
       "");
 }

@@ -48,6 +48,8 @@ CLI::Validator oneOf(const std::vector<std::string>& words);
 /// Refuses an empty word, for options that change what is there: a variable that was not set (--amount
 /// "$SUM") must not pass for an option that was left out.
 CLI::Validator notEmpty();
+/// Refuses what is no number of rows: a whole number, of which 0 stands for all.
+CLI::Validator rowLimit();
 
 /// The first word of a line that the parser cannot have understood ("bok", "--jsn", the "-5" of an amount
 /// with a sign), as a sentence with the nearest thing there is; nothing when the line has no such word.
@@ -73,6 +75,7 @@ void addRecordCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addReportCommands(CommandLine& line);
 void addListCommands(CommandLine& line);
+void addBreakdownCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 void addOpenCommand(CommandLine& line);
 void addDemoCommand(CommandLine& line);

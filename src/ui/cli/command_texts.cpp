@@ -100,6 +100,7 @@ std::span<const CommandText> commandTexts() {
              spendTexts(),
              planTexts(),
              listTexts(),
+             breakdownTexts(),
          }) {
       joined.insert(joined.end(), family.begin(), family.end());
     }

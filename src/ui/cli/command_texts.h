@@ -20,6 +20,7 @@ std::vector<CommandText> debtTexts();
 std::vector<CommandText> spendTexts();
 std::vector<CommandText> planTexts();
 std::vector<CommandText> listTexts();
+std::vector<CommandText> breakdownTexts();
 
 std::vector<ManualEntry> exitStatusTexts();
 std::vector<ManualEntry> environmentTexts();
