@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "calendar/book_periods.h"
+#include "calendar/day_texts.h"
 #include "reports/trans_report_summary.h"
 
 namespace moniva {
@@ -40,6 +41,7 @@ class PeriodWalk {
   const Calendar* calendar_;
   BookPeriods book_;
   PeriodUnit unit_;
+  mutable DayTexts texts_;
   Date begin_;
   Date end_;
   Date start_;
