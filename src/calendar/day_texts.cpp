@@ -15,9 +15,9 @@ bool hasTwelveMonths(const Calendar& calendar, std::int64_t day) {
 
 }  // namespace
 
-void DayTexts::addMediumDay(std::string& text, Date date, std::int64_t dayNumber) {
+void DayTexts::addMediumDay(std::string& text, Date date, std::int64_t dayNumber,
+                            const DaySystem::Parts& at) {
   if (!eachAlone_ && hasTwelveMonths(*calendar_, dayNumber)) {
-    const DaySystem::Parts at = calendar_->days().parts(dayNumber);
     const std::int64_t month = std::int64_t{at.year} * 12 + at.month;
     std::string& number = numbers_.at(static_cast<std::size_t>(at.day - 1));
     if (month != month_ || number.empty()) {
@@ -42,19 +42,18 @@ void DayTexts::addMediumDay(std::string& text, Date date, std::int64_t dayNumber
   text += stringOfDateMediumStyle(*calendar_, date);
 }
 
-std::string DayTexts::dayAndWeekday(Date date, std::int64_t dayNumber) {
+std::string DayTexts::dayAndWeekday(Date date, std::int64_t dayNumber, const DaySystem::Parts& at) {
   constexpr int kThursday = 4;  // 1970-01-01, counting from Sunday = 0
   std::string& weekday = weekdays_.at(static_cast<std::size_t>(floorRemainder(dayNumber + kThursday, 7)));
   if (weekday.empty()) weekday = stringOfWeekdayName(*calendar_, date);
   std::string text;
   text.reserve(before_.size() + after_.size() + weekday.size() + 8);
-  addMediumDay(text, date, dayNumber);
+  addMediumDay(text, date, dayNumber, at);
   text += ' ';
   return text += weekday;
 }
 
-std::string DayTexts::monthAndYear(Date date, std::int64_t dayNumber) {
-  const DaySystem::Parts at = calendar_->days().parts(dayNumber);
+std::string DayTexts::monthAndYear(Date date, std::int64_t dayNumber, const DaySystem::Parts& at) {
   if (!hasTwelveMonths(*calendar_, dayNumber)) {
     return fmt::format("{}, {}", stringOfMonthName(*calendar_, date), at.year);
   }

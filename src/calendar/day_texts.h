@@ -16,14 +16,14 @@ class DayTexts {
   explicit DayTexts(const Calendar& calendar) : calendar_(&calendar) {}
 
   /// "Mar 5, 2024 Tuesday": the day in the locale's medium style and the full name of its weekday.
-  /// `dayNumber` is the day of the date.
-  std::string dayAndWeekday(Date date, std::int64_t dayNumber);
+  /// `dayNumber` is the day of the date and `at` that day taken apart.
+  std::string dayAndWeekday(Date date, std::int64_t dayNumber, const DaySystem::Parts& at);
   /// "March, 2024": the full name of the month that the date is in, and the year.
-  std::string monthAndYear(Date date, std::int64_t dayNumber);
+  std::string monthAndYear(Date date, std::int64_t dayNumber, const DaySystem::Parts& at);
 
  private:
   /// The day in the medium style, added to the text.
-  void addMediumDay(std::string& text, Date date, std::int64_t dayNumber);
+  void addMediumDay(std::string& text, Date date, std::int64_t dayNumber, const DaySystem::Parts& at);
 
   const Calendar* calendar_;
   std::array<std::string, 7> weekdays_;

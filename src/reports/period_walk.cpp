@@ -49,7 +49,7 @@ void PeriodWalk::name(TransReportSummary& summary) const {
       const DaySystem::Parts at = calendar_->days().parts(day);
       summary.month = at.month;
       summary.year = at.year;
-      summary.title = texts_.monthAndYear(month, day);
+      summary.title = texts_.monthAndYear(month, day, at);
       return;
     }
     case PeriodUnit::week:
@@ -59,12 +59,15 @@ void PeriodWalk::name(TransReportSummary& summary) const {
     case PeriodUnit::day:
       break;
   }
-  const std::int64_t day = calendar_->dayNumber(start);
-  const DaySystem::Parts at = calendar_->days().parts(day);
+  nameDay(summary, calendar_->dayNumber(start));
+}
+
+void PeriodWalk::nameDay(TransReportSummary& summary, std::int64_t dayNumber) const {
+  const DaySystem::Parts at = calendar_->days().parts(dayNumber);
   summary.year = at.year;
   summary.month = at.month;
   summary.day = at.day;
-  summary.title = texts_.dayAndWeekday(start, day);
+  summary.title = texts_.dayAndWeekday(summary.beginDate, dayNumber, at);
 }
 
 TransReportSummary PeriodWalk::list() const {

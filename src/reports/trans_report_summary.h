@@ -74,6 +74,8 @@ struct TransReportSummary {
   /// Takes a period into the list: its counts and sums are added up, its income and expense become the
   /// largest where they are, and it goes to the end of `listArray`.
   void take(TransReportSummary period);
+  /// The same for a period that is in `listArray` already.
+  void addUp(const TransReportSummary& period);
 
   /// Takes the year's label when both bounds are in one fiscal year, the month's and its year's when they are
   /// in one book month.

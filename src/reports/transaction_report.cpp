@@ -95,18 +95,17 @@ ReportQueries TransactionReport::queries() const {
   return {xctj_account_, monivaAccount_.pk, std::move(figures)};
 }
 
-TransReportSummary TransactionReport::blank(Date from, Date to) const {
-  TransReportSummary summary;
+void TransactionReport::setUp(TransReportSummary& summary, Date from, Date to) const {
   summary.transactionType = transactionType_;
   summary.category = category_;
   summary.beginDate = from;
   summary.endDate = to;
-  return summary;
 }
 
 Result<TransReportSummary> TransactionReport::summed(Connection& db, const ReportQueries& queries, Date from,
                                                      Date to) const {
-  TransReportSummary summary = blank(from, to);
+  TransReportSummary summary;
+  setUp(summary, from, to);
   const Date begin = root_.calendar().dateBegin(from);
   const Date end = root_.calendar().dateEnd(to);
   if (auto done = queries.sum(db, begin, end, Paid::yes, summary); !done) {
@@ -160,7 +159,7 @@ Result<TransReportSummary> TransactionReport::walk(Connection& db, PeriodUnit un
   const ReportQueries queries = this->queries();
   std::size_t heard = kFirstHeard;
   while (const auto period = periods.next()) {
-    list.isPartial = stopLoadingData_;
+    list.isPartial = isToStop();
     if (list.isPartial) break;
     auto found = summed(db, queries, period->begin, period->end);
     if (!found) return found;

@@ -51,9 +51,10 @@ class TransactionReport {
   /// transfers goes with income and expense. A period in which something is pending is not empty.
   void setIncludePending(bool include) { includePending_ = include; }
   void setDelegate(std::weak_ptr<TransactionReportDelegate> delegate) { delegate_ = std::move(delegate); }
-  /// Ends a running list at its next period; the list says that it is partial. Safe from any thread and from
-  /// a signal handler.
+  /// Ends a running list at its next period; the list says that it is partial. Safe from any thread.
   void setStopLoadingData(bool stop) { stopLoadingData_ = stop; }
+  /// The same where that is set, by whomever; null for none. It has to outlive the report.
+  void setStopFlag(const std::atomic<bool>* flag) { stopFlag_ = flag; }
 
   /// The summary of one period, now, on the calling thread's connection; all zero without a book. Refused
   /// when the store cannot be read.
@@ -111,8 +112,8 @@ class TransactionReport {
 
   /// Fills the fragments from the settings.
   void compose();
-  /// A summary with the settings and bounds, without figures.
-  TransReportSummary blank(Date from, Date to) const;
+  /// Gives a summary the settings and its bounds.
+  void setUp(TransReportSummary& summary, Date from, Date to) const;
   /// The figures of one period, without its labels; pending records are named and not yet loaded.
   Result<TransReportSummary> summed(Connection& db, const ReportQueries& queries, Date from, Date to) const;
   Result<TransReportSummary> summaryOfDay(Connection& db, Date date) const;
@@ -126,6 +127,7 @@ class TransactionReport {
   void deliver(std::function<Result<TransReportSummary>(Connection&)> work,
                void (TransactionReportDelegate::*tell)(const TransReportSummary&));
   BookPeriods periods() const;
+  bool isToStop() const { return stopLoadingData_ || (stopFlag_ != nullptr && *stopFlag_); }
 
   MVAppRoot& root_;
   MonivaAccount monivaAccount_;
@@ -138,6 +140,7 @@ class TransactionReport {
   bool includeEmpty_ = false;
   bool includePending_ = false;
   std::atomic<bool> stopLoadingData_ = false;
+  const std::atomic<bool>* stopFlag_ = nullptr;
   std::weak_ptr<TransactionReportDelegate> delegate_;
   std::shared_ptr<Delivered> delivered_ = std::make_shared<Delivered>();
   // Conditions by the settings; blank until a book is set, and where the type has none.

@@ -9,6 +9,8 @@ namespace moniva {
 namespace {
 
 constexpr std::int64_t kDaysInOneGo = 512;
+/// Room is made for so many days at first, some ten years of them.
+constexpr std::int64_t kMostAtOnce = 4096;
 
 struct DayFigure {
   int count = 0;
@@ -81,7 +83,7 @@ Result<> TransactionReport::walkDays(Connection& db, const PeriodWalk& names, Tr
       }
     }
     for (std::size_t day = 0; day < stretch.size(); ++day) {
-      list.isPartial = stopLoadingData_;
+      list.isPartial = isToStop();
       if (list.isPartial) {
         root_.platform().log.line("== TransactionReport getReportByDay 查询被中断");
         return {};
@@ -90,7 +92,10 @@ Result<> TransactionReport::walkDays(Connection& db, const PeriodWalk& names, Tr
           *figures, [&](const FigureByDay& figure) { return figure.days[day].count == 0; });
       if (isEmpty && !includeEmpty_) continue;
       if (!stretch.exists(day)) continue;
-      TransReportSummary summary = blank(stretch.begin(day), stretch.begin(day));
+      if (list.listArray.empty())
+        list.listArray.reserve(static_cast<std::size_t>(std::min(kMostAtOnce, last - first + 1)));
+      TransReportSummary& summary = list.listArray.emplace_back();
+      setUp(summary, stretch.begin(day), stretch.begin(day));
       for (const auto& figure : *figures) {
         summary.*figure.count += figure.days[day].count;
         summary.*figure.amount += figure.days[day].amount;
@@ -99,8 +104,8 @@ Result<> TransactionReport::walkDays(Connection& db, const PeriodWalk& names, Tr
       if (includePending_) {
         for (auto& eid : pending[day]) summary.pendinglistArray.emplace_back(root_).eid = std::move(eid);
       }
-      names.name(summary);
-      list.take(std::move(summary));
+      names.nameDay(summary, first + static_cast<std::int64_t>(day));
+      list.addUp(summary);
       if (hear && list.listArray.size() == heard) {
         hear(list);
         heard *= 2;
