@@ -1,6 +1,8 @@
 #pragma once
 
+#include <boost/json/object.hpp>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "reports/trans_report_summary.h"
@@ -8,14 +10,16 @@
 
 namespace moniva {
 
+class TransactionReport;
+
 /// What a table of periods shows besides what came in and went out.
 struct PeriodColumns {
-  std::string unit;        ///< title of the periods: "Month"
-  bool spans = false;      ///< first and last day of each
-  bool pending = false;    ///< what is still pending of each
-  std::string comparison;  ///< title of what each is compared with
-  std::vector<TransReportSummary> before;  ///< what each is compared with, in the same order
-  std::string note;                        ///< a line below the heading
+  std::string unit;                             ///< title of the periods: "Month"
+  bool spans = false;                           ///< first and last day of each
+  bool pending = false;                         ///< what is still pending of each
+  std::string comparison = {};                  ///< title of what each is compared with
+  std::vector<TransReportSummary> before = {};  ///< what each is compared with, in the same order
+  std::string note = {};                        ///< a line below the heading
 };
 
 /// The periods of a list as a table with bars and a total. Which of income and expense there is follows from
@@ -47,7 +51,7 @@ struct ReportOptions {
 /// The summary of one day with its records.
 void reportOfDay(Session& session, const MonivaAccount& of, const ReportOptions& options, Date day);
 /// The options of one report as its settings, but for its bounds.
-void setUp(Session& session, class TransactionReport& report, const MonivaAccount& of,
+void setUp(Session& session, TransactionReport& report, const MonivaAccount& of,
            const ReportOptions& options);
 /// A summary as JSON, with what is pending and the records it has.
 boost::json::object jsonOfReport(Session& session, const TransReportSummary& summary, bool pending);

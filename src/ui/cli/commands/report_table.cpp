@@ -102,9 +102,8 @@ class PeriodTable {
       cells.emplace_back(amount(side.amount(summary) / parts), side.ink);
       if (columns_.before.empty()) continue;
       cells.emplace_back(before == nullptr ? "" : amount(side.amount(*before)), ink::dim);
-      cells.emplace_back(before == nullptr
-                             ? ""
-                             : changeText(session_, side.amount(summary), side.amount(*before)));
+      cells.emplace_back(
+          before == nullptr ? "" : changeText(session_, side.amount(summary), side.amount(*before)));
     }
     if (isPaired()) {
       const double rest = left(summary) / parts;
@@ -137,8 +136,7 @@ class PeriodTable {
       for (const auto& side : sides_) largest = std::max(largest, side.amount(period));
     }
     if (cells > 0 && isPaired()) {
-      heads.push_back({.title = fmt::format("{} │ {}",
-                                            padLeft(sides_[1].barTitle, cells > 7 ? cells - 1 : 0),
+      heads.push_back({.title = fmt::format("{} │ {}", padLeft(sides_[1].barTitle, cells > 7 ? cells - 1 : 0),
                                             sides_[0].barTitle)});
     } else if (cells > 0) {
       heads.push_back({.title = ""});
@@ -214,9 +212,9 @@ void printPeriods(Session& session, const TransReportSummary& list, const Moniva
   if (list.category) what += " · " + printable(list.category->cateString());
   if (list.vendor) what += " · " + printable(list.vendor->title);
   session.out() << session.style().bold(fmt::format("{} · {}", what, list.title)) << "  "
-                << session.style().dim(fmt::format(
-                       "{}, {}{}", list.currency.empty() ? of.currency : list.currency,
-                       periodText(session, {list.beginDate, list.endDate}), sparklineOf(list)))
+                << session.style().dim(
+                       fmt::format("{}, {}{}", list.currency.empty() ? of.currency : list.currency,
+                                   periodText(session, {list.beginDate, list.endDate}), sparklineOf(list)))
                 << '\n';
   if (!columns.note.empty()) session.out() << session.style().dim(columns.note) << '\n';
   session.out() << '\n' << PeriodTable(session, list, of, columns).render();
