@@ -4,7 +4,6 @@
 
 #include "calendar/date_texts.h"
 #include "model/transaction_type.h"
-#include "reports/book_sums.h"
 #include "reports/period_comparison.h"
 #include "reports/transaction_report.h"
 #include "ui/cli/categories.h"
@@ -82,7 +81,11 @@ std::vector<TransReportSummary> comparedWith(Session& session, TransactionReport
     others.push_back(periodComparedWith(session.calendar(), periods, unit, {period.beginDate, period.endDate},
                                         with == "year" ? ComparedWith::year : ComparedWith::previous));
   }
-  return done(report.summariesOf(others));
+  auto found = done(report.summariesOf(others));
+  for (auto& summary : found) {
+    PeriodWalk(session.calendar(), periods, unit, summary.beginDate, summary.endDate).name(summary);
+  }
+  return found;
 }
 
 json::value percentOf(double now, double before) {
@@ -100,24 +103,14 @@ void addComparison(Session& session, json::object& object, const TransReportSumm
   }
 }
 
-/// What is told of the whole time: the balances of an account, and whether there was foreign money.
-std::string noteOn(Session& session, const TransactionReport& report, const ParsedPeriod& period) {
-  const MonivaAccount& of = report.monivaAccount();
-  if (of.isAccount()) {
-    const double before = done(getInitialToDisplay(of, period.first));
-    const double after = done(getInitialToDisplay(of, session.calendar().getNextDay(period.last)));
-    return session.text("Balance {} before, {} at the end", session.amounts().format(before, of.currency),
-                        session.amounts().format(after, of.currency));
-  }
-  const bool isForeign = done(hasForeignCurrencyTransactionsFrom(
-      of, session.calendar().dateBegin(period.first), session.calendar().dateEnd(period.last)));
-  return isForeign ? session.text("Some of it was in foreign money.") : "";
-}
-
 void report(Session& session, const ReportOptions& options, PeriodUnit unit, bool spans) {
   const MonivaAccount of = options.of.chosen(session);
-  const auto period =
+  auto period =
       options.period.empty() ? usualPeriod(session, of, unit) : periodTyped(session, of, options.period);
+  if (spans) {
+    const BookPeriods years(session.calendar(), of.periodStarts(), session.now());
+    period = {years.firstDateOfYear(period.first), years.lastDateOfYear(period.last)};
+  }
   const bool isOneDay = session.calendar().isSameDay(period.first, period.last);
   if (unit == PeriodUnit::day && isOneDay && !options.period.empty() && options.compare.empty()) {
     return reportOfDay(session, of, options, period.first);
@@ -150,7 +143,7 @@ void report(Session& session, const ReportOptions& options, PeriodUnit unit, boo
                              stringOfDateMediumStyle(session.calendar(), period.last)));
   } else {
     columns.comparison = options.compare == "year" ? session.text("Year before") : session.text("Before");
-    columns.note = noteOn(session, made, period);
+    columns.note = noteOn(session, of, period);
     printPeriods(session, list, of, columns);
   }
   if (list.isPartial) {

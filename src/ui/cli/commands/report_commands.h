@@ -48,6 +48,8 @@ struct ReportOptions {
   bool csv = false;
 };
 
+/// What is told of the whole time besides: the balances of an account, and whether there was foreign money.
+std::string noteOn(Session& session, const MonivaAccount& of, const ParsedPeriod& period);
 /// The summary of one day with its records.
 void reportOfDay(Session& session, const MonivaAccount& of, const ReportOptions& options, Date day);
 /// The options of one report as its settings, but for its bounds.

@@ -47,6 +47,8 @@ void print(Session& session, const TransReportSummary& day, const MonivaAccount&
   if (options.csv || rows.empty()) return rows.print(none);
   session.out() << session.style().bold(fmt::format("{} · {}", printable(what), day.title)) << '\n'
                 << sumsText(session, day, of) << '\n';
+  const std::string note = noteOn(session, of, {day.beginDate, day.endDate});
+  if (!note.empty()) session.out() << session.style().dim(note) << '\n';
   if (options.pending) {
     session.out() << session.style().dim(
                          session.text("Pending: in {}, out {}",
@@ -86,6 +88,18 @@ void printExpected(Session& session, const HolderOptions& holder, const std::str
 }
 
 }  // namespace
+
+std::string noteOn(Session& session, const MonivaAccount& of, const ParsedPeriod& period) {
+  if (of.isAccount()) {
+    const double before = done(getInitialToDisplay(of, period.first));
+    const double after = done(getInitialToDisplay(of, session.calendar().getNextDay(period.last)));
+    return session.text("Balance {} before, {} at the end", session.amounts().format(before, of.currency),
+                        session.amounts().format(after, of.currency));
+  }
+  const bool isForeign = done(hasForeignCurrencyTransactionsFrom(
+      of, session.calendar().dateBegin(period.first), session.calendar().dateEnd(period.last)));
+  return isForeign ? session.text("Some of it was in foreign money.") : "";
+}
 
 void reportOfDay(Session& session, const MonivaAccount& of, const ReportOptions& options, Date day) {
   if (!options.accountsIn.empty()) {

@@ -37,8 +37,10 @@ std::vector<Side> sidesOf(Session& session, const TransReportSummary& list, cons
 }
 
 std::string changeText(const Session& session, double now, double before) {
-  if (const auto change = changeInPercent(now, before)) return fmt::format("{:+.1f} %", *change);
-  return now == 0 ? "" : session.text("new");
+  if (now == 0 && before == 0) return {};
+  const auto change = changeInPercent(now, before);
+  if (!change) return session.text("new");
+  return std::abs(*change) < 0.05 ? "0.0 %" : fmt::format("{:+.1f} %", *change);
 }
 
 /// The table while it is made: columns and rows side by side.
@@ -94,8 +96,10 @@ class PeriodTable {
     std::vector<Cell> cells = {title};
     if (columns_.spans) {
       const auto& calendar = session_.calendar();
-      cells.emplace_back(fmt::format("{} -- {}", stringOfDateMediumStyle(calendar, summary.beginDate),
-                                     stringOfDateMediumStyle(calendar, summary.endDate)),
+      cells.emplace_back(&summary == &list_
+                             ? ""
+                             : fmt::format("{} -- {}", stringOfDateMediumStyle(calendar, summary.beginDate),
+                                           stringOfDateMediumStyle(calendar, summary.endDate)),
                          ink::dim);
     }
     for (const auto& side : sides_) {
