@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <set>
 
 #include "calendar/date_texts.h"
@@ -23,6 +24,8 @@ constexpr std::string_view kSums =
     " sum(case when type = 33 then amount end), sum(case when type = 50 then amount end)";
 /// Which rows they are taken from.
 constexpr std::string_view kCounted = "deleted = 0 and (paid = 1 or type = 50)";
+/// After every moment.
+constexpr Date kEnd{std::numeric_limits<double>::infinity()};
 
 int codeOf(int aKind, int trackingType) {
   if (aKind == kBookKind) return trackingType == 11 || trackingType == 12 ? trackingType : 1112;
@@ -114,7 +117,10 @@ AccountTotals& AccountTotals::operator+=(const AccountTotals& other) {
   return *this;
 }
 
-Result<AccountTotals> totalsOf(const MonivaAccount& account) {
+namespace {
+
+/// The totals of what is dated before the moment.
+Result<AccountTotals> totalsBefore(const MonivaAccount& account, Date moment) {
   Connection* db = account.root().db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   AccountTotals totals;
@@ -124,17 +130,33 @@ Result<AccountTotals> totalsOf(const MonivaAccount& account) {
     if (!members) return tl::make_unexpected(members.error());
     for (const auto& member : *members) {
       if (member.isGroup) continue;
-      const auto part = totalsOf(member);
+      const auto part = totalsBefore(member, moment);
       if (!part) return part;
       totals += *part;
     }
     return totals;
   }
-  Run run = db->query(
-      fmt::format("select {} from transactions where {} and {}", kSums, accountQuerySQL(account), kCounted),
-      {account.pk});
+  // Dates that an older program stored as texts are above every number.
+  const bool isAll = moment == kEnd;
+  const auto sql = fmt::format("select {} from transactions where {} and {}{}", kSums,
+                               accountQuerySQL(account), kCounted, isAll ? "" : " and datetime < ?");
+  Run run = isAll ? db->query(sql, {account.pk}) : db->query(sql, {account.pk, moment});
   if (!run.next()) return tl::make_unexpected(db->refusal());
   return readSums(run, 0, codeOf(account.aKind, account.trackingType));
+}
+
+}  // namespace
+
+Result<AccountTotals> totalsOf(const MonivaAccount& account) {
+  return totalsBefore(account, kEnd);
+}
+
+Result<double> balanceBefore(const MonivaAccount& account, Date moment) {
+  const auto opening = openingBalance(account);
+  if (!opening) return opening;
+  const auto totals = totalsBefore(account, moment);
+  if (!totals) return tl::make_unexpected(totals.error());
+  return withoutNoise(*opening + totals->balance());
 }
 
 double getTheTotalIncome(const MonivaAccount& account) {

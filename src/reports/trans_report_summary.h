@@ -63,15 +63,22 @@ struct TransReportSummary {
 
   /// The periods of a list, or the rows of a breakdown.
   std::vector<TransReportSummary> listArray;
+  /// Whether a list was stopped before its last period.
+  bool isPartial = false;
   /// The records of a single day, when they are asked for.
   std::vector<MVTransaction> transactions;
   /// Amounts by currency code.
   std::map<std::string, double, std::less<>> incomeAmountCurrencyDict;
   std::map<std::string, double, std::less<>> expenseAmountCurrencyDict;
 
+  /// Nothing was counted, and nothing is pending as far as that was asked for.
+  bool isEmpty() const { return count == 0 && incomePendingCount == 0 && expensePendingCount == 0; }
+
   /// Takes a period into the list: its counts and sums are added up, its income and expense become the
   /// largest where they are, and it goes to the end of `listArray`.
   void take(TransReportSummary period);
+  /// The same for a period that is in `listArray` already.
+  void addUp(const TransReportSummary& period);
 
   /// Takes the year's label when both bounds are in one fiscal year, the month's and its year's when they are
   /// in one book month.

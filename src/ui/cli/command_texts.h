@@ -21,6 +21,7 @@ std::vector<CommandText> spendTexts();
 std::vector<CommandText> planTexts();
 std::vector<CommandText> listTexts();
 std::vector<CommandText> breakdownTexts();
+std::vector<CommandText> reportTexts();
 
 std::vector<ManualEntry> exitStatusTexts();
 std::vector<ManualEntry> environmentTexts();

@@ -80,6 +80,12 @@ std::vector<CommandText> bookTexts() {
        "remove all records of a book",
        "They cannot be brought back. Without --yes only how many they are is told.",
        {{"moniva book clear Travel --yes", ""}}},
+      {"book move-records",
+       "give all records of a book to another",
+       "What was deleted goes along, budgets and photos stay. Deleting the book afterwards then takes "
+       "nothing "
+       "away.",
+       {{"moniva book move-records Workshop Studio", ""}}},
       {"book recount",
        "count the balance of a book afresh",
        "Tells what was kept before, where that was another figure.",
@@ -165,6 +171,10 @@ std::vector<CommandText> bookTexts() {
        "remove all records of an account",
        "They cannot be brought back. Without --yes only how many they are is told.",
        {{"moniva account clear Dollars --yes", ""}}},
+      {"account move-records",
+       "give all records of an account to another",
+       "They have to be in one currency, without transfers between them: those would lead nowhere.",
+       {{"moniva account move-records Purse Cash", ""}}},
       {"account recount",
        "count the balance of an account afresh",
        "Tells what was kept before, where that was another figure.",

@@ -78,7 +78,7 @@ void show(Session& session) {
   session.answer(session.text(
       "Imported {} records of a household into a store that is thrown away at the end.", outcome.added()));
   session.out() << '\n';
-  printPeriods(session, months, book, session.text("Month"));
+  printPeriods(session, months, book, {.unit = session.text("Month")});
   session.out() << '\n';
   listAccounts(session);
   session.out() << '\n';
