@@ -37,10 +37,11 @@ class Figure {
 
   ExplainedPart walk(const std::function<void(const ExplainedRow&)>& take) const {
     NumberedSlots slots;
+    const auto where = rows(slots, paidFilter() + memberFilter());
     Run run = db_.query(
         fmt::format("select {}, eid, datetime, type, category, subcategory, vendor, account, book, note,"
                     " paid, syear from transactions where {} order by datetime, eid",
-                    measure(), rows(slots, paidFilter() + memberFilter())),
+                    measure(), where),
         slots.values());
     Explained::Part part;
     while (run.next()) {

@@ -6,7 +6,9 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
+#include <mutex>
 
 #include "base/text.h"
 
@@ -36,15 +38,23 @@ bool isSameToLike(char a, char b) {
   return smallLetter(a) == smallLetter(b);
 }
 
-/// Only the widths and scripts of East Asia are changed; making ready for that takes the library ten
-/// milliseconds, so texts without such signs must not come here.
-std::string changedBy(const char* rules, std::string_view text) {
+/// The rules of that name, made once. Making the first takes the library ten milliseconds, so texts without
+/// East Asian signs must not come here. Null where they cannot be had.
+const icu::Transliterator* rulesNamed(const char* name) {
+  static std::mutex mutex;
+  static std::map<std::string, std::unique_ptr<const icu::Transliterator>, std::less<>> made;
+  const std::scoped_lock lock(mutex);
+  const auto [rules, isNew] = made.try_emplace(name);
   UErrorCode status = U_ZERO_ERROR;
-  const std::unique_ptr<icu::Transliterator> change(
-      icu::Transliterator::createInstance(rules, UTRANS_FORWARD, status));
-  if (U_FAILURE(status) || change == nullptr) return std::string(text);
+  if (isNew) rules->second.reset(icu::Transliterator::createInstance(name, UTRANS_FORWARD, status));
+  return rules->second.get();
+}
+
+std::string changedBy(const char* name, std::string_view text) {
+  const auto* rules = rulesNamed(name);
+  if (rules == nullptr) return std::string(text);
   icu::UnicodeString changed = unicode(text);
-  change->transliterate(changed);
+  rules->transliterate(changed);
   return utf8(changed);
 }
 

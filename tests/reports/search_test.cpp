@@ -230,7 +230,7 @@ RC_GTEST_PROP(SearchProperty, findsWhatLookingAtEachNoteFindsPageByPage, ()) {
     }
   }
 
-  const auto pageMax = *rc::gen::inRange<std::int64_t>(1, 5);
+  const auto pageMax = *rc::gen::inRange<std::int64_t>(3, 9);
   std::vector<std::string> byNumber;
   std::vector<std::string> byPlace;
   SearchQuery query{SearchIn::all, keyword};
