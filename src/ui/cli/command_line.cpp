@@ -126,6 +126,8 @@ CommandLine::CommandLine(const Style& helpStyle)
   addRecordCommands(*this);
   addImportCommand(*this);
   addReportCommands(*this);
+  addSearchCommands(*this);
+  addExplainCommand(*this);
   addDoctorCommand(*this);
   addOpenCommand(*this);
   addDemoCommand(*this);

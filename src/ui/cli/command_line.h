@@ -71,6 +71,8 @@ void addDebtCommands(CommandLine& line);
 void addRecordCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addReportCommands(CommandLine& line);
+void addSearchCommands(CommandLine& line);
+void addExplainCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 void addOpenCommand(CommandLine& line);
 void addDemoCommand(CommandLine& line);

@@ -99,6 +99,7 @@ std::span<const CommandText> commandTexts() {
              debtTexts(),
              spendTexts(),
              planTexts(),
+             searchTexts(),
          }) {
       joined.insert(joined.end(), family.begin(), family.end());
     }

@@ -19,6 +19,7 @@ std::vector<CommandText> transferTexts();
 std::vector<CommandText> debtTexts();
 std::vector<CommandText> spendTexts();
 std::vector<CommandText> planTexts();
+std::vector<CommandText> searchTexts();
 
 std::vector<ManualEntry> exitStatusTexts();
 std::vector<ManualEntry> environmentTexts();

@@ -7,8 +7,11 @@
 #include "calendar/date_texts.h"
 #include "model/mv_category.h"
 #include "model/transaction_type.h"
+#include "model/vendor_query.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/did_you_mean.h"
+#include "ui/cli/text_width.h"
+#include "ui/cli/typed_text.h"
 
 namespace moniva {
 namespace {
@@ -284,6 +287,25 @@ MonivaAccount accountNamed(Session& session, const std::string& name, Meant mean
   auto account = MonivaAccount::getAccountWithTitle(session.root(), name);
   if (!account || account->isDeleted != 0) noSuch(session, kAccountKind, name, meant);
   return asMeant(std::move(*account), meant);
+}
+
+std::string vendorKeyTyped(Session& session, const std::string& title, bool income) {
+  const std::string name = wellFormed(title, "the vendor");
+  const int types[] = {income ? Vendor::kPayer : Vendor::kPayee, income ? Vendor::kPayee : Vendor::kPayer};
+  for (const int type : types) {
+    const auto vendor = Vendor::withTitle(session.root(), name, type);
+    if (vendor && vendor->deleted == 0) return vendor->pk;
+  }
+  std::vector<std::string> titles;
+  for (const int type : types) {
+    for (const auto& vendor : VendorQuery(session.root(), type).getVendorListByName()) {
+      if (!vendor.isNoVendor()) titles.push_back(vendor.title);
+    }
+  }
+  if (const auto meant = didYouMean(name, titles)) {
+    throw refused("there is no vendor '{}'; did you mean '{}'?", printable(name), printable(*meant));
+  }
+  throw refused("there is no vendor '{}'; see: moniva vendor list", printable(name));
 }
 
 void requireOpen(const MonivaAccount& row) {

@@ -20,6 +20,9 @@ class TransactionRows {
   /// Both have to outlive the object.
   explicit TransactionRows(Session& session, bool csv = false);
 
+  /// Marks what was looked for, in one of these forms. Where it is in a note that the row does not show, the
+  /// note comes along.
+  void markHits(std::vector<std::string> forms);
   void add(const MVTransaction& row);
   /// Loads the row of `eid` and adds it; one that is not there any more is left out.
   void addRow(std::string_view eid);
@@ -38,6 +41,7 @@ class TransactionRows {
   bool csv_;
   RecordNames names_;
   boost::json::array rows_;
+  std::vector<std::string> hits_;
   Table table_;
 };
 

@@ -1,17 +1,12 @@
 #include <boost/json.hpp>
 
-#include "calendar/parse_date.h"
 #include "model/mv_category.h"
-#include "model/vendor_query.h"
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/commands/spend_commands.h"
-#include "ui/cli/did_you_mean.h"
 #include "ui/cli/records.h"
 #include "ui/cli/table.h"
-#include "ui/cli/text_width.h"
-#include "ui/cli/typed_text.h"
 
 namespace moniva {
 namespace {
@@ -30,33 +25,6 @@ struct ListOptions {
   bool deleted = false;
 };
 
-/// The key of a vendor that is there; of a payee unless only a payer has the name or income is asked for.
-std::string vendorToList(Session& session, const std::string& typedName, bool income) {
-  const std::string name = wellFormed(typedName, "the vendor");
-  const int types[] = {income ? Vendor::kPayer : Vendor::kPayee, income ? Vendor::kPayee : Vendor::kPayer};
-  for (const int type : types) {
-    const auto vendor = Vendor::withTitle(session.root(), name, type);
-    if (vendor && vendor->deleted == 0) return vendor->pk;
-  }
-  std::vector<std::string> titles;
-  for (const int type : types) {
-    for (const auto& vendor : VendorQuery(session.root(), type).getVendorListByName()) {
-      if (!vendor.isNoVendor()) titles.push_back(vendor.title);
-    }
-  }
-  if (const auto meant = didYouMean(name, titles)) {
-    throw refused("there is no vendor '{}'; did you mean '{}'?", printable(name), printable(*meant));
-  }
-  throw refused("there is no vendor '{}'; see: moniva vendor list", printable(name));
-}
-
-/// The moment typed that a list begins or ends with: a day counts as a whole.
-Date boundTyped(Session& session, const std::string& text, bool isEnd) {
-  const auto parsed = typed(parseDate(text, session.calendar(), session.now()));
-  if (parsed.hasTime || !isEnd) return parsed.date;
-  return session.calendar().dateEnd(parsed.date);
-}
-
 RecordQuery queryTyped(Session& session, const ListOptions& options) {
   RecordQuery query;
   if (!options.book.empty()) query.book = bookNamed(session, options.book).pk;
@@ -66,7 +34,7 @@ RecordQuery queryTyped(Session& session, const ListOptions& options) {
         categoryTyped(session, options.category, options.income ? kind::kIncome : kind::kExpense).pk;
     query.type = options.income ? kind::kIncome : kind::kExpense;
   }
-  if (!options.vendor.empty()) query.vendor = vendorToList(session, options.vendor, options.income);
+  if (!options.vendor.empty()) query.vendor = vendorKeyTyped(session, options.vendor, options.income);
   if (!options.from.empty()) query.from = boundTyped(session, options.from, false);
   if (!options.to.empty()) query.to = boundTyped(session, options.to, true);
   if (query.from && query.to && *query.to < *query.from) {
