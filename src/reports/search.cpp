@@ -27,13 +27,12 @@ constexpr Searched kRecords{
         "+deleted = 0 and (+type = 11 or +type = 12 or +type = 13 or +type = 14) and syear != 1002 and"
         " bid = 20",
     .hasCategory = true};
-constexpr Searched kExpenses{
-    .rows = "+deleted = 0 and (+type = 12 or +type = 14) and syear != 1002 and bid = 20",
-    .hasCategory = true};
+constexpr Searched kExpenses{.rows = "+deleted = 0 and +type in (12,14) and syear != 1002 and bid = 20",
+                             .hasCategory = true};
 constexpr Searched kTransfers{
     .rows = "+deleted = 0 and (type = 23 or (type = 33 and +vendor = '_OutsideAccount'))",
     .hasOtherSide = true};
-constexpr Searched kDebts{.rows = "+deleted = 0 and (type = 24 or type = 34)", .hasPerson = true};
+constexpr Searched kDebts{.rows = "+deleted = 0 and type in (24,34)", .hasPerson = true};
 constexpr Searched kPayments{
     .rows =
         "+deleted = 0 and bid = 10 and (+transferEID = '' or syear > 1000) and (+type = 11 or"
@@ -87,7 +86,10 @@ class Condition {
   Condition& operator=(const Condition&) = delete;
 
   std::string slot(const Value& value) { return slots_.add(value); }
-  const std::string& sql() const { return sql_; }
+  /// "select ... from transactions where ..." of these columns.
+  std::string select(std::string_view columns) const {
+    return fmt::format("{}select {} from transactions where {}", titled(), columns, sql_);
+  }
   std::span<const Value> values() const { return slots_.values(); }
 
  private:
@@ -97,14 +99,18 @@ class Condition {
       sql_ += fmt::format("{}({})", sql_.empty() ? "" : " or ", ofKind(kind));
     }
     if (kinds.size() > 1) sql_ = fmt::format("({})", sql_);
-    sql_ += fmt::format(" and (+familyUser = '' or +familyUser = {})", slot(user_));
+    // Without another member there is one comparison for all.
+    sql_ += user_.empty() ? " and +familyUser = ''"
+                          : fmt::format(" and (+familyUser = '' or +familyUser = {})", slot(user_));
     if (query_.amount) sql_ += fmt::format(" and amount = {}", slot(*query_.amount));
     if (query_.from) sql_ += fmt::format(" and datetime >= {}", slot(*query_.from));
     // Of two upper bounds the engine might walk from the later one.
     const auto& after = query_.after;
     if (after && (!query_.to || after->datetime <= *query_.to)) {
-      sql_ += fmt::format(" and datetime <= {0} and (datetime < {0} or +eid < {1})", slot(after->datetime),
-                          slot(after->eid));
+      sql_ += fmt::format(
+          " and datetime <= {0} and (datetime < {0} or +rowid < (select rowid from transactions where eid ="
+          " {1}))",
+          slot(after->datetime), slot(after->eid));
     } else if (query_.to) {
       sql_ += fmt::format(" and datetime <= {}", slot(*query_.to));
     }
@@ -129,25 +135,31 @@ class Condition {
     return test;
   }
 
+  /// The keys of the categories and vendors whose titles hold the text, looked for once. A vendor without a
+  /// key would stand for all records without a vendor.
+  std::string titled() const {
+    if (patternSlots_.empty()) return {};
+    return fmt::format(
+        "with titled as materialized (select oldTitle, type from category where oldTitle != '' and ({})) ",
+        like("title"));
+  }
+
   std::string textTest(const Searched& kind) const {
-    std::string test = like("note");
+    // Records without a note are spared the patterns.
+    std::string test = fmt::format("(note != '' and ({}))", like("note"));
     if (kind.hasPerson) test += " or " + like("vendor");
     if (kind.hasCategory) {
-      // Titles are looked at once for the whole search. The one above is known by its key; in older stores
-      // `oldParent` is its title.
+      // The one above is known by its key; where that names nothing, as in older stores, it is a title.
       test += fmt::format(
-          " or subcategory in (select c.oldTitle from category c where c.oldTitle != '' and ({} or (c.parent"
-          " != '' and exists (select 1 from category a where a.oldTitle in (c.parent, c.oldParent) and"
-          " a.oldTitle != '' and ({}))) or (c.oldParent != '_rootCate' and ({}) and not exists (select 1 from"
-          " category a where a.oldTitle = c.oldParent))))",
-          like("c.title"), like("a.title"), like("c.oldParent"));
+          " or subcategory in (select oldTitle from titled union all select c.oldTitle from category c where"
+          " c.oldTitle != '' and c.parent != '' and (c.parent in (select oldTitle from titled) or c.oldParent"
+          " in (select oldTitle from titled) or (c.oldParent not in ('', '_rootCate') and ({}) and not exists"
+          " (select 1 from category a where a.oldTitle = c.oldParent))))",
+          like("c.oldParent"));
     }
     for (const auto& amount : amountSlots_) test += " or amount = " + amount;
-    // A vendor without a key would stand for all records without a vendor.
-    test += fmt::format(
-        " or vendor in (select oldTitle from category where oldTitle != '' and (type = {} or type = {}) and"
-        " ({}))",
-        Vendor::kPayee, Vendor::kPayer, like("title"));
+    test += fmt::format(" or vendor in (select oldTitle from titled where type in ({},{}))", Vendor::kPayee,
+                        Vendor::kPayer);
     return test;
   }
 
@@ -200,9 +212,8 @@ Result<SearchPage> searchPage(MVAppRoot& root, const SearchQuery& query) {
   // One more tells whether there are more.
   const auto offset = condition.slot(query.page * pageMax);
   const auto limit = condition.slot(pageMax + 1);
-  Run run = db->query(fmt::format("select eid, datetime from transactions where {} order by datetime DESC,"
-                                  " eid DESC limit {},{}",
-                                  condition.sql(), offset, limit),
+  Run run = db->query(fmt::format("{} order by datetime DESC, rowid DESC limit {},{}",
+                                  condition.select("eid, datetime"), offset, limit),
                       condition.values());
   while (run.next()) {
     page.more = std::cmp_equal(page.found.size(), pageMax);
@@ -219,8 +230,7 @@ Result<std::int64_t> searchCount(MVAppRoot& root, const SearchQuery& query) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   const Condition condition(root, query);
-  Run run = db->query(fmt::format("select count(*) from transactions where {}", condition.sql()),
-                      condition.values());
+  Run run = db->query(condition.select("count(*)"), condition.values());
   if (!run.next()) return tl::make_unexpected(db->refusal());
   return run.integer(0);
 }

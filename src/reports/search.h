@@ -9,7 +9,8 @@
 #include "base/result.h"
 #include "model/moniva_account.h"
 
-/// Records by text, amount, account and date, the newest first, and the searches a person keeps.
+/// Records by text, amount, account and date, the newest first (of one moment the one entered last), and the
+/// searches a person keeps.
 ///
 /// A text is looked for in any place of a note, of the titles of the category and of the one above it, and of
 /// the vendor, in the forms that keywordForms() gives; a record is found as well by its exact amount where
