@@ -1,6 +1,7 @@
 #include "calendar/text_formats.h"
 
 #include <unicode/basictz.h>
+#include <unicode/fpositer.h>
 #include <unicode/smpdtfmt.h>
 
 #include <utility>
@@ -67,6 +68,25 @@ void dropYear(icu::SimpleDateFormat& format) {
   }
 }
 
+/// Fields that every day of a month has alike.
+bool isOfMonth(std::int32_t field) {
+  switch (field) {
+    case UDAT_ERA_FIELD:
+    case UDAT_YEAR_FIELD:
+    case UDAT_EXTENDED_YEAR_FIELD:
+    case UDAT_MONTH_FIELD:
+    case UDAT_STANDALONE_MONTH_FIELD:
+      return true;
+    default:
+      return false;
+  }
+}
+
+std::string utf8Of(const icu::UnicodeString& text) {
+  std::string utf8;
+  return text.toUTF8String(utf8);
+}
+
 }  // namespace
 
 TextFormats::TextFormats(std::string icuLocale, const Zone& zone)
@@ -113,8 +133,28 @@ std::string TextFormats::write(DateForm form, Date date, std::string_view zoneId
   icu::UnicodeString text;
   format->format(date.secondsSince1970 * 1000, text);
   if (other != nullptr) format->setTimeZone(zone_.icuZone());
-  std::string utf8;
-  return text.toUTF8String(utf8);
+  return utf8Of(text);
+}
+
+std::optional<TextFormats::AroundDay> TextFormats::writeAroundDay(DateForm form, Date date) const {
+  const std::scoped_lock lock(mutex_);
+  const icu::SimpleDateFormat* format = this->format(form);
+  if (format == nullptr) return std::nullopt;
+  icu::UnicodeString text;
+  icu::FieldPositionIterator fields;
+  UErrorCode status = U_ZERO_ERROR;
+  format->format(date.secondsSince1970 * 1000, text, &fields, status);
+  icu::FieldPosition field;
+  std::optional<icu::FieldPosition> day;
+  while (fields.next(field)) {
+    if (isOfMonth(field.getField())) continue;
+    if (field.getField() != UDAT_DATE_FIELD || day) return std::nullopt;
+    day = field;
+  }
+  if (U_FAILURE(status) || !day) return std::nullopt;
+  return AroundDay{utf8Of(text.tempSubStringBetween(0, day->getBeginIndex())),
+                   utf8Of(text.tempSubStringBetween(day->getBeginIndex(), day->getEndIndex())),
+                   utf8Of(text.tempSubStringBetween(day->getEndIndex()))};
 }
 
 }  // namespace moniva

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -48,6 +49,16 @@ class TextFormats {
 
   /// UTF-8. `zoneId` is an IANA id; empty or unknown means the user's zone.
   [[nodiscard]] std::string write(DateForm form, Date date, std::string_view zoneId = {}) const;
+
+  /// A text taken apart at the number of the day.
+  struct AroundDay {
+    std::string before;
+    std::string number;
+    std::string after;
+  };
+  /// The same in the user's zone, taken apart; nothing where the form says more of the day than its month,
+  /// its year and one number, such as the weekday.
+  [[nodiscard]] std::optional<AroundDay> writeAroundDay(DateForm form, Date date) const;
 
  private:
   [[nodiscard]] icu::SimpleDateFormat* format(DateForm form) const;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <set>
 
 #include "calendar/date_texts.h"
@@ -23,6 +24,8 @@ constexpr std::string_view kSums =
     " sum(case when type = 33 then amount end), sum(case when type = 50 then amount end)";
 /// Which rows they are taken from.
 constexpr std::string_view kCounted = "deleted = 0 and (paid = 1 or type = 50)";
+/// After every moment.
+constexpr Date kEnd{std::numeric_limits<double>::infinity()};
 
 int codeOf(int aKind, int trackingType) {
   if (aKind == kBookKind) return trackingType == 11 || trackingType == 12 ? trackingType : 1112;
@@ -114,7 +117,10 @@ AccountTotals& AccountTotals::operator+=(const AccountTotals& other) {
   return *this;
 }
 
-Result<AccountTotals> totalsOf(const MonivaAccount& account) {
+namespace {
+
+/// The totals of what is dated before the moment.
+Result<AccountTotals> totalsBefore(const MonivaAccount& account, Date moment) {
   Connection* db = account.root().db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   AccountTotals totals;
@@ -124,17 +130,33 @@ Result<AccountTotals> totalsOf(const MonivaAccount& account) {
     if (!members) return tl::make_unexpected(members.error());
     for (const auto& member : *members) {
       if (member.isGroup) continue;
-      const auto part = totalsOf(member);
+      const auto part = totalsBefore(member, moment);
       if (!part) return part;
       totals += *part;
     }
     return totals;
   }
-  Run run = db->query(
-      fmt::format("select {} from transactions where {} and {}", kSums, accountQuerySQL(account), kCounted),
-      {account.pk});
+  // Dates that an older program stored as texts are above every number.
+  const bool isAll = moment == kEnd;
+  const auto sql = fmt::format("select {} from transactions where {} and {}{}", kSums,
+                               accountQuerySQL(account), kCounted, isAll ? "" : " and datetime < ?");
+  Run run = isAll ? db->query(sql, {account.pk}) : db->query(sql, {account.pk, moment});
   if (!run.next()) return tl::make_unexpected(db->refusal());
   return readSums(run, 0, codeOf(account.aKind, account.trackingType));
+}
+
+}  // namespace
+
+Result<AccountTotals> totalsOf(const MonivaAccount& account) {
+  return totalsBefore(account, kEnd);
+}
+
+Result<double> balanceBefore(const MonivaAccount& account, Date moment) {
+  const auto opening = openingBalance(account);
+  if (!opening) return opening;
+  const auto totals = totalsBefore(account, moment);
+  if (!totals) return tl::make_unexpected(totals.error());
+  return withoutNoise(*opening + totals->balance());
 }
 
 double getTheTotalIncome(const MonivaAccount& account) {
@@ -231,22 +253,34 @@ Result<double> correctBalanceTo(MonivaAccount& account, double balance) {
 Result<std::map<std::string, double, std::less<>>> sumsOfAllAccounts(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  std::map<std::string, int, std::less<>> codes;
+  const ReadTransaction snapshot(*db);
+  std::map<std::string, double, std::less<>> sums;
+  {
+    // As accounts that track everything count, which nearly all do.
+    Run run = db->query(fmt::format(
+        "select account, sum(case when type = 11 or type = 50 or (type > 21 and type < 29) then amount"
+        " when type = 12 or (type > 31 and type < 39) then -amount end) from transactions where account != ''"
+        " and {} group by account",
+        kCounted));
+    while (run.next()) sums.emplace(run.text(0), run.real(1));
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  std::vector<std::string> others;
   {
     Run run = db->query("select oldTitle, incomeEnabled from account where kind = 1");
     while (run.next()) {
-      codes.emplace(run.text(0), codeOf(kAccountKind, static_cast<int>(run.integer(1))));
+      const int code = codeOf(kAccountKind, static_cast<int>(run.integer(1)));
+      if (!tracksMoves(code) && sums.contains(run.text(0))) others.emplace_back(run.text(0));
     }
     if (!run.ok()) return tl::make_unexpected(db->refusal());
   }
-  std::map<std::string, double, std::less<>> sums;
-  Run run = db->query(fmt::format(
-      "select account, {} from transactions where account != '' and {} group by account", kSums, kCounted));
-  while (run.next()) {
-    const auto code = codes.find(run.text(0));
-    sums.emplace(run.text(0), readSums(run, 1, code == codes.end() ? 1050 : code->second).balance());
+  for (const auto& key : others) {
+    const auto account = MonivaAccount::getAccountWithPK(root, key);
+    if (!account) continue;
+    const auto totals = totalsOf(*account);
+    if (!totals) return tl::make_unexpected(totals.error());
+    sums[key] = totals->balance();
   }
-  if (!run.ok()) return tl::make_unexpected(db->refusal());
   return sums;
 }
 

@@ -34,6 +34,8 @@ struct AccountTotals {
 
 /// The totals of a book or an account, computed in one pass; of a group those of its members together.
 Result<AccountTotals> totalsOf(const MonivaAccount& account);
+/// What the balance was when that moment came: what is dated before it counts. For a group over its members.
+Result<double> balanceBefore(const MonivaAccount& account, Date moment);
 double getTheTotalIncome(const MonivaAccount& account);
 double getTheTotalExpense(const MonivaAccount& account);
 double getTheTotalTransferIn(const MonivaAccount& account);

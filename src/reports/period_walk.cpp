@@ -2,12 +2,16 @@
 
 #include <fmt/format.h>
 
-#include "calendar/date_texts.h"
-
 namespace moniva {
 
 PeriodWalk::PeriodWalk(const Calendar& calendar, BookPeriods book, PeriodUnit unit, Date begin, Date end)
-    : calendar_(&calendar), book_(book), unit_(unit), begin_(begin), end_(end), start_(begin) {}
+    : calendar_(&calendar),
+      book_(book),
+      unit_(unit),
+      texts_(calendar),
+      begin_(begin),
+      end_(end),
+      start_(begin) {}
 
 Date PeriodWalk::lastDayOf(Date start) const {
   switch (unit_) {
@@ -41,9 +45,11 @@ void PeriodWalk::name(TransReportSummary& summary) const {
       return;
     case PeriodUnit::month: {
       const Date month = book_.namesakeOfMonth(start);
-      summary.month = calendar_->month(month);
-      summary.year = calendar_->year(month);
-      summary.title = fmt::format("{}, {}", stringOfMonthName(*calendar_, month), summary.year);
+      const std::int64_t day = calendar_->dayNumber(month);
+      const DaySystem::Parts at = calendar_->days().parts(day);
+      summary.month = at.month;
+      summary.year = at.year;
+      summary.title = texts_.monthAndYear(month, day, at);
       return;
     }
     case PeriodUnit::week:
@@ -53,12 +59,15 @@ void PeriodWalk::name(TransReportSummary& summary) const {
     case PeriodUnit::day:
       break;
   }
-  const DaySystem::Parts at = calendar_->days().parts(calendar_->dayNumber(start));
+  nameDay(summary, calendar_->dayNumber(start));
+}
+
+void PeriodWalk::nameDay(TransReportSummary& summary, std::int64_t dayNumber) const {
+  const DaySystem::Parts at = calendar_->days().parts(dayNumber);
   summary.year = at.year;
   summary.month = at.month;
   summary.day = at.day;
-  summary.title = fmt::format("{} {}", stringOfDateMediumStyle(*calendar_, start),
-                              stringOfWeekdayName(*calendar_, start));
+  summary.title = texts_.dayAndWeekday(summary.beginDate, dayNumber, at);
 }
 
 TransReportSummary PeriodWalk::list() const {

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "calendar/book_periods.h"
+#include "calendar/day_texts.h"
 #include "reports/trans_report_summary.h"
 
 namespace moniva {
@@ -28,6 +29,8 @@ class PeriodWalk {
   /// Titles and labels a summary by the period its `beginDate` is in: a year "2024", a month "March, 2024" (a
   /// month that is cut keeps the name of the whole one), a week by its days, a day "Mar 5, 2024 Tuesday".
   void name(TransReportSummary& summary) const;
+  /// The same for a day whose number is known.
+  void nameDay(TransReportSummary& summary, std::int64_t dayNumber) const;
   /// A summary of the whole range, with its bounds, year and month labels and its title: the fiscal year, or
   /// "2023 -- 2024".
   TransReportSummary list() const;
@@ -40,6 +43,7 @@ class PeriodWalk {
   const Calendar* calendar_;
   BookPeriods book_;
   PeriodUnit unit_;
+  mutable DayTexts texts_;
   Date begin_;
   Date end_;
   Date start_;

@@ -38,6 +38,11 @@ void TransReportSummary::takeLabels(const BookPeriods& periods) {
 }
 
 void TransReportSummary::take(TransReportSummary period) {
+  addUp(period);
+  listArray.push_back(std::move(period));
+}
+
+void TransReportSummary::addUp(const TransReportSummary& period) {
   count += period.count;
   incomeCount += period.incomeCount;
   expenseCount += period.expenseCount;
@@ -53,7 +58,6 @@ void TransReportSummary::take(TransReportSummary period) {
   expensePendingAmount += period.expensePendingAmount;
   maxInSumAmount = std::max(maxInSumAmount, period.incomeAmount);
   maxOutSumAmount = std::max(maxOutSumAmount, period.expenseAmount);
-  listArray.push_back(std::move(period));
 }
 
 double TransReportSummary::amount() const {

@@ -28,9 +28,12 @@ struct TransReportSummary {
   // What the summary is restricted to, when it is: the member of a breakdown.
   std::optional<MVCategory> category;
   std::optional<Vendor> vendor;
-  /// Null for none; so is an account that names nothing any more.
+  /// Null where it is about no account; records without one are about `MonivaAccount::getNoneAccount`.
   std::shared_ptr<const MonivaAccount> paymentAccount;
   std::string currency;
+  /// The member's key names nothing any more: the key stands for its title. Of a breakdown: such a row is in
+  /// it.
+  bool unnamed = false;
 
   /// Transactions of each kind, and the four counts added up. In a whole report of an account (1050, 2312)
   /// what came in by transfer is income as well and so is counted twice.
@@ -60,15 +63,22 @@ struct TransReportSummary {
 
   /// The periods of a list, or the rows of a breakdown.
   std::vector<TransReportSummary> listArray;
+  /// Whether a list was stopped before its last period.
+  bool isPartial = false;
   /// The records of a single day, when they are asked for.
   std::vector<MVTransaction> transactions;
   /// Amounts by currency code.
   std::map<std::string, double, std::less<>> incomeAmountCurrencyDict;
   std::map<std::string, double, std::less<>> expenseAmountCurrencyDict;
 
+  /// Nothing was counted, and nothing is pending as far as that was asked for.
+  bool isEmpty() const { return count == 0 && incomePendingCount == 0 && expensePendingCount == 0; }
+
   /// Takes a period into the list: its counts and sums are added up, its income and expense become the
   /// largest where they are, and it goes to the end of `listArray`.
   void take(TransReportSummary period);
+  /// The same for a period that is in `listArray` already.
+  void addUp(const TransReportSummary& period);
 
   /// Takes the year's label when both bounds are in one fiscal year, the month's and its year's when they are
   /// in one book month.

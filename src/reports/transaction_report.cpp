@@ -13,6 +13,24 @@ bool isOneOf(int code, std::initializer_list<int> codes) {
   return std::ranges::find(codes, code) != codes.end();
 }
 
+/// Records that were named while the store was read. Reading one may mend it, so it is done when nothing else
+/// is being read.
+void loadRecords(RecordNames& names, std::vector<MVTransaction>& records) {
+  std::erase_if(records, [&](MVTransaction& record) { return !record.getAllValue(names); });
+}
+
+void loadRecords(MVAppRoot& root, TransReportSummary& summary) {
+  RecordNames names(root);
+  loadRecords(names, summary.transactions);
+  loadRecords(names, summary.pendinglistArray);
+  for (auto& period : summary.listArray) loadRecords(names, period.pendinglistArray);
+}
+
+Result<TransReportSummary> withRecords(MVAppRoot& root, Result<TransReportSummary> read) {
+  if (read) loadRecords(root, *read);
+  return read;
+}
+
 }  // namespace
 
 TransactionReport::TransactionReport(MVAppRoot& root)
@@ -20,156 +38,210 @@ TransactionReport::TransactionReport(MVAppRoot& root)
 
 void TransactionReport::setTransactionType(int type) {
   transactionType_ = type;
-  composeSums();
+  compose();
 }
 
 void TransactionReport::setCategory(std::optional<MVCategory> category) {
   category_ = std::move(category);
   if (category_) transactionType_ = category_->type;
-  composeSums();
+  compose();
 }
 
 void TransactionReport::setMonivaAccount(const MonivaAccount& account) {
   monivaAccount_ = account;
   xctj_account_ = accountQuerySQL(account);
-  composeSums();
+  compose();
 }
 
 BookPeriods TransactionReport::periods() const {
   return BookPeriods(root_.calendar(), monivaAccount_.periodStarts(), now_);
 }
 
-void TransactionReport::composeSums() {
-  sums_.clear();
-  if (xctj_account_.empty()) return;
-  using Summary = TransReportSummary;
-  constexpr std::string_view kSettled =
-      "select sum(amount) as amount, count(eid) as eid_count from transactions where deleted = 0 and paid = 1"
-      " and ? <= datetime and datetime <= ?";
+void TransactionReport::compose() {
+  const bool isWhole = isOneOf(transactionType_, {1050, 2312});
+  const bool hasIncome = isOneOf(transactionType_, {1112, kind::kIncome});
+  const bool hasExpense = isOneOf(transactionType_, {1112, kind::kExpense});
+  xctj_type_in_ = isWhole ? "(type = 11 or (type > 21 and type < 29))" : hasIncome ? "type = 11" : "";
+  xctj_type_out_ = isWhole ? "(type = 12 or (type > 31 and type < 39))" : hasExpense ? "type = 12" : "";
+}
+
+ReportQueries TransactionReport::queries() const {
+  if (xctj_account_.empty()) return {};
+  std::vector<ReportFigure> figures;
   if (category_) {
     const bool isIncome = category_->type == kind::kIncome;
-    sums_ = {{fmt::format("{} and {} = ? and (type = {} or type = {}) and {}", kSettled,
-                          category_->isSubCate() ? "subcategory" : "category",
-                          isIncome ? kind::kIncome : kind::kExpense,
-                          isIncome ? kind::kFurtherIncome : kind::kFurtherExpense, xctj_account_),
-              isIncome ? &Summary::incomeCount : &Summary::expenseCount,
-              isIncome ? &Summary::incomeAmount : &Summary::expenseAmount}};
-    return;
+    auto rows = fmt::format(
+        "{} = ? and (type = {} or type = {})", category_->isSubCate() ? "subcategory" : "category",
+        isIncome ? kind::kIncome : kind::kExpense, isIncome ? kind::kFurtherIncome : kind::kFurtherExpense);
+    figures.push_back(isIncome ? ReportFigure::income(std::move(rows))
+                               : ReportFigure::expense(std::move(rows)));
+    return {xctj_account_, monivaAccount_.pk, std::move(figures), category_->pk};
   }
   const int code = transactionType_;
   if (monivaAccount_.isAccount() && isOneOf(code, {1050, 2333, 112129, 23, 2312})) {
-    sums_.push_back({fmt::format("{} and type = {} and {}", kSettled, kind::kTransferIn, xctj_account_),
-                     &Summary::transferinCount, &Summary::transferinAmount});
+    figures.push_back(ReportFigure::transferIn("type = 23"));
+    // What is pending of them is among the income then.
+    if (!xctj_type_in_.empty()) figures.back().pendingCount = nullptr;
   }
   if (monivaAccount_.isAccount() && isOneOf(code, {1050, 2333, 123139, 33})) {
-    sums_.push_back({fmt::format("{} and type = {} and {}", kSettled, kind::kTransferOut, xctj_account_),
-                     &Summary::transferoutCount, &Summary::transferoutAmount});
+    figures.push_back(ReportFigure::transferOut("type = 33"));
   }
-  const bool isWhole = isOneOf(code, {1050, 2312});
-  if (isWhole || isOneOf(code, {1112, kind::kIncome})) {
-    sums_.push_back({fmt::format("{} and {} and {}", kSettled, xctj_account_,
-                                 isWhole ? "(type = 11 or (type > 21 and type < 29))" : "type = 11"),
-                     &Summary::incomeCount, &Summary::incomeAmount});
+  if (code != kind::kTransferIn && !xctj_type_in_.empty()) {
+    figures.push_back(ReportFigure::income(std::string(xctj_type_in_)));
   }
-  if (isWhole || isOneOf(code, {1112, kind::kExpense})) {
-    sums_.push_back({fmt::format("{} and type != 33 and {} and {}", kSettled, xctj_account_,
-                                 isWhole ? "(type = 12 or (type > 31 and type < 39))" : "type = 12"),
-                     &Summary::expenseCount, &Summary::expenseAmount});
+  if (code != kind::kTransferOut && !xctj_type_out_.empty()) {
+    figures.push_back(ReportFigure::expense(fmt::format("(type != 33 and {})", xctj_type_out_)));
   }
+  return {xctj_account_, monivaAccount_.pk, std::move(figures)};
 }
 
-Result<TransReportSummary> TransactionReport::summed(Connection& db, Date from, Date to) const {
-  TransReportSummary summary;
+void TransactionReport::setUp(TransReportSummary& summary, Date from, Date to) const {
   summary.transactionType = transactionType_;
   summary.category = category_;
   summary.beginDate = from;
   summary.endDate = to;
+}
+
+Result<TransReportSummary> TransactionReport::summed(Connection& db, const ReportQueries& queries, Date from,
+                                                     Date to) const {
+  TransReportSummary summary;
+  setUp(summary, from, to);
   const Date begin = root_.calendar().dateBegin(from);
   const Date end = root_.calendar().dateEnd(to);
-  const std::string& key = monivaAccount_.pk;
-  for (const Sum& sum : sums_) {
-    Run run = category_ ? db.query(sum.sql, {begin, end, category_->pk, key})
-                        : db.query(sum.sql, {begin, end, key});
-    if (run.next()) {
-      summary.*sum.amount = run.real(0);
-      summary.*sum.count = static_cast<int>(run.integer(1));
-      summary.count += summary.*sum.count;
-    }
-    // A sum that could not be read must not pass for nothing.
-    if (!run.ok()) return tl::make_unexpected(db.refusal());
+  if (auto done = queries.sum(db, begin, end, Paid::yes, summary); !done) {
+    return tl::make_unexpected(done.error());
   }
+  if (!includePending_) return summary;
+  if (auto done = queries.sum(db, begin, end, Paid::no, summary); !done) {
+    return tl::make_unexpected(done.error());
+  }
+  auto pending = queries.records(db, begin, end, Paid::no);
+  if (!pending) return tl::make_unexpected(pending.error());
+  for (auto& record : *pending) summary.pendinglistArray.emplace_back(root_).eid = std::move(record.eid);
   return summary;
 }
 
 Result<TransReportSummary> TransactionReport::getSummaryFrom(Date from, Date to) const {
   Connection* db = root_.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  auto summary = summed(*db, from, to);
+  Result<TransReportSummary> summary = refuse("");
+  {
+    const ReadTransaction snapshot(*db);
+    summary = summed(*db, queries(), from, to);
+  }
   if (summary) summary->takeLabels(periods());
+  return withRecords(root_, std::move(summary));
+}
+
+Result<TransReportSummary> TransactionReport::summaryOfDay(Connection& db, Date date) const {
+  const ReadTransaction snapshot(db);
+  const ReportQueries queries = this->queries();
+  auto summary = summed(db, queries, date, date);
+  if (!summary) return summary;
+  PeriodWalk(root_.calendar(), periods(), PeriodUnit::day, date, date).name(*summary);
+  auto records =
+      queries.records(db, root_.calendar().dateBegin(date), root_.calendar().dateEnd(date), Paid::yes);
+  if (!records) return tl::make_unexpected(records.error());
+  for (auto& record : *records) summary->transactions.emplace_back(root_).eid = std::move(record.eid);
   return summary;
 }
 
-Result<TransReportSummary> TransactionReport::walk(Connection& db, PeriodUnit unit) {
+Result<TransReportSummary> TransactionReport::walk(Connection& db, PeriodUnit unit, const Hear& hear) const {
   PeriodWalk periods(root_.calendar(), this->periods(), unit, beginDate_, endDate_);
   TransReportSummary list = periods.list();
   list.transactionType = transactionType_;
   list.category = category_;
-
   const ReadTransaction snapshot(db);
-  while (!stopLoadingData_) {
-    const auto period = periods.next();
-    if (!period) break;
-    auto found = summed(db, period->begin, period->end);
+  if (unit == PeriodUnit::day) {
+    if (auto done = walkDays(db, periods, list, hear); !done) return tl::make_unexpected(done.error());
+    return list;
+  }
+  const ReportQueries queries = this->queries();
+  std::size_t heard = kFirstHeard;
+  while (const auto period = periods.next()) {
+    list.isPartial = isToStop();
+    if (list.isPartial) break;
+    auto found = summed(db, queries, period->begin, period->end);
     if (!found) return found;
-    if (!includeEmpty_ && found->count == 0) continue;
+    if (!includeEmpty_ && found->isEmpty()) continue;
     periods.name(*found);
     list.take(std::move(*found));
-  }
-  if (stopLoadingData_ && unit == PeriodUnit::day) {
-    root_.platform().log.line("== TransactionReport getReportByDay 查询被中断");
+    if (hear && list.listArray.size() == heard) {
+      hear(list);
+      heard *= 2;
+    }
   }
   return list;
 }
 
+void TransactionReport::deliver(std::function<Result<TransReportSummary>(Connection&)> work,
+                                void (TransactionReportDelegate::*tell)(const TransReportSummary&)) {
+  stopLoadingData_ = false;
+  delivered_ = std::make_shared<Delivered>();
+  reportInBackground<TransReportSummary>(root_, "TransactionReport", std::move(work),
+                                         [&root = root_, delegate = delegate_, delivered = delivered_,
+                                          tell](const Result<TransReportSummary>& answer) {
+                                           delivered->finished = true;
+                                           if (answer) {
+                                             delivered->summary = *answer;
+                                             loadRecords(root, delivered->summary);
+                                           }
+                                           const auto listener = delegate.lock();
+                                           if (!listener) return;
+                                           if (answer) {
+                                             (listener.get()->*tell)(delivered->summary);
+                                           } else {
+                                             listener->transactionReportQueryFailed(answer.error());
+                                           }
+                                         });
+}
+
 void TransactionReport::dispatch(PeriodUnit unit) {
+  const Hear hear = [&root = root_, delegate = delegate_](const TransReportSummary& list) {
+    root.platform().mainQueue.dispatch(
+        [&root, delegate, partial = std::make_shared<TransReportSummary>(list)] {
+          const auto listener = delegate.lock();
+          if (!listener) return;
+          loadRecords(root, *partial);
+          listener->transactionReportQueryUpdate(*partial);
+        });
+  };
+  deliver([this, unit, hear](Connection& db) { return walk(db, unit, hear); },
+          &TransactionReportDelegate::transactionReportQueryFinished);
+}
+
+void TransactionReport::getDailySummary(Date date) {
+  deliver([this, date](Connection& db) { return summaryOfDay(db, date); },
+          &TransactionReportDelegate::transactionReportUpdateDailySummary);
+}
+
+Result<TransReportSummary> TransactionReport::reportBy(PeriodUnit unit) {
   stopLoadingData_ = false;
-  reportInBackground<TransReportSummary>(
-      root_, "TransactionReport", [this, unit](Connection& db) { return walk(db, unit); },
-      [delegate = delegate_](const Result<TransReportSummary>& list) {
-        const auto listener = delegate.lock();
-        if (!listener) return;
-        if (list) {
-          listener->transactionReportQueryFinished(*list);
-        } else {
-          listener->transactionReportQueryFailed(list.error());
-        }
-      });
+  return withRecords(root_, reportNow<TransReportSummary>(root_, "TransactionReport", [&](Connection& db) {
+                       return walk(db, unit, nullptr);
+                     }));
 }
 
-Result<TransReportSummary> TransactionReport::waited(PeriodUnit unit) {
-  stopLoadingData_ = false;
-  return reportNow<TransReportSummary>(root_, "TransactionReport",
-                                       [&](Connection& db) { return walk(db, unit); });
+Result<TransReportSummary> TransactionReport::dailySummary(Date date) {
+  return withRecords(root_, reportNow<TransReportSummary>(root_, "TransactionReport", [&](Connection& db) {
+                       return summaryOfDay(db, date);
+                     }));
 }
 
-void TransactionReport::getReportByYear() {
-  dispatch(PeriodUnit::year);
-}
-void TransactionReport::getReportByMonth() {
-  dispatch(PeriodUnit::month);
-}
-void TransactionReport::getReportByDay() {
-  dispatch(PeriodUnit::day);
-}
-
-Result<TransReportSummary> TransactionReport::reportByYear() {
-  return waited(PeriodUnit::year);
-}
-Result<TransReportSummary> TransactionReport::reportByMonth() {
-  return waited(PeriodUnit::month);
-}
-Result<TransReportSummary> TransactionReport::reportByDay() {
-  return waited(PeriodUnit::day);
+Result<std::vector<TransReportSummary>> TransactionReport::summariesOf(
+    const std::vector<PeriodWalk::Period>& periods) {
+  using Found = Result<std::vector<TransReportSummary>>;
+  return reportNow<std::vector<TransReportSummary>>(root_, "TransactionReport", [&](Connection& db) -> Found {
+    const ReadTransaction snapshot(db);
+    const ReportQueries queries = this->queries();
+    std::vector<TransReportSummary> found;
+    for (const auto& period : periods) {
+      auto summary = summed(db, queries, period.begin, period.end);
+      if (!summary) return tl::make_unexpected(summary.error());
+      found.push_back(std::move(*summary));
+    }
+    return found;
+  });
 }
 
 }  // namespace moniva

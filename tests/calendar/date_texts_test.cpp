@@ -1,7 +1,9 @@
 #include "calendar/date_texts.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include "calendar/day_texts.h"
 #include "support.h"
 
 namespace moniva {
@@ -66,6 +68,47 @@ TEST(DateTexts, FollowsTheLocalesStyles) {
 TEST(DateTexts, MakesUniqueTexts) {
   EXPECT_EQ(dateUuid({1709217005.25}, 42), "170921700525000042");
   EXPECT_EQ(dateUuid({1709217005.25}, 0xFFFFFFFF), "1709217005250000-1") << "the number is signed";
+}
+
+TEST(DayTexts, AreWhatEachDayWouldBeWrittenAsByItself) {
+  for (const char* locale : {"en_US",
+                             "de_DE",
+                             "zh_CN",
+                             "ja_JP",
+                             "ar_EG",
+                             "fa_IR",
+                             "th_TH",
+                             "he_IL",
+                             "ca_ES",
+                             "hi_IN",
+                             "mn_MN",
+                             "lt_LT",
+                             "bg_BG",
+                             "eu_ES",
+                             "my_MM",
+                             "vi_VN",
+                             "cy_GB",
+                             "ja_JP@calendar=japanese",
+                             "zh_CN@calendar=chinese",
+                             "he_IL@calendar=hebrew",
+                             "en_US@calendar=buddhist"}) {
+    const auto calendar = calendarOf("America/Sao_Paulo", locale);
+    DayTexts texts(*calendar);
+    // Back and forth, over the days of the Julian calendar too.
+    for (const int first : {19'000, -142'000, 19'400}) {
+      for (int i = 0; i < 500; ++i) {
+        const std::int64_t day = first + i * 37 % 400;
+        const Date date = calendar->beginOfDay(day);
+        const auto at = calendar->days().parts(day);
+        ASSERT_EQ(texts.dayAndWeekday(date, day, at),
+                  stringOfDateMediumStyle(*calendar, date) + " " + stringOfWeekdayName(*calendar, date))
+            << locale << ' ' << day;
+        ASSERT_EQ(texts.monthAndYear(date, day, at),
+                  fmt::format("{}, {}", stringOfMonthName(*calendar, date), at.year))
+            << locale << ' ' << day;
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -12,6 +12,7 @@ class CommandError : public std::runtime_error {
  public:
   static constexpr int kRefused = 1;
   static constexpr int kUsage = 2;
+  static constexpr int kInterrupted = 130;  ///< what a shell says of a program that Ctrl-C ended
 
   CommandError(int exitCode, const std::string& why) : std::runtime_error(why), exitCode_(exitCode) {}
   CommandError(int exitCode, const Refusal& refusal)

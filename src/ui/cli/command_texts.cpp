@@ -35,27 +35,6 @@ std::span<const CommandText> commandTexts() {
        {{"moniva import records.csv --dry-run", "see what would happen"},
         {"moniva import records.csv", "take the file in"},
         {"moniva import bank.csv --skip-bad --decimal comma", "take the good rows of a German bank's file"}}},
-      {"report",
-       "what came in and went out",
-       "",
-       {{"moniva report month", "the months of this year"},
-        {"moniva report day 2024-02", "the days of a month"},
-        {"moniva report year --json", "all years, for another program"}}},
-      {"report year",
-       "the years of a book or an account",
-       "",
-       {{"moniva report year", "all years of the current book"},
-        {"moniva report year 2020..2024 -b Household", ""}}},
-      {"report month",
-       "the months of a book or an account",
-       "Months and years are those of the book: where it begins its months on the 25th, so does the report.",
-       {{"moniva report month", "this year"},
-        {"moniva report month 2024 -b Household", "another year"},
-        {"moniva report month 2024-03..2024-08 -a Checking", "some months of an account"}}},
-      {"report day",
-       "the days of a book or an account",
-       "",
-       {{"moniva report day", "this month"}, {"moniva report day 2024-02 --empty", "every day of a month"}}},
       {"doctor",
        "look the store over",
        "Looks at the file and at what its records say of each other, and changes nothing. The exit status "
@@ -99,6 +78,9 @@ std::span<const CommandText> commandTexts() {
              debtTexts(),
              spendTexts(),
              planTexts(),
+             listTexts(),
+             breakdownTexts(),
+             reportTexts(),
              searchTexts(),
          }) {
       joined.insert(joined.end(), family.begin(), family.end());
@@ -114,7 +96,8 @@ std::vector<ManualEntry> exitStatusTexts() {
       {"1",
        "refused or failed; nothing was changed, unless the message says that the work is done and only its "
        "answer could not be written"},
-      {"2", "the command line was not understood"}};
+      {"2", "the command line was not understood"},
+      {"130", "interrupted; a report that was printed is partial, and says so"}};
 }
 
 std::vector<ManualEntry> environmentTexts() {

@@ -41,14 +41,15 @@ enum class Meant { single, open, groupsToo };
 /// is, and when what the name means is not what is asked for; a blank book name means the current book.
 MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant = Meant::single);
 MonivaAccount accountNamed(Session& session, const std::string& name, Meant meant = Meant::single);
-/// The key of a vendor that is there; of a payee unless only a payer has the name or income is asked for.
-/// Ends the command for none, with the nearest there is.
-std::string vendorKeyTyped(Session& session, const std::string& title, bool income);
 
 /// Ends the command when the book or account is closed.
 void requireOpen(const MonivaAccount& row);
 /// The group of accounts of that name, or of books; where there are both and `ofBooks` is not set, the former
 /// is meant.
 MonivaAccount groupNamed(Session& session, const std::string& name, bool ofBooks);
+
+/// The live vendor of that name: a payee unless only a payer has it or `income` is asked for. Ends the
+/// command for none, with the nearest there is.
+Vendor vendorNamed(Session& session, const std::string& typedName, bool income);
 
 }  // namespace moniva

@@ -113,5 +113,7 @@ void addRowSettings(const RowFamily& family);
 /// The commands about its being there and about its records: order, close, delete, clear, recount and their
 /// like.
 void addRowUpkeep(const RowFamily& family);
+/// The command that gives all records of one to another.
+void addMoveRecords(const RowFamily& family);
 
 }  // namespace moniva

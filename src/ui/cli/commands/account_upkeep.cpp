@@ -233,6 +233,8 @@ void addRowUpkeep(const RowFamily& family) {
     return clearRow(s, row, *yes);
   })->add_flag("--yes", *yes, "Remove them indeed");
 
+  addMoveRecords(family);
+
   CLI::App* count = line.add(parent, "recount");
   auto counted = std::make_shared<std::string>();
   auto all = std::make_shared<bool>(false);

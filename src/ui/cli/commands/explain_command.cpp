@@ -56,7 +56,7 @@ void takeMember(Session& session, const ExplainOptions& options, Asked& asked) {
   } else if (!options.vendor.empty()) {
     const bool isNone =
         options.vendor == kNoneTyped || Vendor::isNoVendorTitle(session.root(), options.vendor);
-    query.vendor = isNone ? std::string() : vendorKeyTyped(session, options.vendor, isIncome);
+    query.vendor = isNone ? std::string() : vendorNamed(session, options.vendor, isIncome).pk;
     asked.title = isNone ? session.text("no vendor") : options.vendor;
   } else if (!options.paidFrom.empty()) {
     const bool isNone = options.paidFrom == kNoneTyped;

@@ -34,7 +34,7 @@ RecordQuery queryTyped(Session& session, const ListOptions& options) {
         categoryTyped(session, options.category, options.income ? kind::kIncome : kind::kExpense).pk;
     query.type = options.income ? kind::kIncome : kind::kExpense;
   }
-  if (!options.vendor.empty()) query.vendor = vendorKeyTyped(session, options.vendor, options.income);
+  if (!options.vendor.empty()) query.vendor = vendorNamed(session, options.vendor, options.income).pk;
   if (!options.from.empty()) query.from = boundTyped(session, options.from, false);
   if (!options.to.empty()) query.to = boundTyped(session, options.to, true);
   if (query.from && query.to && *query.to < *query.from) {
@@ -86,13 +86,7 @@ void printRecords(Session& session, RecordQuery query, std::int64_t limit, const
 void addLimit(CLI::App& command, std::int64_t& limit) {
   command.add_option("--limit", limit, "How many at most; 0 for all (else 20)")
       ->type_name("N")
-      ->check(CLI::Validator(
-          [](const std::string& text) {
-            const bool isCount = !text.empty() && text.size() < 10 &&
-                                 text.find_first_not_of("0123456789") == std::string::npos;
-            return isCount ? std::string() : "it is a whole number; 0 lists all";
-          },
-          ""));
+      ->check(rowLimit());
 }
 
 }  // namespace
