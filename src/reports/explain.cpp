@@ -16,14 +16,14 @@ bool comesInByType(int type) {
   return type == kind::kIncome || (type > 21 && type < 29);
 }
 
-bool isWhole(int code) {
+bool isWholeCode(int code) {
   return code == 1112 || code == 1050 || code == 2312;
 }
 
 /// The conditions and sums of one figure.
-class Figure {
+class ExplainedFigure {
  public:
-  Figure(MVAppRoot& root, Connection& db, const ExplainQuery& query)
+  ExplainedFigure(MVAppRoot& root, Connection& db, const ExplainQuery& query)
       : root_(root),
         db_(db),
         query_(query),
@@ -101,8 +101,9 @@ class Figure {
 
   std::string_view measure() const {
     if (!query_.currency.empty()) return "amount2";
-    return isWhole(code_) ? "case when type = 11 or (type > 21 and type < 29) then amount else -amount end"
-                          : "amount";
+    return isWholeCode(code_)
+               ? "case when type = 11 or (type > 21 and type < 29) then amount else -amount end"
+               : "amount";
   }
   std::string paidFilter() const { return query_.pending ? "" : " and paid = 1"; }
   /// What breakdowns leave out besides.
@@ -225,12 +226,12 @@ class Figure {
     report.setTransactionType(code_);
     const auto settled = report.getSummaryFrom(query_.from, query_.to);
     if (!settled) return tl::make_unexpected(settled.error());
-    const int out = isWhole(code_) ? -1 : 1;
+    const int out = isWholeCode(code_) ? -1 : 1;
     Explained::Part part{
         settled->incomeCount + settled->expenseCount + settled->transferoutCount,
         settled->incomeAmount + out * settled->expenseAmount + out * settled->transferoutAmount};
     // In a whole report what came in by transfer is income already.
-    if (!isWhole(code_)) {
+    if (!isWholeCode(code_)) {
       part.count += settled->transferinCount;
       part.amount += settled->transferinAmount;
     }
@@ -272,7 +273,7 @@ Result<Explained> explain(MVAppRoot& root, const ExplainQuery& query,
                           const std::function<void(const ExplainedRow&)>& take) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  const Figure figure(root, *db, query);
+  const ExplainedFigure figure(root, *db, query);
   const ReadTransaction snapshot(*db);
   Explained explained;
   std::vector<std::pair<Explained::Part*, ExplainedPart>> parts;

@@ -166,9 +166,9 @@ std::string likePattern(std::string_view text) {
 std::pair<std::size_t, std::size_t> findForm(std::string_view text, const std::vector<std::string>& forms) {
   std::pair<std::size_t, std::size_t> first{std::string_view::npos, 0};
   for (const std::string& form : forms) {
-    const auto at = std::ranges::search(text, form, isSameToLike);
-    const auto place = static_cast<std::size_t>(at.begin() - text.begin());
-    if (!form.empty() && !at.empty() && place < first.first) first = {place, form.size()};
+    const auto at = std::search(text.begin(), text.end(), form.begin(), form.end(), isSameToLike);
+    const auto place = static_cast<std::size_t>(at - text.begin());
+    if (!form.empty() && at != text.end() && place < first.first) first = {place, form.size()};
   }
   return first;
 }

@@ -70,9 +70,9 @@ std::vector<double> amountsIn(const std::string& text) {
 }
 
 /// The condition of a search and what its slots hold. Not to be moved: the values view the texts beside them.
-class Condition {
+class SearchCondition {
  public:
-  Condition(MVAppRoot& root, const SearchQuery& query)
+  SearchCondition(MVAppRoot& root, const SearchQuery& query)
       : user_(root.objectForKey("userRecordID")), query_(query) {
     for (const auto& form : keywordForms(query.keyword, root.calendar().locale())) {
       patterns_.push_back(likePattern(form));
@@ -82,8 +82,8 @@ class Condition {
     if (query.account) accountSlot_ = slot(query.account->pk);
     compose();
   }
-  Condition(const Condition&) = delete;
-  Condition& operator=(const Condition&) = delete;
+  SearchCondition(const SearchCondition&) = delete;
+  SearchCondition& operator=(const SearchCondition&) = delete;
 
   std::string slot(const Value& value) { return slots_.add(value); }
   /// "select ... from transactions where ..." of these columns.
@@ -191,7 +191,7 @@ Result<> checkSearch(const SearchQuery& query) {
   return {};
 }
 
-Result<> append(MVAppRoot& root, SearchQuery query, std::vector<std::string>& found) {
+Result<> appendPage(MVAppRoot& root, SearchQuery query, std::vector<std::string>& found) {
   const auto page = searchPage(root, query);
   if (!page) return tl::make_unexpected(page.error());
   found.insert(found.end(), page->found.begin(), page->found.end());
@@ -208,7 +208,7 @@ Result<SearchPage> searchPage(MVAppRoot& root, const SearchQuery& query) {
   constexpr auto kMost = std::numeric_limits<std::int64_t>::max() - 1;
   const std::int64_t pageMax = std::min(query.pageMax, kMost);
   if (query.page > kMost / pageMax) return page;
-  Condition condition(root, query);
+  SearchCondition condition(root, query);
   // One more tells whether there are more.
   const auto offset = condition.slot(query.page * pageMax);
   const auto limit = condition.slot(pageMax + 1);
@@ -229,7 +229,7 @@ Result<std::int64_t> searchCount(MVAppRoot& root, const SearchQuery& query) {
   if (auto checked = checkSearch(query); !checked) return tl::make_unexpected(checked.error());
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  const Condition condition(root, query);
+  const SearchCondition condition(root, query);
   Run run = db->query(condition.select("count(*)"), condition.values());
   if (!run.next()) return tl::make_unexpected(db->refusal());
   return run.integer(0);
@@ -247,33 +247,38 @@ Result<SearchPlace> searchPlaceOf(MVAppRoot& root, const std::string& eid) {
 Result<> searchTransactions(MVAppRoot& root, const std::string& keyword, std::optional<Date> fromDate,
                             std::optional<Date> toDate, const SearchAccount& account, std::int64_t page,
                             std::int64_t pageMax, std::vector<std::string>& uuidArray) {
-  return append(root, {SearchIn::records, keyword, {}, fromDate, toDate, account, page, pageMax}, uuidArray);
+  return appendPage(root, {SearchIn::records, keyword, {}, fromDate, toDate, account, page, pageMax},
+                    uuidArray);
 }
 Result<> searchTransfer(MVAppRoot& root, const std::string& keyword, std::optional<Date> fromDate,
                         std::optional<Date> toDate, const SearchAccount& account, std::int64_t page,
                         std::int64_t pageMax, std::vector<std::string>& uuidArray) {
-  return append(root, {SearchIn::transfers, keyword, {}, fromDate, toDate, account, page, pageMax},
-                uuidArray);
+  return appendPage(root, {SearchIn::transfers, keyword, {}, fromDate, toDate, account, page, pageMax},
+                    uuidArray);
 }
 Result<> searchDebt(MVAppRoot& root, const std::string& keyword, std::optional<Date> fromDate,
                     std::optional<Date> toDate, const SearchAccount& account, std::int64_t page,
                     std::int64_t pageMax, std::vector<std::string>& uuidArray) {
-  return append(root, {SearchIn::debts, keyword, {}, fromDate, toDate, account, page, pageMax}, uuidArray);
+  return appendPage(root, {SearchIn::debts, keyword, {}, fromDate, toDate, account, page, pageMax},
+                    uuidArray);
 }
 Result<> searchPayment(MVAppRoot& root, const std::string& keyword, std::optional<Date> fromDate,
                        std::optional<Date> toDate, const SearchAccount& account, std::int64_t page,
                        std::int64_t pageMax, std::vector<std::string>& uuidArray) {
-  return append(root, {SearchIn::payments, keyword, {}, fromDate, toDate, account, page, pageMax}, uuidArray);
+  return appendPage(root, {SearchIn::payments, keyword, {}, fromDate, toDate, account, page, pageMax},
+                    uuidArray);
 }
 Result<> searchCostSeed(MVAppRoot& root, const std::string& keyword, std::optional<Date> fromDate,
                         std::optional<Date> toDate, const SearchAccount& account, std::int64_t page,
                         std::int64_t pageMax, std::vector<std::string>& uuidArray) {
-  return append(root, {SearchIn::costs, keyword, {}, fromDate, toDate, account, page, pageMax}, uuidArray);
+  return appendPage(root, {SearchIn::costs, keyword, {}, fromDate, toDate, account, page, pageMax},
+                    uuidArray);
 }
 Result<> searchSpend(MVAppRoot& root, const std::string& keyword, std::optional<Date> fromDate,
                      std::optional<Date> toDate, const SearchAccount& account, std::int64_t page,
                      std::int64_t pageMax, std::vector<std::string>& uuidArray) {
-  return append(root, {SearchIn::expenses, keyword, {}, fromDate, toDate, account, page, pageMax}, uuidArray);
+  return appendPage(root, {SearchIn::expenses, keyword, {}, fromDate, toDate, account, page, pageMax},
+                    uuidArray);
 }
 
 }  // namespace moniva

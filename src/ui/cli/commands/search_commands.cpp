@@ -33,7 +33,7 @@ const std::map<std::string, SearchIn> kSearchKinds = {
     {"debts", SearchIn::debts},     {"payments", SearchIn::payments}, {"costs", SearchIn::costs},
     {"all", SearchIn::all}};
 
-std::string joined(const std::vector<std::string>& words) {
+std::string joinedWords(const std::vector<std::string>& words) {
   std::string text;
   for (const auto& word : words) text += (text.empty() ? "" : " ") + word;
   return text;
@@ -52,7 +52,7 @@ SearchQuery queryTypedFor(Session& session, const SearchOptions& options) {
   query.uncategorised = true;
   query.pageMax = options.pageSize;
   query.page = std::max<std::int64_t>(options.page, 1) - 1;
-  query.keyword = options.saved > 0 ? savedText(session, options.saved) : joined(options.words);
+  query.keyword = options.saved > 0 ? savedText(session, options.saved) : joinedWords(options.words);
   if (query.keyword.empty() && !options.words.empty()) throw notUnderstood("the text to look for is blank");
   typed(checkKeyword(query.keyword));
   if (!options.amount.empty()) query.amount = typed(parseAmount(options.amount));
@@ -192,7 +192,7 @@ void listSearches(Session& session, const SavedOptions& options) {
 
 void forgetSearches(Session& session, const SavedOptions& options) {
   if (options.all == !options.words.empty()) throw notUnderstood("name the text to forget, or --all");
-  const auto text = joined(options.words);
+  const auto text = joinedWords(options.words);
   const auto known = done(getSearchList(session.root()));
   if (!options.all && std::ranges::find(known, text) == known.end()) {
     const auto meant = didYouMean(text, known);
@@ -218,7 +218,7 @@ void addSavedSearches(CommandLine& line) {
   CLI::App* save = line.add(*searches, "save");
   save->add_option("TEXT", options->words, "The text to look for")->required();
   line.onRun(save, [options](Session& session) {
-    const auto text = joined(options->words);
+    const auto text = joinedWords(options->words);
     if (text.empty()) throw notUnderstood("the text to look for is blank");
     typed(checkKeyword(text));
     done(saveSearch(session.root(), text));
