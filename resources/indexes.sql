@@ -2,10 +2,11 @@
 -- The figures are fixed on purpose and belong to the set: the empty text dominates repeat_seed and transferEID,
 -- so figures counted from a real store mislead the planner. Never run ANALYZE or PRAGMA optimize on a store.
 CREATE INDEX IF NOT EXISTS tx_book     ON transactions(book, type, datetime, paid, amount, deleted, eid);
-CREATE INDEX IF NOT EXISTS tx_account  ON transactions(account, datetime, type, paid, amount, deleted, eid);
+CREATE INDEX IF NOT EXISTS tx_account  ON transactions(account, datetime, type, paid, amount, deleted, book, category, syear, eid);
 CREATE INDEX IF NOT EXISTS tx_date     ON transactions(datetime);
 CREATE INDEX IF NOT EXISTS tx_type     ON transactions(type, datetime);
-CREATE INDEX IF NOT EXISTS tx_vendor   ON transactions(vendor, datetime);
+CREATE INDEX IF NOT EXISTS tx_vendor   ON transactions(vendor, datetime, type, book, paid, amount, deleted, eid);
+CREATE INDEX IF NOT EXISTS tx_category ON transactions(category, datetime, type, book, paid, amount, deleted, eid);
 CREATE INDEX IF NOT EXISTS tx_edit     ON transactions(editDate);
 CREATE INDEX IF NOT EXISTS tx_transfer ON transactions(transferEID);
 CREATE INDEX IF NOT EXISTS tx_seed     ON transactions(repeat_seed, datetime);
@@ -24,9 +25,10 @@ ANALYZE sqlite_schema;
 DELETE FROM sqlite_stat1;
 INSERT INTO sqlite_stat1 VALUES
 ('transactions','tx_book','100000 33000 8000 2 2 1 1 1'),
-('transactions','tx_account','100000 7000 2 1 1 1 1 1'),
+('transactions','tx_account','100000 7000 2 1 1 1 1 1 1 1 1'),
 ('transactions','tx_type','100000 15000 2'),
-('transactions','tx_vendor','100000 350 1'),
+('transactions','tx_vendor','100000 7000 2 1 1 1 1 1 1'),
+('transactions','tx_category','100000 5000 2 1 1 1 1 1 1'),
 ('transactions','tx_edit','100000 1'),
 ('transactions','tx_date','100000 2'),
 ('transactions','tx_transfer','100000 5000'),

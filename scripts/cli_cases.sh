@@ -17,8 +17,6 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 program="$(cd "$(dirname "$program")" && pwd)/$(basename "$program")"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-dir="$work/case"
-actual="$work/actual"
 # The present stands still unless a command says otherwise.
 bin="$work/bin"
 mkdir "$bin"
@@ -28,15 +26,16 @@ export PATH="$bin:$PATH"
 unset MONIVA_PASSCODE XDG_DATA_HOME LC_ALL LC_TIME NO_COLOR
 export TZ=Europe/Berlin LANG=en_US.UTF-8 TERM=dumb EXAMPLES="$here/examples"
 
-failed=0
-passed=0
 cases=("$@")
 [ ${#cases[@]} -eq 0 ] && cases=("$here"/tests/cli/*.test)
-for file in "${cases[@]}"; do
-  mkdir "$dir"
+
+# Runs one file in a folder of its own; fails, with the difference, when it prints something else.
+run_case() {
+  local file=$1 dir actual ran=0 line status
+  dir=$(mktemp -d "$work/case.XXXXXX")
+  actual="$dir.actual"
   : >"$actual"
   export MONIVA_DATA="$dir/data" DIR="$dir"
-  ran=0
   while IFS= read -r line || [ -n "$line" ]; do
     case "$line" in
       '#'* | '') printf '%s\n' "$line" >>"$actual" ;;
@@ -56,12 +55,16 @@ for file in "${cases[@]}"; do
     cp "$actual" "$file"
   elif [ "$ran" -eq 0 ]; then
     echo "$file: no command in it" >&2
-    failed=$((failed + 1))
-  elif diff -u "$file" "$actual" >&2; then
-    passed=$((passed + 1))
+    return 1
   else
-    failed=$((failed + 1))
+    diff -u "$file" "$actual" >&2
   fi
-done
+}
+export -f run_case
+export here work update
+
+# As many at a time as there are cores, the longest files first; each that passed leaves a line.
+passed=$(ls -S "${cases[@]}" | xargs -d '\n' -P "$(nproc)" -I{} bash -c 'run_case "$1" && echo passed' _ {} | wc -l) || true
+failed=$((${#cases[@]} - passed))
 echo "whole-program cases: $passed passed, $failed failed"
 [ "$failed" -eq 0 ]

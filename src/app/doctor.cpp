@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "model/account_balance.h"
+#include "model/entry_checks.h"
 #include "model/photos.h"
 #include "storage/transaction.h"
 
@@ -105,6 +107,27 @@ void examinePhotos(MVAppRoot& root, Connection& db, std::vector<DoctorFinding>& 
                                    : phrase("{} files that no record uses, which do no harm", files)});
 }
 
+/// Kept balances of accounts that are not what their records come to.
+DoctorFinding examineBalances(MVAppRoot& root) {
+  const auto sums = sumsOfAllAccounts(root);
+  if (!sums) return {phrase("balances"), false, *sums.error().phrase};
+  std::size_t wrong = 0;
+  for (const auto& account : MonivaAccount::list(root, kAccountKind)) {
+    const auto sum = sums->find(account.pk);
+    const double counted = account.beginBalance + (sum == sums->end() ? 0 : sum->second);
+    if (difference(account.totalBalance, counted) != 0) ++wrong;
+  }
+  return {phrase("balances"), wrong == 0,
+          wrong == 0 ? Phrase("")
+          : wrong == 1
+              ? phrase("{} account whose kept balance is not what its records come to; count it with: "
+                       "moniva account recount --all",
+                       wrong)
+              : phrase("{} accounts whose kept balances are not what their records come to; count them "
+                       "with: moniva account recount --all",
+                       wrong)};
+}
+
 }  // namespace
 
 std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
@@ -136,6 +159,7 @@ std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
         {check, number == 0,
          number == 0 ? Phrase("") : Phrase(form, fmt::format(fmt::runtime(form), number), {number})});
   }
+  findings.push_back(examineBalances(root));
   examinePhotos(root, *db, findings);
   {
     const auto missing = root.db().missingIndexes().size();

@@ -253,22 +253,34 @@ Result<double> correctBalanceTo(MonivaAccount& account, double balance) {
 Result<std::map<std::string, double, std::less<>>> sumsOfAllAccounts(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  std::map<std::string, int, std::less<>> codes;
+  const ReadTransaction snapshot(*db);
+  std::map<std::string, double, std::less<>> sums;
+  {
+    // As accounts that track everything count, which nearly all do.
+    Run run = db->query(fmt::format(
+        "select account, sum(case when type = 11 or type = 50 or (type > 21 and type < 29) then amount"
+        " when type = 12 or (type > 31 and type < 39) then -amount end) from transactions where account != ''"
+        " and {} group by account",
+        kCounted));
+    while (run.next()) sums.emplace(run.text(0), run.real(1));
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  std::vector<std::string> others;
   {
     Run run = db->query("select oldTitle, incomeEnabled from account where kind = 1");
     while (run.next()) {
-      codes.emplace(run.text(0), codeOf(kAccountKind, static_cast<int>(run.integer(1))));
+      const int code = codeOf(kAccountKind, static_cast<int>(run.integer(1)));
+      if (!tracksMoves(code) && sums.contains(run.text(0))) others.emplace_back(run.text(0));
     }
     if (!run.ok()) return tl::make_unexpected(db->refusal());
   }
-  std::map<std::string, double, std::less<>> sums;
-  Run run = db->query(fmt::format(
-      "select account, {} from transactions where account != '' and {} group by account", kSums, kCounted));
-  while (run.next()) {
-    const auto code = codes.find(run.text(0));
-    sums.emplace(run.text(0), readSums(run, 1, code == codes.end() ? 1050 : code->second).balance());
+  for (const auto& key : others) {
+    const auto account = MonivaAccount::getAccountWithPK(root, key);
+    if (!account) continue;
+    const auto totals = totalsOf(*account);
+    if (!totals) return tl::make_unexpected(totals.error());
+    sums[key] = totals->balance();
   }
-  if (!run.ok()) return tl::make_unexpected(db->refusal());
   return sums;
 }
 

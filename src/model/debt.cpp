@@ -15,10 +15,15 @@
 namespace moniva {
 namespace {
 
-/// Which rows are debts: those of older data by the book they were kept in, as `isDebtRow` has it.
+/// Which rows are debts: those of older data by the book they were kept in, as `isDebtRow` has it. Queries
+/// keep their order apart from the columns (`+datetime`), so that the few debts are found by their types and
+/// not by a walk through all rows in that order.
 constexpr std::string_view kIsDebt =
     "(type in (24, 34) or (type = 11 and book in ('BorrowBook', 'DebtBook')) or"
     " (type = 12 and book = 'LendBook'))";
+
+/// Its slots take what the flag is to be, and below zero for either.
+constexpr std::string_view kIsSettled = "((needReimburse != 0) = ? or ? < 0)";
 
 bool isDebtRow(int type, std::string_view book) {
   if (type == kind::kIncome) return book == "BorrowBook" || book == "DebtBook";
@@ -102,8 +107,8 @@ Result<std::vector<Debt>> Debt::list(MVAppRoot& root, Which which, std::string_v
   {
     Run run = db->query(
         fmt::format("select eid from transactions where deleted = 0 and {} and (vendor = ? or ? = '') and"
-                    " ((needReimburse != 0) = ? or ? < 0) order by datetime, eid",
-                    kIsDebt),
+                    " {} order by +datetime, eid",
+                    kIsDebt, kIsSettled),
         {person, person, which == Which::settled ? 1 : 0, which == Which::all ? -1 : 1});
     while (run.next()) keys.emplace_back(run.text(0));
     if (!run.ok()) return tl::make_unexpected(db->refusal());
@@ -123,11 +128,21 @@ Result<std::vector<Debt>> Debt::list(MVAppRoot& root, Which which, std::string_v
   return debts;
 }
 
+Result<std::int64_t> Debt::count(MVAppRoot& root, Which which) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Run run = db->query(
+      fmt::format("select count(eid) from transactions where deleted = 0 and {} and {}", kIsDebt, kIsSettled),
+      {which == Which::settled ? 1 : 0, which == Which::all ? -1 : 1});
+  if (!run.next()) return tl::make_unexpected(db->refusal());
+  return run.integer(0);
+}
+
 Result<std::vector<std::string>> Debt::people(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Run run = db->query(fmt::format(
-      "select distinct vendor from transactions where deleted = 0 and {} order by vendor", kIsDebt));
+      "select distinct vendor from transactions where deleted = 0 and {} order by +vendor", kIsDebt));
   std::vector<std::string> names;
   while (run.next()) names.emplace_back(run.text(0));
   if (!run.ok()) return tl::make_unexpected(db->refusal());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -70,6 +71,8 @@ class Debt {
   /// persons for a blank one.
   enum class Which { open, settled, all };
   static Result<std::vector<Debt>> list(MVAppRoot& root, Which which, std::string_view person = {});
+  /// How many of them there are, of all persons.
+  static Result<std::int64_t> count(MVAppRoot& root, Which which);
   /// The names of all persons with debts in use.
   static Result<std::vector<std::string>> people(MVAppRoot& root);
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +12,7 @@
 #include "model/photos.h"
 #include "model/record_names.h"
 #include "model/transaction_type.h"
+#include "storage/value.h"
 
 namespace moniva {
 
@@ -91,6 +94,12 @@ class MVTransaction {
   static std::optional<MVTransaction> transactionFromTemplateShortcut(MVAppRoot& root, std::string_view url);
   /// The item of that group.
   static std::optional<MVTransaction> transactionFromConnectUUID(MVAppRoot& root, std::string_view uuid);
+  /// Hands the rows that a condition on `transactions` selects, in the order it gives, to `take` one by one,
+  /// loaded by one statement: "book = ? and deleted = 0 order by datetime". Refused when it cannot be read.
+  static Result<> transactionsWhere(MVAppRoot& root, std::string_view condition,
+                                    std::span<const Value> arguments,
+                                    const std::function<void(MVTransaction)>& take,
+                                    RecordNames* names = nullptr);
   /// Fills the object from the row of `eid`; false when there is none.
   bool getAllValue(RecordNames& names);
 

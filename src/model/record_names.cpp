@@ -19,6 +19,16 @@ bool standsForNone(std::string_view key) {
 
 }  // namespace
 
+void RecordNames::renew() {
+  Connection* db = root_->db().getDatabase();
+  if (db == nullptr) return;
+  const std::tuple now(db->serial(), db->totalChanges(), db->dataVersion());
+  if (std::exchange(seen_, now) == now) return;
+  holders_.clear();
+  categories_.clear();
+  vendors_.clear();
+}
+
 std::shared_ptr<const MonivaAccount> RecordNames::holder(std::string_view key) {
   if (key.empty()) return nullptr;
   return keptOrRead(holders_, key, [&] { return MonivaAccount::getAccountWithPK(*root_, key); });
@@ -26,7 +36,14 @@ std::shared_ptr<const MonivaAccount> RecordNames::holder(std::string_view key) {
 
 std::shared_ptr<const MVCategory> RecordNames::category(std::string_view key, int type) {
   if (key.empty() || key == kNoCategory) return nullptr;
-  return keptOrRead(categories_[type], key, [&] { return MVCategory::getCategory(*root_, key, type); });
+  return keptOrRead(categories_[type], key, [&] {
+    auto found = MVCategory::getCategory(*root_, key, type);
+    // A child that is its own parent, as a merge may leave one, is not followed.
+    if (found && found->isSubCate() && found->parent != key) {
+      found->supcategory = category(found->parent, found->type);
+    }
+    return found;
+  });
 }
 
 std::shared_ptr<const Vendor> RecordNames::vendor(std::string_view key, int type) {

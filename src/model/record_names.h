@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "model/moniva_account.h"
@@ -13,10 +14,14 @@
 namespace moniva {
 
 /// The books, accounts, categories and vendors that records refer to by key, each read once. For one
-/// operation over many records: what changes in the store meanwhile is not seen.
+/// operation over many records: what changes in the store meanwhile is not seen. What pages through records
+/// keeps one and renews it with each page.
 class RecordNames {
  public:
   explicit RecordNames(MVAppRoot& root) : root_(&root) {}
+
+  /// Forgets what was read when anything was written to the store since the last call.
+  void renew();
 
   // Null for a blank key and for one that names nothing; deleted rows are found.
   std::shared_ptr<const MonivaAccount> holder(std::string_view key);
@@ -27,6 +32,8 @@ class RecordNames {
 
  private:
   MVAppRoot* root_;
+  /// The store as it was at the last renewal: connection, its own writes, those of others.
+  std::tuple<std::uint64_t, std::int64_t, std::int64_t> seen_{};
   std::map<std::string, std::shared_ptr<const MonivaAccount>, std::less<>> holders_;
   std::map<int, std::map<std::string, std::shared_ptr<const MVCategory>, std::less<>>> categories_;
   std::map<int, std::map<std::string, std::shared_ptr<const Vendor>, std::less<>>> vendors_;

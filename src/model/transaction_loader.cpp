@@ -2,6 +2,7 @@
 #include "model/entry_checks.h"
 #include "model/mv_transaction.h"
 #include "model/record_entry.h"
+#include "storage/transaction.h"
 #include "storage/writes.h"
 
 namespace moniva {
@@ -11,11 +12,11 @@ constexpr std::string_view kRole =
     "select type, account, book, bid, transfereid, syear, subcategory, amount from transactions where eid = "
     "?";
 constexpr std::string_view kFullSet =
-    "select amount, amount2, currency2, type, note, account, category, subcategory, datetime, barcode, "
+    "amount, amount2, currency2, type, note, account, category, subcategory, datetime, barcode, "
     "repeat,"
     " repeat_end_date, repeat_seed, book, transfereid, paid, vendor, syear, bid, editDate, payDate, deleted, "
     "ipid,"
-    " needReimburse from transactions where eid = ?";
+    " needReimburse, eid";
 
 /// What the row is, before the rest of it is read.
 struct Role {
@@ -115,6 +116,16 @@ std::optional<Date> madeAt(std::string_view eid) {
   return Date{static_cast<double>(milliseconds) / 1000};
 }
 
+bool lacksRole(const Role& role) {
+  return role.isBlank && (role.type < 50 || role.type == kind::kInstallmentSeed);
+}
+
+void mendRole(MVAppRoot& root, const std::string& eid) {
+  root.platform().userDefaults->setString("1", "crashNeedFix");
+  (void)write(root, "update transactions set bid = 20, edit_ipid = ?, editDate = ? where eid=?",
+              root.itsUDID(), root.editStamp(), eid);
+}
+
 }  // namespace
 
 /// Fills a transaction from its row: the columns, the display texts of its kind, and what reading mends.
@@ -123,19 +134,39 @@ class TransactionLoader {
   TransactionLoader(MVAppRoot& root, RecordNames& names, MVTransaction& into)
       : root_(root), names_(names), into_(into) {}
 
-  bool load(const Role& role) {
-    Connection* db = root_.db().getDatabase();
-    into_.recordKind = kindOf(*db, role);
-    if (!readAll(*db)) return false;
+  /// Reads the row that stands in the run of kFullSet.
+  void read(Connection& db, const Run& run, const Role& role) {
+    into_.recordKind = kindOf(db, role);
+    readAll(run);
     showTexts();
-    if (into_.recordKind == RecordKind::plain) checkPaid();
-    return true;
+  }
+
+  static Role roleIn(const Run& run) {
+    return {.type = static_cast<int>(run.integer(3)),
+            .advancedType = static_cast<int>(run.integer(17)),
+            .isPayment = run.integer(18) == kPaymentRow,
+            .isBlank = run.text(18).empty(),
+            .group = std::string(run.text(14))};
+  }
+
+  /// Whether the row says that it is settled and cannot be: a plain record of a day that lies ahead.
+  bool isSettledAhead() const {
+    const bool isItem = into_.type_ == kind::kIncome || into_.type_ == kind::kExpense;
+    return into_.recordKind == RecordKind::plain && isItem && into_.paid && into_.transferEID.empty() &&
+           into_.deleted == 0 && liesAhead(root_.calendar(), into_.datetime, into_.timeZone, root_.now());
+  }
+
+  void mendPaid() {
+    const auto mended = changeRecords(root_, RecordScope{into_.eid, {}, {}}, [&](Connection&) {
+      return write(root_, "update transactions set paid = 0, editDate = ?, edit_ipid = ? where eid = ?",
+                   root_.editStamp(), root_.itsUDID(), into_.eid);
+    });
+    if (mended) into_.paid = false;
   }
 
  private:
-  bool readAll(Connection& db) {
-    Run run = db.query(kFullSet, {into_.eid});
-    if (!run.next()) return false;
+  void readAll(const Run& run) {
+    into_.eid = run.text(24);
     into_.type_ = static_cast<int>(run.integer(3));
     into_.amount = run.real(0);
     into_.foreignAmount = run.real(1);
@@ -166,7 +197,6 @@ class TransactionLoader {
     if (into_.recordKind == RecordKind::repeatSeed) into_.repeatBeginDate = into_.payDate;
     const auto& holder = into_.paymentAccount ? into_.paymentAccount : into_.bookAccount;
     into_.currency = holder ? holder->currency : std::string();
-    return true;
   }
 
   /// The kind by which categories and vendors are told apart: of a seed that of what it makes.
@@ -225,18 +255,6 @@ class TransactionLoader {
     return into_.type_ == kind::kLent ? toTranslate("Lend to") : toTranslate("Repay");
   }
 
-  /// A plain record of a day that lies ahead cannot be settled.
-  void checkPaid() {
-    const bool isItem = into_.type_ == kind::kIncome || into_.type_ == kind::kExpense;
-    if (!isItem || !into_.paid || !into_.transferEID.empty() || into_.deleted != 0) return;
-    if (!liesAhead(root_.calendar(), into_.datetime, into_.timeZone, root_.now())) return;
-    const auto mended = changeRecords(root_, RecordScope{into_.eid, {}, {}}, [&](Connection&) {
-      return write(root_, "update transactions set paid = 0, editDate = ?, edit_ipid = ? where eid = ?",
-                   root_.editStamp(), root_.itsUDID(), into_.eid);
-    });
-    if (mended) into_.paid = false;
-  }
-
   MVAppRoot& root_;
   RecordNames& names_;
   MVTransaction& into_;
@@ -255,12 +273,49 @@ bool MVTransaction::getAllValue(RecordNames& names) {
     role.group = run.text(4);
     role.advancedType = static_cast<int>(run.integer(5));
   }
-  if (role.isBlank && (role.type < 50 || role.type == kind::kInstallmentSeed)) {
-    root_->platform().userDefaults->setString("1", "crashNeedFix");
-    (void)write(*root_, "update transactions set bid = 20, edit_ipid = ?, editDate = ? where eid=?",
-                root_->itsUDID(), root_->editStamp(), eid);
+  if (lacksRole(role)) mendRole(*root_, eid);
+  TransactionLoader loader(*root_, names, *this);
+  {
+    Run run = db->query(fmt::format("select {} from transactions where eid = ?", kFullSet), {eid});
+    if (!run.next()) return false;
+    loader.read(*db, run, role);
   }
-  return TransactionLoader(*root_, names, *this).load(role);
+  if (loader.isSettledAhead()) loader.mendPaid();
+  return true;
+}
+
+Result<> MVTransaction::transactionsWhere(MVAppRoot& root, std::string_view condition,
+                                          std::span<const Value> arguments,
+                                          const std::function<void(MVTransaction)>& take,
+                                          RecordNames* names) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  std::optional<RecordNames> own;
+  if (names == nullptr) names = &own.emplace(root);
+  std::vector<std::string> withoutRole;
+  std::vector<std::string> settledAhead;
+  {
+    const ReadTransaction snapshot(*db);
+    const MVTransaction blank(root);
+    Run run = db->query(fmt::format("select {} from transactions where {}", kFullSet, condition), arguments);
+    while (run.next()) {
+      MVTransaction row = blank;
+      TransactionLoader loader(root, *names, row);
+      const Role role = TransactionLoader::roleIn(run);
+      loader.read(*db, run, role);
+      if (lacksRole(role)) withoutRole.push_back(row.eid);
+      if (loader.isSettledAhead()) {
+        settledAhead.push_back(row.eid);
+        row.paid = false;
+      }
+      take(std::move(row));
+    }
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  // What reading mends is written when nothing is being read.
+  for (const auto& eid : withoutRole) mendRole(root, eid);
+  for (const auto& eid : settledAhead) (void)transactionFromEID(root, eid, names);
+  return {};
 }
 
 }  // namespace moniva

@@ -28,9 +28,12 @@ struct TransReportSummary {
   // What the summary is restricted to, when it is: the member of a breakdown.
   std::optional<MVCategory> category;
   std::optional<Vendor> vendor;
-  /// Null for none; so is an account that names nothing any more.
+  /// Null where it is about no account; records without one are about `MonivaAccount::getNoneAccount`.
   std::shared_ptr<const MonivaAccount> paymentAccount;
   std::string currency;
+  /// The member's key names nothing any more: the key stands for its title. Of a breakdown: such a row is in
+  /// it.
+  bool unnamed = false;
 
   /// Transactions of each kind, and the four counts added up. In a whole report of an account (1050, 2312)
   /// what came in by transfer is income as well and so is counted twice.

@@ -233,6 +233,10 @@ Refusal Connection::refusal() const {
   }
 }
 
+std::int64_t Connection::totalChanges() const {
+  return sqlite3_total_changes64(handle_);
+}
+
 std::int64_t Connection::changes() const {
   return sqlite3_changes64(handle_);
 }

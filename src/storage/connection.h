@@ -99,6 +99,8 @@ class Connection {
   /// Rows changed by the last write.
   std::int64_t changes() const;
   bool inTransaction() const;
+  /// Rows changed by all writes since opening.
+  std::int64_t totalChanges() const;
   /// Changes when another connection has written to the file.
   std::int64_t dataVersion();
   /// Tells this connection from every other the program has opened, closed ones too.

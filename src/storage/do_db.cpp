@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <map>
 #include <mutex>
 #include <set>
 #include <utility>
@@ -14,15 +15,28 @@
 namespace moniva {
 namespace {
 
-/// The names of the indexes the store should have.
-std::set<std::string> indexNames() {
-  std::set<std::string> names;
-  constexpr std::string_view marker = "INDEX IF NOT EXISTS ";
-  for (auto at = kIndexesSql.find(marker); at != std::string_view::npos; at = kIndexesSql.find(marker, at)) {
-    at += marker.size();
-    names.emplace(kIndexesSql.substr(at, kIndexesSql.find(' ', at) - at));
+/// The text without what may differ between two texts of one index.
+std::string plainIndex(std::string_view sql) {
+  std::string plain;
+  for (const char c : sql) {
+    if (c != ' ' && c != '\n') plain += c;
   }
-  return names;
+  constexpr std::string_view condition = "IFNOTEXISTS";
+  if (const auto at = plain.find(condition); at != std::string::npos) plain.erase(at, condition.size());
+  return plain;
+}
+
+/// The indexes the store should have, by name.
+std::map<std::string, std::string> indexTexts() {
+  std::map<std::string, std::string> texts;
+  constexpr std::string_view start = "CREATE INDEX IF NOT EXISTS ";
+  for (auto at = kIndexesSql.find(start); at != std::string_view::npos;
+       at = kIndexesSql.find(start, at + 1)) {
+    const auto sql = kIndexesSql.substr(at, kIndexesSql.find(';', at) - at);
+    const auto name = sql.substr(start.size(), sql.find(' ', start.size()) - start.size());
+    texts.emplace(name, plainIndex(sql));
+  }
+  return texts;
 }
 
 /// Milliseconds to wait for other programs.
@@ -110,10 +124,15 @@ Result<> DoDB::prepare(Connection& connection) {
 }
 
 std::set<std::string> DoDB::missingIndexes() {
-  auto missing = indexNames();
+  const auto wanted = indexTexts();
+  std::set<std::string> missing;
+  for (const auto& [name, text] : wanted) missing.insert(name);
   if (Connection* db = getDatabase()) {
-    Run run = db->query("select name from sqlite_schema where type = 'index' and sql is not NULL");
-    while (run.next()) missing.erase(std::string(run.text(0)));
+    Run run = db->query("select name, sql from sqlite_schema where type = 'index' and sql is not NULL");
+    while (run.next()) {
+      const auto index = wanted.find(std::string(run.text(0)));
+      if (index != wanted.end() && index->second == plainIndex(run.text(1))) missing.erase(index->first);
+    }
   }
   return missing;
 }
@@ -121,10 +140,14 @@ std::set<std::string> DoDB::missingIndexes() {
 void DoDB::addIndexesIfMissing() {
   const auto missing = missingIndexes();
   if (missing.empty()) return;
-  dispatchInDatabase("DoDB", [this](Connection& connection) {
+  dispatchInDatabase("DoDB", [this, missing](Connection& connection) {
     platform_.log.line(fmt::format("== DoDB adding indexes to {}", databasePath_.string()));
     Transaction transaction(connection);
     const bool began = transaction.began();
+    // One of these names that is there has other columns.
+    for (const auto& name : missing) {
+      if (began) connection.executeScript("DROP INDEX IF EXISTS " + name);
+    }
     // One by one: a store with columns still to be added gets those that fit, and the others with its
     // upgrade.
     std::string_view rest = kIndexesSql;

@@ -74,7 +74,7 @@ class DoDB {
   /// another program still uses the log; it is not waited for.
   bool checkpoint();
 
-  /// The indexes the store should have and has not.
+  /// The indexes the store should have and has not, or has on other columns.
   std::set<std::string> missingIndexes();
 
   /// The date of the first use of the program, by the oldest edit stamp; nothing in an unused store.

@@ -102,6 +102,7 @@ TEST(MVTransactions, areUnderstoodByTheirRowAndOnlyRead) {
     const char* category;
   };
   const double writes = store.number("select total_changes()");
+  int together = 0;
   for (const auto& [what, kind, note, category] :
        std::initializer_list<Case>{{"plain", RecordKind::plain, "", "Food - Bakery"},
                                    {"cart item", RecordKind::cartItem, "", "Food - Bakery"},
@@ -126,6 +127,19 @@ TEST(MVTransactions, areUnderstoodByTheirRowAndOnlyRead) {
     EXPECT_EQ(read.categoryString, category) << what;
     EXPECT_EQ(read.currency, "EUR") << what;
   }
+  // Rows read by one statement are the same as those read one by one.
+  ASSERT_TRUE(MVTransaction::transactionsWhere(
+      store.root, "amount > ? order by eid", std::initializer_list<Value>{0}, [&](const MVTransaction& row) {
+        const auto single = store.load(row.eid);
+        const auto text = [](const MVTransaction& one) {
+          return fmt::format("{} {} {} {} {} {} {} {} {} {} {}", static_cast<int>(one.recordKind), one.type(),
+                             one.amount, one.noteString, one.categoryString, one.vendorString, one.people,
+                             one.currency, one.datetime.secondsSince1970, one.paid, one.transferEID);
+        };
+        EXPECT_EQ(text(row), text(single));
+        ++together;
+      }));
+  EXPECT_EQ(together, store.number("select count(*) from transactions where amount > 0"));
   // Every row of a healthy store, and every list of its groups.
   RecordNames names(store.root);
   std::vector<std::string> eids;
@@ -165,6 +179,11 @@ TEST(MVTransactions, mendWhatCannotBe) {
   auto today = store.expense(3);
   today.datetime = store.on("2024-06-15 23:00:00");
   ASSERT_TRUE(recordEntry(store.root, today));
+  ASSERT_TRUE(store.sql("update transactions set paid = 1 where eid = ?", {ahead.eid}));
+  EXPECT_TRUE(MVTransaction::transactionsWhere(store.root, "eid = ?", std::initializer_list<Value>{ahead.eid},
+                                               [](const MVTransaction& row) { EXPECT_FALSE(row.paid); }));
+  EXPECT_EQ(store.number("select paid from transactions where eid = ?", {ahead.eid}), 0)
+      << "written once the rows were read";
   EXPECT_FALSE(store.load(ahead.eid).paid);
   EXPECT_TRUE(store.load(today.eid).paid) << "the day is not ahead";
   EXPECT_EQ(store.number("select totalBalance from account where title = 'Cash'"),

@@ -46,12 +46,15 @@ TEST(Indexes, areMadeInAnOlderStoreWhereTheyFit) {
     ASSERT_TRUE((*raw)->execute("PRAGMA journal_mode = DELETE"));
     ASSERT_TRUE((*raw)->executeScript(
         "PRAGMA user_version = 0; PRAGMA application_id = 0; delete from sqlite_stat1; drop index tx_book;"
-        "drop index sys_key; drop table categoryofbook;"
+        "drop index sys_key; drop index tx_vendor; create index tx_vendor on transactions(vendor); drop "
+        "table categoryofbook;"
         "create table categoryofbook (pk INTEGER, book INTEGER, cateOrder INTEGER)"));
   }
   older.open();
   EXPECT_EQ(shown(older), shown(fresh));
   EXPECT_EQ(older.db.missingIndexes(), std::set<std::string>{"cob_cate"});
+  EXPECT_NE(older.rows("select sql from sqlite_schema where name = 'tx_vendor'").find("datetime"),
+            std::string::npos);
   EXPECT_EQ(older.rows("PRAGMA journal_mode"), "wal");
 }
 
@@ -73,6 +76,10 @@ TEST(Plans, noHotQueryScansTheTransactions) {
            Case{"editDate > 1000000 order by editDate limit 1", "the first use"},
            Case{"transferEID = ? and type = ?", "the sides of a transfer"},
            Case{"vendor = ? and type = ?", "the uses of a vendor"},
+           Case{"category = ?", "the records of a category"},
+           Case{"? <= datetime and datetime <= ? and book = ? and deleted = 0 and (type = ? or type = ?) and"
+                " category != '' and paid = 1 group by category",
+                "what each category comes to"},
            Case{"repeat_seed = ? and datetime = ?", "an occurrence"},
            Case{"paid = 0 and datetime < ?", "what is due"},
        }) {

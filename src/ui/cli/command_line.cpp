@@ -126,6 +126,8 @@ CommandLine::CommandLine(const Style& helpStyle)
   addRecordCommands(*this);
   addImportCommand(*this);
   addReportCommands(*this);
+  addListCommands(*this);
+  addBreakdownCommand(*this);
   addDoctorCommand(*this);
   addOpenCommand(*this);
   addDemoCommand(*this);
@@ -149,6 +151,16 @@ CLI::Validator notEmpty() {
       "");
 }
 
+CLI::Validator rowLimit() {
+  return CLI::Validator(
+      [](const std::string& text) {
+        const bool isCount =
+            !text.empty() && text.size() < 10 && text.find_first_not_of("0123456789") == std::string::npos;
+        return isCount ? std::string() : "it is a whole number; 0 lists all";
+      },
+      "");
+}
+
 CLI::App* CommandLine::add(CLI::App& parent, const std::string& name) {
   CLI::App* command = parent.add_subcommand(name);
   command->fallthrough();
@@ -156,7 +168,9 @@ CLI::App* CommandLine::add(CLI::App& parent, const std::string& name) {
 }
 
 void CommandLine::onRun(CLI::App* command, Action action, bool withStore) {
-  command->callback([this, action = std::move(action), withStore] {
+  command->callback([this, command, action = std::move(action), withStore] {
+    // The callbacks of commands above come last; what was asked for is the one below.
+    if (!command->get_subcommands().empty()) return;
     action_ = action;
     withStore_ = withStore;
   });
@@ -218,9 +232,17 @@ int CommandLine::explain(const std::string& why, const std::vector<std::string>&
   terminal.err << "moniva: " << printableLines(mistaken ? mistaken->in(translate) : why) << '\n';
   std::string path = "moniva";
   const CLI::App* at = &app_;
-  for (const auto& word : arguments) {
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& word = arguments[i];
+    if (word.starts_with('-')) {
+      const auto* option = findOption(at, word.substr(0, word.find('=')));
+      if (option != nullptr && option->get_items_expected_max() > 0 && word.find('=') == std::string::npos)
+        ++i;
+      continue;
+    }
+    // What follows a word that is no command is not meant from where that would lead.
     const CLI::App* next = subcommandOf(*at, word);
-    if (next == nullptr) continue;
+    if (next == nullptr) break;
     at = next;
     path += " " + word;
   }

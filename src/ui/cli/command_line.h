@@ -26,7 +26,8 @@ class CommandLine {
   CLI::App& app() { return app_; }
   /// Adds a command below `parent`; its help comes from the table of command texts.
   CLI::App* add(CLI::App& parent, const std::string& name);
-  /// Makes the command run the action, on a launched store unless `withStore` is false.
+  /// Makes the command run the action, on a launched store unless `withStore` is false. One with commands
+  /// below it runs when none of them was typed.
   void onRun(CLI::App* command, Action action, bool withStore = true);
 
  private:
@@ -47,6 +48,8 @@ CLI::Validator oneOf(const std::vector<std::string>& words);
 /// Refuses an empty word, for options that change what is there: a variable that was not set (--amount
 /// "$SUM") must not pass for an option that was left out.
 CLI::Validator notEmpty();
+/// Refuses what is no number of rows: a whole number, of which 0 stands for all.
+CLI::Validator rowLimit();
 
 /// The first word of a line that the parser cannot have understood ("bok", "--jsn", the "-5" of an amount
 /// with a sign), as a sentence with the nearest thing there is; nothing when the line has no such word.
@@ -71,6 +74,8 @@ void addDebtCommands(CommandLine& line);
 void addRecordCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addReportCommands(CommandLine& line);
+void addListCommands(CommandLine& line);
+void addBreakdownCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 void addOpenCommand(CommandLine& line);
 void addDemoCommand(CommandLine& line);

@@ -78,6 +78,8 @@ std::span<const CommandText> commandTexts() {
              debtTexts(),
              spendTexts(),
              planTexts(),
+             listTexts(),
+             breakdownTexts(),
              reportTexts(),
          }) {
       joined.insert(joined.end(), family.begin(), family.end());

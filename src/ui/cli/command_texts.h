@@ -19,6 +19,8 @@ std::vector<CommandText> transferTexts();
 std::vector<CommandText> debtTexts();
 std::vector<CommandText> spendTexts();
 std::vector<CommandText> planTexts();
+std::vector<CommandText> listTexts();
+std::vector<CommandText> breakdownTexts();
 std::vector<CommandText> reportTexts();
 
 std::vector<ManualEntry> exitStatusTexts();

@@ -7,8 +7,11 @@
 #include "calendar/date_texts.h"
 #include "model/mv_category.h"
 #include "model/transaction_type.h"
+#include "model/vendor_query.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/did_you_mean.h"
+#include "ui/cli/text_width.h"
+#include "ui/cli/typed_text.h"
 
 namespace moniva {
 namespace {
@@ -241,6 +244,7 @@ json::object jsonOf(Session& session, const TransReportSummary& summary) {
     object["paymentAccount"] = {{"pk", summary.paymentAccount->pk}, {"title", summary.paymentAccount->title}};
   }
   if (!summary.currency.empty()) object["currency"] = summary.currency;
+  if (summary.unnamed) object["unnamed"] = true;
   if (!summary.listArray.empty()) {
     json::array list;
     for (const auto& child : summary.listArray) list.push_back(jsonOf(session, child));
@@ -307,6 +311,25 @@ MonivaAccount groupNamed(Session& session, const std::string& name, bool ofBooks
     throw refused("there is no group '{}'; did you mean '{}'?", name, *near);
   }
   throw refused("there is no group '{}'; see: moniva group list", name);
+}
+
+Vendor vendorNamed(Session& session, const std::string& typedName, bool income) {
+  const std::string name = wellFormed(typedName, "the vendor");
+  const int types[] = {income ? Vendor::kPayer : Vendor::kPayee, income ? Vendor::kPayee : Vendor::kPayer};
+  for (const int type : types) {
+    auto vendor = Vendor::withTitle(session.root(), name, type);
+    if (vendor && vendor->deleted == 0) return std::move(*vendor);
+  }
+  std::vector<std::string> titles;
+  for (const int type : types) {
+    for (const auto& vendor : VendorQuery(session.root(), type).getVendorListByName()) {
+      if (!vendor.isNoVendor()) titles.push_back(vendor.title);
+    }
+  }
+  if (const auto meant = didYouMean(name, titles)) {
+    throw refused("there is no vendor '{}'; did you mean '{}'?", printable(name), printable(*meant));
+  }
+  throw refused("there is no vendor '{}'; see: moniva vendor list", printable(name));
 }
 
 }  // namespace moniva

@@ -47,4 +47,8 @@ void requireOpen(const MonivaAccount& row);
 /// is meant.
 MonivaAccount groupNamed(Session& session, const std::string& name, bool ofBooks);
 
+/// The live vendor of that name: a payee unless only a payer has it or `income` is asked for. Ends the
+/// command for none, with the nearest there is.
+Vendor vendorNamed(Session& session, const std::string& typedName, bool income);
+
 }  // namespace moniva

@@ -18,8 +18,10 @@ json::value referred(const std::shared_ptr<const Row>& row) {
   return json::object{{"pk", row->pk}, {"title", row->title}};
 }
 
-bool comesIn(int type) {
-  return type == kind::kIncome || type == kind::kFurtherIncome || (type > 21 && type < 29);
+/// The type of the records that it is, or that a series or template of its kind makes.
+int recordTypeOf(const MVTransaction& row) {
+  if (row.type() == kind::kRepeatSeed) return row.advancedType;
+  return row.type() == kind::kIncomeTemplate ? kind::kIncome : row.type();
 }
 
 std::string currencyOf(Session& session, const MVTransaction& row) {
@@ -37,18 +39,26 @@ std::string whatOf(const Session& session, const MVTransaction& row) {
 
 std::string withOf(const MVTransaction& row) {
   if (row.isTransfer() || row.isDebt() || row.isRepayment()) return printable(row.note);
-  return printable(row.vendorString.empty() && !row.categoryString.empty() ? row.note : row.vendorString);
+  const bool isNobody = row.vendorString.empty() || (row.vendor && row.vendor->isNoVendor());
+  if (!isNobody) return printable(row.vendorString);
+  return row.categoryString.empty() ? std::string() : printable(row.note);
 }
 
 std::string marksOf(const Session& session, const MVTransaction& row) {
   std::string marks;
   const auto mark = [&](const std::string& text) { marks += (marks.empty() ? "" : ", ") + text; };
+  if (row.recordKind == RecordKind::repeatSeed) mark(session.text("series"));
+  if (row.recordKind == RecordKind::recordTemplate) mark(session.text("template"));
   if (!row.paid) mark(session.text("pending"));
   if (row.deleted != 0) mark(session.text("deleted"));
   return marks;
 }
 
 }  // namespace
+
+bool comesIn(int type) {
+  return type == kind::kIncome || type == kind::kFurtherIncome || (type > 21 && type < 29);
+}
 
 json::object jsonOf(Session& session, const MVTransaction& row) {
   return {{"eid", row.eid},
@@ -78,8 +88,8 @@ json::object jsonOf(Session& session, const MVTransaction& row) {
 
 std::string amountText(Session& session, const MVTransaction& row) {
   const auto currency = currencyOf(session, row);
-  return comesIn(row.type()) ? session.amounts().formatSigned(row.amount, currency)
-                             : session.amounts().format(row.amount, currency);
+  return comesIn(recordTypeOf(row)) ? session.amounts().formatSigned(row.amount, currency)
+                                    : session.amounts().format(row.amount, currency);
 }
 
 TransactionRows::TransactionRows(Session& session, bool csv)
@@ -94,28 +104,37 @@ TransactionRows::TransactionRows(Session& session, bool csv)
               {.title = session.text("Amount"), .align = Align::right},
               {.title = ""}}) {}
 
-void TransactionRows::add(const MVTransaction& row) {
+void TransactionRows::add(const MVTransaction& row, const std::optional<std::string>& mark) {
   if (csv_ || session_.options().json) return void(rows_.push_back(jsonOf(session_, row)));
   const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
-  table_.addRow({Cell(shortEid(row.eid), ink::dim), shortDate(session_, row.datetime), whatOf(session_, row),
-                 withOf(row), printable(holder ? holder->title : std::string()),
-                 Cell(amountText(session_, row), comesIn(row.type()) ? ink::green : ink::plain),
-                 Cell(marksOf(session_, row), ink::dim)});
+  // Templates and budgets are of no day.
+  const auto day = row.datetime == Date{} ? std::string() : shortDate(session_, row.datetime);
+  table_.addRow({Cell(shortEid(row.eid), ink::dim), day, whatOf(session_, row), withOf(row),
+                 printable(holder ? holder->title : std::string()),
+                 Cell(amountText(session_, row), comesIn(recordTypeOf(row)) ? ink::green : ink::plain),
+                 Cell(mark ? *mark : marksOf(session_, row), ink::dim)});
 }
 
 void TransactionRows::addRow(std::string_view eid) {
   if (const auto row = MVTransaction::transactionFromEID(session_.root(), eid, &names_)) add(*row);
 }
 
-void TransactionRows::addHeading(const std::string& text) {
+void TransactionRows::addHeading(const std::string& text, const Ink& ink) {
   if (csv_ || session_.options().json) return;
   if (!table_.empty()) table_.addRow({});
-  table_.addRow({"", "", Cell(text, ink::bold)});
+  table_.addRow({"", "", Cell(text, ink::bold | ink)});
+}
+
+void TransactionRows::addSum(const std::string& text, const std::string& amount) {
+  if (csv_ || session_.options().json) return;
+  table_.addRow({"", "", Cell(text, ink::dim), "", "", Cell(amount, ink::dim)});
 }
 
 void TransactionRows::addTotal(const std::string& text, const std::string& amount) {
   if (csv_ || session_.options().json) return;
-  table_.addTotal({"", "", text, "", "", amount});
+  if (!hasTotal_) table_.addRule();
+  hasTotal_ = true;
+  table_.addRow({"", "", Cell(text, ink::bold), "", "", Cell(amount, ink::bold)});
 }
 
 void TransactionRows::print(const std::string& none) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/json/array.hpp>
+#include <optional>
 
 #include "model/mv_transaction.h"
 #include "ui/cli/csv_out.h"
@@ -20,12 +21,15 @@ class TransactionRows {
   /// Both have to outlive the object.
   explicit TransactionRows(Session& session, bool csv = false);
 
-  void add(const MVTransaction& row);
+  /// A mark stands at the end of the line instead of what the row says of itself; only the table has it.
+  void add(const MVTransaction& row, const std::optional<std::string>& mark = {});
   /// Loads the row of `eid` and adds it; one that is not there any more is left out.
   void addRow(std::string_view eid);
   /// A heading above the rows that follow; only the table has it.
-  void addHeading(const std::string& text);
-  /// A line below all rows, with its amount; only the table has it.
+  void addHeading(const std::string& text, const Ink& ink = ink::bold);
+  /// A line below some rows with what they come to; only the table has it.
+  void addSum(const std::string& text, const std::string& amount);
+  /// A line below all rows, with its amount, and a rule above the first; only the table has it.
   void addTotal(const std::string& text, const std::string& amount);
   bool empty() const { return rows_.empty() && table_.empty(); }
   /// Prints what was added: of nothing the table says `none`.
@@ -39,8 +43,11 @@ class TransactionRows {
   RecordNames names_;
   boost::json::array rows_;
   Table table_;
+  bool hasTotal_ = false;
 };
 
+/// Whether rows of the type bring money in.
+bool comesIn(int type);
 /// What the row comes to in its currency, with a sign where money comes in: "€12.50", "+€1,200.00".
 std::string amountText(Session& session, const MVTransaction& row);
 

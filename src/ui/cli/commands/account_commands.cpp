@@ -1,14 +1,17 @@
+#include <algorithm>
 #include <boost/json.hpp>
 
 #include "base/amount.h"
 #include "model/account_balance.h"
 #include "model/account_dates.h"
 #include "model/transaction_type.h"
+#include "reports/account_query.h"
 #include "storage/writes.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/report_commands.h"
+#include "ui/cli/entry_options.h"
 #include "ui/cli/records.h"
 #include "ui/cli/table.h"
 #include "ui/cli/typed_text.h"
@@ -86,25 +89,15 @@ void showAccount(Session& session, const std::string& name) {
   facts.print();
 }
 
-}  // namespace
-
-void listAccounts(Session& session) {
-  auto accounts = MonivaAccount::list(session.root(), kAccountKind);
-  const auto sums = done(sumsOfAllAccounts(session.root()));
+void printAccounts(Session& session, const std::vector<MonivaAccount>& accounts, const std::string& none) {
   std::map<std::string, double> totals;
-  for (auto& account : accounts) {
-    const auto sum = sums.find(account.pk);
-    account.totalBalance = account.beginBalance + (sum == sums.end() ? 0 : sum->second);
-    totals[account.currency] += account.totalBalance;
-  }
+  for (const auto& account : accounts) totals[account.currency] += account.totalBalance;
   if (session.options().json) {
     boost::json::array list;
     for (const auto& account : accounts) list.push_back(jsonOf(session, account));
     return session.printJson(list);
   }
-  if (accounts.empty()) {
-    return session.say(session.text("There is no account yet. Add one with: moniva account add NAME"));
-  }
+  if (accounts.empty()) return session.say(none);
   Table table({{.title = session.text("Account")},
                {.title = session.text("Kind")},
                {.title = session.text("Currency")},
@@ -116,6 +109,41 @@ void listAccounts(Session& session) {
   for (const auto& [currency, total] : totals)
     table.addTotal({session.text("Total"), "", currency, amountCell(session, total, currency)});
   session.out() << table.render(session.style(), session.width());
+}
+
+struct AccountListOptions {
+  bool deleted = false;
+  std::string use;
+  std::string currency;
+};
+
+/// What an account may be wanted for, and which ones will do.
+struct AccountUse {
+  const char* word;
+  AccountQuery::Rows (AccountQuery::*list)() const;
+};
+constexpr AccountUse kAccountUses[] = {{"pay", &AccountQuery::accountsArrayForPayCard},
+                                       {"transfer-out", &AccountQuery::accountsArrayForTransferOut},
+                                       {"transfer-in", &AccountQuery::accountsArrayForTransferIn},
+                                       {"top-up", &AccountQuery::accountsArrayForRecharge},
+                                       {"repay", &AccountQuery::accountsArrayForCreditCardRepay},
+                                       {"lend", &AccountQuery::accountsArrayForLend},
+                                       {"borrow", &AccountQuery::accountsArrayForBorrow}};
+
+void listAccountsFor(Session& session, const AccountListOptions& options) {
+  AccountQuery query(session.root());
+  if (!options.currency.empty()) query.currency = foreignCurrencyTyped(options.currency);
+  const auto use = std::ranges::find(kAccountUses, options.use, &AccountUse::word);
+  auto accounts =
+      done(use == std::end(kAccountUses) ? query.accountWithoutGroupArray() : (query.*use->list)());
+  printAccounts(session, std::move(accounts), session.text("No open account will do."));
+}
+
+}  // namespace
+
+void listAccounts(Session& session) {
+  printAccounts(session, MonivaAccount::list(session.root(), kAccountKind),
+                session.text("There is no account yet. Add one with: moniva account add NAME"));
 }
 
 void addAccountCommands(CommandLine& line) {
@@ -136,10 +164,21 @@ void addAccountCommands(CommandLine& line) {
   line.onRun(add, [options](Session& session) { addAccount(session, *options); });
 
   CLI::App* list = line.add(*account, "list");
-  auto deleted = std::make_shared<bool>(false);
-  list->add_flag("--deleted", *deleted, "Those that were deleted");
-  line.onRun(list, [deleted](Session& session) {
-    return *deleted ? listDeleted(session, kAccountKind) : listAccounts(session);
+  auto listed = std::make_shared<AccountListOptions>();
+  auto* deleted = list->add_flag("--deleted", listed->deleted, "Those that were deleted");
+  std::vector<std::string> uses;
+  for (const auto& use : kAccountUses) uses.emplace_back(use.word);
+  list->add_option("--for", listed->use, "The open ones that will do for that")
+      ->type_name("USE")
+      ->check(oneOf(uses))
+      ->excludes(deleted);
+  list->add_option("--currency", listed->currency, "The open ones in that currency")
+      ->type_name("CODE")
+      ->excludes(deleted);
+  line.onRun(list, [listed](Session& session) {
+    if (listed->deleted) return listDeleted(session, kAccountKind);
+    if (listed->use.empty() && listed->currency.empty()) return listAccounts(session);
+    listAccountsFor(session, *listed);
   });
 
   CLI::App* show = line.add(*account, "show");

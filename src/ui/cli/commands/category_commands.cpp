@@ -312,6 +312,7 @@ void addCategoryCommands(CommandLine& line) {
         ->type_name("DATE");
   }
   addCategoryViewCommands(line, *category);
+  addCategoryUseCommands(line, *category);
 }
 
 }  // namespace moniva

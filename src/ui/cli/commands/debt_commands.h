@@ -1,9 +1,9 @@
 #pragma once
 
-#include <boost/json/object.hpp>
+#include <boost/json/array.hpp>
 #include <string>
 
-#include "model/debt.h"
+#include "reports/debt_history.h"
 #include "ui/cli/command_line.h"
 
 /// What the commands for debts have in common.
@@ -24,6 +24,8 @@ std::string accountText(Session& session, const std::string& account);
 std::string debtSentence(Session& session, const Debt& debt);
 /// The debt with its repayments.
 boost::json::object jsonOf(Session& session, const Debt& debt);
+/// Debts by person and direction, each with its sums.
+boost::json::array jsonOf(Session& session, const std::vector<DebtReport>& reports);
 
 /// Prints what is known of the debt, with its repayments.
 void showDebt(Session& session, const Debt& debt);

@@ -1,5 +1,5 @@
+#include <algorithm>
 #include <boost/json.hpp>
-#include <map>
 
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
@@ -22,67 +22,28 @@ struct DebtListOptions {
   bool settled = false;
 };
 
-/// What debts come to in one currency.
-struct DebtSums {
-  double amount = 0;
-  double repaid = 0;
-  double owed = 0;
-
-  void add(const Debt& debt) {
-    amount += debt.amount;
-    repaid += debt.repaidAmount;
-    owed += debt.owed();
-  }
-};
-
 json::value accountJson(Session& session, const std::string& key) {
   if (key.empty()) return nullptr;
   const auto account = MonivaAccount::getAccountWithPK(session.root(), key);
   return json::object{{"pk", key}, {"title", account ? account->title : key}};
 }
 
-/// The debts of each person and direction, with their sums.
-json::array debtorsJson(Session& session, const std::vector<Debt>& debts) {
-  json::array debtors;
-  for (std::size_t at = 0; at < debts.size();) {
-    const Debt& first = debts[at];
-    json::array list;
-    std::map<std::string, DebtSums> sums;
-    for (; at < debts.size() && debts[at].person == first.person &&
-           debts[at].isBorrowed() == first.isBorrowed();
-         ++at) {
-      list.push_back(jsonOf(session, debts[at]));
-      sums[debts[at].currency].add(debts[at]);
-    }
-    json::array currencies;
-    for (const auto& [currency, sum] : sums) {
-      currencies.push_back(
-          {{"currency", currency}, {"amount", sum.amount}, {"repaidAmount", sum.repaid}, {"owed", sum.owed}});
-    }
-    debtors.push_back({{"person", first.person},
-                       {"debtType", first.isBorrowed() ? kind::kBorrowed : kind::kLent},
-                       {"debtArray", std::move(list)},
-                       {"currencyArray", std::move(currencies)}});
-  }
-  return debtors;
-}
-
 /// The debts of one direction; nothing where there are none.
-std::string debtTable(Session& session, const std::vector<Debt>& debts, bool borrowed) {
-  Table table({{.title = borrowed ? session.text("Borrow from") : session.text("Lend to")},
+std::string debtTable(Session& session, const std::vector<DebtReport>& reports, int direction) {
+  const auto report = std::ranges::find(reports, direction, &DebtReport::debtType);
+  if (report == reports.end()) return {};
+  Table table({{.title = report->heading},
                {.title = session.text("Date")},
                {.title = session.text("Amount"), .align = Align::right},
                {.title = session.text("Repaid"), .align = Align::right},
                {.title = session.text("Still owed"), .align = Align::right},
                {.title = session.text("Note"), .maxWidth = 30},
                {.title = session.text("Record")}});
-  std::map<std::string, DebtSums> sums;
   std::string before;
   const auto amount = [&](double value, const std::string& currency) {
     return value == 0 ? std::string() : session.amounts().format(value, currency);
   };
-  for (const auto& debt : debts) {
-    if (debt.isBorrowed() != borrowed) continue;
+  for (const auto& debt : report->debtArray) {
     table.addRow({debt.person == before && !table.empty() ? "" : Cell(debt.person, ink::bold),
                   dateText(session, debt.datetime), session.amounts().format(debt.amount, debt.currency),
                   amount(debt.repaidAmount, debt.currency),
@@ -90,17 +51,15 @@ std::string debtTable(Session& session, const std::vector<Debt>& debts, bool bor
                                       : Cell(session.amounts().format(debt.owed(), debt.currency)),
                   debt.note, Cell(shortEid(debt.eid), ink::dim)});
     before = debt.person;
-    sums[debt.currency].add(debt);
   }
-  if (table.empty()) return {};
   table.addRule();
   const auto total = [&](double value, const std::string& currency) {
     return Cell(amount(value, currency), ink::bold);
   };
-  for (const auto& [currency, sum] : sums) {
-    table.addRow({Cell(session.text("Total"), ink::bold), "", total(sum.amount, currency),
-                  total(sum.repaid, currency),
-                  Cell(session.amounts().format(sum.owed, currency), ink::bold)});
+  for (const auto& sum : report->currencyArray) {
+    table.addRow({Cell(session.text("Total"), ink::bold), "", total(sum.amount, sum.currency),
+                  total(sum.repaidAmount, sum.currency),
+                  Cell(session.amounts().format(sum.owed, sum.currency), ink::bold)});
   }
   return table.render(session.style(), session.width());
 }
@@ -110,15 +69,18 @@ void listDebts(Session& session, const DebtListOptions& options) {
   const auto which = options.all       ? Debt::Which::all
                      : options.settled ? Debt::Which::settled
                                        : Debt::Which::open;
-  const auto debts = done(Debt::list(session.root(), which, person));
-  if (session.options().json) return session.printJson(debtorsJson(session, debts));
+  auto debts = done(Debt::list(session.root(), which, person));
+  if (session.options().json) {
+    return session.printJson(jsonOf(session, debtsByPerson(session.root(), std::move(debts))));
+  }
   if (debts.empty()) {
     return session.say(options.settled ? session.text("There is no settled debt.")
                        : options.all   ? session.text("There is no debt.")
                                        : session.text("There is no open debt."));
   }
-  const std::string borrowed = debtTable(session, debts, true);
-  const std::string lent = debtTable(session, debts, false);
+  const auto reports = debtsByDirection(session.root(), std::move(debts));
+  const std::string borrowed = debtTable(session, reports, kind::kBorrowed);
+  const std::string lent = debtTable(session, reports, kind::kLent);
   session.out() << borrowed << (borrowed.empty() || lent.empty() ? "" : "\n") << lent;
 }
 
@@ -220,6 +182,24 @@ json::object jsonOf(Session& session, const Debt& debt) {
           {"note", debt.note},
           {"isDeleted", debt.isDeleted},
           {"repaidList", std::move(repaid)}};
+}
+
+json::array jsonOf(Session& session, const std::vector<DebtReport>& reports) {
+  json::array debtors;
+  for (const auto& report : reports) {
+    json::array list;
+    for (const auto& debt : report.debtArray) list.push_back(jsonOf(session, debt));
+    json::array currencies;
+    for (const auto& [currency, amount, repaid, owed] : report.currencyArray) {
+      currencies.push_back(
+          {{"currency", currency}, {"amount", amount}, {"repaidAmount", repaid}, {"owed", owed}});
+    }
+    debtors.push_back({{"person", report.person},
+                       {"debtType", report.debtType},
+                       {"debtArray", std::move(list)},
+                       {"currencyArray", std::move(currencies)}});
+  }
+  return debtors;
 }
 
 void addDebtViewCommands(CommandLine& line, CLI::App& debt) {

@@ -5,7 +5,7 @@
 
 #include "app/demo_data.h"
 #include "platform/posix/host.h"
-#include "reports/largest_categories.h"
+#include "reports/category_report.h"
 #include "reports/transaction_report.h"
 #include "ui/cli/bars.h"
 #include "ui/cli/command_error.h"
@@ -45,19 +45,18 @@ class ThrowAwayFolder {
 };
 
 void printLargestCategories(Session& session, const MonivaAccount& book, Date from, Date to) {
-  const auto categories = done(largestCategories(book, kind::kExpense, from, to));
-  double all = 0;
-  for (const auto& category : categories) all += category.expenseAmount;
+  const auto root = MVCategory::rootCateForType(session.root(), kind::kExpense);
+  const auto categories = done(getSubCategoryReportFor(root, book, from, to));
   Table table({{.title = session.text("Largest categories")},
                {.title = session.text("Records"), .align = Align::right},
                {.title = session.text("Expense"), .align = Align::right},
                {.title = session.text("Share"), .align = Align::right},
                {.title = ""}});
-  for (const auto& category : categories) {
+  for (const auto& category : categories.listArray) {
     table.addRow({category.title, fmt::format("{}", category.expenseCount),
                   session.amounts().formatPlain(category.expenseAmount, book.currency),
-                  fmt::format("{:.1f} %", 100 * category.expenseAmount / all),
-                  Cell(bar(category.expenseAmount, categories.front().expenseAmount, 24), ink::dim)});
+                  fmt::format("{:.1f} %", 100 * category.expenseAmount / categories.expenseAmount),
+                  Cell(bar(category.expenseAmount, categories.maxOutSumAmount, 24), ink::dim)});
   }
   session.out() << table.render(session.style(), session.width());
 }

@@ -23,7 +23,7 @@ MVTransaction transactionTyped(Session& session, const std::string& text) {
   return std::move(*transaction);
 }
 
-std::string amountText(Session& session, const MVTransaction& row) {
+std::string plainAmountOf(Session& session, const MVTransaction& row) {
   const auto currency = row.currency.empty() ? ownCurrency(session) : row.currency;
   return session.amounts().format(row.amount, currency);
 }
@@ -63,7 +63,7 @@ void showOther(Session& session, const MVTransaction& row) {
   facts.add(session.text("Kind"), kindOfRow(session, row));
   const auto kept = RecordTemplate::templateFromEID(session.root(), row.eid);
   if (kept) facts.add(session.text("Title"), kept->title);
-  facts.add(session.text("Amount"), amountText(session, row));
+  facts.add(session.text("Amount"), plainAmountOf(session, row));
   // A template has no day of its own.
   if (!kept) facts.add(session.text("Date"), dateText(session, row.datetime));
   if (!row.categoryString.empty()) facts.add(session.text("Category"), row.categoryString);
@@ -106,10 +106,10 @@ std::string textOf(Session& session, const MVTransaction& row) {
     return session.text("{}, on {}.", debtText(session, *debt), dateText(session, debt->datetime));
   }
   if (row.isRepayment()) {
-    return session.text("a repayment of {}, {}, on {}.", amountText(session, row), printable(row.noteString),
-                        dateText(session, row.datetime));
+    return session.text("a repayment of {}, {}, on {}.", plainAmountOf(session, row),
+                        printable(row.noteString), dateText(session, row.datetime));
   }
-  return session.text("{}, {}.", kindOfRow(session, row), amountText(session, row));
+  return session.text("{}, {}.", kindOfRow(session, row), plainAmountOf(session, row));
 }
 
 /// "Deleted the cart of 3 items and its 2 payments."

@@ -2,16 +2,12 @@
 
 #include "calendar/parse_date.h"
 #include "model/mv_category.h"
-#include "model/vendor_query.h"
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/commands/spend_commands.h"
-#include "ui/cli/did_you_mean.h"
 #include "ui/cli/records.h"
 #include "ui/cli/table.h"
-#include "ui/cli/text_width.h"
-#include "ui/cli/typed_text.h"
 
 namespace moniva {
 namespace {
@@ -30,26 +26,6 @@ struct ListOptions {
   bool deleted = false;
 };
 
-/// The key of a vendor that is there; of a payee unless only a payer has the name or income is asked for.
-std::string vendorToList(Session& session, const std::string& typedName, bool income) {
-  const std::string name = wellFormed(typedName, "the vendor");
-  const int types[] = {income ? Vendor::kPayer : Vendor::kPayee, income ? Vendor::kPayee : Vendor::kPayer};
-  for (const int type : types) {
-    const auto vendor = Vendor::withTitle(session.root(), name, type);
-    if (vendor && vendor->deleted == 0) return vendor->pk;
-  }
-  std::vector<std::string> titles;
-  for (const int type : types) {
-    for (const auto& vendor : VendorQuery(session.root(), type).getVendorListByName()) {
-      if (!vendor.isNoVendor()) titles.push_back(vendor.title);
-    }
-  }
-  if (const auto meant = didYouMean(name, titles)) {
-    throw refused("there is no vendor '{}'; did you mean '{}'?", printable(name), printable(*meant));
-  }
-  throw refused("there is no vendor '{}'; see: moniva vendor list", printable(name));
-}
-
 /// The moment typed that a list begins or ends with: a day counts as a whole.
 Date boundTyped(Session& session, const std::string& text, bool isEnd) {
   const auto parsed = typed(parseDate(text, session.calendar(), session.now()));
@@ -66,7 +42,7 @@ RecordQuery queryTyped(Session& session, const ListOptions& options) {
         categoryTyped(session, options.category, options.income ? kind::kIncome : kind::kExpense).pk;
     query.type = options.income ? kind::kIncome : kind::kExpense;
   }
-  if (!options.vendor.empty()) query.vendor = vendorToList(session, options.vendor, options.income);
+  if (!options.vendor.empty()) query.vendor = vendorNamed(session, options.vendor, options.income).pk;
   if (!options.from.empty()) query.from = boundTyped(session, options.from, false);
   if (!options.to.empty()) query.to = boundTyped(session, options.to, true);
   if (query.from && query.to && *query.to < *query.from) {
@@ -118,13 +94,7 @@ void printRecords(Session& session, RecordQuery query, std::int64_t limit, const
 void addLimit(CLI::App& command, std::int64_t& limit) {
   command.add_option("--limit", limit, "How many at most; 0 for all (else 20)")
       ->type_name("N")
-      ->check(CLI::Validator(
-          [](const std::string& text) {
-            const bool isCount = !text.empty() && text.size() < 10 &&
-                                 text.find_first_not_of("0123456789") == std::string::npos;
-            return isCount ? std::string() : "it is a whole number; 0 lists all";
-          },
-          ""));
+      ->check(rowLimit());
 }
 
 }  // namespace

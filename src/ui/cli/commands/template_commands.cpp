@@ -5,7 +5,9 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/account_rows.h"
+#include "ui/cli/commands/template_commands.h"
 #include "ui/cli/commands/transfer_texts.h"
+#include "ui/cli/csv_out.h"
 #include "ui/cli/did_you_mean.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/records.h"
@@ -100,31 +102,10 @@ void saveTemplate(Session& session, const TemplateOptions& options) {
 }
 
 void listTemplates(Session& session, const TemplateOptions& options) {
-  MVAppRoot& root = session.root();
-  const auto list =
-      options.deleted ? done(RecordTemplate::deletedOnes(root)) : done(transactionTemplates(root));
-  if (session.options().json) {
-    boost::json::array array;
-    for (const auto& kept : list) array.push_back(jsonOf(session, kept));
-    return session.printJson(array);
-  }
-  if (list.empty()) {
-    return session.say(options.deleted ? session.text("No template is deleted.")
-                                       : session.text("There is no template yet. Keep a record as one with: "
-                                                      "moniva template save TITLE RECORD"));
-  }
-  Table table({{.title = session.text("Template")},
-               {.title = session.text("Kind")},
-               {.title = session.text("Amount"), .align = Align::right},
-               {.title = session.text("Account")},
-               {.title = session.text("Category")},
-               {.title = session.text("Uses"), .align = Align::right}});
-  for (const auto& kept : list) {
-    const TemplateTexts texts(session, kept);
-    table.addRow({kept.title, texts.kind, texts.amount, texts.account, texts.category,
-                  std::to_string(kept.templateUsedTimes)});
-  }
-  session.out() << table.render(session.style(), session.width());
+  if (!options.deleted) return printTemplates(session, done(transactionTemplates(session.root())));
+  const auto list = done(RecordTemplate::deletedOnes(session.root()));
+  if (list.empty() && !session.options().json) return session.say(session.text("No template is deleted."));
+  printTemplates(session, list);
 }
 
 void showTemplate(Session& session, const TemplateOptions& options) {
@@ -277,6 +258,30 @@ void restoreTemplate(Session& session, const TemplateOptions& options) {
 }
 
 }  // namespace
+
+void printTemplates(Session& session, const std::vector<RecordTemplate>& list, bool csv) {
+  boost::json::array array;
+  Table table({{.title = session.text("Template")},
+               {.title = session.text("Kind")},
+               {.title = session.text("Amount"), .align = Align::right},
+               {.title = session.text("Account")},
+               {.title = session.text("Category")},
+               {.title = session.text("Uses"), .align = Align::right}});
+  for (const auto& kept : list) {
+    array.push_back(jsonOf(session, kept));
+    const TemplateTexts texts(session, kept);
+    table.addRow({kept.title, texts.kind, texts.amount, texts.account, texts.category,
+                  std::to_string(kept.templateUsedTimes)});
+  }
+  if (csv) return printCsv(session, array);
+  if (session.options().json) return session.printJson(array);
+  if (table.empty()) {
+    return session.say(
+        session.text("There is no template yet. Keep a record as one with: "
+                     "moniva template save TITLE RECORD"));
+  }
+  session.out() << table.render(session.style(), session.width());
+}
 
 void addTemplateCommands(CommandLine& line) {
   CLI::App* family = line.add(line.app(), "template");

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "model/moniva_account.h"
+
+/// What a person should be reminded of today: bills of credit accounts and instalments that are due.
+namespace moniva {
+
+/// A credit account that was charged in its last closed month.
+struct BillAlert {
+  std::string account;  ///< key
+  std::string title;    ///< of the account
+  /// "Card / May, 2024".
+  std::string text;
+  std::string currency;
+  Date beginDate;  ///< first and last day of the month
+  Date endDate;
+  Date dueDate;  ///< when it is to be paid
+  double lastMonthBileAmount = 0;
+};
+
+/// The instalments of one plan that are due and not paid.
+struct InstallmentAlert {
+  std::string transferEID;
+  std::string eid;  ///< of the first of them
+  /// "Electronics / Jun 2, 2024".
+  std::string text;
+  std::string currency;
+  Date datetime;      ///< of the first of them
+  int count = 0;      ///< how many are due
+  double amount = 0;  ///< what they come to
+  int paidCount = 0;  ///< instalments of the plan that are paid
+  int parts = 0;      ///< and all there are
+};
+
+struct AlertInfo {
+  std::vector<BillAlert> bills;                ///< in the order of the accounts
+  std::vector<InstallmentAlert> installments;  ///< the one that has waited longest first
+};
+
+/// What the bill of an account over some days comes to, in its currency.
+using BillAmount = std::function<Result<double>(const MonivaAccount& account, Date from, Date to)>;
+/// The settled expenses of those days (whole days) less what was refunded.
+Result<double> spentLessRefunded(const MonivaAccount& account, Date from, Date to);
+
+/// All of it as of now. The last closed month of an account is the one before the present by its own first
+/// day of months; accounts without a bill, and those closed or deleted, are left out. Refused when the store
+/// cannot be read.
+Result<AlertInfo> allAlertInfo(MVAppRoot& root, const BillAmount& billAmount = spentLessRefunded);
+
+}  // namespace moniva
