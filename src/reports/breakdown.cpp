@@ -32,7 +32,7 @@ void putAmount(TransReportSummary& summary, bool isIncome, double amount, int co
   summary.count = count;
 }
 
-Breakdown::Breakdown(Connection& db, const MonivaAccount& of, int type, Date from, Date to)
+Breakdown::Breakdown(Connection& db, const MonivaAccount& of, int type, Date from, Date to, std::size_t rows)
     : db_(&db), root_(&of.root()) {
   db.clearError();
   empty_.transactionType = type;
@@ -40,6 +40,7 @@ Breakdown::Breakdown(Connection& db, const MonivaAccount& of, int type, Date fro
   empty_.endDate = to;
   empty_.takeLabels(BookPeriods(of.root().calendar(), of.periodStarts(), of.root().now()));
   list_ = empty_;
+  list_.listArray.reserve(rows);
 }
 
 void Breakdown::addCategory(const MemberSum& sum, RecordNames& names) {
@@ -63,7 +64,17 @@ Result<TransReportSummary> Breakdown::take() {
   if (db_->lastErrorCode() != 0) return tl::make_unexpected(db_->refusal());
   const auto amount = list_.transactionType == kind::kIncome ? &TransReportSummary::incomeAmount
                                                              : &TransReportSummary::expenseAmount;
-  std::ranges::stable_sort(list_.listArray, std::greater<>(), amount);
+  // Rows are large: their places are sorted, and each is moved once.
+  std::vector<TransReportSummary*> places;
+  for (auto& row : list_.listArray) {
+    list_.addUp(row);
+    places.push_back(&row);
+  }
+  std::ranges::stable_sort(places, std::greater<>(), [&](const auto* row) { return row->*amount; });
+  std::vector<TransReportSummary> sorted;
+  sorted.reserve(places.size());
+  for (auto* row : places) sorted.push_back(std::move(*row));
+  list_.listArray = std::move(sorted);
   list_.count = static_cast<int>(list_.listArray.size());
   list_.unnamed = std::ranges::any_of(list_.listArray, &TransReportSummary::unnamed);
   return std::move(list_);

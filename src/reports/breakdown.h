@@ -52,11 +52,12 @@ void putAmount(TransReportSummary& summary, bool isIncome, double amount, int co
 class Breakdown {
  public:
   /// Of income (11) or expense (12) of a book or account, over whole days; made while `db` has one snapshot.
-  Breakdown(Connection& db, const MonivaAccount& of, int type, Date from, Date to);
+  /// `rows` is how many there may be.
+  Breakdown(Connection& db, const MonivaAccount& of, int type, Date from, Date to, std::size_t rows = 0);
 
   /// A row to be filled: it has the bounds, their labels and the type.
   const TransReportSummary& emptyRow() const { return empty_; }
-  void add(TransReportSummary row) { list_.take(std::move(row)); }
+  void add(TransReportSummary row) { list_.listArray.push_back(std::move(row)); }
   /// Adds a row for the category of the key; a key that names none any more stands for itself, below the
   /// category records name with it. The amount is income or expense as the category is.
   void addCategory(const MemberSum& sum, RecordNames& names);

@@ -39,9 +39,9 @@ Result<TransReportSummary> allVendors(Connection& db, const MonivaAccount& book,
       {calendar.dateBegin(from), calendar.dateEnd(to), book.pk, type});
   if (!sums) return tl::make_unexpected(sums.error());
 
-  Breakdown breakdown(db, book, type, from, to);
+  Breakdown breakdown(db, book, type, from, to, sums->size());
   RecordNames names(book.root());
-  std::vector<TransReportSummary> rows;
+  std::vector<TransReportSummary>& rows = breakdown.rows();
   std::size_t none = sums->size();
   for (const MemberSum& sum : *sums) {
     const auto known = names.vendor(sum.key, type);
@@ -61,7 +61,6 @@ Result<TransReportSummary> allVendors(Connection& db, const MonivaAccount& book,
     putAmount(row, type == kind::kIncome, sum.amount, sum.count);
     rows.push_back(std::move(row));
   }
-  for (auto& row : rows) breakdown.add(std::move(row));
   return breakdown.take();
 }
 

@@ -128,6 +128,8 @@ CommandLine::CommandLine(const Style& helpStyle)
   addReportCommands(*this);
   addListCommands(*this);
   addBreakdownCommand(*this);
+  addSearchCommands(*this);
+  addExplainCommand(*this);
   addDoctorCommand(*this);
   addOpenCommand(*this);
   addDemoCommand(*this);

@@ -76,6 +76,8 @@ void addImportCommand(CommandLine& line);
 void addReportCommands(CommandLine& line);
 void addListCommands(CommandLine& line);
 void addBreakdownCommand(CommandLine& line);
+void addSearchCommands(CommandLine& line);
+void addExplainCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 void addOpenCommand(CommandLine& line);
 void addDemoCommand(CommandLine& line);

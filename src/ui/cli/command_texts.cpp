@@ -81,6 +81,7 @@ std::span<const CommandText> commandTexts() {
              listTexts(),
              breakdownTexts(),
              reportTexts(),
+             searchTexts(),
          }) {
       joined.insert(joined.end(), family.begin(), family.end());
     }

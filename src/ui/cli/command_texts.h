@@ -22,6 +22,7 @@ std::vector<CommandText> planTexts();
 std::vector<CommandText> listTexts();
 std::vector<CommandText> breakdownTexts();
 std::vector<CommandText> reportTexts();
+std::vector<CommandText> searchTexts();
 
 std::vector<ManualEntry> exitStatusTexts();
 std::vector<ManualEntry> environmentTexts();

@@ -41,6 +41,7 @@ enum class Meant { single, open, groupsToo };
 /// is, and when what the name means is not what is asked for; a blank book name means the current book.
 MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant = Meant::single);
 MonivaAccount accountNamed(Session& session, const std::string& name, Meant meant = Meant::single);
+
 /// Ends the command when the book or account is closed.
 void requireOpen(const MonivaAccount& row);
 /// The group of accounts of that name, or of books; where there are both and `ofBooks` is not set, the former

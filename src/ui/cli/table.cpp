@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "reports/keyword_forms.h"
 #include "ui/cli/text_width.h"
 
 namespace moniva {
@@ -45,15 +46,32 @@ void Table::addTotal(std::vector<Cell> cells) {
 std::string Table::render(const Style& style, std::size_t width) const {
   std::vector<std::size_t> widths = naturalWidths();
   if (width > 0) fit(widths, width);
-  const std::string rule = style.dim(ruleOf(tableWidth(widths))) + '\n';
+  return renderHeadings(widths, style) + renderLines(widths, style);
+}
 
+std::string Table::renderPart(const Style& style, std::size_t width) {
   std::string text;
-  const auto hasTitle = [](const Column& column) { return !column.title.empty(); };
-  if (std::any_of(columns_.begin(), columns_.end(), hasTitle)) {
-    std::vector<Cell> titles;
-    for (const Column& column : columns_) titles.emplace_back(column.title, ink::bold);
-    text += renderLine(titles, widths, style) + rule;
+  if (widths_.empty()) {
+    widths_ = naturalWidths();
+    if (width > 0) fit(widths_, width);
+    text = renderHeadings(widths_, style);
   }
+  text += renderLines(widths_, style);
+  lines_.clear();
+  return text;
+}
+
+std::string Table::renderHeadings(const std::vector<std::size_t>& widths, const Style& style) const {
+  const auto hasTitle = [](const Column& column) { return !column.title.empty(); };
+  if (!std::any_of(columns_.begin(), columns_.end(), hasTitle)) return {};
+  std::vector<Cell> titles;
+  for (const Column& column : columns_) titles.emplace_back(column.title, ink::bold);
+  return renderLine(titles, widths, style) + style.dim(ruleOf(tableWidth(widths))) + '\n';
+}
+
+std::string Table::renderLines(const std::vector<std::size_t>& widths, const Style& style) const {
+  const std::string rule = style.dim(ruleOf(tableWidth(widths))) + '\n';
+  std::string text;
   for (const Line& line : lines_) text += line.isRule ? rule : renderLine(line.cells, widths, style);
   return text;
 }
@@ -97,12 +115,27 @@ std::string Table::renderLine(const std::vector<Cell>& cells, const std::vector<
     if (!isLeft) pending += space;
     if (!text.empty()) {
       line.append(pending, ' ');
-      line += style.paint(cells[i].ink, text);
+      line += painted(cells[i], columns_[i], text, style);
       pending = 0;
     }
     if (isLeft) pending += space;
   }
   return line += '\n';
+}
+
+std::string Table::painted(const Cell& cell, const Column& column, const std::string& text,
+                           const Style& style) const {
+  if (hits_.empty() || !column.isSearched || !style.isOn()) return style.paint(cell.ink, text);
+  std::string line;
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    const auto [place, size] = findForm(rest, hits_);
+    line += style.paint(cell.ink, rest.substr(0, place));
+    if (place >= rest.size()) break;
+    line += style.paint(cell.ink | ink::bold | ink::underlined, rest.substr(place, size));
+    rest.remove_prefix(place + size);
+  }
+  return line;
 }
 
 }  // namespace moniva

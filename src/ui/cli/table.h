@@ -17,6 +17,7 @@ struct Column {
   std::string title;
   Align align = Align::left;
   std::size_t maxWidth = 0;  ///< in cells; 0 for as wide as its text
+  bool isSearched = false;   ///< what was looked for is marked in it
 };
 
 /// One place in a Table: its text and how it looks.
@@ -50,6 +51,9 @@ class Table {
   /// Adds a rule and below it a row in bold.
   void addTotal(std::vector<Cell> cells);
 
+  /// Texts to be marked in the columns that are searched, in either case of their plain letters.
+  void markHits(std::vector<std::string> texts) { hits_ = std::move(texts); }
+
   /// No rows yet; rules do not count.
   bool empty() const { return rows_ == 0; }
 
@@ -57,6 +61,9 @@ class Table {
   /// wider than `width` cells has its widest left columns cut with an ellipsis, down to a few cells each;
   /// what is still too wide then stays so. 0 means as wide as it takes.
   std::string render(const Style& style = {}, std::size_t width = 0) const;
+  /// The lines added since the last call, which are not kept, in columns as wide as the first call made them;
+  /// its lines come below the headings. For tables too long to be held.
+  std::string renderPart(const Style& style = {}, std::size_t width = 0);
 
  private:
   struct Line {
@@ -66,12 +73,18 @@ class Table {
 
   std::vector<std::size_t> naturalWidths() const;
   void fit(std::vector<std::size_t>& widths, std::size_t width) const;
+  std::string renderHeadings(const std::vector<std::size_t>& widths, const Style& style) const;
+  std::string renderLines(const std::vector<std::size_t>& widths, const Style& style) const;
   std::string renderLine(const std::vector<Cell>& cells, const std::vector<std::size_t>& widths,
                          const Style& style) const;
+  std::string painted(const Cell& cell, const Column& column, const std::string& text,
+                      const Style& style) const;
 
   std::vector<Column> columns_;
   std::vector<Line> lines_;
   std::size_t rows_ = 0;
+  std::vector<std::string> hits_;
+  std::vector<std::size_t> widths_;  ///< of a table in parts, once it has begun
 };
 
 }  // namespace moniva

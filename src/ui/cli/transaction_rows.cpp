@@ -2,6 +2,7 @@
 
 #include <boost/json.hpp>
 
+#include "reports/keyword_forms.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/record_texts.h"
 #include "ui/cli/records.h"
@@ -42,6 +43,16 @@ std::string withOf(const MVTransaction& row) {
   const bool isNobody = row.vendorString.empty() || (row.vendor && row.vendor->isNoVendor());
   if (!isNobody) return printable(row.vendorString);
   return row.categoryString.empty() ? std::string() : printable(row.note);
+}
+
+/// The text, of a long one what is around the first hit.
+std::string aroundHit(const std::string& text, const std::vector<std::string>& hits) {
+  constexpr std::size_t kBefore = 20;
+  const auto place = findForm(text, hits).first;
+  if (place == std::string::npos || place <= kBefore) return text;
+  std::size_t begin = place - kBefore;
+  while ((static_cast<unsigned char>(text[begin]) & 0xC0U) == 0x80U) --begin;
+  return "…" + text.substr(begin);
 }
 
 std::string marksOf(const Session& session, const MVTransaction& row) {
@@ -98,18 +109,33 @@ TransactionRows::TransactionRows(Session& session, bool csv)
       names_(session.root()),
       table_({{.title = session.text("Record")},
               {.title = session.text("Date")},
-              {.title = session.text("What"), .maxWidth = 60},
-              {.title = session.text("With"), .maxWidth = 40},
+              {.title = session.text("What"), .maxWidth = 60, .isSearched = true},
+              {.title = session.text("With"), .maxWidth = 40, .isSearched = true},
               {.title = session.text("Account or book")},
               {.title = session.text("Amount"), .align = Align::right},
               {.title = ""}}) {}
+
+void TransactionRows::markHits(std::vector<std::string> forms) {
+  hits_ = std::move(forms);
+  table_.markHits(hits_);
+}
 
 void TransactionRows::add(const MVTransaction& row, const std::optional<std::string>& mark) {
   if (csv_ || session_.options().json) return void(rows_.push_back(jsonOf(session_, row)));
   const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
   // Templates and budgets are of no day.
   const auto day = row.datetime == Date{} ? std::string() : shortDate(session_, row.datetime);
-  table_.addRow({Cell(shortEid(row.eid), ink::dim), day, whatOf(session_, row), withOf(row),
+  std::string what = whatOf(session_, row);
+  std::string with = withOf(row);
+  if (const auto note = printable(row.note); findForm(note, hits_).second > 0) {
+    const auto shown = aroundHit(note, hits_);
+    if (what == note) {
+      what = shown;
+    } else if (with != note) {
+      with += (with.empty() ? "" : " · ") + shown;
+    }
+  }
+  table_.addRow({Cell(shortEid(row.eid), ink::dim), day, what, with,
                  printable(holder ? holder->title : std::string()),
                  Cell(amountText(session_, row), comesIn(recordTypeOf(row)) ? ink::green : ink::plain),
                  Cell(mark ? *mark : marksOf(session_, row), ink::dim)});

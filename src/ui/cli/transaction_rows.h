@@ -21,6 +21,9 @@ class TransactionRows {
   /// Both have to outlive the object.
   explicit TransactionRows(Session& session, bool csv = false);
 
+  /// Marks what was looked for, in one of these forms. Where it is in a note that the row does not show, the
+  /// note comes along.
+  void markHits(std::vector<std::string> forms);
   /// A mark stands at the end of the line instead of what the row says of itself; only the table has it.
   void add(const MVTransaction& row, const std::optional<std::string>& mark = {});
   /// Loads the row of `eid` and adds it; one that is not there any more is left out.
@@ -42,6 +45,7 @@ class TransactionRows {
   bool csv_;
   RecordNames names_;
   boost::json::array rows_;
+  std::vector<std::string> hits_;
   Table table_;
   bool hasTotal_ = false;
 };

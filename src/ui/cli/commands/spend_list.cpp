@@ -1,6 +1,5 @@
 #include <boost/json.hpp>
 
-#include "calendar/parse_date.h"
 #include "model/mv_category.h"
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
@@ -25,13 +24,6 @@ struct ListOptions {
   bool pending = false;
   bool deleted = false;
 };
-
-/// The moment typed that a list begins or ends with: a day counts as a whole.
-Date boundTyped(Session& session, const std::string& text, bool isEnd) {
-  const auto parsed = typed(parseDate(text, session.calendar(), session.now()));
-  if (parsed.hasTime || !isEnd) return parsed.date;
-  return session.calendar().dateEnd(parsed.date);
-}
 
 RecordQuery queryTyped(Session& session, const ListOptions& options) {
   RecordQuery query;

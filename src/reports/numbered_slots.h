@@ -1,0 +1,34 @@
+#pragma once
+
+#include <fmt/format.h>
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "storage/value.h"
+
+namespace moniva {
+
+/// The values of a statement's slots in order. Slots are numbered, so that one value serves in several places
+/// and conditions may be put together in any order. Texts are viewed, as by every Value.
+class NumberedSlots {
+ public:
+  /// The slot of a value: "?1".
+  std::string add(const Value& value) {
+    values_.push_back(value);
+    return fmt::format("?{}", values_.size());
+  }
+  std::span<const Value> values() const { return values_; }
+
+ private:
+  std::vector<Value> values_;
+};
+
+/// The condition with its one slot numbered.
+inline std::string withSlot(std::string_view condition, std::string_view slot) {
+  std::string numbered(condition);
+  return numbered.replace(numbered.find('?'), 1, slot);
+}
+
+}  // namespace moniva
