@@ -21,9 +21,9 @@ Result<TransReportSummary> walkPeriods(Connection& db, const MonivaAccount& of, 
   std::vector<Value> slots = {Date{}, Date{}};
   slots.insert(slots.end(), query.slots.begin(), query.slots.end());
   const ReadTransaction snapshot(db);
-  while (range.stopLoadingData == nullptr || !*range.stopLoadingData) {
-    const auto period = periods.next();
-    if (!period) break;
+  while (const auto period = periods.next()) {
+    list.isPartial = range.stopLoadingData != nullptr && *range.stopLoadingData;
+    if (list.isPartial) break;
     slots[0] = calendar.dateBegin(period->begin);
     slots[1] = calendar.dateEnd(period->end);
     Run run = db.query(query.sql, slots);

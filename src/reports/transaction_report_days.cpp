@@ -48,9 +48,10 @@ Result<std::vector<FigureByDay>> figuresByDay(Connection& db, const ReportQuerie
     for (std::size_t i = 0; i < queries.figures().size(); ++i) {
       const ReportFigure& of = queries.figures()[i];
       if (paid == Paid::no && of.pendingCount == nullptr) continue;
-      auto& figure = paid == Paid::yes ? figures.emplace_back(of.count, of.amount, true)
-                                       : figures.emplace_back(of.pendingCount, of.pendingAmount, false);
-      if (!addUp(queries.rows(db, i, begin, end, paid), stretch, figure.days)) {
+      const bool settled = paid == Paid::yes;
+      figures.push_back(
+          {settled ? of.count : of.pendingCount, settled ? of.amount : of.pendingAmount, settled, {}});
+      if (!addUp(queries.rows(db, i, begin, end, paid), stretch, figures.back().days)) {
         return tl::make_unexpected(db.refusal());
       }
     }

@@ -27,6 +27,8 @@ std::vector<CommandText> reportTexts() {
         {"moniva report month 2024 -b Household", "another year"},
         {"moniva report month 2024-03..2024-08 -a Checking", "some months of an account"},
         {"moniva report month --compare year --type expense", "beside the same months a year before"},
+        {"moniva report month --vendor \"Bäckerei Lang\"", "what was spent at one vendor"},
+        {"moniva report month --currency USD", "what was in foreign money, in its units"},
         {"moniva report month --pending", "with what is still to be paid"}}},
       {"report week",
        "the weeks of a book or an account",

@@ -1,55 +1,19 @@
 #include "ui/cli/commands/report_commands.h"
 
 #include <boost/json.hpp>
+#include <cmath>
 
 #include "calendar/date_texts.h"
-#include "model/transaction_type.h"
-#include "reports/period_comparison.h"
-#include "reports/transaction_report.h"
-#include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
+#include "ui/cli/commands/report_source.h"
 #include "ui/cli/csv_out.h"
 #include "ui/cli/records.h"
-#include "ui/cli/stop_on_interrupt.h"
 #include "ui/cli/transaction_rows.h"
 
 namespace moniva {
 namespace {
 
 namespace json = boost::json;
-
-const std::map<std::string, int> kReportTypes = {{"income", kind::kIncome},
-                                                 {"expense", kind::kExpense},
-                                                 {"transfers", 2333},
-                                                 {"transfers-in", kind::kTransferIn},
-                                                 {"transfers-out", kind::kTransferOut}};
-
-int typeTyped(const MonivaAccount& of, const std::string& word) {
-  if (word == "all") return wholeReportType(of);
-  const int type = kReportTypes.at(word);
-  if (of.isBook() && word.starts_with("transfers")) {
-    throw refused("'{}' is a book and has no transfers; name an account with --account", of.title);
-  }
-  return type;
-}
-
-/// The category typed, whichever it is of: first one of what is asked for, else one of the other.
-MVCategory reportCategory(Session& session, const std::string& name, const std::string& type) {
-  const int first = type == "income" ? kind::kIncome : kind::kExpense;
-  try {
-    return categoryTyped(session, name, first);
-  } catch (const CommandError&) {
-    std::optional<MVCategory> other;
-    try {
-      other = categoryTyped(session, name, first == kind::kIncome ? kind::kExpense : kind::kIncome);
-    } catch (const CommandError&) {
-    }
-    if (!other) throw;
-    if (type == "all") return *other;
-    throw type == "income" ? refused("'{}' is a category of expenses", name)
-                           : refused("'{}' is a category of income", name);
-  }
-}
 
 std::string unitTitle(const Session& session, PeriodUnit unit) {
   switch (unit) {
@@ -72,25 +36,9 @@ void requireFewDays(const Session& session, const ParsedPeriod& period) {
   if (days > kMost) throw refused("these are {} days; choose fewer, or leave out --empty", days + 1);
 }
 
-/// What each period of the list is compared with.
-std::vector<TransReportSummary> comparedWith(Session& session, TransactionReport& report, PeriodUnit unit,
-                                             const TransReportSummary& list, const std::string& with) {
-  const BookPeriods periods(session.calendar(), report.monivaAccount().periodStarts(), session.now());
-  std::vector<PeriodWalk::Period> others;
-  for (const auto& period : list.listArray) {
-    others.push_back(periodComparedWith(session.calendar(), periods, unit, {period.beginDate, period.endDate},
-                                        with == "year" ? ComparedWith::year : ComparedWith::previous));
-  }
-  auto found = done(report.summariesOf(others));
-  for (auto& summary : found) {
-    PeriodWalk(session.calendar(), periods, unit, summary.beginDate, summary.endDate).name(summary);
-  }
-  return found;
-}
-
 json::value percentOf(double now, double before) {
   const auto change = changeInPercent(now, before);
-  return change ? json::value(*change) : json::value();
+  return change ? json::value(std::round(*change * 100) / 100) : json::value();
 }
 
 void addComparison(Session& session, json::object& object, const TransReportSummary& list,
@@ -111,39 +59,32 @@ void report(Session& session, const ReportOptions& options, PeriodUnit unit, boo
     const BookPeriods years(session.calendar(), of.periodStarts(), session.now());
     period = {years.firstDateOfYear(period.first), years.lastDateOfYear(period.last)};
   }
-  const bool isOneDay = session.calendar().isSameDay(period.first, period.last);
-  if (unit == PeriodUnit::day && isOneDay && !options.period.empty() && options.compare.empty()) {
-    return reportOfDay(session, of, options, period.first);
-  }
-  if (!options.accountsIn.empty()) throw notUnderstood("--accounts-in is for one day; name it");
+  if (!options.accountsIn.empty()) return reportOfAccountsIn(session, options, period);
   if (unit == PeriodUnit::day && options.empty) requireFewDays(session, period);
-  TransactionReport made(session.root());
-  setUp(session, made, of, options);
-  made.setBeginDate(period.first);
-  made.setEndDate(period.last);
-  made.setIncludeEmpty(options.empty || spans);
-  TransReportSummary list;
-  {
-    const StopOnInterrupt stop;
-    made.setStopFlag(&StopOnInterrupt::flag());
-    list = done(made.reportBy(unit));
+  ReportSource source(session, of, options);
+  const bool isOneDay = session.calendar().isSameDay(period.first, period.last);
+  if (unit == PeriodUnit::day && isOneDay && !options.period.empty() && options.compare.empty() &&
+      !source.isOfMember()) {
+    return printDay(session, source.day(period.first), of, of.title, options);
   }
+  const auto list = source.list(unit, period, options.empty || spans);
   PeriodColumns columns{.unit = unitTitle(session, unit), .spans = spans, .pending = options.pending};
-  if (!options.compare.empty()) columns.before = comparedWith(session, made, unit, list, options.compare);
-  auto object = jsonOfReport(session, list, options.pending);
-  if (list.listArray.empty()) object["listArray"] = json::array();
-  addComparison(session, object, list, columns.before, options.pending);
-  if (options.csv) {
-    printCsv(session, object.at("listArray").as_array());
-  } else if (session.options().json) {
-    session.printJson(object);
+  if (!options.compare.empty()) {
+    columns.before = source.comparedWith(
+        unit, list, options.compare == "year" ? ComparedWith::year : ComparedWith::previous);
+  }
+  if (options.csv || session.options().json) {
+    auto object = jsonOfReport(session, list, options.pending);
+    if (list.listArray.empty()) object["listArray"] = json::array();
+    addComparison(session, object, list, columns.before, options.pending);
+    options.csv ? printCsv(session, object.at("listArray").as_array()) : session.printJson(object);
   } else if (list.listArray.empty() && !list.isPartial) {
     session.say(session.text("'{}' has nothing from {} to {}.", of.title,
                              stringOfDateMediumStyle(session.calendar(), period.first),
                              stringOfDateMediumStyle(session.calendar(), period.last)));
   } else {
     columns.comparison = options.compare == "year" ? session.text("Year before") : session.text("Before");
-    columns.note = noteOn(session, of, period);
+    if (!source.isOfMember() && options.category.empty()) columns.note = noteOn(session, of, period);
     printPeriods(session, list, of, columns);
   }
   if (list.isPartial) {
@@ -168,6 +109,12 @@ void addPeriodReport(CommandLine& line, CLI::App& reports, const Unit& unit) {
   command->add_option("-c,--category", options->category, "Only this category, or a subcategory: Food/Bakery")
       ->type_name("CATEGORY")
       ->check(notEmpty());
+  command->add_option("--vendor", options->vendor, "Only what was spent at this vendor, or came from it")
+      ->type_name("VENDOR")
+      ->check(notEmpty());
+  command->add_option("--currency", options->currency, "Only what was in this foreign currency, in its units")
+      ->type_name("CODE")
+      ->check(notEmpty());
   command->add_option("--type", options->type, "What to count (else all)")
       ->type_name("KIND")
       ->check(oneOf({"all", "income", "expense", "transfers", "transfers-in", "transfers-out"}));
@@ -191,19 +138,9 @@ void addPeriodReport(CommandLine& line, CLI::App& reports, const Unit& unit) {
 
 }  // namespace
 
-void setUp(Session& session, TransactionReport& report, const MonivaAccount& of,
-           const ReportOptions& options) {
-  report.setMonivaAccount(of);
-  report.setTransactionType(typeTyped(of, options.type));
-  report.setIncludePending(options.pending);
-  if (!options.category.empty()) {
-    if (options.type.starts_with("transfers")) throw notUnderstood("transfers have no category");
-    report.setCategory(reportCategory(session, options.category, options.type));
-  }
-}
-
 json::object jsonOfReport(Session& session, const TransReportSummary& summary, bool pending) {
   json::object object = jsonOf(session, summary);
+  if (summary.isPartial) object["isPartial"] = true;
   const auto records = [&](const std::vector<MVTransaction>& rows) {
     json::array list;
     for (const auto& row : rows) list.push_back(jsonOf(session, row));

@@ -10,8 +10,6 @@
 
 namespace moniva {
 
-class TransactionReport;
-
 /// What a table of periods shows besides what came in and went out.
 struct PeriodColumns {
   std::string unit;                             ///< title of the periods: "Month"
@@ -40,6 +38,8 @@ struct ReportOptions {
   std::string period;
   HolderOptions of;
   std::string category;
+  std::string vendor;
+  std::string currency;
   std::string type = "all";
   std::string compare;
   std::string accountsIn;
@@ -50,11 +50,11 @@ struct ReportOptions {
 
 /// What is told of the whole time besides: the balances of an account, and whether there was foreign money.
 std::string noteOn(Session& session, const MonivaAccount& of, const ParsedPeriod& period);
-/// The summary of one day with its records.
-void reportOfDay(Session& session, const MonivaAccount& of, const ReportOptions& options, Date day);
-/// The options of one report as its settings, but for its bounds.
-void setUp(Session& session, TransactionReport& report, const MonivaAccount& of,
-           const ReportOptions& options);
+/// The summary of one day with its records; `what` says of what.
+void printDay(Session& session, const TransReportSummary& day, const MonivaAccount& of,
+              const std::string& what, const ReportOptions& options);
+/// The same of all accounts that are kept in a currency. Ends the command for a time that is no day.
+void reportOfAccountsIn(Session& session, const ReportOptions& options, const ParsedPeriod& period);
 /// A summary as JSON, with what is pending and the records it has.
 boost::json::object jsonOfReport(Session& session, const TransReportSummary& summary, bool pending);
 /// The report of what is to be expected.

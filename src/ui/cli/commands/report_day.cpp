@@ -32,34 +32,6 @@ std::string sumsText(Session& session, const TransReportSummary& day, const Moni
   return text;
 }
 
-void print(Session& session, const TransReportSummary& day, const MonivaAccount& of, const std::string& what,
-           const ReportOptions& options) {
-  if (!options.csv && session.options().json) {
-    auto object = jsonOfReport(session, day, options.pending);
-    if (day.transactions.empty()) object["transactions"] = boost::json::array();
-    return session.printJson(object);
-  }
-  TransactionRows rows(session, options.csv);
-  for (const auto& row : day.transactions) rows.add(row);
-  for (const auto& row : day.pendinglistArray) rows.add(row);
-  const std::string none = session.text("'{}' has nothing on {}.", what,
-                                        stringOfDateMediumStyle(session.calendar(), day.beginDate));
-  if (options.csv || rows.empty()) return rows.print(none);
-  session.out() << session.style().bold(fmt::format("{} · {}", printable(what), day.title)) << '\n'
-                << sumsText(session, day, of) << '\n';
-  const std::string note = noteOn(session, of, {day.beginDate, day.endDate});
-  if (!note.empty()) session.out() << session.style().dim(note) << '\n';
-  if (options.pending) {
-    session.out() << session.style().dim(
-                         session.text("Pending: in {}, out {}",
-                                      session.amounts().format(day.incomePendingAmount, of.currency),
-                                      session.amounts().format(day.expensePendingAmount, of.currency)))
-                  << '\n';
-  }
-  session.out() << '\n';
-  rows.print(none);
-}
-
 void printExpected(Session& session, const HolderOptions& holder, const std::string& typedPeriod) {
   const MonivaAccount of = holder.chosen(session);
   const auto period =
@@ -101,19 +73,46 @@ std::string noteOn(Session& session, const MonivaAccount& of, const ParsedPeriod
   return isForeign ? session.text("Some of it was in foreign money.") : "";
 }
 
-void reportOfDay(Session& session, const MonivaAccount& of, const ReportOptions& options, Date day) {
-  if (!options.accountsIn.empty()) {
-    const std::string code = foreignCurrencyTyped(options.accountsIn);
-    auto summary = done(TransactionReport::getSummaryForCurrency(session.root(), code, day));
-    summary.transactions = done(TransactionReport::getTransactionListForCurrency(session.root(), code, day));
-    MonivaAccount all(session.root());
-    all.aKind = kBookKind;
-    all.currency = code;
-    return print(session, summary, all, session.text("All accounts in {}", code), options);
+void printDay(Session& session, const TransReportSummary& day, const MonivaAccount& of,
+              const std::string& what, const ReportOptions& options) {
+  if (!options.csv && session.options().json) {
+    auto object = jsonOfReport(session, day, options.pending);
+    if (day.transactions.empty()) object["transactions"] = boost::json::array();
+    return session.printJson(object);
   }
-  TransactionReport made(session.root());
-  setUp(session, made, of, options);
-  print(session, done(made.dailySummary(day)), of, of.title, options);
+  TransactionRows rows(session, options.csv);
+  for (const auto& row : day.transactions) rows.add(row);
+  for (const auto& row : day.pendinglistArray) rows.add(row);
+  const std::string none = session.text("'{}' has nothing on {}.", what,
+                                        stringOfDateMediumStyle(session.calendar(), day.beginDate));
+  if (options.csv || rows.empty()) return rows.print(none);
+  session.out() << session.style().bold(fmt::format("{} · {}", printable(what), day.title)) << '\n'
+                << sumsText(session, day, of) << '\n';
+  const std::string note = noteOn(session, of, {day.beginDate, day.endDate});
+  if (!note.empty()) session.out() << session.style().dim(note) << '\n';
+  if (options.pending) {
+    session.out() << session.style().dim(
+                         session.text("Pending: in {}, out {}",
+                                      session.amounts().format(day.incomePendingAmount, of.currency),
+                                      session.amounts().format(day.expensePendingAmount, of.currency)))
+                  << '\n';
+  }
+  session.out() << '\n';
+  rows.print(none);
+}
+
+void reportOfAccountsIn(Session& session, const ReportOptions& options, const ParsedPeriod& period) {
+  if (options.period.empty() || !session.calendar().isSameDay(period.first, period.last)) {
+    throw notUnderstood("--accounts-in is for one day; name it");
+  }
+  const std::string code = foreignCurrencyTyped(options.accountsIn);
+  auto summary = done(TransactionReport::getSummaryForCurrency(session.root(), code, period.first));
+  summary.transactions =
+      done(TransactionReport::getTransactionListForCurrency(session.root(), code, period.first));
+  MonivaAccount all(session.root());
+  all.aKind = kBookKind;
+  all.currency = code;
+  printDay(session, summary, all, session.text("All accounts in {}", code), options);
 }
 
 void addExpectedReport(CommandLine& line, CLI::App& reports) {
