@@ -70,6 +70,7 @@ void addTemplateCommands(CommandLine& line);
 void addDebtCommands(CommandLine& line);
 void addRecordCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
+void addExportCommands(CommandLine& line);
 void addReportCommands(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 void addOpenCommand(CommandLine& line);

@@ -92,6 +92,12 @@ Date dayTyped(Session& session, const std::string& text) {
   return session.calendar().dateBegin(momentTyped(session, text));
 }
 
+Date boundTyped(Session& session, const std::string& text, bool isEnd) {
+  const auto parsed = typed(parseDate(text, session.calendar(), session.now()));
+  if (parsed.hasTime || !isEnd) return parsed.date;
+  return session.calendar().dateEnd(parsed.date);
+}
+
 std::string dayOf(Session& session, Date date, bool paid) {
   return paid ? dateText(session, date) : session.text("{} (pending)", dateText(session, date));
 }

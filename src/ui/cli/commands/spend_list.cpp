@@ -1,6 +1,5 @@
 #include <boost/json.hpp>
 
-#include "calendar/parse_date.h"
 #include "model/mv_category.h"
 #include "model/vendor_query.h"
 #include "ui/cli/categories.h"
@@ -48,13 +47,6 @@ std::string vendorToList(Session& session, const std::string& typedName, bool in
     throw refused("there is no vendor '{}'; did you mean '{}'?", printable(name), printable(*meant));
   }
   throw refused("there is no vendor '{}'; see: moniva vendor list", printable(name));
-}
-
-/// The moment typed that a list begins or ends with: a day counts as a whole.
-Date boundTyped(Session& session, const std::string& text, bool isEnd) {
-  const auto parsed = typed(parseDate(text, session.calendar(), session.now()));
-  if (parsed.hasTime || !isEnd) return parsed.date;
-  return session.calendar().dateEnd(parsed.date);
 }
 
 RecordQuery queryTyped(Session& session, const ListOptions& options) {
