@@ -7,18 +7,18 @@
 namespace moniva {
 namespace {
 
-bool needsQuotes(std::string_view field) {
-  return field.find_first_of(",\"\r\n") != std::string_view::npos || field.starts_with(' ') ||
-         field.ends_with(' ') || field.starts_with('\t') || field.ends_with('\t');
+bool needsQuotes(std::string_view field, char separator) {
+  return field.find_first_of("\"\r\n") != std::string_view::npos || field.find(separator) != field.npos ||
+         field.starts_with(' ') || field.ends_with(' ') || field.starts_with('\t') || field.ends_with('\t');
 }
 
 }  // namespace
 
-std::string csvLine(std::span<const std::string> fields) {
+std::string csvLine(std::span<const std::string> fields, char separator) {
   std::string line;
   for (const auto& field : fields) {
-    if (&field != fields.data()) line += ',';
-    if (!needsQuotes(field)) {
+    if (&field != fields.data()) line += separator;
+    if (!needsQuotes(field, separator)) {
       line += field;
       continue;
     }

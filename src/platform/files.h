@@ -26,6 +26,32 @@ Result<> writeFileWhole(const std::filesystem::path& path, std::string_view byte
 /// meantime (another program was faster) that one stays; the answer says whether the copy was made.
 Result<bool> copyFileIfAbsent(const std::filesystem::path& from, const std::filesystem::path& to);
 
+/// A file written bit by bit under a name beside its path. Kept, it takes the path in one step; let go of
+/// before that, it is gone and what was at the path is untouched.
+class NewFile {
+ public:
+  /// Begins one for the path. Refused where `mayReplace` is not set and something is there, where something
+  /// is there that is no plain file, and where no file can be made.
+  static Result<NewFile> at(std::filesystem::path path, bool mayReplace);
+  NewFile(NewFile&& other) noexcept;
+  NewFile& operator=(NewFile&&) = delete;
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile();
+
+  Result<> write(std::string_view bytes);
+  /// Brings the file to the disk and to its path. Refused, as by `at`, for what came to the path meanwhile.
+  Result<> keep();
+
+ private:
+  NewFile(std::filesystem::path path, std::filesystem::path temporary, int fd, bool mayReplace);
+
+  std::filesystem::path path_;
+  std::filesystem::path temporary_;
+  int fd_;
+  bool mayReplace_;
+};
+
 /// Appends the bytes to the file, making it when it is absent.
 Result<> appendToFile(const std::filesystem::path& path, std::string_view bytes);
 

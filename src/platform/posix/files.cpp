@@ -61,6 +61,20 @@ fs::path besideName(const fs::path& path) {
   return path.string() + ".new-" + std::to_string(::getpid());
 }
 
+/// Renames to a path where there is none; answers the system's error, EEXIST where something is. Unlike a
+/// plain rename this one fails where a file is: two programs at their first run cannot overwrite each other.
+/// Some file systems cannot do it; there a look before must do.
+int renameIfAbsent(const fs::path& from, const fs::path& to) {
+  const int failed =
+      ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
+  if (failed != EINVAL && failed != ENOSYS) return failed;
+  return isPresent(to) ? EEXIST : ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+tl::unexpected<Refusal> isThereAlready(const fs::path& path) {
+  return refuse("'{}' is there already", path.string());
+}
+
 /// A new file beside the path with the bytes on the disk.
 Result<fs::path> writeBeside(const fs::path& path, std::string_view bytes) {
   const fs::path temporary = besideName(path);
@@ -120,17 +134,60 @@ Result<bool> copyFileIfAbsent(const fs::path& from, const fs::path& to) {
     ::unlink(temporary.c_str());
     return refuse("cannot copy '{}' to '{}': {}", from.string(), to.string(), error.message());
   }
-  // Unlike a plain rename this one fails where a file is: two programs at their first run cannot overwrite
-  // each other. Some file systems cannot do it; there a look before must do.
-  int failed =
-      ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
-  if (failed == EINVAL || failed == ENOSYS) {
-    failed = isPresent(to) ? EEXIST : ::rename(temporary.c_str(), to.c_str()) == 0 ? 0 : errno;
-  }
+  const int failed = renameIfAbsent(temporary, to);
   if (failed != 0) ::unlink(temporary.c_str());
   if (failed != 0 && failed != EEXIST) return refuse("cannot make '{}': {}", to.string(), systemSays(failed));
   syncFolderOf(to);
   return failed == 0;
+}
+
+NewFile::NewFile(fs::path path, fs::path temporary, int fd, bool mayReplace)
+    : path_(std::move(path)), temporary_(std::move(temporary)), fd_(fd), mayReplace_(mayReplace) {}
+
+NewFile::NewFile(NewFile&& other) noexcept
+    : path_(std::move(other.path_)),
+      temporary_(std::move(other.temporary_)),
+      fd_(std::exchange(other.fd_, -1)),
+      mayReplace_(other.mayReplace_) {}
+
+NewFile::~NewFile() {
+  if (fd_ < 0) return;
+  ::close(fd_);
+  ::unlink(temporary_.c_str());
+}
+
+Result<NewFile> NewFile::at(fs::path path, bool mayReplace) {
+  std::error_code error;
+  const bool isThere = isPresent(path);
+  if (isThere && !mayReplace) return isThereAlready(path);
+  if (isThere && !fs::is_regular_file(path, error)) {
+    return refuse("'{}' is no file that could be replaced", path.string());
+  }
+  // What a link leads to is replaced, not the link.
+  if (isThere) path = fs::canonical(path, error);
+  fs::path temporary = besideName(path);
+  const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  if (fd < 0) return refuse("cannot write '{}': {}", path.string(), systemSays(errno));
+  return NewFile(std::move(path), std::move(temporary), fd, mayReplace);
+}
+
+Result<> NewFile::write(std::string_view bytes) {
+  if (!writeAll(fd_, bytes)) return refuse("cannot write '{}': {}", path_.string(), systemSays(errno));
+  return {};
+}
+
+Result<> NewFile::keep() {
+  if (::fsync(fd_) != 0) return refuse("cannot write '{}': {}", path_.string(), systemSays(errno));
+  if (mayReplace_) {
+    if (auto moved = renameInto(temporary_, path_); !moved) return moved;
+  } else {
+    const int failed = renameIfAbsent(temporary_, path_);
+    if (failed == EEXIST) return isThereAlready(path_);
+    if (failed != 0) return refuse("cannot make '{}': {}", path_.string(), systemSays(failed));
+    syncFolderOf(path_);
+  }
+  ::close(std::exchange(fd_, -1));
+  return {};
 }
 
 Result<> appendToFile(const fs::path& path, std::string_view bytes) {

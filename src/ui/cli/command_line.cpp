@@ -125,6 +125,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addDebtCommands(*this);
   addRecordCommands(*this);
   addImportCommand(*this);
+  addExportCommands(*this);
   addReportCommands(*this);
   addListCommands(*this);
   addBreakdownCommand(*this);

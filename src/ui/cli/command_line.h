@@ -73,6 +73,7 @@ void addTemplateCommands(CommandLine& line);
 void addDebtCommands(CommandLine& line);
 void addRecordCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
+void addExportCommands(CommandLine& line);
 void addReportCommands(CommandLine& line);
 void addListCommands(CommandLine& line);
 void addBreakdownCommand(CommandLine& line);

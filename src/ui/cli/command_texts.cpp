@@ -35,6 +35,35 @@ std::span<const CommandText> commandTexts() {
        {{"moniva import records.csv --dry-run", "see what would happen"},
         {"moniva import records.csv", "take the file in"},
         {"moniva import bank.csv --skip-bad --decimal comma", "take the good rows of a German bank's file"}}},
+      {"export",
+       "write records to a file for other programs",
+       "A file that is there is only replaced with --force, and then whole or not at all.",
+       {{"moniva export journal household.journal", "for hledger and ledger"},
+        {"moniva export csv records.csv", "for spreadsheets, and to import again"}}},
+      {"export journal",
+       "write the ledger as plain-text accounting",
+       "The file is one that hledger and ledger take with their strict checks on. Expenses and income stand "
+       "below their book, category and subcategory; after each posting to an account stands its balance, so "
+       "that another program reckons the same or says where not. Each transaction has the identifier of its "
+       "record as the tag \"eid\".\n\n"
+       "Written is what is settled. What is pending is left out, and its number told; with --pending it is "
+       "marked \"!\" and stands in an account Pending below its own. A journal that does not begin with the "
+       "first record begins with the balances of its first day. One of a book tells no balances of accounts.",
+       {{"moniva export journal household.journal && hledger -f household.journal check --strict",
+         "have the books proved"},
+        {"moniva export journal --from 2024-01-01 --to 2024-12-31 2024.journal", "a year"},
+        {"moniva export journal -a Checking | hledger -f - register checking", "one account"}}},
+      {"export csv",
+       "write records as a table",
+       "Expenses, income, transfers and debts with a heading line of the names of their fields; moniva "
+       "import "
+       "reads it again. An expense paid from several accounts has a line for each. Debts, refunds to another "
+       "account and transfers with a charge are in the table, but nothing that import takes: with --skip-bad "
+       "it "
+       "passes over them.",
+       {{"moniva export csv records.csv", "everything"},
+        {"moniva export csv --from 2024-01-01 -b Household --separator semicolon --bom records.csv",
+         "for a spreadsheet program of Central Europe"}}},
       {"doctor",
        "look the store over",
        "Looks at the file and at what its records say of each other, and changes nothing. The exit status "

@@ -31,7 +31,7 @@ std::string foreignCurrencyTyped(const std::string& code);
 Date momentTyped(Session& session, const std::string& text);
 /// The beginning of a day typed.
 Date dayTyped(Session& session, const std::string& text);
-/// The moment typed that a list begins or ends with: a day counts as a whole.
+/// The moment typed that a period begins or ends with: a day counts as a whole.
 Date boundTyped(Session& session, const std::string& text, bool isEnd);
 /// "Feb 29, 2024 14:30", with a mark where the record waits for its day.
 std::string dayOf(Session& session, Date date, bool paid);
