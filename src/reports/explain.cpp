@@ -4,7 +4,12 @@
 #include <cmath>
 
 #include "model/transaction_type.h"
+#include "reports/category_report.h"
+#include "reports/currency_report.h"
 #include "reports/numbered_slots.h"
+#include "reports/payer_filter.h"
+#include "reports/payment_report.h"
+#include "reports/vendor_report.h"
 #include "storage/transaction.h"
 
 namespace moniva {
@@ -40,7 +45,7 @@ class ExplainedFigure {
     const auto where = rows(slots, paidFilter() + memberFilter());
     Run run = db_.query(
         fmt::format("select {}, eid, datetime, type, category, subcategory, vendor, account, book, note,"
-                    " paid, syear from transactions where {} order by datetime, eid",
+                    " paid, syear from transactions t where {} order by datetime, eid",
                     measure(), where),
         slots.values());
     Explained::Part part;
@@ -66,25 +71,25 @@ class ExplainedFigure {
     return part;
   }
 
-  /// What the report or breakdown says.
+  /// What the report or breakdown says; the latter is made on the database queue, in a snapshot of its own.
   ExplainedPart reported() const { return isMember() ? ofBreakdown() : ofReport(); }
 
   /// What rows like those of the figure, of that sort instead, come to.
-  ExplainedPart instead(std::string_view sort) const {
+  ExplainedPart instead(const std::string& sort, bool isRefund = false) const {
     NumberedSlots slots;
-    const auto where = rows(slots, std::string(sort));
+    const auto where = rowsOf(slots, sort, isRefund ? holderOfRefunds(slots) : holder(slots));
     return partOf(
-        fmt::format("select sum({}) as amount, count(eid) from transactions where {}", measure(), where),
+        fmt::format("select sum({}) as amount, count(eid) from transactions t where {}", measure(), where),
         slots);
   }
   ExplainedPart pending() const { return instead(" and paid = 0" + memberFilter()); }
-  ExplainedPart refunds() const { return instead(paidFilter() + " and amount < 0"); }
+  ExplainedPart refunds() const { return instead(paidFilter() + " and amount < 0", true); }
   ExplainedPart spread() const { return instead(paidFilter() + " and amount > 0 and syear = 1002"); }
   ExplainedPart transfers() const {
     NumberedSlots slots;
     const auto when = period(slots);
     return partOf(
-        "select sum(amount) as amount, count(eid) from transactions where deleted = 0 and paid = 1"
+        "select sum(amount) as amount, count(eid) from transactions t where deleted = 0 and paid = 1"
         " and type = 23 and " +
             when,
         slots);
@@ -117,14 +122,22 @@ class ExplainedFigure {
     return fmt::format("{} <= datetime and datetime <= {}", begin, slots.add(end_));
   }
   std::string holder(NumberedSlots& slots) const {
-    const auto own = withSlot(accountQuerySQL(query_.of), slots.add(query_.of.pk));
-    if (!query_.paidFrom || !query_.of.isBook()) return own;
-    // Payments of older stores name the book in the place of a category.
-    return fmt::format("({} or category{})", own, own.substr(std::string_view("book").size()));
+    if (!query_.paidFrom) return withSlot(accountQuerySQL(query_.of), slots.add(query_.of.pk));
+    const auto own = payerFilter(query_.of);
+    return withSlots(own.sql, own.slots, slots);
+  }
+  /// What came back to the accounts that paid for a book is payments of their own.
+  std::string holderOfRefunds(NumberedSlots& slots) const {
+    if (!query_.paidFrom) return holder(slots);
+    const auto refunds = refundFilter(query_.of);
+    const auto own = holder(slots);
+    return fmt::format("({} or {})", own, withSlots(refunds.sql, refunds.slots, slots));
   }
   std::string rows(NumberedSlots& slots, const std::string& sort) const {
+    return rowsOf(slots, sort, holder(slots));
+  }
+  std::string rowsOf(NumberedSlots& slots, const std::string& sort, const std::string& whose) const {
     const auto when = period(slots);
-    const auto whose = holder(slots);
     const auto kinds = types();
     // Of several types the index of books would not have the order of dates.
     const bool isInOrder = kinds.starts_with("type =") || query_.of.isAccount();
@@ -169,87 +182,69 @@ class ExplainedFigure {
     }
     if (query_.category) return " and category = " + slots.add(query_.category->pk);
     if (query_.vendor && query_.vendor->empty()) {
-      return fmt::format(" and vendor in ('', 'NoVendor', '{}')", placeholder());
+      return " and (vendor is NULL or vendor in ('', 'NoVendor', 'NoPayee', 'NoPayer'))";
     }
     if (query_.vendor) return " and vendor = " + slots.add(*query_.vendor);
+    if (query_.paidFrom && query_.paidFrom->empty()) return " and coalesce(account, '') = ''";
     if (query_.paidFrom) return " and account = " + slots.add(*query_.paidFrom);
     return query_.currency.empty() ? "" : " and currency2 = " + slots.add(query_.currency);
   }
-  std::string_view placeholder() const { return code_ == kind::kIncome ? "NoPayer" : "NoPayee"; }
-
   /// Whether a row of the breakdown is that of the member.
-  bool isOfMember(std::string_view key) const {
-    if (query_.category) return key == query_.category->pk;
-    if (query_.vendor && query_.vendor->empty()) {
-      return key.empty() || key == kNoVendorKey || key == placeholder();
-    }
-    if (query_.vendor) return key == *query_.vendor;
-    return key == (query_.paidFrom ? *query_.paidFrom : query_.currency);
+  bool isOfMember(const TransReportSummary& row) const {
+    if (row.category) return query_.category && row.category->pk == query_.category->pk;
+    if (row.vendor)
+      return query_.vendor->empty() ? row.vendor->isNoVendor() : row.vendor->pk == *query_.vendor;
+    if (!row.paymentAccount) return row.currency == query_.currency;
+    return query_.paidFrom->empty() ? MonivaAccount::isNoneAccount(row.paymentAccount->pk)
+                                    : row.paymentAccount->pk == *query_.paidFrom;
   }
 
-  /// By the breakdown's own statement: all its members, of which one is taken.
+  Result<TransReportSummary> breakdown() const {
+    if (query_.vendor) return getReportForAllVendor(query_.of, code_, query_.from, query_.to, query_.pending);
+    if (query_.paidFrom) {
+      return getReportForPaymentAccount(query_.of, code_, query_.from, query_.to, query_.pending);
+    }
+    if (!query_.category) {
+      return getReportForAllCurrency(query_.of, code_, query_.from, query_.to, query_.pending);
+    }
+    MVCategory above = MVCategory::rootCateForType(root_, code_);
+    if (query_.category->isSubCate()) above.title = above.pk = query_.category->parent;
+    return getSubCategoryReportFor(above, query_.of, query_.from, query_.to, query_.pending);
+  }
+
+  /// What the breakdown has for the member.
   ExplainedPart ofBreakdown() const {
-    NumberedSlots slots;
-    std::string by = "vendor";
-    std::string only = fmt::format(" and type = {}", code_);
-    if (query_.category) {
-      only = fmt::format(" and (type = {} or type = {})", code_, code_ + 2);
-      by = query_.category->isSubCate() ? "subcategory" : "category";
-      only += query_.category->isSubCate() ? " and category = " + slots.add(query_.category->parent)
-                                           : " and category != '' and category not NULL";
-    } else if (query_.paidFrom) {
-      by = "account";
-    } else if (!query_.currency.empty()) {
-      by = "currency2";
-      only += " and currency2 != '' and currency2 not NULL";
-    }
-    const auto when = period(slots);
-    const auto whose = holder(slots);
-    Run run = db_.query(fmt::format("select sum({0}) as amount, count(eid), {1} from transactions where {2}"
-                                    " and {3} and deleted = 0{4}{5}{6} group by {1}",
-                                    measure(), by, when, whose, paidFilter(), memberFilter(), only),
-                        slots.values());
+    const auto all = breakdown();
+    if (!all) return tl::make_unexpected(all.error());
     Explained::Part part;
-    while (run.next()) {
-      if (!isOfMember(run.text(2))) continue;
-      part.amount += run.real(0);
-      part.count += run.integer(1);
+    for (const auto& row : all->listArray) {
+      if (!isOfMember(row)) continue;
+      // A currency's figure is there whichever the type, and among the income besides.
+      part.amount += query_.currency.empty() ? row.incomeAmount + row.expenseAmount : row.expenseAmount;
+      part.count += row.count;
     }
-    if (!run.ok()) return tl::make_unexpected(db_.refusal());
     return part;
   }
 
-  /// Settled by the report; what is pending by the sums of all types.
   ExplainedPart ofReport() const {
     TransactionReport report(root_);
     report.setMonivaAccount(query_.of);
     report.setTransactionType(code_);
-    const auto settled = report.getSummaryFrom(query_.from, query_.to);
-    if (!settled) return tl::make_unexpected(settled.error());
+    const auto queries = report.queries();
+    TransReportSummary sum;
+    auto read = queries.sum(db_, begin_, end_, Paid::yes, sum);
+    if (read && query_.pending) read = queries.sum(db_, begin_, end_, Paid::no, sum);
+    if (!read) return tl::make_unexpected(read.error());
     const int out = isWholeCode(code_) ? -1 : 1;
-    Explained::Part part{
-        settled->incomeCount + settled->expenseCount + settled->transferoutCount,
-        settled->incomeAmount + out * settled->expenseAmount + out * settled->transferoutAmount};
+    Explained::Part part{sum.incomeCount + sum.incomePendingCount + sum.expenseCount +
+                             sum.expensePendingCount + sum.transferoutCount,
+                         sum.incomeAmount + sum.incomePendingAmount +
+                             out * (sum.expenseAmount + sum.expensePendingAmount + sum.transferoutAmount)};
     // In a whole report what came in by transfer is income already.
     if (!isWholeCode(code_)) {
-      part.count += settled->transferinCount;
-      part.amount += settled->transferinAmount;
+      part.count += sum.transferinCount;
+      part.amount += sum.transferinAmount;
     }
-    if (!query_.pending) return part;
-    NumberedSlots slots;
-    const auto when = period(slots);
-    const auto whose = holder(slots);
-    Run run = db_.query(fmt::format("select sum(amount) as amount, count(eid), type from transactions where"
-                                    " {} and {} and deleted = 0 and paid = 0 group by type",
-                                    when, whose),
-                        slots.values());
-    while (run.next()) {
-      const auto type = static_cast<int>(run.integer(2));
-      if (!counts(type)) continue;
-      part.amount += (comesInByType(type) ? 1 : out) * run.real(0);
-      part.count += run.integer(1);
-    }
-    if (!run.ok()) return tl::make_unexpected(db_.refusal());
     return part;
   }
 
@@ -274,26 +269,38 @@ Result<Explained> explain(MVAppRoot& root, const ExplainQuery& query,
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   const ExplainedFigure figure(root, *db, query);
-  const ReadTransaction snapshot(*db);
   Explained explained;
-  std::vector<std::pair<Explained::Part*, ExplainedPart>> parts;
-  parts.emplace_back(&explained.rows, figure.walk([&](const ExplainedRow& row) {
-    explained.moved += std::abs(row.amount);
-    take(row);
-  }));
-  parts.emplace_back(&explained.reported, figure.reported());
-  if (!query.pending) parts.emplace_back(&explained.pending, figure.pending());
-  if (figure.isMember() && query.currency.empty()) {
-    parts.emplace_back(&explained.refunds, figure.refunds());
-  }
-  if (query.paidFrom) parts.emplace_back(&explained.spread, figure.spread());
-  if (!figure.isMember() && query.of.isBook() && query.transactionType == 1112) {
-    parts.emplace_back(&explained.transfers, figure.transfers());
-  }
-  for (auto& [into, part] : parts) {
-    if (!part) return tl::make_unexpected(part.error());
-    *into = *part;
-  }
+  const auto read = [](const ExplainedPart& from, Explained::Part& into) -> Result<> {
+    if (!from) return tl::make_unexpected(from.error());
+    into = *from;
+    return {};
+  };
+  const auto readRows = [&]() -> Result<> {
+    const ReadTransaction snapshot(*db);
+    std::vector<std::pair<Explained::Part*, ExplainedPart>> parts;
+    parts.emplace_back(&explained.rows, figure.walk([&](const ExplainedRow& row) {
+      explained.moved += std::abs(row.amount);
+      take(row);
+    }));
+    if (!figure.isMember()) parts.emplace_back(&explained.reported, figure.reported());
+    if (!query.pending) parts.emplace_back(&explained.pending, figure.pending());
+    if (figure.isMember() && query.currency.empty()) {
+      parts.emplace_back(&explained.refunds, figure.refunds());
+    }
+    if (query.paidFrom) parts.emplace_back(&explained.spread, figure.spread());
+    if (!figure.isMember() && query.of.isBook() && query.transactionType == 1112) {
+      parts.emplace_back(&explained.transfers, figure.transfers());
+    }
+    for (const auto& [into, part] : parts) {
+      if (auto done = read(part, *into); !done) return done;
+    }
+    return {};
+  };
+  auto done = figure.isMember() ? read(figure.reported(), explained.reported) : Result<>();
+  if (done) done = readRows();
+  // Another program may have written between the two.
+  if (done && figure.isMember() && !explained.agrees()) done = read(figure.reported(), explained.reported);
+  if (!done) return tl::make_unexpected(done.error());
   return explained;
 }
 

@@ -67,7 +67,7 @@ struct Explained {
 };
 
 /// Hands the rows that make up the figure to `take` one by one, the oldest first, and asks the report's or
-/// breakdown's own statement for the figure, all in one snapshot of the store. `take` must not write. Refused
+/// breakdown for the figure. `take` must not write. On the main thread, outside every transaction; refused
 /// when the store cannot be read.
 Result<Explained> explain(MVAppRoot& root, const ExplainQuery& query,
                           const std::function<void(const ExplainedRow&)>& take);

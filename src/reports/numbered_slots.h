@@ -31,4 +31,16 @@ inline std::string withSlot(std::string_view condition, std::string_view slot) {
   return numbered.replace(numbered.find('?'), 1, slot);
 }
 
+/// The condition with all its slots numbered, in the order of the values they take.
+inline std::string withSlots(std::string_view condition, std::span<const Value> values,
+                             NumberedSlots& slots) {
+  std::string numbered;
+  for (const Value& value : values) {
+    const auto end = condition.find('?');
+    numbered.append(condition.substr(0, end)).append(slots.add(value));
+    condition.remove_prefix(end + 1);
+  }
+  return numbered.append(condition);
+}
+
 }  // namespace moniva
