@@ -28,7 +28,7 @@ std::string ruleText(const Session& session, std::string_view rule) {
 }
 
 std::string sumText(const Session& session, const UnpaidDay::Sum& sum) {
-  if (sum.type == kind::kIncome) return session.count("{} income", "{} incomes", sum.count);
+  if (sum.type == kind::kIncome) return session.count("{} income entry", "{} income entries", sum.count);
   if (sum.type == kind::kExpense) return session.count("{} expense", "{} expenses", sum.count);
   return session.count("{} transfer", "{} transfers", sum.count);
 }
