@@ -124,7 +124,7 @@ Result<TransReportSummary> TransactionReport::summed(Connection& db, const Repor
 Result<TransReportSummary> TransactionReport::getSummaryFrom(Date from, Date to) const {
   Connection* db = root_.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  Result<TransReportSummary> summary = refuse("");
+  Result<TransReportSummary> summary = refuse("the store cannot be read");
   {
     const ReadTransaction snapshot(*db);
     summary = summed(*db, queries(), from, to);
