@@ -39,9 +39,10 @@ PeriodWalk::Period periodComparedWith(const Calendar& calendar, const BookPeriod
   const Days shown{calendar.dayNumber(period.begin), calendar.dayNumber(period.end)};
   const Days whole = periodHolding(calendar, book, unit, shown.first);
   const auto yearBefore = [&](std::int64_t day) { return calendar.days().plusYears(day, -1); };
+  constexpr std::int64_t kYearOfWeeks = 364;
   std::int64_t inOther = whole.first - 1;
   if (with == ComparedWith::year) {
-    if (unit == PeriodUnit::week) inOther = whole.first - 52 * 7;
+    if (unit == PeriodUnit::week) inOther = whole.first - kYearOfWeeks;
     if (unit == PeriodUnit::day) inOther = yearBefore(whole.first);
     // From its middle, however its beginning drifts.
     if (unit == PeriodUnit::month) inOther = yearBefore((whole.first + whole.last) / 2);
