@@ -212,8 +212,12 @@ Result<> countTheTotalBalances(MVAppRoot& root, const std::set<std::string>& key
   });
 }
 
+int countedType(const MonivaAccount& account) {
+  return codeOf(account.aKind, account.trackingType);
+}
+
 int balanceSign(const MonivaAccount& account, int transactionType) {
-  return signOf(codeOf(account.aKind, account.trackingType), transactionType);
+  return signOf(countedType(account), transactionType);
 }
 
 Result<> addToTotalBalance(MonivaAccount& account, int transactionType, double amount) {

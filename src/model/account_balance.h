@@ -50,6 +50,8 @@ Result<> getAllStatistics(MonivaAccount& account);
 Result<> countTheTotalBalance(MonivaAccount& account);
 /// The same for the books and accounts of the keys; keys that name nothing are passed over.
 Result<> countTheTotalBalances(MVAppRoot& root, const std::set<std::string>& keys);
+/// The report type by which the row's balance counts; a code it cannot have stands for that of its kind.
+int countedType(const MonivaAccount& account);
 /// What a settled transaction of the type does to the balance of the row: 1 comes in, -1 goes out, 0 does not
 /// count.
 int balanceSign(const MonivaAccount& account, int transactionType);

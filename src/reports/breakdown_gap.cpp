@@ -13,7 +13,7 @@ namespace {
 /// has none such.
 std::string_view unfiledCondition(BreakdownBy by, bool isOfOne) {
   if (by == BreakdownBy::category) {
-    return isOfOne ? "amount > 0 and coalesce(subcategory, '') in ('', '#NOMVCATEGORY')"
+    return isOfOne ? "amount > 0 and coalesce(subcategory, '#NOMVCATEGORY') = '#NOMVCATEGORY'"
                    : "amount > 0 and (category = '' or category is NULL)";
   }
   if (by == BreakdownBy::subcategory) {

@@ -24,10 +24,11 @@ Result<TransReportSummary> categories(Connection& db, const MVCategory& above, c
                                    accountQuerySQL(book), paidCondition(includePending)),
                        {begin, end, book.pk, above.type, furtherKind(above.type)})
           : memberSums(db,
-                       fmt::format("select sum(amount) as amount, subcategory as cate, count(eid) as"
-                                   " eid_count from transactions where amount > 0 and ? <= datetime and"
+                       fmt::format("select sum(amount) as amount, case when subcategory = '' then category"
+                                   " else subcategory end as cate, count(eid) as eid_count from transactions "
+                                   "where amount > 0 and ? <= datetime and"
                                    " datetime <= ? and category = ? and {} and deleted = 0{} and (type = ? or"
-                                   " type = ?) group by subcategory",
+                                   " type = ?) group by cate",
                                    accountQuerySQL(book), paidCondition(includePending)),
                        {begin, end, above.pk, book.pk, above.type, furtherKind(above.type)});
   if (!sums) return tl::make_unexpected(sums.error());
@@ -42,9 +43,11 @@ Result<TransReportSummary> categories(Connection& db, const MVCategory& above, c
   return list;
 }
 
-/// The rows of one category; takes the keys `keysOfCate` gives.
+/// The rows of one category, where a blank subcategory is none below it; takes the keys `keysOfCate` gives.
 std::string_view cateCondition(const MVCategory& category) {
-  return category.isSubCate() ? "subcategory = ? and category = ?" : "category = ?";
+  return category.isSubCate()
+             ? "case when subcategory = '' then category else subcategory end = ? and category = ?"
+             : "category = ?";
 }
 
 std::vector<Value> slotsOfCate(const MonivaAccount& book, const MVCategory& category) {

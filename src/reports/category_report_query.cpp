@@ -17,11 +17,12 @@ Result<TransReportSummary> allSubcategories(Connection& db, const MonivaAccount&
   std::vector<MemberSum> sums;
   {
     Run run = db.query(
-        fmt::format("select sum(amount) as amount, case when subcategory = '' then category else subcategory"
-                    " end, count(eid) as eid_count, category from transactions where ? <= datetime and"
-                    " datetime <= ? and {} and deleted = 0{} and (type = ? or type = ?) and subcategory !="
-                    " '#NOMVCATEGORY' group by subcategory, category",
-                    accountQuerySQL(book), paidCondition(includePending)),
+        fmt::format(
+            "select sum(amount) as amount, case when subcategory = '' then category else subcategory"
+            " end as cate, count(eid) as eid_count, category from transactions where ? <= datetime and"
+            " datetime <= ? and {} and deleted = 0{} and (type = ? or type = ?) and subcategory !="
+            " '#NOMVCATEGORY' group by cate, category",
+            accountQuerySQL(book), paidCondition(includePending)),
         {calendar.dateBegin(from), calendar.dateEnd(to), book.pk, type, furtherKind(type)});
     while (run.next()) {
       sums.push_back({run.real(0), std::string(run.text(1)), static_cast<int>(run.integer(2)),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/account_balance.h"
 #include "reports/transaction_report.h"
 
 namespace moniva {
@@ -9,7 +10,7 @@ class MonivaAccountTransactionReport {
  public:
   explicit MonivaAccountTransactionReport(const MonivaAccount& account) : report_(account.root()) {
     report_.setMonivaAccount(account);
-    report_.setTransactionType(account.trackingType);
+    report_.setTransactionType(countedType(account));
   }
 
   void setBeginDate(Date date) { report_.setBeginDate(date); }

@@ -27,7 +27,8 @@ PayerFilter payerFilter(const MonivaAccount& book) {
           "case when {0} then not case when coalesce(account, '') = '' and bid = 20 and transferEID != ''"
           " and exists (select 1 from transactions p where p.transferEID = t.transferEID and p.deleted = 0"
           " and p.bid = 10 and +p.type = t.type) and {1} then 1 else 0 end"
-          " when coalesce(book, '') = '' and bid = 10 and transferEID != '' and amount > 0 and syear != 1002 "
+          " when coalesce(book, '') = '' and bid = 10 and transferEID != '' and amount > 0 and "
+          "coalesce(syear, 0) != 1002 "
           "and {1} then 1 else 0 end",
           book.isGroup ? fmt::format("(book {0} or category {0})", kBooksOfGroup)
                        : std::string("(book=? or category=?)"),

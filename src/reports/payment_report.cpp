@@ -53,7 +53,7 @@ Result<TransReportSummary> allPayers(Connection& db, const MonivaAccount& book, 
       db,
       fmt::format("select sum(amount) as amount, account, count(eid) as eid_count from"
                   " transactions t where amount > 0 and ? <= datetime and datetime <= ? and {} and deleted ="
-                  " 0 and +type = ?{} and syear != 1002 group by account",
+                  " 0 and +type = ?{} and coalesce(syear, 0) != 1002 group by account",
                   filter.sql, paidCondition(includePending)),
       slotsAround({calendar.dateBegin(from), calendar.dateEnd(to)}, filter, {type}));
   if (!sums) return tl::make_unexpected(sums.error());

@@ -146,20 +146,21 @@ Result<TransReportSummary> TransactionReport::summaryOfDay(Connection& db, Date 
   return summary;
 }
 
-Result<TransReportSummary> TransactionReport::walk(Connection& db, PeriodUnit unit, const Hear& hear) const {
+Result<TransReportSummary> TransactionReport::walk(Connection& db, PeriodUnit unit, const Hear& hear,
+                                                   int run) const {
   PeriodWalk periods(root_.calendar(), this->periods(), unit, beginDate_, endDate_);
   TransReportSummary list = periods.list();
   list.transactionType = transactionType_;
   list.category = category_;
   const ReadTransaction snapshot(db);
   if (unit == PeriodUnit::day) {
-    if (auto done = walkDays(db, periods, list, hear); !done) return tl::make_unexpected(done.error());
+    if (auto done = walkDays(db, periods, list, hear, run); !done) return tl::make_unexpected(done.error());
     return list;
   }
   const ReportQueries queries = this->queries();
   std::size_t heard = kFirstHeard;
   while (const auto period = periods.next()) {
-    list.isPartial = isToStop();
+    list.isPartial = isToStop(run);
     if (list.isPartial) break;
     auto found = summed(db, queries, period->begin, period->end);
     if (!found) return found;
@@ -176,7 +177,6 @@ Result<TransReportSummary> TransactionReport::walk(Connection& db, PeriodUnit un
 
 void TransactionReport::deliver(std::function<Result<TransReportSummary>(Connection&)> work,
                                 void (TransactionReportDelegate::*tell)(const TransReportSummary&)) {
-  stopLoadingData_ = false;
   delivered_ = std::make_shared<Delivered>();
   reportInBackground<TransReportSummary>(root_, "TransactionReport", std::move(work),
                                          [&root = root_, delegate = delegate_, delivered = delivered_,
@@ -206,7 +206,8 @@ void TransactionReport::dispatch(PeriodUnit unit) {
           listener->transactionReportQueryUpdate(*partial);
         });
   };
-  deliver([this, unit, hear](Connection& db) { return walk(db, unit, hear); },
+  const int run = ++asked_;
+  deliver([this, unit, hear, run](Connection& db) { return walk(db, unit, hear, run); },
           &TransactionReportDelegate::transactionReportQueryFinished);
 }
 
@@ -216,9 +217,9 @@ void TransactionReport::getDailySummary(Date date) {
 }
 
 Result<TransReportSummary> TransactionReport::reportBy(PeriodUnit unit) {
-  stopLoadingData_ = false;
+  const int run = ++asked_;
   return withRecords(root_, reportNow<TransReportSummary>(root_, "TransactionReport", [&](Connection& db) {
-                       return walk(db, unit, nullptr);
+                       return walk(db, unit, nullptr, run);
                      }));
 }
 

@@ -52,7 +52,7 @@ class TransactionReport {
   void setIncludePending(bool include) { includePending_ = include; }
   void setDelegate(std::weak_ptr<TransactionReportDelegate> delegate) { delegate_ = std::move(delegate); }
   /// Ends a running list at its next period; the list says that it is partial. Safe from any thread.
-  void setStopLoadingData(bool stop) { stopLoadingData_ = stop; }
+  void setStopLoadingData(bool stop) { stoppedUpTo_ = stop ? asked_.load() : 0; }
   /// The same where that is set, by whomever; null for none. It has to outlive the report.
   void setStopFlag(const std::atomic<bool>* flag) { stopFlag_ = flag; }
 
@@ -118,16 +118,17 @@ class TransactionReport {
   Result<TransReportSummary> summed(Connection& db, const ReportQueries& queries, Date from, Date to) const;
   Result<TransReportSummary> summaryOfDay(Connection& db, Date date) const;
   /// A list of periods; `hear` is told of parts of it, if it is set.
-  Result<TransReportSummary> walk(Connection& db, PeriodUnit unit, const Hear& hear) const;
+  Result<TransReportSummary> walk(Connection& db, PeriodUnit unit, const Hear& hear, int run) const;
   /// Adds all days to the list, each figure read in one go.
-  Result<> walkDays(Connection& db, const PeriodWalk& names, TransReportSummary& list,
-                    const Hear& hear) const;
+  Result<> walkDays(Connection& db, const PeriodWalk& names, TransReportSummary& list, const Hear& hear,
+                    int run) const;
   void dispatch(PeriodUnit unit);
   /// Has the work done on the queue and its result kept and handed to the delegate.
   void deliver(std::function<Result<TransReportSummary>(Connection&)> work,
                void (TransactionReportDelegate::*tell)(const TransReportSummary&));
   BookPeriods periods() const;
-  bool isToStop() const { return stopLoadingData_ || (stopFlag_ != nullptr && *stopFlag_); }
+  /// Whether the list that was asked for as number `run` is to end.
+  bool isToStop(int run) const { return run <= stoppedUpTo_ || (stopFlag_ != nullptr && *stopFlag_); }
 
   MVAppRoot& root_;
   MonivaAccount monivaAccount_;
@@ -139,7 +140,8 @@ class TransactionReport {
   int transactionType_ = 12;
   bool includeEmpty_ = false;
   bool includePending_ = false;
-  std::atomic<bool> stopLoadingData_ = false;
+  std::atomic<int> asked_ = 0;        ///< lists asked for so far
+  std::atomic<int> stoppedUpTo_ = 0;  ///< those up to that one are stopped
   const std::atomic<bool>* stopFlag_ = nullptr;
   std::weak_ptr<TransactionReportDelegate> delegate_;
   std::shared_ptr<Delivered> delivered_ = std::make_shared<Delivered>();

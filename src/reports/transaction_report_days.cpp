@@ -62,7 +62,7 @@ Result<std::vector<FigureByDay>> figuresByDay(Connection& db, const ReportQuerie
 }  // namespace
 
 Result<> TransactionReport::walkDays(Connection& db, const PeriodWalk& names, TransReportSummary& list,
-                                     const Hear& hear) const {
+                                     const Hear& hear, int run) const {
   const Calendar& calendar = root_.calendar();
   const ReportQueries queries = this->queries();
   const std::int64_t last = calendar.dayNumber(endDate_);
@@ -84,7 +84,7 @@ Result<> TransactionReport::walkDays(Connection& db, const PeriodWalk& names, Tr
       }
     }
     for (std::size_t day = 0; day < stretch.size(); ++day) {
-      list.isPartial = isToStop();
+      list.isPartial = isToStop(run);
       if (list.isPartial) {
         root_.platform().log.line("== TransactionReport getReportByDay 查询被中断");
         return {};

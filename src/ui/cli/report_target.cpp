@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "calendar/date_texts.h"
+#include "model/account_balance.h"
 #include "model/account_dates.h"
 #include "model/transaction_type.h"
 #include "ui/cli/command_error.h"
@@ -100,11 +101,9 @@ std::string periodText(Session& session, const ParsedPeriod& period) {
 }
 
 int wholeReportType(const MonivaAccount& of) {
-  if (of.isBook()) return 1112;
-  for (const int tracked : {2312, kind::kExpense}) {
-    if (of.trackingType == tracked) return tracked;
-  }
-  return 1050;
+  const int code = countedType(of);
+  // What leaves a prepaid account by transfer is gone as well.
+  return code == 2312 ? 1050 : code;
 }
 
 Ink incomeInk(Session& session) {

@@ -33,7 +33,7 @@ ParsedPeriod usualPeriod(Session& session, const MonivaAccount& of, PeriodUnit u
 /// "Jan 1, 2024 to Dec 31, 2024".
 std::string periodText(Session& session, const ParsedPeriod& period);
 
-/// What a whole report of the row counts: 1112 for books; for accounts what they track.
+/// What a whole report of the row counts: what it tracks.
 int wholeReportType(const MonivaAccount& of);
 
 // The stored colours of income and of expense.

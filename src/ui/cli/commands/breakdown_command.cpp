@@ -112,7 +112,9 @@ class BreakdownRun {
       return session_.printJson(object);
     }
     if (options_.csv) return printRowsAsCsv(list);
-    if (list.listArray.empty() && (!gap || !gap->any())) return sayNothing();
+    if (list.listArray.empty() && (!gap || !gap->any())) {
+      return sayNothing(names_.size() == 1 && !above ? headed(names_.front()) : heading.of);
+    }
     printBreakdown(session_, list, heading);
     if (!gap) return;
     printGap(session_, *gap,
@@ -124,7 +126,8 @@ class BreakdownRun {
   /// The rows that were named; one that is not among them, having nothing in the period, is left out.
   static void keepOnly(TransReportSummary& list, const std::vector<TransReportSummary>& named) {
     auto rows = std::exchange(list.listArray, {});
-    list.incomeAmount = list.expenseAmount = 0;
+    list.incomeAmount = list.expenseAmount = list.maxInSumAmount = list.maxOutSumAmount = 0;
+    list.incomeCount = list.expenseCount = 0;
     for (auto& row : rows) {
       if (std::ranges::any_of(named, [&](const auto& member) { return memberKey(member) == memberKey(row); }))
         list.take(std::move(row));
@@ -134,13 +137,19 @@ class BreakdownRun {
 
   void printPeriodsOfMember() {
     const PeriodUnit unit = kUnits.at(options_.by);
+    constexpr std::int64_t kMostDays = 50'000;
+    const auto days = session_.calendar().dayNumber(asked_.period.last) -
+                      session_.calendar().dayNumber(asked_.period.first) + 1;
+    if (unit == PeriodUnit::day && options_.empty && days > kMostDays) {
+      throw refused("these are {} days; choose fewer, or leave out --empty", days);
+    }
     // Accounts all together have periods as well.
     TransReportSummary member;
     if (asked_.by != BreakdownBy::account || !names_.empty()) member = onlyMember("--by");
     const auto list = periodsOfMember(asked_, member, unit, options_.empty);
     if (session_.options().json) return session_.printJson(jsonOf(session_, list));
     if (options_.csv) return printRowsAsCsv(list);
-    if (list.listArray.empty()) return sayNothing();
+    if (list.listArray.empty()) return sayNothing(headed(member.title));
     const std::map<PeriodUnit, std::string> units = {{PeriodUnit::day, session_.text("Day")},
                                                      {PeriodUnit::week, session_.text("Week")},
                                                      {PeriodUnit::month, session_.text("Month")},
@@ -209,9 +218,9 @@ class BreakdownRun {
     return session_.text("Currency");
   }
 
-  void sayNothing() {
+  void sayNothing(const std::string& what) {
     const auto text = [&](Date date) { return stringOfDateMediumStyle(session_.calendar(), date); };
-    session_.say(session_.text("'{}' has nothing from {} to {}.", asked_.of.title, text(asked_.period.first),
+    session_.say(session_.text("'{}' has nothing from {} to {}.", what, text(asked_.period.first),
                                text(asked_.period.last)));
   }
 

@@ -14,6 +14,15 @@
 #include "ui/cli/records.h"
 
 namespace moniva {
+namespace {
+
+/// In a breakdown by subcategory a top-level category stands for the items that chose none below it.
+MVCategory meantBy(const BreakdownAsked& asked, MVCategory category) {
+  if (asked.by == BreakdownBy::subcategory && !category.isSubCate()) category.parent = category.pk;
+  return category;
+}
+
+}  // namespace
 
 TransReportSummary breakdownOf(const BreakdownAsked& asked) {
   const auto& [of, by, type, period, pending] = asked;
@@ -80,7 +89,7 @@ TransReportSummary memberNamed(Session& session, const BreakdownAsked& asked, co
 TransReportSummary periodsOfMember(const BreakdownAsked& asked, const TransReportSummary& member,
                                    PeriodUnit unit, bool includeEmpty) {
   const PeriodRange range{unit, asked.period.first, asked.period.last, includeEmpty, asked.pending};
-  if (member.category) return done(reportForCategory(asked.of, *member.category, range));
+  if (member.category) return done(reportForCategory(asked.of, meantBy(asked, *member.category), range));
   if (member.vendor) return done(reportForVendor(asked.of, *member.vendor, asked.type, range));
   if (!member.currency.empty()) return done(reportForCurrency(asked.of, member.currency, asked.type, range));
   std::optional<MonivaAccount> payer;
@@ -92,7 +101,7 @@ std::vector<std::string> recordsOfMember(const BreakdownAsked& asked, const Tran
   const auto& [of, by, type, period, pending] = asked;
   const ListForm form{true, pending};
   if (member.category)
-    return done(transactionListOfCate(of, *member.category, period.first, period.last, form));
+    return done(transactionListOfCate(of, meantBy(asked, *member.category), period.first, period.last, form));
   if (member.vendor)
     return done(getSpendListOfVendor(of, *member.vendor, type, period.first, period.last, form));
   if (!member.currency.empty())

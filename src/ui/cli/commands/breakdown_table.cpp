@@ -45,6 +45,8 @@ void joinOthers(const Session& session, TransReportSummary& list, std::int64_t l
   for (auto row = first; row != rows.end(); ++row) others.take(std::move(*row));
   others.listArray.clear();
   others.maxInSumAmount = others.maxOutSumAmount = 0;
+  // Units of different currencies have no sum.
+  if (!rows.front().currency.empty()) others.incomeAmount = others.expenseAmount = 0;
   rows.erase(first, rows.end());
   rows.push_back(std::move(others));
 }

@@ -61,11 +61,16 @@ void report(Session& session, const ReportOptions& options, PeriodUnit unit, boo
   }
   if (!options.accountsIn.empty()) return reportOfAccountsIn(session, options, period);
   if (unit == PeriodUnit::day && options.empty) requireFewDays(session, period);
+  std::string what = of.title;
+  for (const auto& part : {options.category, options.vendor, options.currency}) {
+    if (!part.empty()) what += " · " + part;
+  }
+  if (options.type != "all") what += " · " + options.type;
   ReportSource source(session, of, options);
   const bool isOneDay = session.calendar().isSameDay(period.first, period.last);
   if (unit == PeriodUnit::day && isOneDay && !options.period.empty() && options.compare.empty() &&
       !source.isOfMember()) {
-    return printDay(session, source.day(period.first), of, of.title, options);
+    return printDay(session, source.day(period.first), of, what, options);
   }
   const auto list = source.list(unit, period, options.empty || spans);
   PeriodColumns columns{.unit = unitTitle(session, unit), .spans = spans, .pending = options.pending};
@@ -79,7 +84,7 @@ void report(Session& session, const ReportOptions& options, PeriodUnit unit, boo
     addComparison(session, object, list, columns.before, options.pending);
     options.csv ? printCsv(session, object.at("listArray").as_array()) : session.printJson(object);
   } else if (list.listArray.empty() && !list.isPartial) {
-    session.say(session.text("'{}' has nothing from {} to {}.", of.title,
+    session.say(session.text("'{}' has nothing from {} to {}.", what,
                              stringOfDateMediumStyle(session.calendar(), period.first),
                              stringOfDateMediumStyle(session.calendar(), period.last)));
   } else {

@@ -102,6 +102,11 @@ void printDay(Session& session, const TransReportSummary& day, const MonivaAccou
 }
 
 void reportOfAccountsIn(Session& session, const ReportOptions& options, const ParsedPeriod& period) {
+  if (!options.of.book.empty() || !options.of.account.empty() || !options.category.empty() ||
+      !options.vendor.empty() || !options.currency.empty() || !options.compare.empty() ||
+      options.type != "all" || options.pending || options.empty) {
+    throw notUnderstood("--accounts-in counts all that was settled that day; it goes with no other choice");
+  }
   if (options.period.empty() || !session.calendar().isSameDay(period.first, period.last)) {
     throw notUnderstood("--accounts-in is for one day; name it");
   }
