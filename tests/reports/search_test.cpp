@@ -219,9 +219,8 @@ RC_GTEST_PROP(SearchProperty, findsWhatLookingAtEachNoteFindsPageByPage, ()) {
   const std::string keyword = *rc::gen::suchThat(
       text, [](const std::string& typed) { return typed.find_first_not_of(' ') != std::string::npos; });
   const auto forms = keywordForms(keyword, "en_US");
-  std::ranges::sort(rows, [](const Row& a, const Row& b) {
-    return a.when != b.when ? a.when > b.when : std::stoi(a.eid) > std::stoi(b.eid);
-  });
+  std::ranges::reverse(rows);
+  std::ranges::stable_sort(rows, std::greater<>(), &Row::when);
   std::vector<std::string> expected;
   for (const Row& row : rows) {
     if (std::ranges::any_of(forms, [&](const std::string& form) {

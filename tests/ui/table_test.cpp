@@ -33,6 +33,24 @@ TEST(Table, neverCutsAFigure) {
   EXPECT_EQ(limited.render(), "Note       Sum\n──────────────\nbirthd…  12.50\n");
 }
 
+TEST(Table, isPrintedInPartsAsWideAsTheFirst) {
+  Table table({{.title = "What", .minWidth = 6}, {.title = "Sum", .align = Align::right}});
+  table.addRow({"tea", "1.00"});
+  EXPECT_EQ(table.renderPart(), "What     Sum\n────────────\ntea     1.00\n");
+  table.addRow({"a longer text", "12345.00"});
+  EXPECT_EQ(table.renderPart(), "a lon…  12345.00\n") << "no headings again, and no row twice";
+}
+
+TEST(Table, marksWhatWasLookedFor) {
+  Table table({{.title = "", .isSearched = true}, {.title = ""}});
+  table.markHits({"ab", "é"});
+  table.addRow({"xAbéab", "ab"});
+  const auto marked = [](const std::string& text) { return "\x1b[1m\x1b[4m" + text + "\x1b[24m\x1b[22m"; };
+  EXPECT_EQ(table.render(Style(ColorMode::always, {})),
+            "x" + marked("Ab") + marked("é") + marked("ab") + "  ab\n");
+  EXPECT_EQ(table.render(), "xAbéab  ab\n");
+}
+
 TEST(Table, takesRowsOfAnyLength) {
   Table table({{"a"}, {"b"}});
   table.addRow({"only"});

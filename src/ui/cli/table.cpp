@@ -78,7 +78,8 @@ std::string Table::renderLines(const std::vector<std::size_t>& widths, const Sty
 
 std::vector<std::size_t> Table::naturalWidths() const {
   std::vector<std::size_t> widths;
-  for (const Column& column : columns_) widths.push_back(displayWidth(column.title));
+  for (const Column& column : columns_)
+    widths.push_back(std::max(displayWidth(column.title), column.minWidth));
   for (const Line& line : lines_) {
     for (std::size_t i = 0; i < line.cells.size(); ++i) {
       widths[i] = std::max(widths[i], displayWidth(line.cells[i].text));

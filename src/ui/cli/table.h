@@ -18,6 +18,7 @@ struct Column {
   Align align = Align::left;
   std::size_t maxWidth = 0;  ///< in cells; 0 for as wide as its text
   bool isSearched = false;   ///< what was looked for is marked in it
+  std::size_t minWidth = 0;
 };
 
 /// One place in a Table: its text and how it looks.

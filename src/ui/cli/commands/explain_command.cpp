@@ -113,7 +113,8 @@ class ExplainedRows {
         names_(session.root()),
         table_({{.title = session.text("Record")},
                 {.title = session.text("Date")},
-                {.title = session.text("What"), .maxWidth = 40},
+                // Its width is that of the first part, and the count of all stands in it.
+                {.title = session.text("What"), .maxWidth = 40, .minWidth = 16},
                 {.title = session.text("With"), .maxWidth = 30},
                 {.title = session.text("Account or book"), .maxWidth = 24},
                 {.title = session.text("Amount"), .align = Align::right},
