@@ -59,6 +59,19 @@ std::string AmountFormat::formatSigned(double amount, std::string_view currencyC
   return print(amount, currencyCode, Form::signedSymbol);
 }
 
+std::string AmountFormat::formatPercent(double percent, bool isSigned) const {
+  UErrorCode status = U_ZERO_ERROR;
+  std::string text;
+  icu::number::NumberFormatter::withLocale(locale_)
+      .roundingMode(UNUM_ROUND_HALFUP)
+      .precision(icu::number::Precision::fixedFraction(1))
+      .sign(isSigned ? UNUM_SIGN_EXCEPT_ZERO : UNUM_SIGN_NEGATIVE)
+      .formatDouble(percent, status)
+      .toString(status)
+      .toUTF8String(text);
+  return text + " %";
+}
+
 std::string AmountFormat::formatWithCode(double amount, std::string_view currencyCode) const {
   return print(amount, currencyCode, Form::code);
 }

@@ -140,7 +140,8 @@ class BreakdownRun {
     constexpr std::int64_t kMostDays = 50'000;
     const auto days = session_.calendar().dayNumber(asked_.period.last) -
                       session_.calendar().dayNumber(asked_.period.first) + 1;
-    if (unit == PeriodUnit::day && options_.empty && days > kMostDays) {
+    const bool isShort = unit == PeriodUnit::day || unit == PeriodUnit::week;
+    if (isShort && options_.empty && days / (unit == PeriodUnit::week ? 7 : 1) > kMostDays) {
       throw refused("these are {} days; choose fewer, or leave out --empty", days);
     }
     // Accounts all together have periods as well.

@@ -82,7 +82,7 @@ void printBreakdown(Session& session, const TransReportSummary& list, const Brea
         Cell(printable(title), row.unnamed ? ink::dim : ink::plain), fmt::format("{}", row.count),
         Cell(amount(row, amountOf(row)), isIncome ? incomeInk(session) : expenseInk(session))};
     if (heading.withShares)
-      line.emplace_back(heading.whole > 0 ? fmt::format("{:.1f} %", 100 * amountOf(row) / heading.whole)
+      line.emplace_back(heading.whole > 0 ? session.amounts().formatPercent(100 * amountOf(row) / heading.whole, false)
                                           : "");
     return line;
   };

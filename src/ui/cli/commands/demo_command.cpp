@@ -55,7 +55,7 @@ void printLargestCategories(Session& session, const MonivaAccount& book, Date fr
   for (const auto& category : categories.listArray) {
     table.addRow({category.title, fmt::format("{}", category.expenseCount),
                   session.amounts().formatPlain(category.expenseAmount, book.currency),
-                  fmt::format("{:.1f} %", 100 * category.expenseAmount / categories.expenseAmount),
+                  session.amounts().formatPercent(100 * category.expenseAmount / categories.expenseAmount, false),
                   Cell(bar(category.expenseAmount, categories.maxOutSumAmount, 24), ink::dim)});
   }
   session.out() << table.render(session.style(), session.width());

@@ -30,10 +30,10 @@ std::string unitTitle(const Session& session, PeriodUnit unit) {
 }
 
 /// Every day of a long range would fill the memory before the screen.
-void requireFewDays(const Session& session, const ParsedPeriod& period) {
+void requireFewDays(const Session& session, const ParsedPeriod& period, std::int64_t inOne) {
   constexpr std::int64_t kMost = 50'000;
   const auto days = session.calendar().dayNumber(period.last) - session.calendar().dayNumber(period.first);
-  if (days > kMost) throw refused("these are {} days; choose fewer, or leave out --empty", days + 1);
+  if (days / inOne > kMost) throw refused("these are {} days; choose fewer, or leave out --empty", days + 1);
 }
 
 json::value percentOf(double now, double before) {
@@ -60,7 +60,9 @@ void report(Session& session, const ReportOptions& options, PeriodUnit unit, boo
     period = {years.firstDateOfYear(period.first), years.lastDateOfYear(period.last)};
   }
   if (!options.accountsIn.empty()) return reportOfAccountsIn(session, options, period);
-  if (unit == PeriodUnit::day && options.empty) requireFewDays(session, period);
+  if (options.empty && (unit == PeriodUnit::day || unit == PeriodUnit::week)) {
+    requireFewDays(session, period, unit == PeriodUnit::week ? 7 : 1);
+  }
   std::string what = of.title;
   for (const auto& part : {options.category, options.vendor, options.currency}) {
     if (!part.empty()) what += " · " + part;
