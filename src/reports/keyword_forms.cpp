@@ -107,7 +107,9 @@ std::string otherScript(std::string_view text) {
 /// where all are small already.
 std::vector<std::string> otherCases(std::string_view text, const std::string& locale) {
   std::vector<std::string> cases;
-  if (isAscii(text)) return cases;
+  // LIKE knows the cases of ASCII letters, but not those of the two i of these languages.
+  const std::string_view language = std::string_view(locale).substr(0, 2);
+  if (isAscii(text) && language != "tr" && language != "az") return cases;
   const icu::Locale rules(locale.c_str());
   const auto typed = unicode(text);
   const auto lower = icu::UnicodeString(typed).toLower(rules);
@@ -147,6 +149,9 @@ std::vector<std::string> keywordForms(std::string_view keyword, const std::strin
   const auto width = otherWidth(keyword);
   forms.emplace_back(keyword);
   if (!cases.empty()) addForm(forms, cases.front());
+  if (isAscii(keyword)) {
+    for (const auto& form : cases) addForm(forms, form);
+  }
   addForm(forms, width);
   addForm(forms, otherScript(keyword));
   for (const auto& form : cases) addForm(forms, form);

@@ -102,7 +102,7 @@ class SearchCondition {
     // Without another member there is one comparison for all.
     sql_ += user_.empty() ? " and +familyUser = ''"
                           : fmt::format(" and (+familyUser = '' or +familyUser = {})", slot(user_));
-    if (query_.amount) sql_ += fmt::format(" and amount = {}", slot(*query_.amount));
+    if (query_.amount) sql_ += fmt::format(" and (amount = {0} or amount = -{0})", slot(*query_.amount));
     if (query_.from) sql_ += fmt::format(" and datetime >= {}", slot(*query_.from));
     // Of two upper bounds the engine might walk from the later one.
     const auto& after = query_.after;
@@ -157,7 +157,8 @@ class SearchCondition {
           " (select 1 from category a where a.oldTitle = c.oldParent))))",
           like("c.oldParent"));
     }
-    for (const auto& amount : amountSlots_) test += " or amount = " + amount;
+    // What came back is below zero.
+    for (const auto& amount : amountSlots_) test += fmt::format(" or amount = {0} or amount = -{0}", amount);
     test += fmt::format(" or vendor in (select oldTitle from titled where type in ({},{}))", Vendor::kPayee,
                         Vendor::kPayer);
     return test;

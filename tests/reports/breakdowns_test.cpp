@@ -194,7 +194,7 @@ TEST(Rows, nameCategoriesAsTheyAre) {
   EXPECT_EQ(list->expenseAmount, 7);
 
   const auto below = home.byCategory(*MVCategory::getCategory(home.root, home.food));
-  EXPECT_EQ(shown(below), "gone: 4 (1), Bakery: 2 (1)");
+  EXPECT_EQ(shown(below), "gone: 4 (1), Bakery: 2 (1), Food: 1 (1)") << "what chose none below it";
   EXPECT_EQ(transactionSumOfCate(*home.home, *below->listArray[0].category, home.from, home.to).value(), 4);
 
   CategoryReportQuery query(*home.home);

@@ -149,7 +149,7 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
 CLI::Validator notEmpty() {
   return CLI::Validator(
       [](const std::string& word) {
-        return word.empty() ? "it is empty; leave the option out for no change" : std::string();
+        return word.empty() ? "it is empty; say something or leave it out" : std::string();
       },
       "");
 }

@@ -50,7 +50,7 @@ std::vector<CommandText> listTexts() {
        "",
        {{"moniva list templates", ""}}},
       {"list alerts",
-       "list the bills and instalments to be reminded of",
+       "list last month's bills and the instalments that are due",
        "What was spent on each credit account in its last closed month, less what was refunded, with the day "
        "by which it is to be paid; and the plans of which instalments are due.",
        {{"moniva list alerts", ""}}}};

@@ -51,9 +51,11 @@ std::optional<ParsedPeriod> labelTyped(const Session& session, const BookPeriods
 
 void HolderOptions::addTo(CLI::App& command) {
   command.add_option("-b,--book", book, "The book, or a group of books (else the current book)")
-      ->type_name("NAME");
+      ->type_name("NAME")
+      ->check(notEmpty());
   command.add_option("-a,--account", account, "An account, or a group of them, instead of a book")
-      ->type_name("NAME");
+      ->type_name("NAME")
+      ->check(notEmpty());
 }
 
 MonivaAccount HolderOptions::chosen(Session& session) const {

@@ -60,6 +60,9 @@ std::string marksOf(const Session& session, const MVTransaction& row) {
   const auto mark = [&](const std::string& text) { marks += (marks.empty() ? "" : ", ") + text; };
   if (row.recordKind == RecordKind::repeatSeed) mark(session.text("series"));
   if (row.recordKind == RecordKind::recordTemplate) mark(session.text("template"));
+  if (row.isPayment && !row.transferEID.empty() && !row.isTransfer() && !row.isDebt() && !row.isRepayment()) {
+    mark(session.text("payment"));
+  }
   if (!row.paid) mark(session.text("pending"));
   if (row.deleted != 0) mark(session.text("deleted"));
   return marks;
@@ -121,7 +124,14 @@ void TransactionRows::markHits(std::vector<std::string> forms) {
 }
 
 void TransactionRows::add(const MVTransaction& row, const std::optional<std::string>& mark) {
-  if (csv_ || session_.options().json) return void(rows_.push_back(jsonOf(session_, row)));
+  if (csv_ || session_.options().json) {
+    auto object = jsonOf(session_, row);
+    // The columns are the same whatever the rows refer to.
+    for (const char* name : {"paymentAccount", "paymentAccountB", "bookAccount", "mvCategory", "vendor"}) {
+      if (csv_ && object[name].is_null()) object[name] = json::object{{"pk", ""}, {"title", ""}};
+    }
+    return void(rows_.push_back(std::move(object)));
+  }
   const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
   // Templates and budgets are of no day.
   const auto day = row.datetime == Date{} ? std::string() : shortDate(session_, row.datetime);
@@ -164,7 +174,10 @@ void TransactionRows::addTotal(const std::string& text, const std::string& amoun
 }
 
 void TransactionRows::print(const std::string& none) {
-  if (csv_) return printCsv(session_, rows_);
+  if (csv_) {
+    if (rows_.empty()) session_.say(none);
+    return printCsv(session_, rows_);
+  }
   if (session_.options().json) return session_.printJson(rows_);
   if (table_.empty()) return session_.say(none);
   session_.out() << table_.render(session_.style(), session_.width());

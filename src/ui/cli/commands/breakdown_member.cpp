@@ -57,7 +57,9 @@ std::string memberKey(const TransReportSummary& row) {
 TransReportSummary memberNamed(Session& session, const BreakdownAsked& asked, const TransReportSummary& list,
                                const std::string& name) {
   const auto isMeant = [&](const TransReportSummary& row) {
-    return row.title == name || memberKey(row) == name;
+    const bool isNone = (row.vendor && row.vendor->isNoVendor()) ||
+                        (row.paymentAccount && MonivaAccount::isNoneAccount(row.paymentAccount->pk));
+    return row.title == name || memberKey(row) == name || (isNone && name == "none");
   };
   const auto& rows = list.listArray;
   if (std::ranges::count_if(rows, isMeant) == 1) return *std::ranges::find_if(rows, isMeant);
@@ -70,7 +72,7 @@ TransReportSummary memberNamed(Session& session, const BreakdownAsked& asked, co
       member.title = member.category->cateString();
       break;
     case BreakdownBy::vendor:
-      member.vendor = Vendor::isNoVendorTitle(session.root(), name)
+      member.vendor = name == "none" || Vendor::isNoVendorTitle(session.root(), name)
                           ? Vendor::noVendor(session.root(), asked.type)
                           : vendorNamed(session, name, asked.type == kind::kIncome);
       member.title = member.vendor->title;

@@ -82,8 +82,9 @@ void printBreakdown(Session& session, const TransReportSummary& list, const Brea
         Cell(printable(title), row.unnamed ? ink::dim : ink::plain), fmt::format("{}", row.count),
         Cell(amount(row, amountOf(row)), isIncome ? incomeInk(session) : expenseInk(session))};
     if (heading.withShares)
-      line.emplace_back(heading.whole > 0 ? session.amounts().formatPercent(100 * amountOf(row) / heading.whole, false)
-                                          : "");
+      line.emplace_back(heading.whole > 0
+                            ? session.amounts().formatPercent(100 * amountOf(row) / heading.whole, false)
+                            : "");
     return line;
   };
   for (const auto& row : list.listArray) {

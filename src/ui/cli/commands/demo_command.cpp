@@ -53,10 +53,11 @@ void printLargestCategories(Session& session, const MonivaAccount& book, Date fr
                {.title = session.text("Share"), .align = Align::right},
                {.title = ""}});
   for (const auto& category : categories.listArray) {
-    table.addRow({category.title, fmt::format("{}", category.expenseCount),
-                  session.amounts().formatPlain(category.expenseAmount, book.currency),
-                  session.amounts().formatPercent(100 * category.expenseAmount / categories.expenseAmount, false),
-                  Cell(bar(category.expenseAmount, categories.maxOutSumAmount, 24), ink::dim)});
+    table.addRow(
+        {category.title, fmt::format("{}", category.expenseCount),
+         session.amounts().formatPlain(category.expenseAmount, book.currency),
+         session.amounts().formatPercent(100 * category.expenseAmount / categories.expenseAmount, false),
+         Cell(bar(category.expenseAmount, categories.maxOutSumAmount, 24), ink::dim)});
   }
   session.out() << table.render(session.style(), session.width());
 }

@@ -5,6 +5,8 @@
 #include "reports/explain.h"
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
+#include "ui/cli/commands/breakdown_member.h"
+#include "ui/cli/commands/report_source.h"
 #include "ui/cli/csv_out.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/json_out.h"
@@ -49,23 +51,42 @@ struct Asked {
 void takeMember(Session& session, const ExplainOptions& options, Asked& asked) {
   ExplainQuery& query = asked.query;
   if (query.transactionType != kind::kIncome) query.transactionType = kind::kExpense;
-  const bool isIncome = query.transactionType == kind::kIncome;
+  const auto member = [&](BreakdownBy by, const std::string& name) {
+    const BreakdownAsked of{query.of, by, query.transactionType, {query.from, query.to}, query.pending};
+    return memberNamed(session, of, breakdownOf(of), name);
+  };
   if (!options.category.empty()) {
-    query.category = categoryTyped(session, options.category, query.transactionType);
+    // "Food/none" is what chose none below it.
+    constexpr std::string_view kBare = "/none";
+    const bool isBare = options.category.size() > kBare.size() && options.category.ends_with(kBare);
+    const auto name = options.category.substr(0, options.category.size() - (isBare ? kBare.size() : 0));
+    query.category = reportCategory(session, name, options.type);
+    query.transactionType = query.category->type;
     asked.title = query.category->cateString();
+    if (isBare && !query.category->isSubCate()) {
+      query.category->parent = query.category->pk;
+      asked.title += fmt::format(" ({})", session.text("without a subcategory"));
+    }
   } else if (!options.vendor.empty()) {
     const bool isNone =
         options.vendor == kNoneTyped || Vendor::isNoVendorTitle(session.root(), options.vendor);
-    query.vendor = isNone ? std::string() : vendorNamed(session, options.vendor, isIncome).pk;
+    query.vendor = std::string();
+    if (!isNone) {
+      const auto vendor = member(BreakdownBy::vendor, options.vendor).vendor;
+      query.vendor = vendor->pk;
+      if (options.type == "all" && vendor->type == Vendor::kPayer) query.transactionType = kind::kIncome;
+    }
     asked.title = isNone ? session.text("no vendor") : options.vendor;
   } else if (!options.paidFrom.empty()) {
-    const bool isNone = options.paidFrom == kNoneTyped;
-    query.paidFrom = isNone ? std::string() : accountNamed(session, options.paidFrom).pk;
+    const bool isNone = options.paidFrom == kNoneTyped || options.paidFrom == session.text("No account");
+    query.paidFrom =
+        isNone ? std::string() : member(BreakdownBy::account, options.paidFrom).paymentAccount->pk;
     asked.title = isNone ? session.text("no account") : options.paidFrom;
   } else {
     query.currency = asked.currency = foreignCurrencyTyped(options.currency);
     asked.title = options.currency;
   }
+  const bool isIncome = query.transactionType == kind::kIncome;
   asked.title =
       fmt::format("{} · {}", isIncome ? session.text("income") : session.text("expense"), asked.title);
   asked.isMember = true;

@@ -52,8 +52,10 @@ void listAdded(Session& session, const HistoryOptions& options) {
   const auto found = done(getLastAddedSpend(book, options.income ? kind::kIncome : kind::kExpense, before));
   printLines(session, options.csv,
              linesOf<std::string>(found, [&](const auto& eid) { return records.row(eid); }),
-             options.income ? session.text("'{}' has no income yet.", book.title)
-                            : session.text("'{}' has no expense yet.", book.title));
+             !options.date.empty()
+                 ? session.text("'{}' has nothing before {}.", book.title, shortDate(session, before))
+             : options.income ? session.text("'{}' has no income yet.", book.title)
+                              : session.text("'{}' has no expense yet.", book.title));
 }
 
 void listEdited(Session& session, const HistoryOptions& options) {
@@ -194,7 +196,14 @@ void listDay(Session& session, const HistoryOptions& options) {
   const Date date = dayOrToday(session, options);
   std::optional<MonivaAccount> book;
   if (!options.book.empty()) book = bookNamed(session, options.book, Meant::groupsToo);
-  const auto day = done(allTransactionsForDate(root, date, book ? &*book : nullptr));
+  auto day = done(allTransactionsForDate(root, date, book ? &*book : nullptr));
+  // A record that an edit of many has changed is no part of a larger one.
+  const auto alone = std::ranges::stable_partition(day.compounds, [&](const std::string& eid) {
+    const auto row = MVTransaction::transactionFromEID(root, eid);
+    return row && row->transferEID.empty() && row->advancedType == advanced::kPlain;
+  });
+  day.spends.insert(day.spends.end(), day.compounds.begin(), alone.begin());
+  day.compounds.erase(day.compounds.begin(), alone.begin());
   const std::tuple<const char*, std::string, const std::vector<std::string>*> kinds[] = {
       {"spends", session.text("Expenses and income"), &day.spends},
       {"compounds", session.text("Parts of larger records"), &day.compounds},
@@ -343,7 +352,7 @@ void listLists(Session& session, bool csv) {
        session.text("instalments still to be paid")},
       {"debts", static_cast<std::size_t>(done(recentDebtCount(root))), session.text("open debts by person")},
       {"alerts", alerts.bills.size() + alerts.installments.size(),
-       session.text("bills and instalments to be reminded of")},
+       session.text("last month's bills and instalments that are due")},
       {"day", ofDay(), session.text("what happened today")},
       {"edited", edited(), session.text("what was entered or edited today")},
       {"deleted", deletedSince(session, aMonthAgo(session)).size(),
@@ -378,21 +387,25 @@ void addListCommands(CommandLine& line) {
     return command;
   };
   const auto addDate = [&](CLI::App* command, const char* name, const char* what) {
-    command->add_option(name, options->date, what)->type_name("DATE");
+    command->add_option(name, options->date, what)->type_name("DATE")->check(notEmpty());
   };
   CLI::App* added = add("added", listAdded);
-  added->add_option("-b,--book", options->book, "The book (else the current book)")->type_name("NAME");
+  added->add_option("-b,--book", options->book, "The book (else the current book)")
+      ->type_name("NAME")
+      ->check(notEmpty());
   added->add_flag("--income", options->income, "Income instead of expenses");
   addDate(added, "--before", "Those before that day (else up to today)");
   add("unpaid", listUnpaid);
   addDate(add("deleted", listDeleted), "--since", "Deleted since that day (else in the last 30 days)");
   CLI::App* day = add("day", listDay);
   addDate(day, "DATE", "The day (else today)");
-  day->add_option("-b,--book", options->book, "Of that book or group of books only")->type_name("NAME");
+  day->add_option("-b,--book", options->book, "Of that book or group of books only")
+      ->type_name("NAME")
+      ->check(notEmpty());
   addDate(add("edited", listEdited), "DATE", "The day (else today)");
   CLI::App* debts = add("debts", listDebtsByPerson);
   debts->add_flag("--settled", options->settled, "Those that were repaid instead of open ones");
-  debts->add_option("--person", options->person, "Of that person only")->type_name("NAME");
+  debts->add_option("--person", options->person, "Of that person only")->type_name("NAME")->check(notEmpty());
   add("due", listDue);
   add("instalments", listInstalments)->alias("installments");
   add("templates", [](Session& session, const HistoryOptions& chosen) {

@@ -67,7 +67,11 @@ void report(Session& session, const ReportOptions& options, PeriodUnit unit, boo
   for (const auto& part : {options.category, options.vendor, options.currency}) {
     if (!part.empty()) what += " · " + part;
   }
-  if (options.type != "all") what += " · " + options.type;
+  if (options.type != "all") {
+    what += " · " + (options.type == "income"    ? session.text("income")
+                     : options.type == "expense" ? session.text("expense")
+                                                 : options.type);
+  }
   ReportSource source(session, of, options);
   const bool isOneDay = session.calendar().isSameDay(period.first, period.last);
   if (unit == PeriodUnit::day && isOneDay && !options.period.empty() && options.compare.empty() &&

@@ -26,7 +26,8 @@ int typeTyped(const MonivaAccount& of, const std::string& word) {
   return kReportTypes.at(word);
 }
 
-/// The category typed, whichever it is of: first one of what is asked for, else one of the other.
+}  // namespace
+
 MVCategory reportCategory(Session& session, const std::string& name, const std::string& type) {
   const int first = type == "income" ? kind::kIncome : kind::kExpense;
   try {
@@ -44,8 +45,6 @@ MVCategory reportCategory(Session& session, const std::string& name, const std::
   }
 }
 
-}  // namespace
-
 ReportSource::ReportSource(Session& session, const MonivaAccount& of, const ReportOptions& options)
     : session_(session), of_(of), report_(session.root()), currency_(options.currency) {
   const bool isOfOne = !options.category.empty() || !options.vendor.empty() || !currency_.empty();
@@ -60,7 +59,12 @@ ReportSource::ReportSource(Session& session, const MonivaAccount& of, const Repo
   report_.setIncludePending(options.pending);
   if (!options.category.empty()) report_.setCategory(reportCategory(session, options.category, options.type));
   if (!currency_.empty()) foreignCurrencyTyped(currency_);
-  if (!options.vendor.empty()) vendor_ = vendorNamed(session, options.vendor, options.type == "income");
+  if (!options.vendor.empty()) {
+    const bool isIncome = options.type == "income";
+    vendor_ = options.vendor == "none" || Vendor::isNoVendorTitle(session.root(), options.vendor)
+                  ? Vendor::noVendor(session.root(), isIncome ? kind::kIncome : kind::kExpense)
+                  : vendorNamed(session, options.vendor, isIncome);
+  }
   if (!isOfMember()) return;
   if (options.pending) throw notUnderstood("--pending goes with neither --vendor nor --currency");
   if (options.type == "all") {

@@ -10,6 +10,10 @@
 
 namespace moniva {
 
+/// The category typed, whichever it is of: first one of what is asked for ("income", "expense" or "all"),
+/// else one of the other. Ends the command for none.
+MVCategory reportCategory(Session& session, const std::string& name, const std::string& type);
+
 /// Where the figures of a report come from: a whole book or account, a category, a vendor or what was in
 /// foreign money, by the options. Interrupted while it makes a list, it makes a partial one.
 class ReportSource {

@@ -40,7 +40,7 @@ std::string changeText(const Session& session, double now, double before) {
   if (now == 0 && before == 0) return {};
   const auto change = changeInPercent(now, before);
   if (!change) return session.text("new");
-  return std::abs(*change) < 0.05 ? "0.0 %" : fmt::format("{:+.1f} %", *change);
+  return session.amounts().formatPercent(*change, true);
 }
 
 /// The table while it is made: columns and rows side by side.
