@@ -2,10 +2,18 @@
 // as ratios of both in the same run.
 
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 #include <sqlite3.h>
+
+#include <fstream>
 
 #include "model/account_balance.h"
 #include "model/mv_transaction.h"
+#include "reports/category_report.h"
+#include "reports/payer_filter.h"
+#include "reports/payment_report.h"
+#include "reports/transaction_report.h"
+#include "reports/vendor_report.h"
 #include "side_by_side.h"
 #include "ten_years.h"
 
@@ -150,6 +158,207 @@ void balancesOfAllAccounts(benchmark::State& state) {
       state, 8, [&] { benchmark::DoNotOptimize(ours()); }, [&] { benchmark::DoNotOptimize(hand.total()); });
 }
 BENCHMARK(balancesOfAllAccounts)->Apply(sizes);
+
+void keptBalances(benchmark::State& state) {
+  TenYears& store = tenYears(state.range(0));
+  if (!store.ready) return state.SkipWithError("the store could not be made");
+  ByHand hand(store,
+              "select title, type, beginBalance, currency, enabled, note, budgetEnabled, incomeEnabled,"
+              " totalBalance, orderID, kind, isGroup, expandOption from account where oldTitle = ?");
+  const auto accounts = MonivaAccount::list(store.root, kAccountKind);
+  const auto theirs = [&] {
+    double total = 0;
+    for (const auto& account : accounts) {
+      hand.bind(1, account.pk);
+      hand.run([&](sqlite3_stmt* row) { total += sqlite3_column_double(row, 8); });
+    }
+    return total;
+  };
+  const auto ours = [&] {
+    double total = 0;
+    for (const auto& account : MonivaAccount::list(store.root, kAccountKind)) total += account.totalBalance;
+    return total;
+  };
+  if (!agree(ours(), theirs())) return state.SkipWithError("the results differ");
+  bench::sideBySide(
+      state, 8, [&] { benchmark::DoNotOptimize(ours()); }, [&] { benchmark::DoNotOptimize(theirs()); });
+}
+BENCHMARK(keptBalances)->Arg(10'000)->Iterations(51)->UseManualTime();
+
+// Breakdowns of a year and of all ten; the second argument is 1 for the year.
+
+struct Row {
+  double amount;
+  int count;
+  std::string title;
+};
+
+/// `grouped` gives amount, key and count of each row; by hand the titles of the keys are joined to it.
+template <class Report>
+void breakdown(benchmark::State& state, const std::string& grouped, const char* table, const Report& report) {
+  TenYears& store = tenYears(state.range(0));
+  if (!store.ready) return state.SkipWithError("the store could not be made");
+  const bool isYear = state.range(1) == 1;
+  const Date from = isYear ? store.yearBegin() : store.begin();
+  const Date to = isYear ? store.yearEnd() : store.end();
+  const std::string sql = fmt::format(
+      "select g.amount, g.number, n.title from ({}) g left join {} n on n.oldTitle = g.member order by"
+      " g.amount desc",
+      grouped, table);
+  ByHand hand(store, sql.c_str());
+  hand.bind(1, from);
+  hand.bind(2, to);
+  hand.bind(3, store.book.pk);
+  const auto theirs = [&] {
+    std::vector<Row> rows;
+    hand.run([&](sqlite3_stmt* row) {
+      rows.push_back({sqlite3_column_double(row, 0), sqlite3_column_int(row, 1), textAt(row, 2)});
+    });
+    return rows;
+  };
+  double expected = 0;
+  for (const auto& row : theirs()) expected += row.amount;
+  const auto found = report(store, from, to);
+  if (!found || !agree(found->expenseAmount, expected)) return state.SkipWithError("the results differ");
+  bench::sideBySide(
+      state, 1, [&] { benchmark::DoNotOptimize(report(store, from, to)); },
+      [&] { benchmark::DoNotOptimize(theirs()); });
+}
+
+void periods(benchmark::internal::Benchmark* benchmark) {
+  for (const int records : {10'000, 100'000, 1'000'000}) {
+    benchmark->Args({records, 1})->Args({records, 10});
+  }
+  benchmark->Iterations(15)->UseManualTime();
+}
+
+void byCategory(benchmark::State& state) {
+  breakdown(
+      state,
+      "select sum(amount) as amount, category as member, count(eid) as number from transactions where amount "
+      ">"
+      " 0 and ? <= datetime and datetime <= ? and book=? and deleted = 0 and (type = 12 or type = 14) and"
+      " category != '' and category not NULL and paid = 1 group by category",
+      "category", [](TenYears& store, Date from, Date to) {
+        return getSubCategoryReportFor(MVCategory::rootCateForType(store.root, kind::kExpense), store.book,
+                                       from, to);
+      });
+}
+BENCHMARK(byCategory)->Apply(periods);
+
+void byVendor(benchmark::State& state) {
+  breakdown(
+      state,
+      "select sum(amount) as amount, vendor as member, count(eid) as number from transactions where amount > "
+      "0"
+      " and ? <= datetime and datetime <= ? and book=? and deleted = 0 and +type = 12 and paid = 1 group by"
+      " vendor",
+      "category", [](TenYears& store, Date from, Date to) {
+        return getReportForAllVendor(store.book, kind::kExpense, from, to);
+      });
+}
+BENCHMARK(byVendor)->Apply(periods);
+
+/// With what tells payments of compound records, as the report does.
+void byAccount(benchmark::State& state) {
+  const auto filter = payerFilter(tenYears(10'000).book);
+  std::string condition = filter.sql;
+  for (auto at = condition.find('?'); at != std::string::npos; at = condition.find('?', at + 2)) {
+    condition.replace(at, 1, "?3");
+  }
+  breakdown(
+      state,
+      "select sum(amount) as amount, account as member, count(eid) as number from transactions t where amount"
+      " > 0 and ? <= datetime and datetime <= ? and " +
+          condition + " and deleted = 0 and +type = 12 and paid = 1 and syear != 1002 group by account",
+      "account", [](TenYears& store, Date from, Date to) {
+        return getReportForPaymentAccount(store.book, kind::kExpense, from, to);
+      });
+}
+BENCHMARK(byAccount)->Apply(periods);
+
+// How pages grow with the store: the larger one beside the smaller one.
+
+double monthPage(TenYears& store) {
+  TransactionReport report(store.root);
+  report.setMonivaAccount(store.book);
+  report.setTransactionType(1112);
+  const auto found = report.getSummaryFrom(store.monthBegin(), store.monthEnd());
+  return found ? found->expenseAmount : -1;
+}
+
+void monthAmongTenYearsBesideOne(benchmark::State& state) {
+  TenYears& ten = tenYears(100'000);
+  TenYears& one = tenYears(10'000, 1);
+  if (!ten.ready || !one.ready) return state.SkipWithError("the store could not be made");
+  bench::sideBySide(
+      state, 1, [&] { benchmark::DoNotOptimize(monthPage(ten)); },
+      [&] { benchmark::DoNotOptimize(monthPage(one)); });
+}
+BENCHMARK(monthAmongTenYearsBesideOne)->Iterations(101)->UseManualTime();
+
+void monthsOfTenTimesTheRecords(benchmark::State& state) {
+  TenYears& large = tenYears(100'000);
+  TenYears& small = tenYears(10'000);
+  if (!large.ready || !small.ready) return state.SkipWithError("the store could not be made");
+  const auto months = [](TenYears& store) {
+    TransactionReport report(store.root);
+    report.setMonivaAccount(store.book);
+    report.setTransactionType(1112);
+    report.setBeginDate(store.begin());
+    report.setEndDate(store.end());
+    return report.reportByMonth();
+  };
+  bench::sideBySide(
+      state, 120, [&] { benchmark::DoNotOptimize(months(large)); },
+      [&] { benchmark::DoNotOptimize(months(small)); });
+}
+BENCHMARK(monthsOfTenTimesTheRecords)->Iterations(21)->UseManualTime();
+
+/// MiB of memory the work took at its peak, above what the program had before.
+template <class Work>
+double peak(const Work& work) {
+  const auto field = [](std::string_view name) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+      if (line.starts_with(name)) return std::stod(line.substr(name.size() + 1)) / 1024;
+    }
+    return 0.0;
+  };
+  ::malloc_trim(0);
+  std::ofstream("/proc/self/clear_refs") << "5";
+  const double before = field("VmRSS");
+  work();
+  return field("VmHWM") - before;
+}
+
+/// The memory of reports whose page cache is cold: `mib` holds the engine's pages (16 at most) too.
+void memoryOfReports(benchmark::State& state) {
+  TenYears& store = tenYears(state.range(0));
+  if (!store.ready) return state.SkipWithError("the store could not be made");
+  double most = 0;
+  for (auto round : state) {
+    static_cast<void>(round);
+    const auto root = MVCategory::rootCateForType(store.root, kind::kExpense);
+    TransactionReport report(store.root);
+    report.setMonivaAccount(store.book);
+    report.setTransactionType(1112);
+    report.setBeginDate(store.begin());
+    report.setEndDate(store.end());
+    most = std::max(
+        most, peak([&] {
+          benchmark::DoNotOptimize(report.reportByMonth());
+          benchmark::DoNotOptimize(report.reportByDay());
+          benchmark::DoNotOptimize(getSubCategoryReportFor(root, store.book, store.begin(), store.end()));
+          benchmark::DoNotOptimize(
+              getReportForAllVendor(store.book, kind::kExpense, store.begin(), store.end()));
+          benchmark::DoNotOptimize(
+              getReportForPaymentAccount(store.book, kind::kExpense, store.begin(), store.end()));
+        }));
+  }
+  state.counters["mib"] = most;
+}
+BENCHMARK(memoryOfReports)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Iterations(3);
 
 }  // namespace
 }  // namespace moniva

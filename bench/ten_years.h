@@ -13,14 +13,12 @@
 
 namespace moniva::bench {
 
-/// A household's ten years from 2014 on, of so many records spread evenly: two books, eight accounts, twenty
+/// A household's years from 2014 on, of so many records spread evenly: two books, eight accounts, twenty
 /// categories with eight below each, 300 vendors; expenses, one income in twenty, and a few transfers,
 /// foreign, refunded, pending and deleted ones. The same numbers each time.
 class TenYears : public BenchStore {
  public:
-  static constexpr int kYears = 10;
-
-  explicit TenYears(int records) : book(root), account(root), random_(1) {
+  explicit TenYears(int records, int years = 10) : book(root), account(root), years_(years), random_(1) {
     if (!ready) return;
     Transaction transaction(connection());
     ready = addNames();
@@ -30,12 +28,12 @@ class TenYears : public BenchStore {
 
   /// The first and the last moment.
   Date begin() const { return calendar().dateWithYear(2014, 1, 1); }
-  Date end() const { return calendar().dateWithYear(2014 + kYears, 1, 1).plusSeconds(-1); }
-  /// A month and a year in the midst of it.
-  Date monthBegin() const { return calendar().dateWithYear(2019, 3, 1); }
-  Date monthEnd() const { return calendar().dateWithYear(2019, 4, 1).plusSeconds(-1); }
-  Date yearBegin() const { return calendar().dateWithYear(2019, 1, 1); }
-  Date yearEnd() const { return calendar().dateWithYear(2020, 1, 1).plusSeconds(-1); }
+  Date end() const { return calendar().dateWithYear(2014 + years_, 1, 1).plusSeconds(-1); }
+  /// A month and a year within it.
+  Date monthBegin() const { return calendar().dateWithYear(2014, 3, 1); }
+  Date monthEnd() const { return calendar().dateWithYear(2014, 4, 1).plusSeconds(-1); }
+  Date yearBegin() const { return calendar().dateWithYear(2014 + years_ / 2, 1, 1); }
+  Date yearEnd() const { return calendar().dateWithYear(2015 + years_ / 2, 1, 1).plusSeconds(-1); }
 
   MonivaAccount book;
   MonivaAccount account;
@@ -129,16 +127,17 @@ class TenYears : public BenchStore {
     return side(kind::kTransferOut, from, to) && side(kind::kTransferIn, to, from);
   }
 
+  int years_;
   std::mt19937 random_;
   std::vector<std::string> books_, accounts_, categories_, subcategories_, vendors_;
   std::string wage_;
 };
 
 /// The store of so many records, made once a program.
-inline TenYears& tenYears(std::int64_t records) {
-  static std::map<std::int64_t, std::unique_ptr<TenYears>> stores;
-  auto& store = stores[records];
-  if (!store) store = std::make_unique<TenYears>(static_cast<int>(records));
+inline TenYears& tenYears(std::int64_t records, int years = 10) {
+  static std::map<std::pair<std::int64_t, int>, std::unique_ptr<TenYears>> stores;
+  auto& store = stores[{records, years}];
+  if (!store) store = std::make_unique<TenYears>(static_cast<int>(records), years);
   return *store;
 }
 
