@@ -24,8 +24,19 @@ struct ExportOptions {
   bool bom = false;
 };
 
-const std::map<std::string, char> kSeparators = {{"comma", ','}, {",", ','},    {"semicolon", ';'},
-                                                 {";", ';'},     {"tab", '\t'}, {"\\t", '\t'}};
+const std::map<std::string, char> kSeparators = {{"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}};
+
+/// Takes a separator for its name.
+CLI::Validator separatorByName() {
+  return CLI::Validator(
+      [](std::string& text) {
+        for (const auto& [name, sign] : kSeparators) {
+          if (text == std::string(1, sign) || (text == "\\t" && sign == '\t')) text = name;
+        }
+        return std::string();
+      },
+      "");
+}
 
 using ExportWork = std::function<Result<ExportOutcome>(const ExportRequest&, const ExportSink&)>;
 
@@ -159,7 +170,8 @@ void addExportCommands(CommandLine& line) {
   addExportOptions(*csv, *table);
   csv->add_option("--separator", table->separator, "What parts the fields (else comma)")
       ->type_name("SIGN")
-      ->check(oneOf({"comma", "semicolon", "tab", ",", ";", "\\t"}));
+      ->check(oneOf({"comma", "semicolon", "tab"}))
+      ->transform(separatorByName());
   csv->add_flag("--bom", table->bom, "Begin with the mark by which spreadsheet programs know UTF-8");
   line.onRun(csv, [table](Session& session) {
     const CsvForm form{.separator = kSeparators.at(table->separator), .hasMark = table->bom};
