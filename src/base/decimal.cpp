@@ -1,6 +1,7 @@
 #include "base/decimal.h"
 
-#include <algorithm>
+#include <fmt/format.h>
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -42,18 +43,27 @@ std::optional<Decimal> Decimal::of(double number) {
 }
 
 std::string Decimal::text(int leastPlaces) const {
-  std::array<char, 48> reversed{};
-  std::size_t length = 0;
-  Units rest = units_ < 0 ? -units_ : units_;
+  constexpr Units kOne = 1'000'000'000'000;
+  constexpr Units kBillions = 1'000'000'000'000'000'000;
+  const Units size = units_ < 0 ? -units_ : units_;
+  const Units whole = size / kOne;
+  std::string text = units_ < 0 ? "-" : "";
+  if (whole < kBillions) {
+    text += fmt::format_int(static_cast<std::uint64_t>(whole)).str();
+  } else {
+    text += fmt::format("{}{:018}", static_cast<std::uint64_t>(whole / kBillions),
+                        static_cast<std::uint64_t>(whole % kBillions));
+  }
+  auto rest = static_cast<std::uint64_t>(size % kOne);
   int places = kPlaces;
   for (; places > leastPlaces && rest % 10 == 0; --places) rest /= 10;
-  for (int place = 0; place <= places || rest > 0; ++place) {
-    if (place == places && place > 0) reversed[length++] = '.';
-    reversed[length++] = static_cast<char>('0' + static_cast<int>(rest % 10));
-    rest /= 10;
-  }
-  if (units_ < 0) reversed[length++] = '-';
-  return {reversed.rbegin() + static_cast<std::ptrdiff_t>(reversed.size() - length), reversed.rend()};
+  if (places == 0) return text;
+  const std::size_t end = text.size() + 1 + static_cast<std::size_t>(places);
+  text += '.';
+  text.resize(end);
+  for (std::size_t at = end; places > 0; --places, rest /= 10)
+    text[--at] = static_cast<char>('0' + rest % 10);
+  return text;
 }
 
 }  // namespace moniva

@@ -137,7 +137,10 @@ class CsvExport {
 
  private:
   Result<> take(const ExportRow& row, const ExportRow* other) {
-    if (!row.paid && !request_.pending) return {};
+    if (!row.paid && !request_.pending) {
+      ++outcome.pending;
+      return {};
+    }
     const auto before = outcome.lines;
     if (wordFor(row).empty()) {
       ++outcome.unknown;

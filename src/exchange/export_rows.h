@@ -76,11 +76,10 @@ Result<std::vector<std::string>> membersOf(const ExportRequest& request);
 /// none or is not known. Further kinds (13, 14) go the way of those they are shares of.
 int directionOf(int type);
 
-/// Rows that come to the same accounts of a journal, and how many there are.
+/// Rows that come to the same accounts of a journal.
 struct ExportKind {
   ExportRow row;             ///< without what tells one from the other
-  std::int64_t upToEnd = 0;  ///< dated before the end of the period, or within it
-  std::int64_t inPeriod = 0;
+  std::int64_t upToEnd = 0;  ///< how many are dated within the period or before it
 };
 
 /// The rows of a request; every read is of the connection's present snapshot.

@@ -49,7 +49,8 @@ class JournalWriter {
 
   /// Makes every account that the rows will ask for, and declares it.
   void declareAll(std::vector<ExportKind>& kinds) {
-    std::ranges::stable_partition(kinds, [this](const ExportKind& kind) { return chart_.isLive(kind.row); });
+    std::stable_partition(kinds.begin(), kinds.end(),
+                          [this](const ExportKind& kind) { return chart_.isLive(kind.row); });
     for (const auto& kind : kinds) {
       if (kind.upToEnd == 0 || (!kind.row.paid && !request_.pending)) continue;
       post(chart_, kind.row, nullptr, entry_);
@@ -61,9 +62,8 @@ class JournalWriter {
         });
     if (opens) chart_.special(JournalChart::Special::opening);
     text_ =
-        "; The books and accounts of Moniva. Every posting to an account tells its balance.\n"
-        "; Expenses and income stand below their book; what is Further is counted in another record "
-        "already.\n\n";
+        "; Books and accounts of Moniva. After the sign = stands the balance that an account has then.\n"
+        "; Expenses and income stand below their book; what is Further is counted in another record.\n\n";
     for (const auto& [symbol, places] : chart_.commodities()) {
       text_ += fmt::format("commodity {}\n", symbol);
       if (places > 0) text_ += fmt::format("    format {} {}\n", Decimal::of(1000)->text(places), symbol);
@@ -80,7 +80,10 @@ class JournalWriter {
 
   Result<> take(const ExportRow& row, const ExportRow* other) {
     const bool isBefore = request_.from && row.datetime < *request_.from;
-    if (!row.paid && (!request_.pending || isBefore)) return {};
+    if (!row.paid && (!request_.pending || isBefore)) {
+      if (!isBefore) ++outcome.pending;
+      return {};
+    }
     if (isBefore) {
       post(chart_, row, other, entry_);
       for (const auto& posting : entry_.postings) add(posting);

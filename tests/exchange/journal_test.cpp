@@ -35,7 +35,8 @@ class Ledger : public Compound {
                                                                   {holders[3].pk, "currency", "JPY"},
                                                                   {books[2].pk, "currency", "USD"},
                                                                   {cash->pk, "beginBalance", 100.25},
-                                                                  {holders[2].pk, "beginBalance", -7}}) {
+                                                                  {holders[2].pk, "beginBalance", -7},
+                                                                  {books[2].pk, "beginBalance", 3.5}}) {
       EXPECT_TRUE(sql("update account set " + column + " = ? where oldTitle = ?", {value, key}));
     }
     for (const int type : {kind::kIncome, kind::kExpense}) {
@@ -143,7 +144,9 @@ class Ledger : public Compound {
         return;
       }
       case 6:
-        return static_cast<void>(correctBalanceTo(holders[static_cast<std::size_t>(number(0, 6))], money()));
+        if (MonivaAccount whose = any(number(0, 3) > 0 ? holders : books); whose.getInfo())
+          static_cast<void>(correctBalanceTo(whose, money()));
+        return;
       case 7:
         if (auto row = MVTransaction::transactionFromEID(
                 root, rows("select eid from transactions order by amount limit 1"))) {
@@ -254,6 +257,7 @@ void compare(Ledger& store, const ExportRequest& request, const Figures& figures
   if (request.of || request.from) return;
   for (const auto& book : store.books) {
     const auto months = monthsOf(store, book);
+    double balance = 0;
     for (const int type : {kind::kIncome, kind::kExpense}) {
       const int sign = type == kind::kIncome ? -1 : 1;
       row.type = type;
@@ -276,7 +280,10 @@ void compare(Ledger& store, const ExportRequest& request, const Figures& figures
         same(sign * sumOf(figures, name, label, false),
              type == kind::kIncome ? month.incomeAmount : month.expenseAmount, name + " in " + label);
       }
+      balance -= sumOf(figures, name, "", false);
+      if (type == kind::kExpense) balance += sumOf(figures, "Equity:Books" + name.substr(8), "", true);
     }
+    same(balance, getTheTotalBalance(*MonivaAccount::getAccountWithPK(store.root, book.pk)), book.title);
   }
 }
 
@@ -292,7 +299,7 @@ void always(int times, const std::function<void()>& property) {
 }
 
 TEST(Journal, isReckonedAlikeByTwoOtherPrograms) {
-  always(8, [] {
+  always(12, [] {
     Ledger store;
     for (int i = Ledger::number(0, 80); i > 0; --i) store.happen();
     const test::Workshop workshop;
@@ -305,6 +312,54 @@ TEST(Journal, isReckonedAlikeByTwoOtherPrograms) {
     compare(store, request, byLedger(workshop), "ledger");
     compare(store, request, byHledger(workshop), "hledger");
   });
+}
+
+TEST(Journal, leavesOutWhatItTellsOfAndKeepsTwoApart) {
+  Compound store;
+  const auto insert = [&](const std::string& eid, const std::string& column, const Value& value) {
+    EXPECT_TRUE(
+        store.sql("insert into transactions (eid, type, account, amount, datetime, note) values"
+                  " (?, 12, 'Tin: old', 1, ?, 'x')",
+                  {eid, store.on("2024-02-01")}));
+    EXPECT_TRUE(store.sql("update transactions set " + column + " = ? where eid = ?", {value, eid}));
+  };
+  insert("1", "note", "plain");
+  insert("2", "datetime", nullptr);
+  insert("3", "datetime", "yesterday");
+  insert("4", "datetime", 1e13);
+  insert("5", "amount", 2e15);
+  insert("6", "type", 99);
+  insert("7", "type", 61);
+  insert("8", "account", "Tin- old");
+  insert("9", "paid", 0);
+  std::string text;
+  const ExportSink sink = [&](std::string_view bytes) -> Result<> {
+    text += bytes;
+    return {};
+  };
+  const auto whole = exportJournal(store.root, {}, sink).value();
+  EXPECT_EQ(whole.rows, 5);
+  EXPECT_EQ(whole.pending, 1);
+  EXPECT_EQ(whole.unmeasured, 1);
+  EXPECT_EQ(whole.unknown, 1);
+  EXPECT_EQ(whole.noMoney, 1);
+  EXPECT_EQ(whole.undated, 0);
+  for (const char* line :
+       {"1400-01-01 * x\n", "9999-12-31 * x\n", "2024-02-01 * plain\n", "account Assets:Tin- old\n",
+        "account Assets:Tin- old 2\n", "-1.00 XXX = -4.00 XXX\n"}) {
+    EXPECT_NE(text.find(line), std::string::npos) << line << text;
+  }
+  const std::string first = std::exchange(text, "");
+  ASSERT_TRUE(exportJournal(store.root, {}, sink));
+  EXPECT_EQ(text, first) << "the same store, the same bytes";
+
+  ExportRequest year;
+  year.from = store.on("2024-01-01");
+  EXPECT_EQ(exportJournal(store.root, year, sink)->undated, 2);
+  EXPECT_FALSE(exportJournal(store.root, {}, [](std::string_view) -> Result<> { return refuse("full"); }));
+  ASSERT_TRUE(store.sql("alter table transactions rename column vendor to payee"));
+  EXPECT_FALSE(exportJournal(store.root, {}, sink)) << "what cannot be read is no empty journal";
+  EXPECT_FALSE(exportCsv(store.root, {}, {}, sink));
 }
 
 /// Balances and months of both stores, by the titles of accounts and books.

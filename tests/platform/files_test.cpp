@@ -26,6 +26,30 @@ TEST(Files, aCopyNeverOverwrites) {
   EXPECT_EQ(namesIn(folder.path()), (std::vector<std::string>{"from", "to"})) << "nothing else lies about";
 }
 
+TEST(Files, aNewFileIsThereWholeOrNotAtAll) {
+  const TemporaryFolder folder;
+  const auto path = folder / "out";
+  {
+    NewFile given = NewFile::at(path, false).value();
+    ASSERT_TRUE(given.write("half"));
+  }
+  EXPECT_EQ(namesIn(folder.path()), std::vector<std::string>{}) << "let go of";
+  NewFile late = NewFile::at(path, false).value();
+  ASSERT_TRUE(late.write("mine"));
+  putBytes(path, "another's");
+  EXPECT_FALSE(late.keep()) << "it came meanwhile";
+  EXPECT_EQ(bytesOf(path), "another's");
+  EXPECT_FALSE(NewFile::at(path, false));
+  std::filesystem::create_symlink("out", folder / "link");
+  {
+    NewFile other = NewFile::at(folder / "link", true).value();
+    ASSERT_TRUE(other.write("one ") && other.write("two") && other.keep());
+  }
+  EXPECT_EQ(bytesOf(path), "one two");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder / "link")) << "what it leads to is replaced";
+  EXPECT_FALSE(NewFile::at(folder.path(), true)) << "a folder";
+}
+
 TEST(Files, setAsideNamesAreFreeAndInUtc) {
   const TemporaryFolder folder;
   const std::string dated = "moniva.dat.set-aside-20240229-143005";

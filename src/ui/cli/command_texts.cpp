@@ -48,7 +48,9 @@ std::span<const CommandText> commandTexts() {
        "record as the tag \"eid\".\n\n"
        "Written is what is settled. What is pending is left out, and its number told; with --pending it is "
        "marked \"!\" and stands in an account Pending below its own. A journal that does not begin with the "
-       "first record begins with the balances of its first day. One of a book tells no balances of accounts.",
+       "first record begins with the balances of its first day. One of a book tells no balances of accounts; "
+       "one of an account has of other "
+       "accounts only what went between them.",
        {{"moniva export journal household.journal && hledger -f household.journal check --strict",
          "have the books proved"},
         {"moniva export journal --from 2024-01-01 --to 2024-12-31 2024.journal", "a year"},
@@ -57,10 +59,11 @@ std::span<const CommandText> commandTexts() {
        "write records as a table",
        "Expenses, income, transfers and debts with a heading line of the names of their fields; moniva "
        "import "
-       "reads it again. An expense paid from several accounts has a line for each. Debts, refunds to another "
-       "account and transfers with a charge are in the table, but nothing that import takes: with --skip-bad "
-       "it "
-       "passes over them.",
+       "reads it again. An expense paid from several accounts has a line for each. Debts, payments and "
+       "refunds apart from their expense, and transfers with a charge are in the table, but nothing that "
+       "import "
+       "takes: with --skip-bad it passes over them. Opening balances are not in it, what is dated ahead is "
+       "pending after an import, and accounts of other currencies should be there first.",
        {{"moniva export csv records.csv", "everything"},
         {"moniva export csv --from 2024-01-01 -b Household --separator semicolon --bom records.csv",
          "for a spreadsheet program of Central Europe"}}},

@@ -24,8 +24,19 @@ struct ExportOptions {
   bool bom = false;
 };
 
-const std::map<std::string, char> kSeparators = {{"comma", ','}, {",", ','},    {"semicolon", ';'},
-                                                 {";", ';'},     {"tab", '\t'}, {"\\t", '\t'}};
+const std::map<std::string, char> kSeparators = {{"comma", ','}, {"semicolon", ';'}, {"tab", '\t'}};
+
+/// Takes a separator for its name.
+CLI::Validator separatorByName() {
+  return CLI::Validator(
+      [](std::string& text) {
+        for (const auto& [name, sign] : kSeparators) {
+          if (text == std::string(1, sign) || (text == "\\t" && sign == '\t')) text = name;
+        }
+        return std::string();
+      },
+      "");
+}
 
 using ExportWork = std::function<Result<ExportOutcome>(const ExportRequest&, const ExportSink&)>;
 
@@ -65,7 +76,10 @@ ExportOutcome writeTo(Session& session, const ExportOptions& options, const Expo
       return {};
     })));
   }
-  if (!options.force && isPresent(options.file)) {
+  // A folder or a device is refused in words of its own.
+  const bool isFile = isPresent(options.file) && (!std::filesystem::exists(options.file) ||
+                                                  std::filesystem::is_regular_file(options.file));
+  if (!options.force && isFile) {
     throw refused("'{}' is there already; --force replaces it", printable(options.file));
   }
   NewFile file = done(NewFile::at(options.file, options.force));
@@ -125,12 +139,18 @@ void addExportOptions(CLI::App& command, ExportOptions& options) {
       ->type_name("FILE")
       ->check(CLI::Validator([](const std::string&) { return std::string(); }, "FILE"))
       ->check(notEmpty());
-  command.add_option("--from", options.from, "From that day or moment on")->type_name("DATE");
-  command.add_option("--to", options.to, "Up to that day, itself included, or moment")->type_name("DATE");
+  command.add_option("--from", options.from, "From that day or moment on")
+      ->type_name("DATE")
+      ->check(notEmpty());
+  command.add_option("--to", options.to, "Up to that day, itself included, or moment")
+      ->type_name("DATE")
+      ->check(notEmpty());
   command.add_option("-b,--book", options.book, "Of that book only, or of a group of books")
-      ->type_name("NAME");
+      ->type_name("NAME")
+      ->check(notEmpty());
   command.add_option("-a,--account", options.account, "Of that account only, or of a group of accounts")
-      ->type_name("NAME");
+      ->type_name("NAME")
+      ->check(notEmpty());
   command.add_flag("--pending", options.pending, "Also what waits for its day");
   command.add_flag("--force", options.force, "Replace a file that is there");
 }
@@ -159,7 +179,8 @@ void addExportCommands(CommandLine& line) {
   addExportOptions(*csv, *table);
   csv->add_option("--separator", table->separator, "What parts the fields (else comma)")
       ->type_name("SIGN")
-      ->check(oneOf({"comma", "semicolon", "tab", ",", ";", "\\t"}));
+      ->check(oneOf({"comma", "semicolon", "tab"}))
+      ->transform(separatorByName());
   csv->add_flag("--bom", table->bom, "Begin with the mark by which spreadsheet programs know UTF-8");
   line.onRun(csv, [table](Session& session) {
     const CsvForm form{.separator = kSeparators.at(table->separator), .hasMark = table->bom};
