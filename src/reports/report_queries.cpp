@@ -48,8 +48,8 @@ ReportQueries::ReportQueries(std::string_view holder, std::string key, std::vect
       figures_(std::move(figures)) {
   for (const auto& figure : figures_) {
     settled_.push_back(
-        {text(kSum, Paid::yes, figure.rows), text("datetime, amount", Paid::yes, figure.rows)});
-    pending_.push_back({text(kSum, Paid::no, figure.rows), text("datetime, amount", Paid::no, figure.rows)});
+        {composed(kSum, Paid::yes, figure.rows), composed("datetime, amount", Paid::yes, figure.rows)});
+    pending_.push_back({composed(kSum, Paid::no, figure.rows), composed("datetime, amount", Paid::no, figure.rows)});
   }
 }
 
@@ -66,7 +66,7 @@ ReportQueries ReportQueries::ofFixedKinds(const MonivaAccount& book) {
   return {accountQuerySQL(book), book.pk, std::move(figures)};
 }
 
-std::string ReportQueries::text(std::string_view columns, Paid paid, std::string_view rows) const {
+std::string ReportQueries::composed(std::string_view columns, Paid paid, std::string_view rows) const {
   return fmt::format(
       "select {} from transactions where deleted = 0 and paid = {} and ? <= datetime and datetime <= ? and {}"
       " and {}",
@@ -109,7 +109,7 @@ Result<std::vector<ReportQueries::Record>> ReportQueries::records(Connection& db
   std::vector<Record> found;
   if (conditions.empty()) return found;
   Run rows = run(db,
-                 text("eid, syear, type, transferEID, datetime", paid,
+                 composed("eid, syear, type, transferEID, datetime", paid,
                       fmt::format("({})", fmt::join(conditions, " or "))) +
                      " order by datetime",
                  begin, end);

@@ -64,7 +64,7 @@ class ReportQueries {
     std::string rows;
   };
   Run run(Connection& db, const std::string& sql, Date begin, Date end) const;
-  std::string text(std::string_view columns, Paid paid, std::string_view rows) const;
+  std::string composed(std::string_view columns, Paid paid, std::string_view rows) const;
 
   std::string holder_;
   std::string key_;

@@ -40,16 +40,9 @@ RC_GTEST_PROP(Decimals, addUpExactly, (const std::vector<std::int32_t>& thousand
   for (const auto part : thousandths) {
     exact += std::int64_t{part} * 1'000'000;
     sum += *Decimal::of(part * 1e6 / 1e3);
-    sum += -*Decimal::of(0.001) + *Decimal::of(0.001);
   }
   RC_ASSERT(sum.text(3) == (exact < 0 ? "-" : "") + std::to_string(std::abs(exact / 1000)) + ".000");
   RC_ASSERT(parseSignedAmount(sum.text(2)).value() == static_cast<double>(exact) / 1000);
-}
-
-TEST(Decimals, haveRoomForAMillionOfTheLargest) {
-  Decimal sum;
-  for (int i = 0; i < 1'000'000; ++i) sum += *Decimal::of(1e15);
-  EXPECT_EQ((sum + *Decimal::of(0.01)).text(2), "1000000000000000000000.01");
 }
 
 }  // namespace

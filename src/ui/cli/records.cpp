@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "calendar/date_texts.h"
+#include "model/entry_checks.h"
 #include "model/mv_category.h"
 #include "model/transaction_type.h"
 #include "model/vendor_query.h"
@@ -98,7 +99,7 @@ json::object jsonOf(Session&, const MonivaAccount& account) {
           {"aKind", account.aKind},
           {"isGroup", account.isGroup},
           {"beginBalance", account.beginBalance},
-          {"totalBalance", account.totalBalance},
+          {"totalBalance", withoutNoise(account.totalBalance)},
           {"currency", account.currency},
           {"enabled", account.enabled},
           {"note", account.note},

@@ -134,9 +134,9 @@ void listAccountsFor(Session& session, const AccountListOptions& options) {
   AccountQuery query(session.root());
   if (!options.currency.empty()) query.currency = foreignCurrencyTyped(options.currency);
   const auto use = std::ranges::find(kAccountUses, options.use, &AccountUse::word);
-  auto accounts =
+  const auto accounts =
       done(use == std::end(kAccountUses) ? query.accountWithoutGroupArray() : (query.*use->list)());
-  printAccounts(session, std::move(accounts), session.text("No open account will do."));
+  printAccounts(session, accounts, session.text("No open account will do."));
 }
 
 }  // namespace

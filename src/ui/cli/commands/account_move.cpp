@@ -42,9 +42,10 @@ void addMoveRecords(const RowFamily& family) {
   auto options = std::make_shared<MoveOptions>();
   CLI::App* move = family.line.add(family.app, "move-records");
   move->add_option("FROM", options->from,
-                   family.ofBooks() ? "The book they are in" : "The account they are in")
+                   family.ofBooks() ? "The book they are in" : toTranslate("The account they are in"))
       ->required();
-  move->add_option("TO", options->to, family.ofBooks() ? "The book they go to" : "The account they go to")
+  move->add_option("TO", options->to,
+                   family.ofBooks() ? "The book they go to" : toTranslate("The account they go to"))
       ->required();
   family.line.onRun(
       move, [options, aKind = family.aKind](Session& session) { moveRecords(session, aKind, *options); });

@@ -349,10 +349,11 @@ void addExplainCommand(CommandLine& line) {
     command->add_option(name, value, what)->type_name(valueName)->check(notEmpty());
   };
   member("-c,--category", options->category, "NAME",
-         "What the breakdown has for a category, such as Food/Bakery");
-  member("--vendor", options->vendor, "NAME", "What it has for a vendor, or \"none\"");
-  member("--paid-from", options->paidFrom, "NAME", "What it has for the account that paid, or \"none\"");
-  member("--currency", options->currency, "CODE", "What was entered in a foreign currency");
+         toTranslate("What the breakdown has for a category, such as Food/Bakery"));
+  member("--vendor", options->vendor, "NAME", toTranslate("What it has for a vendor, or \"none\""));
+  member("--paid-from", options->paidFrom, "NAME",
+         toTranslate("What it has for the account that paid, or \"none\""));
+  member("--currency", options->currency, "CODE", toTranslate("What was entered in a foreign currency"));
   command->add_flag("--pending", options->pending, "Count what is still to be paid too");
   addCsv(*command, options->csv);
   line.onRun(command, [options](Session& session) { runExplain(session, *options); });

@@ -394,15 +394,16 @@ void addListCommands(CommandLine& line) {
       ->type_name("NAME")
       ->check(notEmpty());
   added->add_flag("--income", options->income, "Income instead of expenses");
-  addDate(added, "--before", "Those before that day (else up to today)");
+  addDate(added, "--before", toTranslate("Those before that day (else up to today)"));
   add("unpaid", listUnpaid);
-  addDate(add("deleted", listDeleted), "--since", "Deleted since that day (else in the last 30 days)");
+  addDate(add("deleted", listDeleted), "--since",
+          toTranslate("Deleted since that day (else in the last 30 days)"));
   CLI::App* day = add("day", listDay);
-  addDate(day, "DATE", "The day (else today)");
+  addDate(day, "DATE", toTranslate("The day (else today)"));
   day->add_option("-b,--book", options->book, "Of that book or group of books only")
       ->type_name("NAME")
       ->check(notEmpty());
-  addDate(add("edited", listEdited), "DATE", "The day (else today)");
+  addDate(add("edited", listEdited), "DATE", toTranslate("The day (else today)"));
   CLI::App* debts = add("debts", listDebtsByPerson);
   debts->add_flag("--settled", options->settled, "Those that were repaid instead of open ones");
   debts->add_option("--person", options->person, "Of that person only")->type_name("NAME")->check(notEmpty());
