@@ -49,7 +49,8 @@ ReportQueries::ReportQueries(std::string_view holder, std::string key, std::vect
   for (const auto& figure : figures_) {
     settled_.push_back(
         {composed(kSum, Paid::yes, figure.rows), composed("datetime, amount", Paid::yes, figure.rows)});
-    pending_.push_back({composed(kSum, Paid::no, figure.rows), composed("datetime, amount", Paid::no, figure.rows)});
+    pending_.push_back(
+        {composed(kSum, Paid::no, figure.rows), composed("datetime, amount", Paid::no, figure.rows)});
   }
 }
 
@@ -110,7 +111,7 @@ Result<std::vector<ReportQueries::Record>> ReportQueries::records(Connection& db
   if (conditions.empty()) return found;
   Run rows = run(db,
                  composed("eid, syear, type, transferEID, datetime", paid,
-                      fmt::format("({})", fmt::join(conditions, " or "))) +
+                          fmt::format("({})", fmt::join(conditions, " or "))) +
                      " order by datetime",
                  begin, end);
   while (rows.next()) found.push_back({std::string(rows.text(0)), rows.date(4)});
