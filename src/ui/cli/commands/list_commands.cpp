@@ -198,12 +198,13 @@ void listDay(Session& session, const HistoryOptions& options) {
   if (!options.book.empty()) book = bookNamed(session, options.book, Meant::groupsToo);
   auto day = done(allTransactionsForDate(root, date, book ? &*book : nullptr));
   // A record that an edit of many has changed is no part of a larger one.
-  const auto alone = std::ranges::stable_partition(day.compounds, [&](const std::string& eid) {
-    const auto row = MVTransaction::transactionFromEID(root, eid);
-    return row && row->transferEID.empty() && row->advancedType == advanced::kPlain;
-  });
-  day.spends.insert(day.spends.end(), day.compounds.begin(), alone.begin());
-  day.compounds.erase(day.compounds.begin(), alone.begin());
+  const auto parts =
+      std::stable_partition(day.compounds.begin(), day.compounds.end(), [&](const std::string& eid) {
+        const auto row = MVTransaction::transactionFromEID(root, eid);
+        return row && row->transferEID.empty() && row->advancedType == advanced::kPlain;
+      });
+  day.spends.insert(day.spends.end(), day.compounds.begin(), parts);
+  day.compounds.erase(day.compounds.begin(), parts);
   const std::tuple<const char*, std::string, const std::vector<std::string>*> kinds[] = {
       {"spends", session.text("Expenses and income"), &day.spends},
       {"compounds", session.text("Parts of larger records"), &day.compounds},
