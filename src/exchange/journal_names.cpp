@@ -47,6 +47,7 @@ std::string journalCommodity(std::string_view code) {
   std::string symbol = journalText(code);
   std::erase(symbol, '"');
   std::erase(symbol, '\\');
+  // XXX is the code that stands for no currency.
   return symbol.empty() ? "XXX" : fmt::format("\"{}\"", symbol);
 }
 
