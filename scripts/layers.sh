@@ -11,10 +11,11 @@ declare -A may=(
   [platform]="base calendar"
   [storage]="base calendar platform"
   [model]="base calendar platform storage"
-  [reports]="base calendar platform storage model"
+  [recurrence]="base calendar platform storage model"
+  [reports]="base calendar platform storage model recurrence"
   [exchange]="base calendar platform storage model currency"
-  [app]="base calendar platform storage model reports exchange currency"
-  [ui]="base calendar platform storage model reports exchange currency app"
+  [app]="base calendar platform storage model recurrence reports exchange currency"
+  [ui]="base calendar platform storage model recurrence reports exchange currency app"
 )
 
 bad=0

@@ -125,6 +125,8 @@ class MVTransaction {
                                const std::string& eid);
   static Result<> deleteImage(MVAppRoot& root, const std::string& name, const std::string& eid);
 
+  MVAppRoot& root() const { return *root_; }
+
  private:
   friend class TransactionLoader;
 

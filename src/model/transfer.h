@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/result.h"
+#include "model/repeat_rule.h"
 #include "model/transaction_type.h"
 #include "storage/connection.h"
 #include "storage/mv_app_root.h"
@@ -159,8 +160,6 @@ class Transfer {
   int deletedB_ = 0;
 };
 
-/// Refused: a rule of repeating that is none of the nine there are.
-Result<> checkRepeatRule(std::string_view rule);
 /// The currency of a payment account that a transfer may name; refused for keys that name none.
 Result<std::string> currencyOfAccount(MVAppRoot& root, std::string_view key);
 

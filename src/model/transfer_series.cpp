@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <array>
 #include <boost/json.hpp>
 
 #include "calendar/date_texts.h"
@@ -11,8 +9,6 @@
 namespace moniva {
 namespace {
 
-constexpr std::array<std::string_view, 9> kRules = {
-    kNotRepeat, "Daily", "Weekly", "Biweekly", "Monthly", "Bimonthly", "Quarterly", "Half-yearly", "Yearly"};
 /// Where a seed keeps what has no column of its own.
 constexpr std::string_view kChargeOfSeed = "serviceCharge";
 
@@ -26,11 +22,6 @@ double chargeIn(std::string_view text) {
 }
 
 }  // namespace
-
-Result<> checkRepeatRule(std::string_view rule) {
-  if (std::ranges::find(kRules, rule) != kRules.end()) return {};
-  return refuse("'{}' is no rule of repeating", rule);
-}
 
 Result<> Transfer::addSeed(const std::string& eid) const {
   const int firstDay = integerDateOfTimeZone(root_->calendar(), datetime, timeZone) % 100;

@@ -5,7 +5,7 @@
 #include "model/debt.h"
 #include "reports/alerts.h"
 #include "reports/debt_history.h"
-#include "reports/series_duplicates.h"
+#include "recurrence/series_duplicates.h"
 #include "support/compound_story.h"
 
 namespace moniva {

@@ -1,4 +1,4 @@
-#include "reports/series_duplicates.h"
+#include "recurrence/series_duplicates.h"
 
 #include <set>
 #include <vector>

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/phrase.h"
+#include "base/result.h"
+#include "storage/mv_app_root.h"
+
+namespace moniva {
+
+/// One step that brings an older store to what this version knows, or mends what an earlier version damaged.
+/// Steps are written so that on a store that has nothing of the kind they change nothing.
+struct UpgradeStep {
+  int code = 0;
+  std::string_view name;
+  /// What it does, for people.
+  std::string_view purpose;
+  /// Key in `monivaSys` that is '1' once the step has run; or, for a step that a person asks for, the local
+  /// setting that asks.
+  std::string_view key;
+  bool byRequest = false;
+  /// Runs within a transaction of its own; a refusal undoes it.
+  Result<> (*run)(MVAppRoot&);
+};
+
+/// All steps, in the order in which they run.
+const std::vector<UpgradeStep>& upgradeSteps();
+
+/// What an upgrade came to.
+struct UpgradeOutcome {
+  std::vector<int> run;      ///< codes of the steps that ran to their end
+  std::vector<int> failed;   ///< that were undone and stay due
+  std::int64_t changed = 0;  ///< rows changed besides the flags
+};
+
+/// Runs the steps that a store needs. Before the first of them a whole copy of the store is made under the
+/// safety copy's name, so that a run cut short is taken back at the next launch; it has left that name by the
+/// end. No other program has the store open meanwhile: while one has, nothing is done, and the person is
+/// told.
+class DoDBUpdater {
+ public:
+  explicit DoDBUpdater(MVAppRoot& root) : root_(root) {}
+
+  /// The codes of the steps still to run, in their order, as texts.
+  std::vector<std::string> needUpdateDB();
+  /// Runs them on the database queue and calls `complete` on the main queue. `showProgress` is called on the
+  /// main queue with the title of a progress alert when there is anything to do.
+  void updateDatabaseIfNeed(std::function<void(std::string_view)> showProgress,
+                            std::function<void(const Result<UpgradeOutcome>&)> complete);
+  /// The same at once, in the block of the database queue (or on the thread) it is called in.
+  Result<UpgradeOutcome> run();
+
+ private:
+  MVAppRoot& root_;
+};
+
+/// Rebuilds `account`, `category`, `photos`, `monivaSys` and `transactions` with the columns of today, dates
+/// as numbers; what a column cannot take stays what it is.
+Result<> updateStringTypeDateField(MVAppRoot& root);
+
+// The steps in the order of their codes; each answers a refusal when it has to be undone.
+Result<> updateCategoryPK(MVAppRoot& root);                                      // 0
+Result<> updateRepeatSeedTransaction(MVAppRoot& root);                           // 1
+Result<> clearWrongRecurringItem2(MVAppRoot& root);                              // 2
+Result<> updateNOCategoryTitle(MVAppRoot& root);                                 // 3
+Result<> updateFixData(MVAppRoot& root);                                         // 6
+Result<> updateDataFiled202102(MVAppRoot& root);                                 // 7
+Result<> fixWrongDeletedByClearDuplicateRecurringItem20210209(MVAppRoot& root);  // 8
+Result<> updateDataFiled20210305(MVAppRoot& root);                               // 9
+Result<> clearDuplicateAccountWithSamePK(MVAppRoot& root);                       // 10
+Result<> fixWrongDeletedByClearRecurringItem20210412(MVAppRoot& root);           // 11
+Result<> fixAllRepeat(MVAppRoot& root);                                          // 13
+Result<> fixWrongDeletedByClearRecurringItem20220719(MVAppRoot& root);           // 14
+/// Not asked for by the runner: cost items of an older kind become what they are today.
+Result<> updateExpenseCostItemType20240928(MVAppRoot& root);
+
+// Further repairs, each once (its own flag in `monivaSys`) and called from where its damage shows.
+Result<> fixedGroupbMember(MVAppRoot& root, const std::string& key);
+Result<> fixVendorTypeNotSameAsTransType(MVAppRoot& root);
+Result<> fixedMissingTransferAccount(MVAppRoot& root);
+Result<> restoreWrongDeletedTransferIfNeed(MVAppRoot& root);
+Result<> needRestoreDeletedVendor(MVAppRoot& root);
+Result<> updateAccountGroupMemberIfNeed(MVAppRoot& root);
+Result<> updateAccountOrder(MVAppRoot& root);
+Result<> updateInstallment(MVAppRoot& root);
+Result<> updateSettingCopyToLocal(MVAppRoot& root);
+Result<> importDataTemp(MVAppRoot& root);
+
+/// Whether the store is of the first edition: income and expenses without a book.
+bool needsFixDataForMoniva1(MVAppRoot& root);
+/// Converts a store of the first edition when it is one; a copy "moniva1Backup.dat" is kept beside it.
+Result<> fixDataForMoniva1IfNeed(MVAppRoot& root);
+Result<> fixDataForMoniva1(MVAppRoot& root);
+
+}  // namespace moniva

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "base/result.h"
+#include "storage/mv_app_root.h"
+
+namespace moniva {
+
+/// Settles pending rows of an account that have come due by now, items of a compound record with the payments
+/// that settle them. Balances follow. Answers how many rows were settled; writes nothing when none is due.
+Result<int> makeMonivasPaid(MVAppRoot& root);
+
+}  // namespace moniva
