@@ -95,6 +95,7 @@ Result<std::unique_ptr<Connection>> Connection::open(const std::filesystem::path
   std::unique_ptr<Connection> connection(new Connection(handle, path));
   // The engine's own handler sleeps ever longer, and a thread that writes on and on would starve the other.
   connection->patience_ = busyTimeout;
+  connection->readOnly_ = access == Access::readOnly;
   sqlite3_busy_handler(
       handle,
       [](void* self, int tries) {
@@ -221,6 +222,7 @@ Refusal Connection::refusal() const {
       return Refusal(phrase("there is no space left to write to the data file '{}'", file));
     case SQLITE_READONLY:
     case SQLITE_PERM:
+      if (readOnlyReason_) return *readOnlyReason_;
       return Refusal(phrase("the data file '{}' cannot be written", file));
     case SQLITE_NOTADB:
       return Refusal(phrase("'{}' is not a data file of this program", file));

@@ -5,6 +5,7 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -89,6 +90,11 @@ class Connection {
   /// read or write that the system refused. What a statement reads then is not the whole truth.
   void onFileFault(std::function<void(int, const std::string&)> told) { fileFault_ = std::move(told); }
 
+  /// Whether nothing can be written by it. Transactions do not begin then, rather than fail half-way.
+  bool isReadOnly() const { return readOnly_; }
+  /// Why it is so, as refused writes are to say it.
+  void setReadOnlyReason(Refusal why) { readOnlyReason_ = std::move(why); }
+
   int lastErrorCode() const { return errorCode_; }
   const std::string& lastErrorMessage() const { return errorMessage_; }
   void clearError();
@@ -128,6 +134,8 @@ class Connection {
   std::filesystem::path path_;
   std::uint64_t serial_;
   int patience_ = 0;
+  bool readOnly_ = false;
+  std::optional<Refusal> readOnlyReason_;
   struct Kept {
     sqlite3_stmt* statement = nullptr;
     bool held = false;  ///< by a run, until that goes: also one that has ended is still to be reset

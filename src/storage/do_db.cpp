@@ -89,20 +89,33 @@ Result<> DoDB::initDatabase() {
     fileFault_.clear();
   }
   if (databasePath_.empty()) databasePath_ = defaultPath();
-  auto opened = Connection::open(databasePath_, Connection::Access::readWrite);
+  // Asked before anything opens it for writing, which alone may change the file.
+  readOnlyReason_.reset();
+  if (auto looked = Connection::open(databasePath_, Connection::Access::readOnly))
+    readOnlyReason_ = newerKind(**looked);
+  const auto access = readOnlyReason_ ? Connection::Access::readOnly : Connection::Access::readWrite;
+  auto opened = Connection::open(databasePath_, access);
   if (!opened) return tl::make_unexpected(opened.error());
   if (auto prepared = prepare(**opened); !prepared) return prepared;
   fmdb_ = std::move(*opened);
-  queue_ = std::make_unique<DatabaseQueue>(databasePath_, [this](Connection& connection) {
+  queue_ = std::make_unique<DatabaseQueue>(databasePath_, access, [this](Connection& connection) {
     const auto prepared = prepare(connection);
     if (!prepared) faultLog_.fault(prepared.error().why);
     return prepared.has_value();
   });
-  addIndexesIfMissing();
+  if (!isReadOnly()) addIndexesIfMissing();
   return {};
 }
 
 Result<> DoDB::prepare(Connection& connection) {
+  if (!readOnlyReason_) return prepareToWrite(connection);
+  connection.onFileFault([this](int code, const std::string& message) { noteFileFault(code, message); });
+  connection.setReadOnlyReason(*readOnlyReason_);
+  if (connection.executeScript("PRAGMA cache_size = -16384")) return {};
+  return tl::make_unexpected(connection.refusal());
+}
+
+Result<> DoDB::prepareToWrite(Connection& connection) {
   if (auto kind = checkKind(connection); !kind) return kind;
   connection.onFileFault([this](int code, const std::string& message) { noteFileFault(code, message); });
   const bool logged = [&] {
@@ -254,7 +267,7 @@ bool DoDB::databaseIsAvailable(const std::filesystem::path& path) {
 }
 
 bool DoDB::checkpoint() {
-  if (!fmdb_) return false;
+  if (!fmdb_ || isReadOnly()) return false;
   // Nobody is kept waiting for it: while another program reads, closing the last connection does the same.
   fmdb_->setPatience(0);
   const bool complete = fmdb_->checkpoint();

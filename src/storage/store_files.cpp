@@ -54,22 +54,28 @@ Availability availabilityOf(const fs::path& path, std::string& why) {
 
 Result<> checkKind(Connection& connection) {
   connection.clearError();
-  const auto version = figure(connection, "PRAGMA user_version");
   const auto application = figure(connection, "PRAGMA application_id");
   const auto tables = figure(connection,
                              "select count(*) from sqlite_schema where type = 'table' and name in"
                              " ('account', 'category', 'transactions', 'monivaSys')");
+  const auto newer = newerKind(connection);
   if (connection.lastErrorCode() != 0) return tl::make_unexpected(connection.refusal());
-  const std::string file = connection.path().string();
   if ((application != 0 && application != kApplicationID) || tables != 4) {
-    return refuse("'{}' is not a data file of this program", file);
+    return refuse("'{}' is not a data file of this program", connection.path().string());
   }
-  if (version > kStoreVersion) {
-    return refuse(
-        "the data file '{}' was written by a newer version of the program (kind {}; this one knows up to {})",
-        file, version, kStoreVersion);
-  }
+  if (newer) return tl::make_unexpected(*newer);
   return {};
+}
+
+std::optional<Refusal> newerKind(Connection& connection) {
+  const auto version = figure(connection, "PRAGMA user_version");
+  if (version <= kStoreVersion || figure(connection, "PRAGMA application_id") != kApplicationID)
+    return std::nullopt;
+  return Refusal(
+      phrase("the data file '{}' was written by a newer version of the program (kind {}; this one knows up "
+             "to {}), so it"
+             " can be read here and not changed",
+             connection.path().string(), version, kStoreVersion));
 }
 
 Result<> checkKind(const fs::path& path) {

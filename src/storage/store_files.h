@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "base/result.h"
@@ -27,6 +28,10 @@ Availability availabilityOf(const std::filesystem::path& path, std::string& why)
 /// Whether the database is a store of this program that this version knows; writes nothing. Refused with the
 /// reason otherwise.
 Result<> checkKind(Connection& connection);
+
+/// Whether the database is a store of a version to come, which can be read and must not be written: the
+/// refusal says so. Nothing for every other file.
+std::optional<Refusal> newerKind(Connection& connection);
 
 /// The same for a file; refused too when it is damaged or cannot be told of now.
 Result<> checkKind(const std::filesystem::path& path);
