@@ -120,6 +120,8 @@ CommandLine::CommandLine(const Style& helpStyle)
   addPaymentCommands(*this);
   addRefundCommands(*this);
   addTransferCommands(*this);
+  addRepeatCommands(*this);
+  addDueCommand(*this);
   addPhotoCommands(*this);
   addTemplateCommands(*this);
   addDebtCommands(*this);

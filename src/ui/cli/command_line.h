@@ -68,6 +68,8 @@ void addCostCommands(CommandLine& line);
 void addPaymentCommands(CommandLine& line);
 void addRefundCommands(CommandLine& line);
 void addTransferCommands(CommandLine& line);
+void addRepeatCommands(CommandLine& line);
+void addDueCommand(CommandLine& line);
 void addPhotoCommands(CommandLine& line);
 void addTemplateCommands(CommandLine& line);
 void addDebtCommands(CommandLine& line);

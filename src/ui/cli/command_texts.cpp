@@ -107,6 +107,7 @@ std::span<const CommandText> commandTexts() {
              vendorTexts(),
              photoTexts(),
              transferTexts(),
+             repeatTexts(),
              debtTexts(),
              spendTexts(),
              planTexts(),
