@@ -21,6 +21,8 @@ struct SeriesFinding {
   std::string seed;
   Phrase what;
   int records = 0;
+  /// What a repair does something about; else it is the person's to decide.
+  bool mendable = true;
 };
 using SeriesFindings = std::vector<SeriesFinding>;
 
@@ -37,7 +39,8 @@ Result<SeriesFindings> recurringTransactionsHistory(MVAppRoot& root, std::string
 /// and seeds that make nothing any more.
 Result<SeriesFindings> fixAllRecurringItemForAllRepeatSeed(MVAppRoot& root, Repair repair = Repair::mend);
 
-/// All of it, for every series of the store: what `moniva repair` does.
+/// All of it, for every series of the store: what `moniva repair` does. Each series is a transaction of its
+/// own; what was mended before a refusal stays mended. Records of a series that does not exist are only told.
 Result<SeriesFindings> repairAllSeries(MVAppRoot& root, Repair repair);
 
 }  // namespace moniva
