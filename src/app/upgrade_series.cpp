@@ -37,7 +37,7 @@ Result<std::vector<SelfRepeating>> selfRepeating(MVAppRoot& root, Connection& db
       " and datetime != 0 and typeof(amount) in ('real', 'integer') and amount > 0 from transactions where"
       " deleted = 0 and (type = 11 or type = 12 or type = 23 or type = 33) and repeat != '' and"
       " repeat != 'Not Repeat' and ifnull(repeat_seed, '') = '' and ifnull(syear, 0) not in (1002, 1003) and"
-      " eid != '' order by eid");
+      " eid != '' order by +eid");
   while (run.next()) {
     SelfRepeating row{.eid = std::string(run.text(0)),
                       .type = static_cast<int>(run.integer(1)),
