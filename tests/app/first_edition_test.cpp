@@ -1,6 +1,5 @@
 #include "app/do_db_updater.h"
 #include "model/account_balance.h"
-#include "support/compound_story.h"
 #include "support/old_store.h"
 
 namespace moniva {

@@ -1,6 +1,7 @@
 #include "app/do_db_updater.h"
 #include "model/account_balance.h"
-#include "support/compound_story.h"
+#include "recurrence/do_db_recurring.h"
+#include "recurrence/spend_repeat.h"
 #include "support/old_store.h"
 
 namespace moniva {
@@ -65,6 +66,24 @@ TEST(UpgradeSeriesTest, recordsThatRepeatByThemselvesBecomeTheFirstOfASeries) {
   other.takeFaults();
 }
 
+TEST(UpgradeSeriesTest, theSeriesGoOnWhereTheirRecordsLeftOff) {
+  OldStore store("self_repeating");
+  ASSERT_TRUE(updateRepeatSeedTransaction(store.root));
+  store.takeFaults();
+  const auto caughtUp = updateRecurringTransactionsWithFuture(store.root);
+  ASSERT_TRUE(caughtUp);
+  EXPECT_EQ(caughtUp->troubles.size(), 0U) << caughtUp->troubles.front().english();
+  // By what began it: how many records by now, the last of them, and what they come to.
+  EXPECT_EQ(
+      store.rows("select (select min(eid) from transactions as first where first.repeat_seed ="
+                 " made.repeat_seed and length(eid) < 36) || ' ' || count(*) || ' ' ||"
+                 " date(max(datetime), 'unixepoch', '1 hour') || ' ' || sum(amount) from transactions as made"
+                 " where repeat_seed != '' and repeat_seed != 'seed' group by repeat_seed order by 1"),
+      "fee 1 2024-02-29 3.0\nrent 110 2024-02-29 55000.0\nsave-a 2 2024-01-31 202.0\n"
+      "send-a 6 2024-02-24 630.0\nshop-item 2 2024-02-29 80.0\nwage 1 2024-02-20 900.0\n"
+      "yen-a 40 2024-02-29 4600.0");
+}
+
 TEST(UpgradeSeriesTest, whatCleanUpsRemovedByMistakeComesBackOncePerDay) {
   OldStore store("removed_occurrences");
   const auto live = [&](const std::string& like) {
@@ -73,6 +92,12 @@ TEST(UpgradeSeriesTest, whatCleanUpsRemovedByMistakeComesBackOncePerDay) {
         " type != 85 and eid like ? order by eid)",
         {like});
   };
+  // The record of the 20th is there; a person dated it anew.
+  ASSERT_TRUE(
+      store.sql("insert into transactions (eid, bid, type, amount, repeat_seed, datetime) values (?, '20',"
+                " 12, 5, 'going', ?)",
+                {occurrenceIdentifier(store.root.calendar(), "going", store.on("2020-03-20")),
+                 store.on("2020-03-25")}));
   EXPECT_EQ(live("back-%"), "");
   const std::string untouched = store.rows(
       "select group_concat(eid || deleted || ipid || editDate) from"
