@@ -86,6 +86,7 @@ Result<> needRestoreDeletedVendor(MVAppRoot& root);
 Result<> updateAccountGroupMemberIfNeed(MVAppRoot& root);
 Result<> updateAccountOrder(MVAppRoot& root);
 Result<> updateInstallment(MVAppRoot& root);
+Result<> fixWrongBookAfterEditTransCartBook20210903(MVAppRoot& root);
 Result<> updateSettingCopyToLocal(MVAppRoot& root);
 Result<> importDataTemp(MVAppRoot& root);
 
