@@ -91,16 +91,4 @@ Result<> repointHolder(MVAppRoot& root, int aKind, bool isGroup, const std::stri
                root.editStamp(), root.itsUDID(), from);
 }
 
-Result<> oncePerStore(MVAppRoot& root, std::string_view flag, Result<> (*repair)(MVAppRoot&)) {
-  return atomically(root, [&](Connection&) -> Result<> {
-    const auto value =
-        loadedTexts(root, "select value from monivaSys where key = ? order by editDate DESC limit 1", {flag});
-    if (!value) return tl::make_unexpected(value.error());
-    if (!value->empty() && value->front() == "1") return {};
-    if (auto done = repair(root); !done) return done;
-    if (auto cleared = write(root, "delete from monivaSys where key = ?", flag); !cleared) return cleared;
-    return write(root, "insert into monivaSys (value,key) values('1',?)", flag);
-  });
-}
-
 }  // namespace moniva

@@ -42,10 +42,6 @@ Result<> removeAccountRow(MVAppRoot& root, std::int64_t eid);
 Result<> repointHolder(MVAppRoot& root, int aKind, bool isGroup, const std::string& from,
                        const std::string& to);
 
-/// Runs the repair unless the flag in `monivaSys` says that it was done, and sets the flag, as one
-/// transaction.
-Result<> oncePerStore(MVAppRoot& root, std::string_view flag, Result<> (*repair)(MVAppRoot&));
-
 /// Books and accounts that came to have no key get one: their title, by which older records name them, where
 /// no other has it. Of two rows that records could never tell apart the one in use stays; `doubles` are the
 /// others, which have its key then and are to be removed. `touched` are the keys whose records changed.
