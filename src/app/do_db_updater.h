@@ -85,6 +85,8 @@ Result<> restoreWrongDeletedTransferIfNeed(MVAppRoot& root);
 Result<> needRestoreDeletedVendor(MVAppRoot& root);
 Result<> updateAccountGroupMemberIfNeed(MVAppRoot& root);
 Result<> updateAccountOrder(MVAppRoot& root);
+Result<> updateDebter(MVAppRoot& root);
+Result<> updateDataFiled2(MVAppRoot& root);
 Result<> updateInstallment(MVAppRoot& root);
 Result<> fixWrongBookAfterEditTransCartBook20210903(MVAppRoot& root);
 Result<> updateSettingCopyToLocal(MVAppRoot& root);
