@@ -140,7 +140,8 @@ const std::vector<UpgradeStep>& upgradeSteps() {
        .purpose = toTranslate("rebuilds the tables with dates as numbers"),
        .key = "updateStringTypeDateField",
        .byRequest = true,
-       .run = updateStringTypeDateField},
+       .run = updateStringTypeDateField,
+       .isUrgent = lacksColumns},
       {.code = 6,
        .name = "updateFixData",
        .purpose = toTranslate("fills fields of records that have nothing in them"),
@@ -169,7 +170,11 @@ Result<std::vector<const UpgradeStep*>> DoDBUpdater::stepsDue() {
       if (!set) return tl::make_unexpected(set.error());
       isDue = !*set;
     }
-    if (isDue) due.push_back(&step);
+    if (isUrgent(step)) {
+      due.insert(due.begin(), &step);
+    } else if (isDue) {
+      due.push_back(&step);
+    }
   }
   return due;
 }
@@ -221,8 +226,16 @@ Result<> DoDBUpdater::runAlone(UpgradeOutcome& outcome) {
                     written ? fmt::format("{} rows written", *written) : "undone, " + written.error().why));
     return written.has_value();
   };
+  const auto isDone = [&](const UpgradeStep& step) {
+    if (!noted(step.name, runStep(step))) return false;
+    outcome.run.push_back(step.code);
+    return true;
+  };
   bool goesOn = true;
-  if (needsFixDataForMoniva1(root_)) {
+  for (const UpgradeStep& step : steps_) {
+    if (goesOn && isUrgent(step)) goesOn = isDone(step);
+  }
+  if (goesOn && needsFixDataForMoniva1(root_)) {
     const auto before = db.totalChanges();
     const auto done = fixDataForMoniva1IfNeed(root_);
     // The steps take it for granted that records have their books.
@@ -231,9 +244,8 @@ Result<> DoDBUpdater::runAlone(UpgradeOutcome& outcome) {
   }
   const auto due = goesOn ? stepsDue() : std::vector<const UpgradeStep*>();
   if (!due) return tl::make_unexpected(due.error());
-  for (const UpgradeStep* step : *due) {
-    if (noted(step->name, runStep(*step))) outcome.run.push_back(step->code);
-  }
+  for (const UpgradeStep* step : *due) isDone(*step);
+  if (!root_.db().missingIndexes().empty()) root_.db().addIndexes();
   if (outcome.changed > 0 || !outcome.failed.empty()) {
     outcome.copy = copy->keep();
   } else {

@@ -28,6 +28,8 @@ struct UpgradeStep {
   Result<> (*run)(MVAppRoot&) = nullptr;
   /// It begins transactions itself; all others run within one made for them.
   bool inTransactionsOfItsOwn = false;
+  /// Whether the store is of no use without it. The step is due then and comes before all others.
+  bool (*isUrgent)(MVAppRoot&) = nullptr;
 };
 
 /// All steps, in the order in which they run.
@@ -72,6 +74,7 @@ class DoDBUpdater {
   Result<UpgradeOutcome> run();
 
  private:
+  bool isUrgent(const UpgradeStep& step) { return step.isUrgent != nullptr && step.isUrgent(root_); }
   Result<bool> hasWork();
   Result<> runAlone(UpgradeOutcome& outcome);
   /// Answers how many rows the step wrote.
@@ -85,8 +88,12 @@ class DoDBUpdater {
 void tellUpgrade(MVAppRoot& root, const Result<UpgradeOutcome>& outcome);
 
 /// Rebuilds `account`, `category`, `photos`, `monivaSys` and `transactions` with the columns of today, dates
-/// as numbers; what a column cannot take stays what it is.
+/// as numbers. Texts are read as they were written: "2015-03-04 12:30:00" in the user's zone, with a zone
+/// ("+0000") in that one; blank ones become 0. What cannot be read stays what it is, and the person is told.
+/// Columns that today's table has not are kept behind the others.
 Result<> updateStringTypeDateField(MVAppRoot& root);
+/// Whether one of these tables lacks a column of today.
+bool lacksColumns(MVAppRoot& root);
 
 // The steps in the order of their codes; each answers a refusal when it has to be undone.
 Result<> updateCategoryPK(MVAppRoot& root);                                      // 0
