@@ -3,10 +3,13 @@
 // without effect.
 
 #include "app/crash_record.h"
+#include "app/do_db_updater.h"
 #include "app/main_app_delegate.h"
 #include "model/default_categories.h"
 #include "model/moniva_account.h"
 #include "platform/files.h"
+#include "recurrence/do_db_recurring.h"
+#include "recurrence/settle_due.h"
 #include "storage/store_files.h"
 
 namespace moniva {
@@ -92,20 +95,55 @@ Result<> takeOutsideData(MainAppDelegate& app) {
   return {};
 }
 
+/// What could not be begun is tried again at the next start, so the day's work is not done yet then.
 Result<> startUpgrades(MainAppDelegate& app) {
-  app.platform().backgroundQueue.dispatch([&app] {
-    app.platform().mainQueue.dispatch([&app] {
-      const auto done = app.run(stepsAfterUpgrades());
-      if (!done) app.root().addNotice(done.error());
-      app.setLaunchedWhole(done.has_value());
-    });
-  });
+  DoDBUpdater(app.root())
+      .updateDatabaseIfNeed([&app](std::string_view title) { app.host().showProgressAlert(title); },
+                            [&app](const Result<UpgradeOutcome>& outcome) {
+                              tellUpgrade(app.root(), outcome);
+                              const auto done = app.run(stepsAfterUpgrades());
+                              if (!done) app.root().addNotice(done.error());
+                              app.setLaunchedWhole(outcome && done);
+                            });
   return {};
 }
 
+/// The current book may have got another key, or have gone.
 Result<> reloadBlankBook(MainAppDelegate& app) {
   const auto& book = app.root().monivaAccount;
-  if (!book || book->pk.empty()) refreshUsingMonivaAccount(app.root());
+  if (!book || book->pk.empty() || !MonivaAccount::getAccountWithPK(app.root(), book->pk)) {
+    refreshUsingMonivaAccount(app.root());
+  }
+  return {};
+}
+
+/// Trouble with a series or with settling does not keep the rest of the day's work back.
+Result<> bringSeriesUpToDate(MainAppDelegate& app) {
+  app.daysWork = {};
+  const auto made = updateRecurringTransactionsWithFuture(app.root());
+  if (!made) {
+    app.root().addNotice(made.error());
+    return {};
+  }
+  for (const auto& trouble : made->troubles) app.root().addNotice(trouble);
+  app.daysWork = {.made = made->made, .series = made->series};
+  return {};
+}
+
+Result<> settleWhatIsDue(MainAppDelegate& app) {
+  auto& [made, series, settled] = app.daysWork;
+  const auto count = makeMonivasPaid(app.root());
+  if (!count) app.root().addNotice(count.error());
+  settled = count.value_or(0);
+  const Phrase added = made == 1 ? phrase("Added {} record of {} repeating series.", made, series)
+                                 : phrase("Added {} records of {} repeating series.", made, series);
+  const Phrase paid = settled == 1 ? phrase("Settled {} pending record that has come due.", settled)
+                                   : phrase("Settled {} pending records that have come due.", settled);
+  if (made > 0 && settled > 0) {
+    app.root().addNotice("{} {}", added, paid);
+  } else if (made + settled > 0) {
+    app.root().addNotice(made > 0 ? added : paid);
+  }
   return {};
 }
 
@@ -259,8 +297,8 @@ const std::vector<Step>& stepsAfterUpgrades() {
   static const std::vector<Step> steps = {
       {"closeProgressAlert", ask<&AppHost::closeProgressAlert>},
       {"reloadBlankBook", reloadBlankBook},
-      {"updateRecurringTransactionsWithFuture", noWorkYet},
-      {"makeMonivasPaid", noWorkYet},
+      {"updateRecurringTransactionsWithFuture", bringSeriesUpToDate},
+      {"makeMonivasPaid", settleWhatIsDue},
       {"setRecentEditDate", setRecentEditDate},
       {"expenseChanged", postExpenseChanged},
       {"refreshDeviceInfoInDatabase", refreshDevice},

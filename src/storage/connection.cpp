@@ -196,6 +196,21 @@ void Connection::noteError(int code, std::string message) {
   }
 }
 
+Result<> Connection::copyInto(const std::filesystem::path& to) {
+  sqlite3* copy = nullptr;
+  int rc = sqlite3_open_v2(to.c_str(), &copy,
+                           SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+  if (rc == SQLITE_OK) {
+    sqlite3_backup* backup = sqlite3_backup_init(copy, "main", handle_, "main");
+    if (backup != nullptr) sqlite3_backup_step(backup, -1);
+    rc = backup != nullptr ? sqlite3_backup_finish(backup) : sqlite3_errcode(copy);
+  }
+  sqlite3_close_v2(copy);
+  if (rc == SQLITE_OK) return {};
+  return refuse("the data file '{}' cannot be copied to '{}': {}", path_.string(), to.string(),
+                sqlite3_errstr(rc));
+}
+
 bool Connection::checkpoint() {
   int frames = 0;
   int done = 0;

@@ -81,6 +81,9 @@ class Connection {
   /// Runs several statements without slots, uncached.
   bool executeScript(const std::string& sql);
 
+  /// Copies the database page by page, what is in its write-ahead log too, into another file (made when it is
+  /// absent), on the disk by the end. Other programs may read and write meanwhile; the copy is of one moment.
+  Result<> copyInto(const std::filesystem::path& to);
   /// Brings the write-ahead log into the file. False, with the failure "in use", when another connection
   /// still reads or writes what is in it.
   bool checkpoint();

@@ -150,30 +150,31 @@ std::set<std::string> DoDB::missingIndexes() {
   return missing;
 }
 
+bool DoDB::addIndexes() {
+  Connection* db = getDatabase();
+  if (db == nullptr) return false;
+  Transaction transaction(*db);
+  if (!transaction.began()) return false;
+  // One of these names that is there has other columns.
+  for (const auto& name : missingIndexes()) db->executeScript("DROP INDEX IF EXISTS " + name);
+  // One by one: a store with columns still to be added gets those that fit, and the others with its upgrade.
+  std::string_view rest = kIndexesSql;
+  for (auto end = rest.find(';'); end != std::string_view::npos; end = rest.find(';')) {
+    Transaction one(*db);
+    if (!one.began() || !db->executeScript(std::string(rest.substr(0, end))) || !one.commit()) {
+      platform_.log.line(fmt::format("== DoDB index not added: {}", db->lastErrorMessage()));
+    }
+    rest.remove_prefix(end + 1);
+  }
+  return transaction.commit();
+}
+
 void DoDB::addIndexesIfMissing() {
-  const auto missing = missingIndexes();
-  if (missing.empty()) return;
-  dispatchInDatabase("DoDB", [this, missing](Connection& connection) {
+  if (missingIndexes().empty()) return;
+  dispatchInDatabase("DoDB", [this](Connection& connection) {
     platform_.log.line(fmt::format("== DoDB adding indexes to {}", databasePath_.string()));
-    Transaction transaction(connection);
-    const bool began = transaction.began();
-    // One of these names that is there has other columns.
-    for (const auto& name : missing) {
-      if (began) connection.executeScript("DROP INDEX IF EXISTS " + name);
-    }
-    // One by one: a store with columns still to be added gets those that fit, and the others with its
-    // upgrade.
-    std::string_view rest = kIndexesSql;
-    for (auto end = rest.find(';'); began && end != std::string_view::npos; end = rest.find(';')) {
-      Transaction one(connection);
-      if (!one.began() || !connection.executeScript(std::string(rest.substr(0, end))) || !one.commit()) {
-        platform_.log.line(fmt::format("== DoDB index not added: {}", connection.lastErrorMessage()));
-      }
-      rest.remove_prefix(end + 1);
-    }
-    if (!began || !transaction.commit()) {
+    if (!addIndexes())
       faultLog_.line(fmt::format("== DoDB indexes not added: {}", connection.lastErrorMessage()));
-    }
   });
 }
 

@@ -80,6 +80,9 @@ class DoDB {
 
   /// The indexes the store should have and has not, or has on other columns.
   std::set<std::string> missingIndexes();
+  /// Makes the indexes that are missing, with the planner's figures for all, on the calling thread's
+  /// connection. Those that the columns of the store do not allow are left out.
+  bool addIndexes();
 
   /// The date of the first use of the program, by the oldest edit stamp; nothing in an unused store.
   std::optional<Date> getTheFirstUsingDateOfApp();

@@ -97,6 +97,24 @@ Result<> settleDataFile(const fs::path& path) {
   return {};
 }
 
+Result<> copyStore(Connection& connection, const fs::path& to) {
+  const auto size = static_cast<std::uintmax_t>(figure(connection, "PRAGMA page_count")) *
+                    static_cast<std::uintmax_t>(figure(connection, "PRAGMA page_size"));
+  std::error_code error;
+  const auto room = fs::space(to.parent_path(), error);
+  if (!error && room.available < size) {
+    return refuse("there is no room for a copy of the data file in '{}': it takes {} bytes, {} are free",
+                  to.parent_path().string(), size, room.available);
+  }
+  const fs::path building = withEnding(to, ".building");
+  // Made here, so that it is for the user's eyes alone from the beginning; one cut short is overwritten.
+  auto copied = writeFileWhole(building, "");
+  if (copied) copied = connection.copyInto(building);
+  if (copied) copied = renameInto(building, to);
+  for (const std::string_view ending : {"", "-journal"}) fs::remove(withEnding(building, ending), error);
+  return copied;
+}
+
 Result<fs::path> setDataFileAside(const fs::path& path, Date now) {
   auto aside = setFileAside(path, now);
   if (!aside) return aside;

@@ -41,6 +41,11 @@ Result<> checkKind(const std::filesystem::path& path);
 /// journal is then left where it is. A path without a file is fine.
 Result<> settleDataFile(const std::filesystem::path& path);
 
+/// Makes a whole copy of the connection's store at the path, on the disk when it is there under its name:
+/// a crash leaves all of it or nothing. Refused, with nothing written, where there is no room for it. The
+/// file itself is not opened for that: closing it again would take the engine's locks on it away.
+Result<> copyStore(Connection& connection, const std::filesystem::path& to);
+
 /// Sets the data file aside under a dated name together with its write-ahead log, which it may still need.
 /// Answers the new path.
 Result<std::filesystem::path> setDataFileAside(const std::filesystem::path& path, Date now);

@@ -134,6 +134,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addSearchCommands(*this);
   addExplainCommand(*this);
   addDoctorCommand(*this);
+  addUpgradeCommand(*this);
   addOpenCommand(*this);
   addDemoCommand(*this);
   addShellCommands(*this);

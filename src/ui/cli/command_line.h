@@ -82,6 +82,7 @@ void addBreakdownCommand(CommandLine& line);
 void addSearchCommands(CommandLine& line);
 void addExplainCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
+void addUpgradeCommand(CommandLine& line);
 void addOpenCommand(CommandLine& line);
 void addDemoCommand(CommandLine& line);
 void addShellCommands(CommandLine& line);
