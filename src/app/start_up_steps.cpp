@@ -1,6 +1,6 @@
 // The order of everything the program does by itself: at launch, on the first opening of a day, on returning
 // to the foreground and on leaving it. Work of rooms that are still to come has its step here already,
-// without effect.
+// without effect. Steps that write have none in a store of a newer version.
 
 #include "app/crash_record.h"
 #include "app/do_db_updater.h"
@@ -46,8 +46,16 @@ Result<> copyDatabase(MainAppDelegate& app) {
   return app.root().copyDatabaseIfNeed();
 }
 
+/// Runs the step unless the store is one of a newer version, which is only read.
+template <Result<> (*step)(MainAppDelegate&)>
+Result<> unlessReadOnly(MainAppDelegate& app) {
+  return app.root().db().isReadOnly() ? Result<>() : step(app);
+}
+
 Result<> openDatabase(MainAppDelegate& app) {
-  return app.root().db().initDatabase();
+  if (auto opened = app.root().db().initDatabase(); !opened) return opened;
+  if (const auto& why = app.root().db().readOnlyReason()) app.root().addNotice("Note: {}.", *why);
+  return {};
 }
 
 /// A store that this device made begins with categories; one that came from elsewhere is as its person left
@@ -97,6 +105,7 @@ Result<> takeOutsideData(MainAppDelegate& app) {
 
 /// What could not be begun is tried again at the next start, so the day's work is not done yet then.
 Result<> startUpgrades(MainAppDelegate& app) {
+  if (app.root().db().isReadOnly()) return app.run(stepsAfterUpgrades());
   DoDBUpdater(app.root())
       .updateDatabaseIfNeed([&app](std::string_view title) { app.host().showProgressAlert(title); },
                             [&app](const Result<UpgradeOutcome>& outcome) {
@@ -260,7 +269,7 @@ const std::vector<Step>& launchSteps(Edition edition) {
       {"createMainWindow", ask<&AppHost::createMainWindow>},
       {"copyDatabaseIfNeed", copyDatabase},
       {"initDatabase", openDatabase},
-      {"insertAllCategoryIfNeed", insertCategories},
+      {"insertAllCategoryIfNeed", unlessReadOnly<insertCategories>},
       {"refreshUsingMonivaAccount", loadCurrentBook},
       {"createShortcutItems", offerShortcuts},
       {"startPurchaseManager",
@@ -277,7 +286,7 @@ const std::vector<Step>& launchSteps(Edition edition) {
 
 const std::vector<Step>& quickReturnSteps() {
   static const std::vector<Step> steps = {
-      {"refreshDeviceInfoInDatabase", refreshDeviceInBackground},
+      {"refreshDeviceInfoInDatabase", unlessReadOnly<refreshDeviceInBackground>},
       {"importDataFromOutside", takeOutsideData},
       {"sendCrashLogMailIfNeed", reportCrash},
   };
@@ -297,11 +306,11 @@ const std::vector<Step>& stepsAfterUpgrades() {
   static const std::vector<Step> steps = {
       {"closeProgressAlert", ask<&AppHost::closeProgressAlert>},
       {"reloadBlankBook", reloadBlankBook},
-      {"updateRecurringTransactionsWithFuture", bringSeriesUpToDate},
-      {"makeMonivasPaid", settleWhatIsDue},
-      {"setRecentEditDate", setRecentEditDate},
+      {"updateRecurringTransactionsWithFuture", unlessReadOnly<bringSeriesUpToDate>},
+      {"makeMonivasPaid", unlessReadOnly<settleWhatIsDue>},
+      {"setRecentEditDate", unlessReadOnly<setRecentEditDate>},
       {"expenseChanged", postExpenseChanged},
-      {"refreshDeviceInfoInDatabase", refreshDevice},
+      {"refreshDeviceInfoInDatabase", unlessReadOnly<refreshDevice>},
       {"importDataFromOutside", takeOutsideData},
   };
   return steps;
@@ -311,7 +320,7 @@ const std::vector<Step>& foregroundSteps() {
   static const std::vector<Step> steps = {
       {"copyDatabaseIfNeed", copyDatabase},
       {"initDatabase", openDatabaseAgain},
-      {"insertAllCategoryIfNeed", insertCategories},
+      {"insertAllCategoryIfNeed", unlessReadOnly<insertCategories>},
       {"databaseFileCheck", checkFileAfterCloudSwitch},
       {"initCloud", startPhotoSync},
       {"showTouchIDIfNeed", askWithPasscode<&AppHost::showTouchIDIfNeed>},
@@ -323,8 +332,8 @@ const std::vector<Step>& foregroundSteps() {
 const std::vector<Step>& backgroundSteps() {
   static const std::vector<Step> steps = {
       {"storeLastOpenAppDate", storeLastOpenAppDate},
-      {"checkDataFile", checkDataFile},
-      {"updateRecentEditDateIfNeed", stampRecentEdit},
+      {"checkDataFile", unlessReadOnly<checkDataFile>},
+      {"updateRecentEditDateIfNeed", unlessReadOnly<stampRecentEdit>},
       {"showLockView", askWithPasscode<&AppHost::showLockView>},
       {"saveToGroupPath", saveForSibling},
       {"checkpoint", completeDataFile},
