@@ -128,7 +128,7 @@ CREATE TABLE monivaSys (
   edit_ipid TEXT DEFAULT ''
 );
 
--- A new store needs none of the steps that bring older ones up to date.
+-- A new store needs none of the steps that bring older ones up to date, and none of the repairs that are done once.
 INSERT INTO monivaSys (value, key) VALUES
 ('1', 'updateCategoryPK'),
 ('1', 'updateRepeatSeedTransaction'),
@@ -139,4 +139,10 @@ INSERT INTO monivaSys (value, key) VALUES
 ('1', 'updateDataFiled20210305'),
 ('1', 'clearDuplicateAccountWithSamePK'),
 ('1', 'fixWrongDeletedByClearRecurringItem20210412'),
-('1', 'fixWrongDeletedByClearRecurringItem20220719');
+('1', 'fixWrongDeletedByClearRecurringItem20220719'),
+('1', 'updateDataFiled2'),
+('1', 'fixWrongBookAfterEditTransCartBook20210903'),
+('1', 'updateWrongDeletedTransfer23'),
+('1', 'updateDebter'),
+('1', 'updateAccountGroupMember2'),
+('1', 'updateAccountOrder');
