@@ -127,3 +127,16 @@ CREATE TABLE monivaSys (
   ipid TEXT DEFAULT '',
   edit_ipid TEXT DEFAULT ''
 );
+
+-- A new store needs none of the steps that bring older ones up to date.
+INSERT INTO monivaSys (value, key) VALUES
+('1', 'updateCategoryPK'),
+('1', 'updateRepeatSeedTransaction'),
+('1', 'clearWrongRecurringItem2'),
+('1', 'updateNOCategoryTitle'),
+('1', 'updateDataFiled202102'),
+('1', 'fixWrongDeletedByClearDuplicateRecurringItem20210209'),
+('1', 'updateDataFiled20210305'),
+('1', 'clearDuplicateAccountWithSamePK'),
+('1', 'fixWrongDeletedByClearRecurringItem20210412'),
+('1', 'fixWrongDeletedByClearRecurringItem20220719');

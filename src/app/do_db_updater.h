@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -16,50 +18,82 @@ namespace moniva {
 struct UpgradeStep {
   int code = 0;
   std::string_view name;
-  /// What it does, for people.
+  /// What it does, for people; in English.
   std::string_view purpose;
   /// Key in `monivaSys` that is '1' once the step has run; or, for a step that a person asks for, the local
   /// setting that asks.
   std::string_view key;
   bool byRequest = false;
-  /// Runs within a transaction of its own; a refusal undoes it.
-  Result<> (*run)(MVAppRoot&);
+  /// A refusal undoes it.
+  Result<> (*run)(MVAppRoot&) = nullptr;
+  /// It begins transactions itself; all others run within one made for them.
+  bool inTransactionsOfItsOwn = false;
+  /// Whether the store is of no use without it. The step is due then and comes before all others.
+  bool (*isUrgent)(MVAppRoot&) = nullptr;
 };
 
 /// All steps, in the order in which they run.
 const std::vector<UpgradeStep>& upgradeSteps();
 
+/// A step that was undone, by its name, and why.
+struct UpgradeFailure {
+  std::string_view name;
+  Refusal why;
+};
+
 /// What an upgrade came to.
 struct UpgradeOutcome {
-  std::vector<int> run;      ///< codes of the steps that ran to their end
-  std::vector<int> failed;   ///< that were undone and stay due
-  std::int64_t changed = 0;  ///< rows changed besides the flags
+  std::vector<int> run;                ///< codes of the steps that ran to their end
+  std::vector<UpgradeFailure> failed;  ///< stay due
+  bool converted = false;              ///< from the form of the first edition
+  std::int64_t changed = 0;            ///< rows written besides the flags
+  /// The copy of the store from before; empty where nothing was changed and nothing failed.
+  std::filesystem::path copy;
 };
 
 /// Runs the steps that a store needs. Before the first of them a whole copy of the store is made under the
 /// safety copy's name, so that a run cut short is taken back at the next launch; it has left that name by the
-/// end. No other program has the store open meanwhile: while one has, nothing is done, and the person is
-/// told.
+/// end. No other program has the store open meanwhile.
 class DoDBUpdater {
  public:
-  explicit DoDBUpdater(MVAppRoot& root) : root_(root) {}
+  /// `steps` has to outlive it and what it has dispatched.
+  explicit DoDBUpdater(MVAppRoot& root, const std::vector<UpgradeStep>& steps = upgradeSteps())
+      : root_(root), steps_(steps) {}
 
-  /// The codes of the steps still to run, in their order, as texts.
+  /// The codes of the steps still to run, in their order, as texts. None for a store that cannot be read.
   std::vector<std::string> needUpdateDB();
+  /// The same as steps.
+  Result<std::vector<const UpgradeStep*>> stepsDue();
   /// Runs them on the database queue and calls `complete` on the main queue. `showProgress` is called on the
-  /// main queue with the title of a progress alert when there is anything to do.
+  /// main queue with the title of a progress alert when there is anything to do. The main thread leaves the
+  /// store alone until then.
   void updateDatabaseIfNeed(std::function<void(std::string_view)> showProgress,
                             std::function<void(const Result<UpgradeOutcome>&)> complete);
-  /// The same at once, in the block of the database queue (or on the thread) it is called in.
+  /// The same at once, in the block of the database queue (or on the thread) it is called in. Refused, with
+  /// nothing done, while another program has the store and where no copy of it can be made.
   Result<UpgradeOutcome> run();
 
  private:
+  bool isUrgent(const UpgradeStep& step) { return step.isUrgent != nullptr && step.isUrgent(root_); }
+  Result<bool> hasWork();
+  Result<> runAlone(UpgradeOutcome& outcome);
+  /// Answers how many rows the step wrote.
+  Result<std::int64_t> runStep(const UpgradeStep& step);
+
   MVAppRoot& root_;
+  const std::vector<UpgradeStep>& steps_;
 };
 
+/// Tells the person what an upgrade came to; nothing where it had nothing to do.
+void tellUpgrade(MVAppRoot& root, const Result<UpgradeOutcome>& outcome);
+
 /// Rebuilds `account`, `category`, `photos`, `monivaSys` and `transactions` with the columns of today, dates
-/// as numbers; what a column cannot take stays what it is.
+/// as numbers. Texts are read as they were written: "2015-03-04 12:30:00" in the user's zone, with a zone
+/// ("+0000") in that one; blank ones become 0. What cannot be read stays what it is, and the person is told.
+/// Columns that today's table has not are kept behind the others.
 Result<> updateStringTypeDateField(MVAppRoot& root);
+/// Whether one of these tables lacks a column of today.
+bool lacksColumns(MVAppRoot& root);
 
 // The steps in the order of their codes; each answers a refusal when it has to be undone.
 Result<> updateCategoryPK(MVAppRoot& root);                                      // 0
@@ -85,7 +119,10 @@ Result<> restoreWrongDeletedTransferIfNeed(MVAppRoot& root);
 Result<> needRestoreDeletedVendor(MVAppRoot& root);
 Result<> updateAccountGroupMemberIfNeed(MVAppRoot& root);
 Result<> updateAccountOrder(MVAppRoot& root);
+Result<> updateDebter(MVAppRoot& root);
+Result<> updateDataFiled2(MVAppRoot& root);
 Result<> updateInstallment(MVAppRoot& root);
+Result<> fixWrongBookAfterEditTransCartBook20210903(MVAppRoot& root);
 Result<> updateSettingCopyToLocal(MVAppRoot& root);
 Result<> importDataTemp(MVAppRoot& root);
 

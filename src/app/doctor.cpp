@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "app/do_db_updater.h"
 #include "model/account_balance.h"
 #include "model/entry_checks.h"
 #include "model/photos.h"
@@ -145,6 +146,14 @@ std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
     }
     if (!run.ok()) wrong = db->lastErrorMessage();
     findings.push_back({phrase("file"), wrong.empty(), Phrase::quoted(wrong)});
+  }
+  {
+    const auto due = DoDBUpdater(root).needUpdateDB().size();
+    findings.push_back({phrase("upgrades"), due == 0,
+                        due == 0 ? Phrase("")
+                        : due == 1
+                            ? phrase("{} step is still to be done; see: moniva upgrade --dry-run", due)
+                            : phrase("{} steps are still to be done; see: moniva upgrade --dry-run", due)});
   }
   for (const Count& count : kCounts) {
     const Phrase check(count.check, std::string(count.check));

@@ -1,6 +1,7 @@
 #include "app/main_app_delegate.h"
 
 #include <boost/json.hpp>
+#include <chrono>
 
 #include "base/text.h"
 #include "calendar/date_texts.h"
@@ -62,6 +63,7 @@ bool MainAppDelegate::unlock(std::string_view given) {
 }
 
 void MainAppDelegate::appLaunched() {
+  if (holdsDaysWorkBack) return;
   const auto last = platform().userDefaults->dateForKey("lastOpenAppDate");
   const bool isQuickReturn = last && root_.calendar().isToday(*last, root_.now());
   const auto done = run(isQuickReturn ? quickReturnSteps() : dailySteps());
@@ -73,7 +75,10 @@ void MainAppDelegate::settle() {
   // Background work goes through the database queue and back, and ends in work for the main thread, which may
   // start some again.
   do {
-    platform().backgroundQueue.drain();
+    // Long work there tells how it fares.
+    while (!platform().backgroundQueue.drainWithin(std::chrono::milliseconds(200))) {
+      platform().mainQueue.runPending();
+    }
     root_.db().drain();
     platform().backgroundQueue.drain();
   } while (platform().mainQueue.runPending());

@@ -19,6 +19,13 @@ struct Step {
   Result<> (*run)(MainAppDelegate&);
 };
 
+/// What the work of a day came to: records made, of how many series, and pending ones settled.
+struct DaysWork {
+  int made = 0;
+  int series = 0;
+  int settled = 0;
+};
+
 /// Receives the program's life-cycle events and runs, in a fixed order, the work that belongs to each. The
 /// orders are the tables of `start_up_steps.cpp`.
 class MainAppDelegate {
@@ -57,10 +64,17 @@ class MainAppDelegate {
   void takeDataFromOutside();
   /// Takes what `filepathOfMailImport` names and clears it.
   void importDataFromOutside();
+  /// Takes over the first edition's data file, and its photo database, from the folder the editions share,
+  /// and brings it up to date. A store that has records in it is left as it is. What was done is told.
+  void importDataFromMoniva1GroupPath();
   /// The device's own record in the store: what it runs and the day it was last in use. Written when that
   /// changed.
   void refreshDeviceInfoInDatabase(const std::string& udid);
 
+  DaysWork daysWork;
+  /// Launches and returns then leave the work that belongs to a day to another time: a front end wants to
+  /// look at the store as it is.
+  bool holdsDaysWorkBack = false;
   /// Called with each step's name before it runs, on the step's thread.
   std::function<void(std::string_view)> onStep;
 

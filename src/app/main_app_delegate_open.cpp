@@ -5,9 +5,12 @@
 #include <cctype>
 #include <filesystem>
 
+#include "app/do_db_updater.h"
 #include "app/main_app_delegate.h"
 #include "base/percent_decoding.h"
 #include "model/moniva_account.h"
+#include "platform/files.h"
+#include "storage/store_files.h"
 
 namespace moniva {
 namespace {
@@ -131,10 +134,7 @@ void MainAppDelegate::importDataFromOutside() {
                         : phrase("Nobody is signed in to a cloud here, so there is no data of the first "
                                  "edition to take over."));
   } else if (contains(from, "transdate_from_moniva1_group_path")) {
-    root_.addNotice(
-        platform().directories.groupContainer.empty()
-            ? phrase("There is no shared folder of the first edition here, so there is no data to take over.")
-            : phrase("This version cannot take over the first edition's data yet; it stays where it is."));
+    importDataFromMoniva1GroupPath();
   } else if (contains(file, ".mvk") || contains(file, "_data")) {
     host_.showALertWhenImportDataBackup(from);
   } else if (contains(file, ".mvz")) {
@@ -142,6 +142,43 @@ void MainAppDelegate::importDataFromOutside() {
   } else {
     root_.addNotice("'{}' is no kind of file this program takes in by opening it.", from);
   }
+}
+
+void MainAppDelegate::importDataFromMoniva1GroupPath() {
+  const auto& folder = platform().directories.groupContainer;
+  const auto source = folder / platform().info.kDatabaseName;
+  if (folder.empty()) {
+    return root_.addNotice(
+        "There is no shared folder of the first edition here, so there is no data to take over.");
+  }
+  if (!isPresent(source)) {
+    return root_.addNotice("The shared folder '{}' has no data of the first edition.", folder.string());
+  }
+  if (!root_.db().isEmpty()) {
+    return root_.addNotice(
+        "This store has records already, so the first edition's data was not taken over; it stays as '{}'.",
+        source.string());
+  }
+  settle();
+  const auto taken = checkKind(source).and_then([&] { return settleDataFile(source); }).and_then([&] {
+    return root_.replaceDatabase(source);
+  });
+  if (!taken) {
+    return root_.addNotice("The first edition's data '{}' was not taken over: {}.", source.string(),
+                           taken.error());
+  }
+  // It is not a store that this device made: its categories are its own.
+  platform().userDefaults->removeObjectForKey("copyDataFile");
+  const auto photos = folder / platform().info.kBackupPhotoDBName;
+  if (isPresent(photos)) {
+    const auto kept = platform().directories.documents / photos.filename();
+    if (auto copied = copyFileIfAbsent(photos, kept); !copied) root_.addNotice(copied.error());
+  }
+  root_.addNotice("Took over the first edition's data; the empty store is kept as '{}'.",
+                  taken->filename().string());
+  tellUpgrade(root_, DoDBUpdater(root_).run());
+  refreshUsingMonivaAccount(root_);
+  root_.databaseFileChangedAfterRestoreDatafile();
 }
 
 }  // namespace moniva

@@ -1,12 +1,15 @@
 // The order of everything the program does by itself: at launch, on the first opening of a day, on returning
 // to the foreground and on leaving it. Work of rooms that are still to come has its step here already,
-// without effect.
+// without effect. Steps that write have none in a store of a newer version.
 
 #include "app/crash_record.h"
+#include "app/do_db_updater.h"
 #include "app/main_app_delegate.h"
 #include "model/default_categories.h"
 #include "model/moniva_account.h"
 #include "platform/files.h"
+#include "recurrence/do_db_recurring.h"
+#include "recurrence/settle_due.h"
 #include "storage/store_files.h"
 
 namespace moniva {
@@ -43,8 +46,16 @@ Result<> copyDatabase(MainAppDelegate& app) {
   return app.root().copyDatabaseIfNeed();
 }
 
+/// Runs the step unless the store is one of a newer version, which is only read.
+template <Result<> (*step)(MainAppDelegate&)>
+Result<> unlessReadOnly(MainAppDelegate& app) {
+  return app.root().db().isReadOnly() ? Result<>() : step(app);
+}
+
 Result<> openDatabase(MainAppDelegate& app) {
-  return app.root().db().initDatabase();
+  if (auto opened = app.root().db().initDatabase(); !opened) return opened;
+  if (const auto& why = app.root().db().readOnlyReason()) app.root().addNotice("Note: {}.", *why);
+  return {};
 }
 
 /// A store that this device made begins with categories; one that came from elsewhere is as its person left
@@ -92,20 +103,56 @@ Result<> takeOutsideData(MainAppDelegate& app) {
   return {};
 }
 
+/// What could not be begun is tried again at the next start, so the day's work is not done yet then.
 Result<> startUpgrades(MainAppDelegate& app) {
-  app.platform().backgroundQueue.dispatch([&app] {
-    app.platform().mainQueue.dispatch([&app] {
-      const auto done = app.run(stepsAfterUpgrades());
-      if (!done) app.root().addNotice(done.error());
-      app.setLaunchedWhole(done.has_value());
-    });
-  });
+  if (app.root().db().isReadOnly()) return app.run(stepsAfterUpgrades());
+  DoDBUpdater(app.root())
+      .updateDatabaseIfNeed([&app](std::string_view title) { app.host().showProgressAlert(title); },
+                            [&app](const Result<UpgradeOutcome>& outcome) {
+                              tellUpgrade(app.root(), outcome);
+                              const auto done = app.run(stepsAfterUpgrades());
+                              if (!done) app.root().addNotice(done.error());
+                              app.setLaunchedWhole(outcome && done);
+                            });
   return {};
 }
 
+/// The current book may have got another key, or have gone.
 Result<> reloadBlankBook(MainAppDelegate& app) {
   const auto& book = app.root().monivaAccount;
-  if (!book || book->pk.empty()) refreshUsingMonivaAccount(app.root());
+  if (!book || book->pk.empty() || !MonivaAccount::getAccountWithPK(app.root(), book->pk)) {
+    refreshUsingMonivaAccount(app.root());
+  }
+  return {};
+}
+
+/// Trouble with a series or with settling does not keep the rest of the day's work back.
+Result<> bringSeriesUpToDate(MainAppDelegate& app) {
+  app.daysWork = {};
+  const auto made = updateRecurringTransactionsWithFuture(app.root());
+  if (!made) {
+    app.root().addNotice(made.error());
+    return {};
+  }
+  for (const auto& trouble : made->troubles) app.root().addNotice(trouble);
+  app.daysWork = {.made = made->made, .series = made->series};
+  return {};
+}
+
+Result<> settleWhatIsDue(MainAppDelegate& app) {
+  auto& [made, series, settled] = app.daysWork;
+  const auto count = makeMonivasPaid(app.root());
+  if (!count) app.root().addNotice(count.error());
+  settled = count.value_or(0);
+  const Phrase added = made == 1 ? phrase("Added {} record of {} repeating series.", made, series)
+                                 : phrase("Added {} records of {} repeating series.", made, series);
+  const Phrase paid = settled == 1 ? phrase("Settled {} pending record that has come due.", settled)
+                                   : phrase("Settled {} pending records that have come due.", settled);
+  if (made > 0 && settled > 0) {
+    app.root().addNotice("{} {}", added, paid);
+  } else if (made + settled > 0) {
+    app.root().addNotice(made > 0 ? added : paid);
+  }
   return {};
 }
 
@@ -222,7 +269,7 @@ const std::vector<Step>& launchSteps(Edition edition) {
       {"createMainWindow", ask<&AppHost::createMainWindow>},
       {"copyDatabaseIfNeed", copyDatabase},
       {"initDatabase", openDatabase},
-      {"insertAllCategoryIfNeed", insertCategories},
+      {"insertAllCategoryIfNeed", unlessReadOnly<insertCategories>},
       {"refreshUsingMonivaAccount", loadCurrentBook},
       {"createShortcutItems", offerShortcuts},
       {"startPurchaseManager",
@@ -239,7 +286,7 @@ const std::vector<Step>& launchSteps(Edition edition) {
 
 const std::vector<Step>& quickReturnSteps() {
   static const std::vector<Step> steps = {
-      {"refreshDeviceInfoInDatabase", refreshDeviceInBackground},
+      {"refreshDeviceInfoInDatabase", unlessReadOnly<refreshDeviceInBackground>},
       {"importDataFromOutside", takeOutsideData},
       {"sendCrashLogMailIfNeed", reportCrash},
   };
@@ -259,11 +306,11 @@ const std::vector<Step>& stepsAfterUpgrades() {
   static const std::vector<Step> steps = {
       {"closeProgressAlert", ask<&AppHost::closeProgressAlert>},
       {"reloadBlankBook", reloadBlankBook},
-      {"updateRecurringTransactionsWithFuture", noWorkYet},
-      {"makeMonivasPaid", noWorkYet},
-      {"setRecentEditDate", setRecentEditDate},
+      {"updateRecurringTransactionsWithFuture", unlessReadOnly<bringSeriesUpToDate>},
+      {"makeMonivasPaid", unlessReadOnly<settleWhatIsDue>},
+      {"setRecentEditDate", unlessReadOnly<setRecentEditDate>},
       {"expenseChanged", postExpenseChanged},
-      {"refreshDeviceInfoInDatabase", refreshDevice},
+      {"refreshDeviceInfoInDatabase", unlessReadOnly<refreshDevice>},
       {"importDataFromOutside", takeOutsideData},
   };
   return steps;
@@ -273,7 +320,7 @@ const std::vector<Step>& foregroundSteps() {
   static const std::vector<Step> steps = {
       {"copyDatabaseIfNeed", copyDatabase},
       {"initDatabase", openDatabaseAgain},
-      {"insertAllCategoryIfNeed", insertCategories},
+      {"insertAllCategoryIfNeed", unlessReadOnly<insertCategories>},
       {"databaseFileCheck", checkFileAfterCloudSwitch},
       {"initCloud", startPhotoSync},
       {"showTouchIDIfNeed", askWithPasscode<&AppHost::showTouchIDIfNeed>},
@@ -285,8 +332,8 @@ const std::vector<Step>& foregroundSteps() {
 const std::vector<Step>& backgroundSteps() {
   static const std::vector<Step> steps = {
       {"storeLastOpenAppDate", storeLastOpenAppDate},
-      {"checkDataFile", checkDataFile},
-      {"updateRecentEditDateIfNeed", stampRecentEdit},
+      {"checkDataFile", unlessReadOnly<checkDataFile>},
+      {"updateRecentEditDateIfNeed", unlessReadOnly<stampRecentEdit>},
       {"showLockView", askWithPasscode<&AppHost::showLockView>},
       {"saveToGroupPath", saveForSibling},
       {"checkpoint", completeDataFile},

@@ -119,15 +119,24 @@ Result<> Spend::addRepeatSeed() {
   const Date begun = payDate == Date{} ? datetime : payDate;
   const std::string seed = root_->newIdentifier();
   const bool openEnded = repeatEndDate == Date{};
-  auto written = write(
-      *root_,
-      "insert into transactions (bid, amount, type, note, category, subcategory, datetime, repeat, account,"
-      " editDate, eid, repeat_end_date, vendor, book, sday, syear, payDate, edit_ipid)"
-      " values (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)",
-      bid, amount, kind::kRepeatSeed, note, category,
-      subcategory.empty() ? kNoCategory : std::string_view(subcategory), datetime, repeat, account,
-      root_->editStamp(), seed, openEnded ? Value("") : Value(repeatEndDate), vendor, book,
-      root_->calendar().day(begun), type, begun, root_->itsUDID());
+  auto written = atomically(*root_, [&](Connection&) -> Result<> {
+    auto inserted = write(
+        *root_,
+        "insert into transactions (bid, amount, type, note, category, subcategory, datetime, repeat, account,"
+        " editDate, eid, repeat_end_date, vendor, book, sday, syear, payDate, edit_ipid)"
+        " values (?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)",
+        bid, amount, kind::kRepeatSeed, note, category,
+        subcategory.empty() ? kNoCategory : std::string_view(subcategory), datetime, repeat, account,
+        root_->editStamp(), seed, openEnded ? Value("") : Value(repeatEndDate), vendor, book,
+        root_->calendar().day(begun), type, begun, root_->itsUDID());
+    if (!inserted) return inserted;
+    // The row's insert has no slot for these.
+    return write(*root_,
+                 "update transactions set currency2 = ?, amount2 = ?, needReimburse = ?, barcode = ?,"
+                 " editDate = ?, edit_ipid = ? where eid = ?",
+                 foreignCurrency, foreignAmount, needReimburse, timeZone, root_->editStamp(),
+                 root_->itsUDID(), seed);
+  });
   if (written) repeatSeedID = seed;
   return written;
 }

@@ -109,7 +109,8 @@ class Spend {
   Result<> add();
   /// The same for one row of a compound record, whose UUID is set.
   Result<> add(int asPartOf);
-  /// Writes the seed of a repeating record: type 85, the kind of what it makes in `syear`.
+  /// Writes the seed of a repeating record: type 85, the kind of what it makes in `syear`. Its `eid` is in
+  /// `repeatSeedID` then.
   Result<> addRepeatSeed();
   /// A record that is paid by payments: 1004. They come to the amount, or what is missing is the rest.
   Result<> addWithPayments(std::vector<Payment>& toPay);

@@ -99,7 +99,7 @@ std::string titleOf(const std::shared_ptr<const MonivaAccount>& holder) {
   return holder ? holder->title : std::string();
 }
 
-/// A version 7 identifier begins with the moment it was made at.
+/// A version 7 identifier begins with the moment it was made at; one made of another's knows none and has 0.
 std::optional<Date> madeAt(std::string_view eid) {
   constexpr std::size_t kVersionPlace = 14;
   if (eid.size() != 36 || eid[kVersionPlace] != '7') return std::nullopt;
@@ -113,6 +113,7 @@ std::optional<Date> madeAt(std::string_view eid) {
     if (value < 0) return std::nullopt;
     milliseconds = milliseconds * 16 + static_cast<std::uint64_t>(value);
   }
+  if (milliseconds == 0) return std::nullopt;
   return Date{static_cast<double>(milliseconds) / 1000};
 }
 

@@ -139,7 +139,7 @@ Result<std::string> currencyOfAccount(MVAppRoot& root, std::string_view key) {
   return refuse("there is no account with the key '{}'", key);
 }
 
-Result<> Transfer::checkWhole() {
+Result<> Transfer::check() {
   if (accountA.empty() || accountB.empty()) return refuse("a transfer needs an account on each side");
   if (accountA == accountB) return refuse("a transfer needs two different accounts");
   for (const double amount : {amountA, amountB}) {
@@ -177,35 +177,37 @@ Result<> Transfer::addSide(int type, const std::string& eid, double amount, cons
 Result<> Transfer::add() {
   if (repeat == kNotRepeat || !repeatSeed.empty()) return add(repeatSeed);
   return atomically(*root_, [&](Connection&) -> Result<> {
-    if (auto checked = checkWhole(); !checked) return checked;
+    if (auto checked = check(); !checked) return checked;
     const std::string seed = root_->newIdentifier();
     if (auto added = addSeed(seed); !added) return added;
     return add(seed);
   });
 }
 
-Result<> Transfer::add(std::string_view seed) {
-  if (auto checked = checkWhole(); !checked) return checked;
+Result<> Transfer::insert(std::string_view seed) {
   for (std::string* identifier : {&connectUUID, &eidA, &eidB}) {
     if (identifier->empty()) *identifier = root_->newIdentifier();
   }
-  auto added = atomically(*root_, [&](Connection&) -> Result<> {
-    auto written = addSide(kind::kTransferOut, eidA, amountA, accountA, accountB, seed);
-    if (written) written = addSide(kind::kTransferIn, eidB, amountB, accountB, accountA, seed);
-    if (written && acrossCurrencies) {
-      // The row's insert has no slot for the other side's amount.
-      written = writeBothAmounts(*root_, eidA, amountA, amountB);
-      if (written) written = writeBothAmounts(*root_, eidB, amountB, moved());
+  auto written = addSide(kind::kTransferOut, eidA, amountA, accountA, accountB, seed);
+  if (written) written = addSide(kind::kTransferIn, eidB, amountB, accountB, accountA, seed);
+  if (written && acrossCurrencies) {
+    // The row's insert has no slot for the other side's amount.
+    written = writeBothAmounts(*root_, eidA, amountA, amountB);
+    if (written) written = writeBothAmounts(*root_, eidB, amountB, moved());
+  }
+  if (written && !ipid.empty()) {
+    constexpr std::string_view mark =
+        "update transactions set ipid = ?, editDate = ?, edit_ipid = ? where eid = ?";
+    for (const auto& eid : {eidA, eidB}) {
+      if (written) written = write(*root_, mark, ipid, root_->editStamp(), root_->itsUDID(), eid);
     }
-    if (written && !ipid.empty()) {
-      constexpr std::string_view mark =
-          "update transactions set ipid = ?, editDate = ?, edit_ipid = ? where eid = ?";
-      for (const auto& eid : {eidA, eidB}) {
-        if (written) written = write(*root_, mark, ipid, root_->editStamp(), root_->itsUDID(), eid);
-      }
-    }
-    return written;
-  });
+  }
+  return written;
+}
+
+Result<> Transfer::add(std::string_view seed) {
+  if (auto checked = check(); !checked) return checked;
+  auto added = atomically(*root_, [&](Connection&) { return insert(seed); });
   if (!added) return added;
   repeatSeed = seed;
   repeat = kNotRepeat;

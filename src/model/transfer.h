@@ -87,6 +87,13 @@ class Transfer {
   Result<> add();
   /// The same as an occurrence of the series of that seed, or of none when it is blank; no seed is written.
   Result<> add(std::string_view seed);
+  /// Writes the seed of its series alone, dated as the transfer is; its `eid` is in `repeatSeed` then. Refused
+  /// is what `add` refuses.
+  Result<> addRepeatSeed();
+  /// What `add` refuses. A charge that follows from the amounts is set.
+  Result<> check();
+  /// Writes both rows as they are, within the transaction of a caller that has checked them.
+  Result<> insert(std::string_view seed);
 
   /// Deletes what is live of the transfer, both sides together; refused when nothing is.
   Result<> delete_();
@@ -147,7 +154,6 @@ class Transfer {
   static std::optional<Transfer> loaded(MVAppRoot& root, std::string_view uuid, std::string_view eidA,
                                         std::string_view eidB);
   void readSide(const Run& run, bool isA);
-  Result<> checkWhole();
   Result<> addSeed(const std::string& eid) const;
   Result<> addSide(int type, const std::string& eid, double amount, const std::string& account,
                    const std::string& other, std::string_view seed) const;

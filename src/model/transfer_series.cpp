@@ -41,13 +41,22 @@ Result<> Transfer::addSeed(const std::string& eid) const {
   return written;
 }
 
+Result<> Transfer::addRepeatSeed() {
+  if (auto checked = check(); !checked) return checked;
+  if (repeat == kNotRepeat) return refuse("a record that does not repeat has no series");
+  const std::string seed = root_->newIdentifier();
+  auto added = atomically(*root_, [&](Connection&) { return addSeed(seed); });
+  if (added) repeatSeed = seed;
+  return added;
+}
+
 std::optional<Transfer> Transfer::transferFromSeed(MVAppRoot& root, std::string_view eid) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr || eid.empty()) return std::nullopt;
   Run run = db->query(
       "select amount, note, vendor, datetime, repeat, account, repeat_end_date, barcode, amount2, sweek,"
-      " deleted from transactions where eid = ? and type = ? and syear = ?",
-      {eid, kind::kRepeatSeed, kind::kTransferOut});
+      " deleted, syear from transactions where eid = ? and type = ? and syear in (?, ?)",
+      {eid, kind::kRepeatSeed, kind::kTransferOut, kind::kTransferIn});
   if (!run.next()) return std::nullopt;
   Transfer transfer(root);
   transfer.amountA = run.real(0);
@@ -63,6 +72,13 @@ std::optional<Transfer> Transfer::transferFromSeed(MVAppRoot& root, std::string_
   transfer.amountB = transfer.acrossCurrencies ? run.real(8) : transfer.moved();
   transfer.isDeleted = static_cast<int>(run.integer(10));
   transfer.repeatSeed = eid;
+  if (run.integer(11) == kind::kTransferIn) {
+    // Older stores also have seeds that tell it from the side where the money arrives.
+    std::swap(transfer.accountA, transfer.accountB);
+    transfer.amountB = run.real(0);
+    transfer.amountA =
+        transfer.acrossCurrencies ? run.real(8) : withoutNoise(transfer.amountB + transfer.serviceCharge);
+  }
   return transfer;
 }
 

@@ -58,6 +58,11 @@ void WorkQueue::drain() {
   changed_.wait(lock, [this] { return blocks_.empty() && !running_; });
 }
 
+bool WorkQueue::drainWithin(std::chrono::milliseconds time) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, time, [this] { return blocks_.empty() && !running_; });
+}
+
 bool WorkQueue::isThisThread() const {
   const std::scoped_lock lock(mutex_);
   return thread_.joinable() && thread_.get_id() == std::this_thread::get_id();

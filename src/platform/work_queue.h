@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -39,6 +40,8 @@ class WorkQueue {
   void runAndWait(const std::function<void()>& block);
   /// Waits until nothing is left to do. Not to be called on the queue's thread.
   void drain();
+  /// The same for that long at most; whether nothing is left.
+  bool drainWithin(std::chrono::milliseconds time);
   bool isThisThread() const;
   /// True while blocks wait or run.
   bool isBusy() const;

@@ -7,6 +7,7 @@
 #include "base/result.h"
 #include "model/mv_transaction.h"
 #include "model/spend.h"
+#include "model/transfer.h"
 #include "recurrence/repeat_step.h"
 
 // A series that repeats: one seed row (type 85), which says when and what, and a row or pair of rows for each

@@ -121,11 +121,15 @@ Date endOfSevenDays(MVAppRoot& root) {
 }
 
 Result<std::vector<SeriesEntry>> needPayTransactionsInSevenDay(MVAppRoot& root) {
+  return seriesDueBefore(root, endOfSevenDays(root));
+}
+
+Result<std::vector<SeriesEntry>> seriesDueBefore(MVAppRoot& root, Date end) {
   return entriesOf<SeriesEntry>(
       root,
       "SELECT eid, syear FROM transactions where deleted = 0 and datetime < ? and type = ? and"
       " (syear != ? or syear is NULL) order by datetime",
-      {endOfSevenDays(root), kind::kRepeatSeed, advanced::kInstallment}, [](const Run& run) {
+      {end, kind::kRepeatSeed, advanced::kInstallment}, [](const Run& run) {
         return SeriesEntry{std::string(run.text(0)), static_cast<int>(run.integer(1))};
       });
 }

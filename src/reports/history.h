@@ -95,6 +95,8 @@ struct SeriesEntry {
   int syear = 0;
 };
 Result<std::vector<SeriesEntry>> needPayTransactionsInSevenDay(MVAppRoot& root);
+/// The same for another time: those whose next record is due before the moment.
+Result<std::vector<SeriesEntry>> seriesDueBefore(MVAppRoot& root, Date end);
 /// Where those seven days end: the first moment that is not among them.
 Date endOfSevenDays(MVAppRoot& root);
 

@@ -95,6 +95,7 @@ Result<std::unique_ptr<Connection>> Connection::open(const std::filesystem::path
   std::unique_ptr<Connection> connection(new Connection(handle, path));
   // The engine's own handler sleeps ever longer, and a thread that writes on and on would starve the other.
   connection->patience_ = busyTimeout;
+  connection->readOnly_ = access == Access::readOnly;
   sqlite3_busy_handler(
       handle,
       [](void* self, int tries) {
@@ -195,6 +196,21 @@ void Connection::noteError(int code, std::string message) {
   }
 }
 
+Result<> Connection::copyInto(const std::filesystem::path& to) {
+  sqlite3* copy = nullptr;
+  int rc = sqlite3_open_v2(to.c_str(), &copy,
+                           SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+  if (rc == SQLITE_OK) {
+    sqlite3_backup* backup = sqlite3_backup_init(copy, "main", handle_, "main");
+    if (backup != nullptr) sqlite3_backup_step(backup, -1);
+    rc = backup != nullptr ? sqlite3_backup_finish(backup) : sqlite3_errcode(copy);
+  }
+  sqlite3_close_v2(copy);
+  if (rc == SQLITE_OK) return {};
+  return refuse("the data file '{}' cannot be copied to '{}': {}", path_.string(), to.string(),
+                sqlite3_errstr(rc));
+}
+
 bool Connection::checkpoint() {
   int frames = 0;
   int done = 0;
@@ -221,6 +237,7 @@ Refusal Connection::refusal() const {
       return Refusal(phrase("there is no space left to write to the data file '{}'", file));
     case SQLITE_READONLY:
     case SQLITE_PERM:
+      if (readOnlyReason_) return *readOnlyReason_;
       return Refusal(phrase("the data file '{}' cannot be written", file));
     case SQLITE_NOTADB:
       return Refusal(phrase("'{}' is not a data file of this program", file));

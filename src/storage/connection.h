@@ -5,6 +5,7 @@
 #include <functional>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -80,6 +81,9 @@ class Connection {
   /// Runs several statements without slots, uncached.
   bool executeScript(const std::string& sql);
 
+  /// Copies the database page by page, what is in its write-ahead log too, into another file (made when it is
+  /// absent), on the disk by the end. Other programs may read and write meanwhile; the copy is of one moment.
+  Result<> copyInto(const std::filesystem::path& to);
   /// Brings the write-ahead log into the file. False, with the failure "in use", when another connection
   /// still reads or writes what is in it.
   bool checkpoint();
@@ -88,6 +92,11 @@ class Connection {
   /// Called with the code and the message of a failure that the file itself is to blame for: damage, or a
   /// read or write that the system refused. What a statement reads then is not the whole truth.
   void onFileFault(std::function<void(int, const std::string&)> told) { fileFault_ = std::move(told); }
+
+  /// Whether nothing can be written by it. Transactions do not begin then, rather than fail half-way.
+  bool isReadOnly() const { return readOnly_; }
+  /// Why it is so, as refused writes are to say it.
+  void setReadOnlyReason(Refusal why) { readOnlyReason_ = std::move(why); }
 
   int lastErrorCode() const { return errorCode_; }
   const std::string& lastErrorMessage() const { return errorMessage_; }
@@ -128,6 +137,8 @@ class Connection {
   std::filesystem::path path_;
   std::uint64_t serial_;
   int patience_ = 0;
+  bool readOnly_ = false;
+  std::optional<Refusal> readOnlyReason_;
   struct Kept {
     sqlite3_stmt* statement = nullptr;
     bool held = false;  ///< by a run, until that goes: also one that has ended is still to be reset

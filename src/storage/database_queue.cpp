@@ -2,8 +2,8 @@
 
 namespace moniva {
 
-DatabaseQueue::DatabaseQueue(std::filesystem::path path, Prepare opened)
-    : path_(std::move(path)), prepare_(std::move(opened)) {}
+DatabaseQueue::DatabaseQueue(std::filesystem::path path, Connection::Access access, Prepare opened)
+    : path_(std::move(path)), access_(access), prepare_(std::move(opened)) {}
 
 void DatabaseQueue::inDatabase(const std::function<void(Connection*)>& block) {
   queue_.runAndWait([&] { block(connection()); });
@@ -15,7 +15,7 @@ void DatabaseQueue::dispatch(std::function<void(Connection*)> block) {
 
 Connection* DatabaseQueue::connection() {
   if (!connection_) {
-    auto opened = Connection::open(path_, Connection::Access::readWrite);
+    auto opened = Connection::open(path_, access_);
     if (opened && prepare_(**opened)) connection_ = std::move(*opened);
   }
   return connection_.get();

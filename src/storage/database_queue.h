@@ -13,9 +13,10 @@ namespace moniva {
 /// is opened with the first block and closed with the queue.
 class DatabaseQueue {
  public:
-  /// `opened` prepares a fresh connection; false from it means that the connection is not to be used.
+  /// `opened` prepares a fresh connection for that access; false from it means that the connection is not to
+  /// be used.
   using Prepare = std::function<bool(Connection&)>;
-  DatabaseQueue(std::filesystem::path path, Prepare opened);
+  DatabaseQueue(std::filesystem::path path, Connection::Access access, Prepare opened);
 
   /// Runs the block on the queue's thread and waits for it; from a block of the queue it runs at once. The
   /// block gets no connection (null) when the file cannot be opened.
@@ -29,6 +30,7 @@ class DatabaseQueue {
   Connection* connection();
 
   std::filesystem::path path_;
+  Connection::Access access_;
   Prepare prepare_;
   std::unique_ptr<Connection> connection_;
   /// Declared last: its blocks use the connection until it has ended.

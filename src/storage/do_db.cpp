@@ -89,20 +89,33 @@ Result<> DoDB::initDatabase() {
     fileFault_.clear();
   }
   if (databasePath_.empty()) databasePath_ = defaultPath();
-  auto opened = Connection::open(databasePath_, Connection::Access::readWrite);
+  // Asked before anything opens it for writing, which alone may change the file.
+  readOnlyReason_.reset();
+  if (auto looked = Connection::open(databasePath_, Connection::Access::readOnly))
+    readOnlyReason_ = newerKind(**looked);
+  const auto access = readOnlyReason_ ? Connection::Access::readOnly : Connection::Access::readWrite;
+  auto opened = Connection::open(databasePath_, access);
   if (!opened) return tl::make_unexpected(opened.error());
   if (auto prepared = prepare(**opened); !prepared) return prepared;
   fmdb_ = std::move(*opened);
-  queue_ = std::make_unique<DatabaseQueue>(databasePath_, [this](Connection& connection) {
+  queue_ = std::make_unique<DatabaseQueue>(databasePath_, access, [this](Connection& connection) {
     const auto prepared = prepare(connection);
     if (!prepared) faultLog_.fault(prepared.error().why);
     return prepared.has_value();
   });
-  addIndexesIfMissing();
+  if (!isReadOnly()) addIndexesIfMissing();
   return {};
 }
 
 Result<> DoDB::prepare(Connection& connection) {
+  if (!readOnlyReason_) return prepareToWrite(connection);
+  connection.onFileFault([this](int code, const std::string& message) { noteFileFault(code, message); });
+  connection.setReadOnlyReason(*readOnlyReason_);
+  if (connection.executeScript("PRAGMA cache_size = -16384")) return {};
+  return tl::make_unexpected(connection.refusal());
+}
+
+Result<> DoDB::prepareToWrite(Connection& connection) {
   if (auto kind = checkKind(connection); !kind) return kind;
   connection.onFileFault([this](int code, const std::string& message) { noteFileFault(code, message); });
   const bool logged = [&] {
@@ -137,30 +150,31 @@ std::set<std::string> DoDB::missingIndexes() {
   return missing;
 }
 
+bool DoDB::addIndexes() {
+  Connection* db = getDatabase();
+  if (db == nullptr) return false;
+  Transaction transaction(*db);
+  if (!transaction.began()) return false;
+  // One of these names that is there has other columns.
+  for (const auto& name : missingIndexes()) db->executeScript("DROP INDEX IF EXISTS " + name);
+  // One by one: a store with columns still to be added gets those that fit, and the others with its upgrade.
+  std::string_view rest = kIndexesSql;
+  for (auto end = rest.find(';'); end != std::string_view::npos; end = rest.find(';')) {
+    Transaction one(*db);
+    if (!one.began() || !db->executeScript(std::string(rest.substr(0, end))) || !one.commit()) {
+      platform_.log.line(fmt::format("== DoDB index not added: {}", db->lastErrorMessage()));
+    }
+    rest.remove_prefix(end + 1);
+  }
+  return transaction.commit();
+}
+
 void DoDB::addIndexesIfMissing() {
-  const auto missing = missingIndexes();
-  if (missing.empty()) return;
-  dispatchInDatabase("DoDB", [this, missing](Connection& connection) {
+  if (missingIndexes().empty()) return;
+  dispatchInDatabase("DoDB", [this](Connection& connection) {
     platform_.log.line(fmt::format("== DoDB adding indexes to {}", databasePath_.string()));
-    Transaction transaction(connection);
-    const bool began = transaction.began();
-    // One of these names that is there has other columns.
-    for (const auto& name : missing) {
-      if (began) connection.executeScript("DROP INDEX IF EXISTS " + name);
-    }
-    // One by one: a store with columns still to be added gets those that fit, and the others with its
-    // upgrade.
-    std::string_view rest = kIndexesSql;
-    for (auto end = rest.find(';'); began && end != std::string_view::npos; end = rest.find(';')) {
-      Transaction one(connection);
-      if (!one.began() || !connection.executeScript(std::string(rest.substr(0, end))) || !one.commit()) {
-        platform_.log.line(fmt::format("== DoDB index not added: {}", connection.lastErrorMessage()));
-      }
-      rest.remove_prefix(end + 1);
-    }
-    if (!began || !transaction.commit()) {
+    if (!addIndexes())
       faultLog_.line(fmt::format("== DoDB indexes not added: {}", connection.lastErrorMessage()));
-    }
   });
 }
 
@@ -254,7 +268,7 @@ bool DoDB::databaseIsAvailable(const std::filesystem::path& path) {
 }
 
 bool DoDB::checkpoint() {
-  if (!fmdb_) return false;
+  if (!fmdb_ || isReadOnly()) return false;
   // Nobody is kept waiting for it: while another program reads, closing the last connection does the same.
   fmdb_->setPatience(0);
   const bool complete = fmdb_->checkpoint();

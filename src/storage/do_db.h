@@ -39,11 +39,15 @@ class DoDB {
   /// Takes the path and opens the file there. False, with nothing changed, when there is no file at the path
   /// or it cannot be opened.
   bool setDatabasePath(const std::filesystem::path& path);
-  /// Opens the data file, closing what was open: the path set before, else Documents / `kDatabaseName`.
-  /// Refused, with nothing left open, for a file that is no store, is damaged, is of a newer kind or cannot
-  /// be written.
+  /// Opens the data file, closing what was open: the path set before, else Documents / `kDatabaseName`. One
+  /// of a newer kind is opened for reading. Refused, with nothing left open, for a file that is no store, is
+  /// damaged or cannot be written.
   Result<> initDatabase();
   bool isOpen() const { return fmdb_ != nullptr; }
+  /// Whether the open store is one of a newer version of the program: it is read, and nothing is ever written
+  /// to it. `readOnlyReason` says so to people.
+  bool isReadOnly() const { return fmdb_ != nullptr && fmdb_->isReadOnly(); }
+  const std::optional<Refusal>& readOnlyReason() const { return readOnlyReason_; }
   /// Closes both connections, after the blocks handed to the queue so far.
   void closeDatabase();
 
@@ -76,6 +80,9 @@ class DoDB {
 
   /// The indexes the store should have and has not, or has on other columns.
   std::set<std::string> missingIndexes();
+  /// Makes the indexes that are missing, with the planner's figures for all, on the calling thread's
+  /// connection. Those that the columns of the store do not allow are left out.
+  bool addIndexes();
 
   /// The date of the first use of the program, by the oldest edit stamp; nothing in an unused store.
   std::optional<Date> getTheFirstUsingDateOfApp();
@@ -101,6 +108,7 @@ class DoDB {
 
  private:
   Result<> prepare(Connection& connection);
+  Result<> prepareToWrite(Connection& connection);
   void addIndexesIfMissing();
   bool runBlock(Connection* connection, std::string_view className,
                 const std::function<void(Connection&)>& work);
@@ -115,6 +123,7 @@ class DoDB {
   std::unique_ptr<DatabaseQueue> queue_;
   std::unique_ptr<Connection> fmdb_;
   Connection* qudb_ = nullptr;
+  std::optional<Refusal> readOnlyReason_;
   std::string callQudbClassName_;
 };
 

@@ -86,6 +86,8 @@ bool MVAppRoot::executeUpdate(std::string_view sql, std::span<const Value> argum
   Connection* db = db_.getDatabase();
   if (db == nullptr) return false;
   if (db->execute(sql, arguments)) return true;
+  // A store that is only read is not damaged.
+  if (db->isReadOnly()) return false;
   db_.faultLog().line(
       fmt::format("=== 数据库已损坏[{}] {}", db->lastErrorCode() & 0xFF, db->lastErrorMessage()));
   return false;

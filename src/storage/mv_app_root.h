@@ -82,6 +82,12 @@ class MVAppRoot {
   bool importFromGroupPath(const std::filesystem::path& folder);
   /// Puts an empty store in the place of the data file, which is set aside, and opens it.
   Result<> resetDatabase();
+  /// Puts a copy of that store, one complete file, in the place of the data file and opens it. Answers where
+  /// the old data file is kept. Refused, with the old one open again, while another program runs.
+  Result<std::filesystem::path> replaceDatabase(const std::filesystem::path& store);
+  /// Runs the change while no other program has the store. Where one has it is not waited for: refused, and
+  /// nothing was run.
+  Result<> alone(const std::function<Result<>()>& change) { return exclusively(change, 0); }
   /// Sets the data file aside (a damaged one); the next foreground makes or restores a store. The connections
   /// are closed. Answers where it is kept.
   Result<std::filesystem::path> setDatabaseAside();
@@ -108,8 +114,10 @@ class MVAppRoot {
   std::filesystem::path dataFile() const;
   /// Keeps other programs from replacing the data file, from the first call on.
   Result<> hold();
+  /// Seconds that a change of the data file waits for other programs on the same store.
+  static constexpr double kLockPatience = 5.0;
   /// Runs the change while no other program holds the data file.
-  Result<> exclusively(const std::function<Result<>()>& change);
+  Result<> exclusively(const std::function<Result<>()>& change, double patience = kLockPatience);
   Result<> takeSafetyCopy();
   Result<> clearJournal();
   Result<> makeFirstStore();

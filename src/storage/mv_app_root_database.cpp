@@ -9,9 +9,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Seconds that a change of the data file waits for other programs on the same store.
-constexpr double kLockPatience = 5.0;
-
 /// The cloud containers to look in, the edition's own first and the first edition's last.
 std::vector<std::string> containersFor(const AppInfo& info) {
   if (info.edition == Edition::plus)
@@ -33,14 +30,14 @@ Result<> MVAppRoot::hold() {
   return {};
 }
 
-Result<> MVAppRoot::exclusively(const std::function<Result<>()>& change) {
+Result<> MVAppRoot::exclusively(const std::function<Result<>()>& change, double patience) {
   // The shared lock goes first: two programs that both kept theirs would wait for each other. Whoever comes
   // in between is seen by what `change` asks of the files.
   lock_.reset();
   Result<> changed;
   {
     const auto alone =
-        FileLock::acquire(db_.defaultPath().string() + ".lock", FileLock::Mode::exclusive, kLockPatience);
+        FileLock::acquire(db_.defaultPath().string() + ".lock", FileLock::Mode::exclusive, patience);
     changed = alone ? change()
                     : refuse("the data file '{}' is in use by another program; nothing was changed",
                              dataFile().string());
@@ -159,27 +156,35 @@ bool MVAppRoot::importFromGroupPath(const fs::path& folder) {
   return settleDataFile(source) && copyFileIfAbsent(source, db_.defaultPath());
 }
 
-Result<> MVAppRoot::resetDatabase() {
+Result<fs::path> MVAppRoot::replaceDatabase(const fs::path& store) {
   const fs::path path = dataFile();
   const fs::path fresh = path.string() + ".fresh";
   std::error_code ignored;
   fs::remove(fresh, ignored);
-  if (auto made = copyFileIfAbsent(platform_.directories.resources / "db.sqlite", fresh); !made) {
-    return tl::make_unexpected(made.error());
-  }
+  if (auto made = copyFileIfAbsent(store, fresh); !made) return tl::make_unexpected(made.error());
   db_.closeDatabase();
-  auto reset = exclusively([&]() -> Result<> {
+  fs::path kept;
+  auto replaced = exclusively([&]() -> Result<> {
     auto aside = replaceDataFile(path, fresh, now());
     if (!aside) return tl::make_unexpected(aside.error());
-    if (!aside->empty()) {
-      addNotice("The data file is kept as '{}'; the store is empty now.", aside->filename().string());
-    }
+    kept = *aside;
     return {};
   });
   fs::remove(fresh, ignored);
   stamps_.forget();
   auto opened = db_.initDatabase();
-  return reset ? opened : reset;
+  if (!replaced) return tl::make_unexpected(replaced.error());
+  if (!opened) return tl::make_unexpected(opened.error());
+  return kept;
+}
+
+Result<> MVAppRoot::resetDatabase() {
+  const auto kept = replaceDatabase(platform_.directories.resources / "db.sqlite");
+  if (!kept) return tl::make_unexpected(kept.error());
+  if (!kept->empty()) {
+    addNotice("The data file is kept as '{}'; the store is empty now.", kept->filename().string());
+  }
+  return {};
 }
 
 Result<fs::path> MVAppRoot::setDatabaseAside() {

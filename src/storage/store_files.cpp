@@ -54,22 +54,28 @@ Availability availabilityOf(const fs::path& path, std::string& why) {
 
 Result<> checkKind(Connection& connection) {
   connection.clearError();
-  const auto version = figure(connection, "PRAGMA user_version");
   const auto application = figure(connection, "PRAGMA application_id");
   const auto tables = figure(connection,
                              "select count(*) from sqlite_schema where type = 'table' and name in"
                              " ('account', 'category', 'transactions', 'monivaSys')");
+  const auto newer = newerKind(connection);
   if (connection.lastErrorCode() != 0) return tl::make_unexpected(connection.refusal());
-  const std::string file = connection.path().string();
   if ((application != 0 && application != kApplicationID) || tables != 4) {
-    return refuse("'{}' is not a data file of this program", file);
+    return refuse("'{}' is not a data file of this program", connection.path().string());
   }
-  if (version > kStoreVersion) {
-    return refuse(
-        "the data file '{}' was written by a newer version of the program (kind {}; this one knows up to {})",
-        file, version, kStoreVersion);
-  }
+  if (newer) return tl::make_unexpected(*newer);
   return {};
+}
+
+std::optional<Refusal> newerKind(Connection& connection) {
+  const auto version = figure(connection, "PRAGMA user_version");
+  if (version <= kStoreVersion || figure(connection, "PRAGMA application_id") != kApplicationID)
+    return std::nullopt;
+  return Refusal(
+      phrase("the data file '{}' was written by a newer version of the program (kind {}; this one knows up "
+             "to {}), so it"
+             " can be read here and not changed",
+             connection.path().string(), version, kStoreVersion));
 }
 
 Result<> checkKind(const fs::path& path) {
@@ -89,6 +95,24 @@ Result<> settleDataFile(const fs::path& path) {
     return tl::make_unexpected(connection.refusal());
   }
   return {};
+}
+
+Result<> copyStore(Connection& connection, const fs::path& to) {
+  const auto size = static_cast<std::uintmax_t>(figure(connection, "PRAGMA page_count")) *
+                    static_cast<std::uintmax_t>(figure(connection, "PRAGMA page_size"));
+  std::error_code error;
+  const auto room = fs::space(to.parent_path(), error);
+  if (!error && room.available < size) {
+    return refuse("there is no room for a copy of the data file in '{}': it takes {} bytes, {} are free",
+                  to.parent_path().string(), size, room.available);
+  }
+  const fs::path building = withEnding(to, ".building");
+  // Made here, so that it is for the user's eyes alone from the beginning; one cut short is overwritten.
+  auto copied = writeFileWhole(building, "");
+  if (copied) copied = connection.copyInto(building);
+  if (copied) copied = renameInto(building, to);
+  for (const std::string_view ending : {"", "-journal"}) fs::remove(withEnding(building, ending), error);
+  return copied;
 }
 
 Result<fs::path> setDataFileAside(const fs::path& path, Date now) {

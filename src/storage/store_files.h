@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "base/result.h"
@@ -28,6 +29,10 @@ Availability availabilityOf(const std::filesystem::path& path, std::string& why)
 /// reason otherwise.
 Result<> checkKind(Connection& connection);
 
+/// Whether the database is a store of a version to come, which can be read and must not be written: the
+/// refusal says so. Nothing for every other file.
+std::optional<Refusal> newerKind(Connection& connection);
+
 /// The same for a file; refused too when it is damaged or cannot be told of now.
 Result<> checkKind(const std::filesystem::path& path);
 
@@ -35,6 +40,11 @@ Result<> checkKind(const std::filesystem::path& path);
 /// write-ahead log into the file. Refused when another program has it open or the file cannot be read; the
 /// journal is then left where it is. A path without a file is fine.
 Result<> settleDataFile(const std::filesystem::path& path);
+
+/// Makes a whole copy of the connection's store at the path, on the disk when it is there under its name:
+/// a crash leaves all of it or nothing. Refused, with nothing written, where there is no room for it. The
+/// file itself is not opened for that: closing it again would take the engine's locks on it away.
+Result<> copyStore(Connection& connection, const std::filesystem::path& to);
 
 /// Sets the data file aside under a dated name together with its write-ahead log, which it may still need.
 /// Answers the new path.

@@ -1,9 +1,16 @@
 #include "storage/transaction.h"
 
+#include <sqlite3.h>
+
 namespace moniva {
 
 Transaction::Transaction(Connection& connection)
     : connection_(connection), depth_(connection.depth_), outermost_(!connection.inTransaction()) {
+  if (connection_.isReadOnly()) {
+    // The engine would begin to read, and refuse the first write.
+    connection_.noteError(SQLITE_READONLY, "the connection only reads");
+    return;
+  }
   open_ = connection_.execute(outermost_ ? "BEGIN IMMEDIATE" : fmt::format("SAVEPOINT scope{}", depth_));
   if (open_) ++connection_.depth_;
 }

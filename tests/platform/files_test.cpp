@@ -12,7 +12,7 @@
 namespace moniva {
 namespace {
 
-constexpr Date kNow{1709217005};
+constexpr Date kSetAsideAt{1709217005};
 
 TEST(Files, aCopyNeverOverwrites) {
   const TemporaryFolder folder;
@@ -55,10 +55,10 @@ TEST(Files, setAsideNamesAreFreeAndInUtc) {
   const std::string dated = "moniva.dat.set-aside-20240229-143005";
   for (const std::string& name : {dated, dated + "-2", dated + "-3"}) {
     putBytes(folder / "moniva.dat", name);
-    EXPECT_EQ(setFileAside(folder / "moniva.dat", kNow).value(), folder / name);
+    EXPECT_EQ(setFileAside(folder / "moniva.dat", kSetAsideAt).value(), folder / name);
     EXPECT_EQ(bytesOf(folder / name), name);
   }
-  EXPECT_FALSE(setFileAside(folder / "moniva.dat", kNow)) << "there is none";
+  EXPECT_FALSE(setFileAside(folder / "moniva.dat", kSetAsideAt)) << "there is none";
 }
 
 TEST(Files, aFullDiskLeavesTheOldFileWhole) {

@@ -24,7 +24,7 @@ void makeStore(const fs::path& path, std::string_view mark, bool rollback = fals
 }
 
 std::string marks(Device& device) {
-  return device.rows("select key from monivaSys order by key");
+  return device.rows("select key from monivaSys where value != '1' order by key");
 }
 
 /// Leaves the store at the path with a hot rollback journal: a program died in the middle of a transaction
@@ -201,7 +201,7 @@ TEST(Recovery, whatAnotherProgramUsesStaysInItsPlace) {
     device.open();
     auto reader = Connection::open(device.dataFile(), Connection::Access::readWrite);
     ASSERT_TRUE((*reader)->execute("BEGIN"));
-    ASSERT_TRUE((*reader)->execute("select count(*) from monivaSys"));
+    ASSERT_TRUE((*reader)->execute("select count(*) from monivaSys where value != '1'"));
     ASSERT_TRUE(device.sql("insert into monivaSys (key) values ('typed just now')"));
     EXPECT_FALSE(device.root.resetDatabase()) << "what is only in the log would not be in the kept copy";
     EXPECT_EQ(marks(device), "typed just now");

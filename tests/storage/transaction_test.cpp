@@ -14,7 +14,7 @@ using Settings = std::map<int, int>;
 
 Settings stored(Device& device) {
   Settings settings;
-  auto run = device.connection().query("select key, value from monivaSys");
+  auto run = device.connection().query("select key, value from monivaSys where key < 'a'");
   while (run.next()) settings[static_cast<int>(run.integer(0))] = static_cast<int>(run.integer(1));
   return settings;
 }
@@ -130,7 +130,7 @@ TEST(Transactions, whatAFullDiskUndidStaysUndone) {
     EXPECT_EQ(device.connection().refusal().why,
               "there is no space left to write to the data file '" + device.dataFile().string() + "'");
   }
-  EXPECT_EQ(device.rows("select key from monivaSys"), "before");
+  EXPECT_EQ(device.rows("select key from monivaSys where value != '1'"), "before");
   device.rows("PRAGMA max_page_count = 1000000");
   EXPECT_TRUE(device.sql("insert into monivaSys (key) values ('after')"));
 }
@@ -147,7 +147,7 @@ TEST(Transactions, anotherWriterIsWaitedForThenRefused) {
                                                    "' is in use by another program; try again when that has"
                                                    " finished");
   EXPECT_NE(device.takeFaults().find("=== 数据库已损坏[5] database is locked"), std::string::npos);
-  EXPECT_EQ(device.number("select count(*) from monivaSys"), 0) << "reading goes on";
+  EXPECT_EQ(device.number("select count(*) from monivaSys where value != '1'"), 0) << "reading goes on";
   ASSERT_TRUE((*other)->execute("COMMIT"));
   Transaction begun(device.connection());
   EXPECT_TRUE(begun.began() && begun.commit());
@@ -156,11 +156,11 @@ TEST(Transactions, anotherWriterIsWaitedForThenRefused) {
 TEST(Transactions, aReadScopeSeesOneMoment) {
   Device device;
   device.open();
-  const auto count = [&] { return device.number("select count(*) from monivaSys"); };
+  const auto count = [&] { return device.number("select count(*) from monivaSys where value != '1'"); };
   {
     const ReadTransaction moment(device.connection());
     EXPECT_EQ(count(), 0);
-    EXPECT_TRUE(device.root.setObject("1", "AutoBackup")) << "the other connection writes meanwhile";
+    EXPECT_TRUE(device.root.setObject("0", "AutoBackup")) << "the other connection writes meanwhile";
     EXPECT_EQ(count(), 0);
   }
   EXPECT_EQ(count(), 1);

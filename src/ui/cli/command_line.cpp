@@ -120,6 +120,8 @@ CommandLine::CommandLine(const Style& helpStyle)
   addPaymentCommands(*this);
   addRefundCommands(*this);
   addTransferCommands(*this);
+  addRepeatCommands(*this);
+  addDueCommand(*this);
   addPhotoCommands(*this);
   addTemplateCommands(*this);
   addDebtCommands(*this);
@@ -132,6 +134,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addSearchCommands(*this);
   addExplainCommand(*this);
   addDoctorCommand(*this);
+  addUpgradeCommand(*this);
   addOpenCommand(*this);
   addDemoCommand(*this);
   addShellCommands(*this);

@@ -74,13 +74,22 @@ std::span<const CommandText> commandTexts() {
        " all is well.",
        {{"moniva doctor", "look everything over"},
         {"moniva doctor --set-aside", "keep a damaged data file under a dated name and begin a new store"}}},
+      {"upgrade",
+       "bring a store of an older version up to date",
+       "The first command of a day does so by itself; this one does it now, or shows what there is to do. No "
+       "other program may have the store open meanwhile. Each step is done whole or not at all, and one that "
+       "fails does not keep the others back. The store as it was before is kept beside it where anything was "
+       "changed.",
+       {{"moniva upgrade --dry-run", "see what the store needs"},
+        {"moniva upgrade", "do it"},
+        {"moniva upgrade --again 13", "have the records of all series repaired once more"}}},
       {"open",
        "hand a URL or a file to the program",
        "Some URLs ask for maintenance: moniva://sendlog has the next command tell where the log of faults "
        "is; "
        "moniva://fix, moniva://fix2 and moniva://fix3 leave a request for repairs with the settings, for the "
        "first "
-       "opening of a day, and change nothing else; "
+       "opening of a day or moniva upgrade, and change nothing else; "
        "moniva://resetdb begins an empty store at once and keeps the old file beside it. A file waits while "
        "the "
        "store is locked.",
@@ -107,6 +116,7 @@ std::span<const CommandText> commandTexts() {
              vendorTexts(),
              photoTexts(),
              transferTexts(),
+             repeatTexts(),
              debtTexts(),
              spendTexts(),
              planTexts(),
@@ -152,7 +162,10 @@ std::vector<ManualEntry> fileTexts() {
       {"settings.json", "the settings of this device"},
       {"photos", "a folder: the photos of records"},
       {"log.txt", "the log of faults of the store"},
-      {"backupBeforeUpdate.dat", "a data file that takes the place of moniva.dat at the next start"}};
+      {"backupBeforeUpdate.dat",
+       "a data file that takes the place of moniva.dat at the next start; while a store is brought up to "
+       "date, its copy from before"},
+      {"moniva-before-upgrade.dat.set-aside-*", "copies of the store from before it was brought up to date"}};
 }
 
 }  // namespace moniva

@@ -16,6 +16,7 @@ std::vector<CommandText> categoryTexts();
 std::vector<CommandText> vendorTexts();
 std::vector<CommandText> photoTexts();
 std::vector<CommandText> transferTexts();
+std::vector<CommandText> repeatTexts();
 std::vector<CommandText> debtTexts();
 std::vector<CommandText> spendTexts();
 std::vector<CommandText> planTexts();

@@ -80,6 +80,9 @@ class Session::Host final : public AppHost {
  public:
   explicit Host(Session& session) : session_(session) {}
 
+  void showProgressAlert(std::string_view) override {
+    session_.say(session_.text("Bringing the store up to date ..."));
+  }
   void showAddTransaction(std::string_view type) override {
     session_.say(type == "addincome" ? session_.text("To add income: moniva spend add AMOUNT --income")
                                      : session_.text("To add an expense: moniva spend add AMOUNT"));
@@ -169,6 +172,7 @@ void Session::launchLocked() {
   host_ = std::make_unique<Host>(*this);
   root_ = std::make_unique<MVAppRoot>(*platform_, *db_);
   app_ = std::make_unique<MainAppDelegate>(*root_, *host_);
+  app_->holdsDaysWorkBack = holdsDaysWorkBack_;
   if (options_.verbose) {
     app_->onStep = [this](std::string_view step) { platform_->log.line(fmt::format("== step {}", step)); };
   }

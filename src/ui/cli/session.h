@@ -61,6 +61,8 @@ class Session {
   void prepare();
   /// The folder the store is in; ends the command when nobody says which.
   const std::filesystem::path& dataFolder();
+  /// Leaves what belongs to the day to a later launch: the command is about the store as it is.
+  void holdDaysWorkBack() { holdsDaysWorkBack_ = true; }
   /// Launches: makes or opens the store and does what is due.
   void launch();
   /// Launches up to the lock and leaves it to the caller to unlock.
@@ -142,6 +144,7 @@ class Session {
   std::unique_ptr<MVAppRoot> root_;
   std::unique_ptr<MainAppDelegate> app_;
   bool launched_ = false;
+  bool holdsDaysWorkBack_ = false;
 };
 
 }  // namespace moniva

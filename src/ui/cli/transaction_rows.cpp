@@ -19,30 +19,8 @@ json::value referred(const std::shared_ptr<const Row>& row) {
   return json::object{{"pk", row->pk}, {"title", row->title}};
 }
 
-/// The type of the records that it is, or that a series or template of its kind makes.
-int recordTypeOf(const MVTransaction& row) {
-  if (row.type() == kind::kRepeatSeed) return row.advancedType;
-  return row.type() == kind::kIncomeTemplate ? kind::kIncome : row.type();
-}
-
 std::string currencyOf(Session& session, const MVTransaction& row) {
   return row.currency.empty() ? ownCurrency(session) : row.currency;
-}
-
-std::string whatOf(const Session& session, const MVTransaction& row) {
-  if (row.type() == kind::kBalanceCorrection) return session.text("correction of a balance");
-  // A transfer's and a debt's text says between whom.
-  if (row.isTransfer() || row.isDebt() || row.isRepayment()) return printable(row.noteString);
-  if (!row.categoryString.empty()) return printable(row.categoryString);
-  if (!row.noteString.empty()) return printable(row.noteString);
-  return session.text("no category");
-}
-
-std::string withOf(const MVTransaction& row) {
-  if (row.isTransfer() || row.isDebt() || row.isRepayment()) return printable(row.note);
-  const bool isNobody = row.vendorString.empty() || (row.vendor && row.vendor->isNoVendor());
-  if (!isNobody) return printable(row.vendorString);
-  return row.categoryString.empty() ? std::string() : printable(row.note);
 }
 
 /// The text, of a long one what is around the first hit.
@@ -69,6 +47,29 @@ std::string marksOf(const Session& session, const MVTransaction& row) {
 }
 
 }  // namespace
+
+int recordTypeOf(const MVTransaction& row) {
+  if (row.type() == kind::kRepeatSeed) return row.advancedType;
+  return row.type() == kind::kIncomeTemplate ? kind::kIncome : row.type();
+}
+
+std::string whatText(const Session& session, const MVTransaction& row) {
+  if (row.type() == kind::kBalanceCorrection) return session.text("correction of a balance");
+  // A transfer's and a debt's text says between whom.
+  if (row.isTransfer() || row.isDebt() || row.isRepayment()) return printable(row.noteString);
+  if (!row.categoryString.empty()) return printable(row.categoryString);
+  if (!row.noteString.empty()) return printable(row.noteString);
+  return session.text("no category");
+}
+
+std::string withText(const MVTransaction& row) {
+  // The text of what moves money between two says who they are.
+  const bool isBetween = row.isTransfer() || row.isDebt() || row.isRepayment() || row.paymentAccountB;
+  if (isBetween) return printable(row.note);
+  const bool isNobody = row.vendorString.empty() || (row.vendor && row.vendor->isNoVendor());
+  if (!isNobody) return printable(row.vendorString);
+  return row.categoryString.empty() ? std::string() : printable(row.note);
+}
 
 bool comesIn(int type) {
   return type == kind::kIncome || type == kind::kFurtherIncome || (type > 21 && type < 29);
@@ -135,8 +136,8 @@ void TransactionRows::add(const MVTransaction& row, const std::optional<std::str
   const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
   // Templates and budgets are of no day.
   const auto day = row.datetime == Date{} ? std::string() : shortDate(session_, row.datetime);
-  std::string what = whatOf(session_, row);
-  std::string with = withOf(row);
+  std::string what = whatText(session_, row);
+  std::string with = withText(row);
   if (const auto note = printable(row.note); findForm(note, hits_).second > 0) {
     const auto shown = aroundHit(note, hits_);
     if (what == note) {

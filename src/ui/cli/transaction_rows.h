@@ -50,6 +50,12 @@ class TransactionRows {
   bool hasTotal_ = false;
 };
 
+/// The type of the records that it is, or that a series or template of its kind makes.
+int recordTypeOf(const MVTransaction& row);
+/// What the row is about: its category, "Cash > Checking", or its note.
+std::string whatText(const Session& session, const MVTransaction& row);
+/// What is told beside that: the vendor, else the note.
+std::string withText(const MVTransaction& row);
 /// Whether rows of the type bring money in.
 bool comesIn(int type);
 /// What the row comes to in its currency, with a sign where money comes in: "€12.50", "+€1,200.00".

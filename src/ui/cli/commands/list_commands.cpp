@@ -158,23 +158,10 @@ void listUnpaid(Session& session, const HistoryOptions& options) {
 /// What comes in the seven days and what is overdue, by date.
 std::vector<ListLine> dueSoon(Session& session) {
   MVAppRoot& root = session.root();
-  const Date end = endOfSevenDays(root);
   ListedRecords records(session);
   auto lines = linesOf<SeriesEntry>(done(needPayTransactionsInSevenDay(root)),
                                     [&](const auto& entry) { return records.series(entry.eid); });
-  const auto take = [&](std::optional<ListLine> line) {
-    if (!line || line->row.datetime >= end) return;
-    if (line->mark.value_or("").empty()) line->mark = session.text("pending");
-    lines.push_back(std::move(*line));
-  };
-  for (const auto& day : done(unpaidTransactions(root))) {
-    for (const auto& entry : day.entries) take(records.row(entry));
-  }
-  for (const int type : {kind::kExpense, kind::kIncome}) {
-    for (const auto& eid : done(installmentTransactions(root, type))) {
-      take(records.installment(eid));
-    }
-  }
+  for (auto& line : records.pendingBefore(endOfSevenDays(root))) lines.push_back(std::move(line));
   std::ranges::stable_sort(lines, {}, [](const ListLine& line) { return line.row.datetime; });
   return lines;
 }

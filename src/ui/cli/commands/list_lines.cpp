@@ -15,18 +15,6 @@ namespace {
 
 namespace json = boost::json;
 
-std::string ruleText(const Session& session, std::string_view rule) {
-  if (rule == "Daily") return session.text("daily");
-  if (rule == "Weekly") return session.text("weekly");
-  if (rule == "Biweekly") return session.text("every two weeks");
-  if (rule == "Monthly") return session.text("monthly");
-  if (rule == "Bimonthly") return session.text("every two months");
-  if (rule == "Quarterly") return session.text("quarterly");
-  if (rule == "Half-yearly") return session.text("half-yearly");
-  if (rule == "Yearly") return session.text("yearly");
-  return {};
-}
-
 std::string sumText(const Session& session, const UnpaidDay::Sum& sum) {
   if (sum.type == kind::kIncome) return session.count("{} income entry", "{} income entries", sum.count);
   if (sum.type == kind::kExpense) return session.count("{} expense", "{} expenses", sum.count);
@@ -129,6 +117,35 @@ std::optional<ListLine> ListedRecords::series(const std::string& eid) {
   auto line = row(eid);
   if (line) line->mark = ruleText(session_, line->row.repeat);
   return line;
+}
+
+std::vector<ListLine> ListedRecords::pendingBefore(Date end) {
+  MVAppRoot& root = session_.root();
+  std::vector<ListLine> lines;
+  const auto take = [&](std::optional<ListLine> line) {
+    if (!line || line->row.datetime >= end) return;
+    if (line->mark.value_or("").empty()) line->mark = session_.text("pending");
+    lines.push_back(std::move(*line));
+  };
+  for (const auto& day : done(unpaidTransactions(root))) {
+    for (const auto& entry : day.entries) take(row(entry));
+  }
+  for (const int type : {kind::kExpense, kind::kIncome}) {
+    for (const auto& eid : done(installmentTransactions(root, type))) take(installment(eid));
+  }
+  return lines;
+}
+
+std::string ruleText(const Session& session, std::string_view rule) {
+  if (rule == "Daily") return session.text("daily");
+  if (rule == "Weekly") return session.text("weekly");
+  if (rule == "Biweekly") return session.text("every two weeks");
+  if (rule == "Monthly") return session.text("monthly");
+  if (rule == "Bimonthly") return session.text("every two months");
+  if (rule == "Quarterly") return session.text("quarterly");
+  if (rule == "Half-yearly") return session.text("half-yearly");
+  if (rule == "Yearly") return session.text("yearly");
+  return {};
 }
 
 void printDays(Session& session, bool csv, std::vector<ListDay> days,

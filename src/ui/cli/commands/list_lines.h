@@ -35,12 +35,17 @@ class ListedRecords {
   std::optional<ListLine> installment(const std::string& eid);
   /// A series by its next record, with its rule: "monthly".
   std::optional<ListLine> series(const std::string& eid);
+  /// Whatever is pending and dated before that, instalments too; what is overdue is among it.
+  std::vector<ListLine> pendingBefore(Date end);
 
  private:
   Session& session_;
   RecordNames names_;
   std::set<std::string> given_;
 };
+
+/// "monthly"; "" for what is no rule.
+std::string ruleText(const Session& session, std::string_view rule);
 
 /// The lines of one day, and sums below them.
 struct ListDay {

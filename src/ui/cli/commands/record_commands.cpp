@@ -7,6 +7,7 @@
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/debt_commands.h"
 #include "ui/cli/commands/entry_fields.h"
+#include "ui/cli/commands/repeat_texts.h"
 #include "ui/cli/commands/show_record.h"
 #include "ui/cli/commands/transfer_texts.h"
 #include "ui/cli/records.h"
@@ -80,6 +81,7 @@ void showOther(Session& session, const MVTransaction& row) {
 void showAny(Session& session, const std::string& text) {
   MVAppRoot& root = session.root();
   const auto row = transactionTyped(session, text);
+  if (row.type() == kind::kRepeatSeed) return showSeries(session, row);
   if (const auto whole = done(RecordWhole::of(root, row.eid))) return showRecord(session, *whole, row.eid);
   if (const auto transfer = Transfer::transferFromEID(root, row.eid)) return showTransfer(session, *transfer);
   auto debt = row.isRepayment() ? Debt::debtOfRepayment(root, row.eid)

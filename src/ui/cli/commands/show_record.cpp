@@ -6,6 +6,7 @@
 #include "model/spend.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
+#include "ui/cli/commands/repeat_texts.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
@@ -183,6 +184,7 @@ void showFacts(Session& session, const RecordTexts& texts, RecordView view) {
   if (!whole.isCompound()) {
     facts.add(session.text("State"), head.paid ? session.text("paid") : session.text("pending"));
   }
+  addWhenFilled(facts, session.text("Repeats"), repeatsText(session, head.repeatSeed));
   if (head.needReimburse) facts.add(session.text("Reimbursement"), session.text("to be reimbursed"));
   auto rows = whole.group.items;
   if (whole.group.seed) rows.push_back(*whole.group.seed);

@@ -5,6 +5,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/account_rows.h"
+#include "ui/cli/commands/repeat_texts.h"
 #include "ui/cli/commands/transfer_texts.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/records.h"
@@ -247,7 +248,9 @@ void showTransfer(Session& session, const Transfer& transfer) {
                                          ? session.text("one side went when its account was cleared")
                                          : session.text("deleted"));
   }
-  if (transfer.isRepeatItem()) facts.add(session.text("Series"), session.text("it is part of one"));
+  if (const auto repeats = repeatsText(session, transfer.repeatSeed); !repeats.empty()) {
+    facts.add(session.text("Repeats"), repeats);
+  }
   facts.add(session.text("Record"), shortEid(transfer.eidA));
   facts.print();
 }

@@ -1,0 +1,128 @@
+// Stores in which rows are known by their titles, or by numbers, get the keys of today.
+
+#include <array>
+
+#include "app/do_db_updater.h"
+#include "app/upgrade_support.h"
+#include "model/account_balance.h"
+#include "model/mv_category.h"
+
+namespace moniva {
+namespace {
+
+/// A column that tables came to have at their ends, so that older stores may lack it.
+struct LateColumn {
+  std::string_view table;
+  std::string_view name;
+  std::string_view kind;
+};
+
+constexpr std::array kLateColumns = {
+    LateColumn{"account", "oldTitle", "TEXT DEFAULT ''"},
+    LateColumn{"account", "expandOption", "TEXT DEFAULT ''"},
+    LateColumn{"account", "isGroup", "INTEGER DEFAULT 0"},
+    LateColumn{"category", "orderString", "TEXT DEFAULT ''"},
+    LateColumn{"category", "oldTitle", "TEXT DEFAULT ''"},
+    LateColumn{"category", "oldParent", "TEXT DEFAULT ''"},
+    LateColumn{"category", "expandOption", "TEXT DEFAULT ''"},
+    LateColumn{"transactions", "repeat_seed", "TEXT DEFAULT ''"},
+    LateColumn{"transactions", "sweek", "INTEGER DEFAULT 0"},
+    LateColumn{"transactions", "sday", "INTEGER DEFAULT 0"},
+    LateColumn{"transactions", "payDate", "REAL DEFAULT 0.0"},
+};
+
+/// Answers whether any was missing.
+Result<bool> addLateColumns(MVAppRoot& root) {
+  bool added = false;
+  for (const auto& column : kLateColumns) {
+    const auto there = columnsOf(root, column.table);
+    if (!there) return tl::make_unexpected(there.error());
+    if (there->empty() || there->contains(column.name)) continue;
+    if (auto done = write(
+            root, fmt::format("ALTER TABLE {} ADD COLUMN {} {}", column.table, column.name, column.kind));
+        !done) {
+      return tl::make_unexpected(done.error());
+    }
+    added = true;
+  }
+  return added;
+}
+
+/// Categories of books that are known by the numbers of their rows, in a table without `cate`, are known by
+/// keys afterwards; all else of a row stays. A number of no row stays a number, and '' is no book. Answers
+/// whether the table was of that form.
+Result<bool> rebuildCategoryOfBook(MVAppRoot& root) {
+  const auto columns = columnsOf(root, "categoryofbook");
+  if (!columns) return tl::make_unexpected(columns.error());
+  if (columns->empty() || columns->contains("cate")) return false;
+  std::string names;
+  for (const char* kept : {"cateOrder", "used", "enabled", "editDate", "edit_ipid"}) {
+    if (columns->contains(kept)) names.append(", ").append(kept);
+  }
+  const std::string copy = fmt::format(
+      "insert into categoryofbook_temp (cate, book{0}) select"
+      " coalesce((select oldTitle from category where category.pk = categoryofbook.pk and oldTitle != ''),"
+      " cast(pk as text), ''), case when coalesce(book, 0) in (0, '') then '' else coalesce((select oldTitle"
+      " from account where eid = book and oldTitle != ''), cast(book as text)) end{0} from categoryofbook"
+      " order by rowid",
+      names);
+  for (const std::string_view sql :
+       {std::string_view("DROP TABLE IF EXISTS categoryofbook_temp"),
+        std::string_view("CREATE TABLE categoryofbook_temp (pk TEXT DEFAULT '', cate TEXT DEFAULT '', book"
+                         " TEXT DEFAULT '', cateOrder INTEGER DEFAULT 0, used INTEGER DEFAULT 0, enabled"
+                         " BLOB DEFAULT YES, editDate REAL DEFAULT '', edit_ipid TEXT DEFAULT '')"),
+        std::string_view(copy), std::string_view("ALTER TABLE categoryofbook RENAME TO categoryofbook_old"),
+        std::string_view("ALTER TABLE categoryofbook_temp RENAME TO categoryofbook"),
+        std::string_view("DROP TABLE categoryofbook_old")}) {
+    if (auto done = write(root, sql); !done) return tl::make_unexpected(done.error());
+  }
+  struct Row {
+    std::int64_t place;
+    std::string key;
+  };
+  const auto rows = loaded(root, "select rowid, cate, book from categoryofbook", {}, [](const Run& run) {
+    return Row{run.integer(0), derivedKey({"categoryofbook", run.text(1), run.text(2)})};
+  });
+  if (!rows) return tl::make_unexpected(rows.error());
+  for (const auto& row : *rows) {
+    if (auto done = write(root, "update categoryofbook set pk = ? where rowid = ?", row.key, row.place);
+        !done)
+      return tl::make_unexpected(done.error());
+  }
+  return true;
+}
+
+}  // namespace
+
+Result<> updateCategoryPK(MVAppRoot& root) {
+  return atomically(root, [&](Connection&) -> Result<> {
+    const auto added = addLateColumns(root);
+    if (!added) return tl::make_unexpected(added.error());
+    std::vector<std::int64_t> doubles;
+    std::set<std::string> touched;
+    std::set<std::string> given;
+    if (auto done = giveAccountKeys(root, doubles, touched); !done) return done;
+    if (auto done = giveCategoryKeys(root, given); !done) return done;
+    // While all rows that had numbers are there.
+    const auto rebuilt = rebuildCategoryOfBook(root);
+    if (!rebuilt) return tl::make_unexpected(rebuilt.error());
+    if (*added || *rebuilt) makeIndexes(root);
+    for (const auto eid : doubles) {
+      if (auto done = removeAccountRow(root, eid); !done) return done;
+    }
+    // Keys that rows share first: merging goes by keys.
+    if (auto done = MVCategory::clearDuplicateCategoryPK(root); !done)
+      return tl::make_unexpected(done.error());
+    if (auto done = MVCategory::clearDuplicateCategory(root); !done) return tl::make_unexpected(done.error());
+    if (auto done = giveVendorKeys(root, given); !done) return done;
+    for (const auto& key : given) {
+      auto done = write(root, "update category set editDate = ?, edit_ipid = ? where oldTitle = ?",
+                        root.editStamp(), root.itsUDID(), key);
+      if (!done) return done;
+    }
+    if (auto done = nameByKeys(root); !done) return done;
+    return countTheTotalBalances(root, touched);
+  });
+}
+
+}  // namespace moniva

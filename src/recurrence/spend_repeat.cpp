@@ -1,0 +1,145 @@
+#include "recurrence/spend_repeat.h"
+
+#include <algorithm>
+
+#include "model/entry_checks.h"
+#include "recurrence/occurrence_maker.h"
+#include "storage/writes.h"
+
+namespace moniva {
+namespace {
+
+/// Of the dates on which a series has occurrences, those between the day before the one and the day after the
+/// other; in order. Deleted by a person counts.
+Result<std::vector<Date>> occurrencesIn(MVAppRoot& root, Connection& db, std::string_view seed, Date from,
+                                        Date to) {
+  const Calendar& calendar = root.calendar();
+  std::vector<Date> dates;
+  Run run = db.query(
+      "select datetime from transactions where repeat_seed = ? and datetime > ? and datetime < ? and"
+      " deleted < 2 order by datetime",
+      {seed, calendar.endOfDay(calendar.dayNumber(from) - 1),
+       calendar.beginOfDay(calendar.dayNumber(to) + 1)});
+  while (run.next()) dates.push_back(run.date(0));
+  if (!run.ok()) return tl::make_unexpected(db.refusal());
+  return dates;
+}
+
+/// Whether one of the dates is after the day before and before the day after.
+bool hasDateOn(const Calendar& calendar, const std::vector<Date>& dates, std::int64_t day) {
+  const auto next = std::ranges::upper_bound(dates, calendar.endOfDay(day - 1));
+  return next != dates.end() && *next < calendar.beginOfDay(day + 1);
+}
+
+/// Completes what the seed says of its beginning.
+Result<> keepBegin(MVAppRoot& root, const SeriesSeed& seed) {
+  if (seed.begun != Date{}) return {};
+  const auto begun = beginOfSeries(root, seed);
+  if (!begun) return tl::make_unexpected(begun.error());
+  return write(root, "update transactions set payDate = ?, sday = ? where eid = ?", *begun,
+               root.calendar().day(*begun), seed.eid);
+}
+
+/// A series on its way from one date to another.
+class SeriesWalk {
+ public:
+  SeriesWalk(MVAppRoot& root, const SeriesSeed& seed, RepeatRule rule, int firstDay)
+      : root_(root), seed_(seed), rule_(rule), firstDay_(firstDay) {}
+
+  /// Makes what the dates lack, and brings along what depends on it.
+  Result<SeriesProgress> run(const std::vector<Date>& dates, Date from, Date to) {
+    const Calendar& calendar = root_.calendar();
+    SeriesProgress progress;
+    for (progress.next = from;; progress.next = nextRepeatDate(calendar, rule_, progress.next, firstDay_)) {
+      progress.ended = seed_.end && calendar.isAfterDay(progress.next, *seed_.end);
+      if (progress.ended || progress.next > to) break;
+      if (hasDateOn(calendar, dates, calendar.dayNumber(progress.next))) continue;
+      progress.more = progress.made == kMostOccurrencesAtOnce;
+      if (progress.more) break;
+      const auto made = make(progress.next);
+      if (!made) return tl::make_unexpected(made.error());
+      if (*made) ++progress.made;
+    }
+    if (progress.made > 0) {
+      if (auto finished = maker_->finish(); !finished) return tl::make_unexpected(finished.error());
+    }
+    return progress;
+  }
+
+ private:
+  Result<bool> make(Date date) {
+    if (!maker_) {
+      auto maker = OccurrenceMaker::of(root_, seed_);
+      if (!maker) return tl::make_unexpected(maker.error());
+      maker_.emplace(std::move(*maker));
+    }
+    return maker_->make(date);
+  }
+
+  MVAppRoot& root_;
+  const SeriesSeed& seed_;
+  RepeatRule rule_;
+  int firstDay_;
+  std::optional<OccurrenceMaker> maker_;  ///< once something is due
+};
+
+Result<SeriesProgress> bringUpToDate(MVAppRoot& root, Connection& db, const SeriesSeed& seed, Date from,
+                                     Date to) {
+  const auto rule = ruleOf(seed);
+  if (!rule) return tl::make_unexpected(rule.error());
+  Result<> checked = seed.checkKind();
+  for (const Date date : {seed.datetime, from, to}) {
+    if (checked) checked = checkSeriesDate(root.calendar(), date);
+  }
+  if (checked) checked = keepBegin(root, seed);
+  if (!checked) return tl::make_unexpected(checked.error());
+  const auto firstDay = firstDayOf(root, seed);
+  if (!firstDay) return tl::make_unexpected(firstDay.error());
+  const auto dates = occurrencesIn(root, db, seed.eid, from, to);
+  if (!dates) return tl::make_unexpected(dates.error());
+
+  auto progress = SeriesWalk(root, seed, *rule, *firstDay).run(*dates, from, to);
+  if (!progress) return progress;
+  Result<> written;
+  if (progress->ended) {
+    written = write(root,
+                    "update transactions set deleted = 1, ipid = 'stopRepeat by Date', editDate = ?,"
+                    " edit_ipid = ? where eid = ?",
+                    root.editStamp(), root.itsUDID(), seed.eid);
+  }
+  if (written && progress->next != seed.datetime) {
+    written = write(root, "update transactions set datetime=? where eid = ?", progress->next, seed.eid);
+  }
+  if (!written) return tl::make_unexpected(written.error());
+  return progress;
+}
+
+}  // namespace
+
+Result<int> firstDayOf(const MVTransaction& seed) {
+  const auto stored = SeriesSeed::of(seed.root(), seed.eid);
+  if (!stored) return tl::make_unexpected(stored.error());
+  return firstDayOf(seed.root(), *stored);
+}
+
+Result<Date> getNextRepeatDate(const MVTransaction& seed, Date latest) {
+  const auto stored = SeriesSeed::of(seed.root(), seed.eid);
+  if (!stored) return tl::make_unexpected(stored.error());
+  const auto rule = ruleOf(*stored);
+  if (!rule) return tl::make_unexpected(rule.error());
+  const auto firstDay = firstDayOf(seed.root(), *stored);
+  if (!firstDay) return tl::make_unexpected(firstDay.error());
+  return nextRepeatDate(seed.root().calendar(), *rule, latest, *firstDay);
+}
+
+Result<SeriesProgress> createRepeatItemsFrom(const MVTransaction& seed, Date from, Date to) {
+  MVAppRoot& root = seed.root();
+  return atomically(root, [&](Connection& db) -> Result<SeriesProgress> {
+    const auto stored = SeriesSeed::of(root, seed.eid);
+    if (!stored) return tl::make_unexpected(stored.error());
+    if (stored->deleted != 0) return refuse("the series is over");
+    return bringUpToDate(root, db, *stored, from, to);
+  });
+}
+
+}  // namespace moniva

@@ -1,0 +1,282 @@
+#include <algorithm>
+#include <boost/json.hpp>
+#include <map>
+
+#include "model/entry_checks.h"
+#include "model/repeat_rule.h"
+#include "recurrence/do_db_recurring.h"
+#include "recurrence/series_view.h"
+#include "recurrence/spend_repeat.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/commands/entry_fields.h"
+#include "ui/cli/commands/list_lines.h"
+#include "ui/cli/commands/repeat_texts.h"
+#include "ui/cli/records.h"
+#include "ui/cli/text_width.h"
+
+namespace moniva {
+namespace {
+
+namespace json = boost::json;
+
+/// What the commands on series take, each the part it needs.
+struct RepeatOptions {
+  std::string series;
+  std::string rule;
+  std::string book;
+  bool stopped = false;
+  bool all = false;
+  bool dryRun = false;
+};
+
+// The list.
+
+/// What one round of the series comes to, as of those of a rule altogether.
+void countSums(SeriesOfRule& group) {
+  std::map<std::string, double> expense;
+  std::map<std::string, double> income;
+  for (const auto& seed : group.array) {
+    if (seed.advancedType == kind::kExpense) expense[seed.currency] += seed.amount;
+    if (seed.advancedType == kind::kIncome) income[seed.currency] += seed.amount;
+  }
+  const auto texts = [](const std::map<std::string, double>& sums) {
+    std::vector<double> amounts;
+    for (const auto& sum : sums) amounts.push_back(withoutNoise(sum.second));
+    return fmt::format("{}", fmt::join(amounts, " / "));
+  };
+  group.expenseSums.assign(expense.begin(), expense.end());
+  group.incomeSums.assign(income.begin(), income.end());
+  group.expenseSumString = texts(expense);
+  group.incomeSumString = texts(income);
+}
+
+/// The series asked for by rule; rules without any are left out.
+std::vector<SeriesOfRule> groupsAsked(Session& session, const RepeatOptions& options) {
+  MVAppRoot& root = session.root();
+  const std::string wanted = options.rule.empty() ? std::string() : ruleTyped(options.rule);
+  std::optional<MonivaAccount> book;
+  if (!options.book.empty()) book = bookNamed(session, options.book);
+  const auto over = options.stopped ? done(stoppedSeries(root)) : std::vector<MVTransaction>();
+  std::vector<SeriesOfRule> groups;
+  for (const auto rule : kRepeatRules) {
+    if (!wanted.empty() && rule != wanted) continue;
+    SeriesOfRule group;
+    if (options.stopped) {
+      group.repeatType = rule;
+      std::ranges::copy_if(over, std::back_inserter(group.array),
+                           [&](const MVTransaction& seed) { return seed.repeat == rule; });
+    } else {
+      group = done(recurringTransactionsFor(root, rule));
+    }
+    if (book) {
+      std::erase_if(group.array, [&](const MVTransaction& seed) {
+        return !seed.bookAccount || seed.bookAccount->pk != book->pk;
+      });
+    }
+    if (options.stopped || book) countSums(group);
+    if (!group.array.empty()) groups.push_back(std::move(group));
+  }
+  return groups;
+}
+
+void addSums(Session& session, Table& table, const SeriesOfRule& group) {
+  const auto add = [&](const std::string& name, const std::vector<std::pair<std::string, double>>& sums,
+                       bool isIncome) {
+    for (const auto& [code, sum] : sums) {
+      const auto currency = code.empty() ? ownCurrency(session) : code;
+      const auto& amounts = session.amounts();
+      table.addRow({"", "", Cell(name, ink::dim), "", "",
+                    Cell(isIncome ? amounts.formatSigned(withoutNoise(sum), currency)
+                                  : amounts.format(withoutNoise(sum), currency),
+                         ink::dim)});
+    }
+  };
+  if (group.array.size() < 2) return;
+  add(session.text("Expenses, each time"), group.expenseSums, false);
+  add(session.text("Income, each time"), group.incomeSums, true);
+}
+
+void listSeries(Session& session, const RepeatOptions& options) {
+  const auto groups = groupsAsked(session, options);
+  if (session.options().json) {
+    json::array array;
+    for (const auto& group : groups) {
+      json::array seeds;
+      for (const auto& seed : group.array) seeds.push_back(seriesJson(session, seed));
+      array.push_back({{"repeatType", group.repeatType},
+                       {"array", std::move(seeds)},
+                       {"expenseSumString", group.expenseSumString},
+                       {"incomeSumString", group.incomeSumString}});
+    }
+    return session.printJson(array);
+  }
+  if (groups.empty()) {
+    return session.say(options.stopped ? session.text("No series is over.")
+                                       : session.text("There is no such series."));
+  }
+  Table table({{.title = session.text("Series")},
+               {.title = options.stopped ? session.text("Was due") : session.text("Next")},
+               {.title = session.text("What"), .maxWidth = 60},
+               {.title = session.text("With"), .maxWidth = 40},
+               {.title = session.text("Account or book")},
+               {.title = session.text("Amount"), .align = Align::right},
+               {.title = session.text("Until")}});
+  for (const auto& group : groups) {
+    if (!table.empty()) table.addRow({});
+    table.addRow({"", "", Cell(ruleText(session, group.repeatType), ink::bold)});
+    for (const auto& seed : group.array) {
+      const auto& holder = seed.paymentAccount ? seed.paymentAccount : seed.bookAccount;
+      table.addRow({Cell(shortEid(seed.eid), ink::dim), shortDate(session, seed.datetime),
+                    whatText(session, seed), withText(seed),
+                    printable(holder ? holder->title : std::string()),
+                    Cell(amountText(session, seed), comesIn(recordTypeOf(seed)) ? ink::green : ink::plain),
+                    seed.repeatEndDate == Date{} ? std::string() : shortDate(session, seed.repeatEndDate)});
+    }
+    if (!options.stopped) addSums(session, table, group);
+  }
+  session.out() << table.render(session.style(), session.width());
+}
+
+// Ending, deleting, filling.
+
+void stopSeries(Session& session, const RepeatOptions& options) {
+  std::string eid;
+  std::int64_t records = 0;
+  changeStore(session, [&] {
+    const auto seed = seriesTyped(session, options.series);
+    eid = seed.eid;
+    done(stopRepeat(seed));
+    const auto made = done(occurrencesOf(session.root(), eid));
+    records = std::ranges::count(made, 0, &SeriesOccurrence::deleted);
+  });
+  const auto seed = seriesTyped(session, eid);
+  if (session.options().json) return session.printJson(seriesJson(session, seed));
+  session.answer(session.text("Stopped the series {}.", seriesText(session, seed)) + " " +
+                 session.count("Its {} record stays.", "Its {} records stay.", records) + " " +
+                 session.text("Take it up again with: moniva repeat resume {}", shortEid(eid)));
+}
+
+void deleteSeries(Session& session, const RepeatOptions& options) {
+  std::string text;
+  std::string eid;
+  std::int64_t records = 0;
+  changeOrTry(
+      session, options.dryRun,
+      [&] {
+        const auto seed = seriesTyped(session, options.series);
+        eid = seed.eid;
+        text = seriesText(session, seed);
+        records = done(deletedAllRepeatTransaction(seed));
+      },
+      [&] {
+        if (session.options().json) return session.printJson({{"eid", eid}, {"records", records}});
+        session.answer(
+            session.text("Deleted the series {}", text) + " " +
+            session.count("with its {} record, for good.", "with its {} records, for good.", records));
+      });
+}
+
+/// The day from which a series is looked at: that on which it began.
+Date beginOf(Session& session, const MVTransaction& seed) {
+  const auto isSet = [&](Date date) { return date != Date{} && session.calendar().year(date) != 1970; };
+  if (isSet(seed.repeatBeginDate)) return seed.repeatBeginDate;
+  const auto made = done(occurrencesOf(session.root(), seed.eid));
+  return made.empty() ? seed.datetime : made.front().datetime;
+}
+
+void refillOne(Session& session, const RepeatOptions& options) {
+  std::string eid;
+  SeriesProgress progress;
+  changeOrTry(
+      session, options.dryRun,
+      [&] {
+        const auto seed = seriesTyped(session, options.series);
+        eid = seed.eid;
+        if (seed.deleted != 0) {
+          throw refused("the series is over; take it up again with: moniva repeat resume {}", shortEid(eid));
+        }
+        progress = done(
+            createRepeatItemsFrom(seed, beginOf(session, seed), session.calendar().dateEnd(session.now())));
+      },
+      [&] {
+        const auto seed = seriesTyped(session, eid);
+        if (session.options().json) {
+          auto object = seriesJson(session, seed);
+          object["made"] = progress.made;
+          object["more"] = progress.more;
+          return session.printJson(object);
+        }
+        const auto what = seriesText(session, seed);
+        session.answer((progress.made == 0
+                            ? session.text("Nothing was missing of {}.", what)
+                            : session.count("Added {} record that was missing",
+                                            "Added {} records that were missing", progress.made) +
+                                  " " + session.text("of {}.", what)) +
+                       (progress.more ? " " + session.text("There are more: run it again.") : ""));
+      });
+}
+
+void refillAll(Session& session, const RepeatOptions& options) {
+  CatchUp caught;
+  changeOrTry(
+      session, options.dryRun, [&] { caught = done(updateRecurringTransactionsForAll(session.root())); },
+      [&] {
+        if (session.options().json) {
+          return session.printJson(
+              {{"series", caught.series}, {"made", caught.made}, {"ended", caught.ended}});
+        }
+        session.answer(caught.made == 0
+                           ? session.text("Nothing was missing of any series.")
+                           : session.count("Added {} record that was missing",
+                                           "Added {} records that were missing", caught.made) +
+                                 " " + session.count("of {} series.", "of {} series.", caught.series));
+      });
+  for (const auto& trouble : caught.troubles) session.complain(trouble.in(session.translate()));
+  if (!caught.troubles.empty()) throw refused("not every series could be brought up to date");
+}
+
+void refill(Session& session, const RepeatOptions& options) {
+  if (options.all == !options.series.empty()) throw notUnderstood("name a series, or say --all");
+  return options.all ? refillAll(session, options) : refillOne(session, options);
+}
+
+}  // namespace
+
+void addRepeatCommands(CommandLine& line) {
+  CLI::App* family = line.add(line.app(), "repeat");
+  family->require_subcommand(1);
+  const auto command = [&](const char* name, void (*run)(Session&, const RepeatOptions&)) {
+    CLI::App* app = line.add(*family, name);
+    auto options = std::make_shared<RepeatOptions>();
+    line.onRun(app, [options, run](Session& session) { run(session, *options); });
+    return std::pair(app, options);
+  };
+  constexpr const char* kSeries = toTranslate("The series, or one of its records: the eid, or the end of it");
+  {
+    const auto [list, options] = command("list", listSeries);
+    list->add_option("--rule", options->rule, "Those of that rule, such as Monthly")
+        ->type_name("RULE")
+        ->check(notEmpty());
+    list->add_option("-b,--book", options->book, "Those of that book")->type_name("NAME")->check(notEmpty());
+    list->add_flag("--stopped", options->stopped, "Those that are over instead");
+  }
+  addRepeatShow(line, *family);
+  addRepeatEdit(line, *family);
+  {
+    const auto [stop, options] = command("stop", stopSeries);
+    stop->add_option("SERIES", options->series, kSeries)->required();
+  }
+  {
+    const auto [remove, options] = command("delete", deleteSeries);
+    remove->add_option("SERIES", options->series, kSeries)->required();
+    addDryRun(*remove, options->dryRun);
+  }
+  {
+    const auto [fill, options] = command("refill", refill);
+    fill->add_option("SERIES", options->series, kSeries);
+    fill->add_flag("--all", options->all, "Every series");
+    addDryRun(*fill, options->dryRun);
+  }
+}
+
+}  // namespace moniva

@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include "app/do_db_updater.h"
+#include "storage/writes.h"
+#include "support/device.h"
+
+namespace moniva {
+namespace {
+
+/// Makes a table with dates as texts of the one that is there, without the columns named.
+void makeOlder(Device& device, const std::string& table, const std::string& without = "") {
+  std::string columns;
+  {
+    auto run = device.connection().query(
+        "select name || case when pk then ' ' || type || ' PRIMARY KEY' when name like '%date%' then"
+        " ' TEXT' else ' ' || type end from pragma_table_info(?) where ? not like '%' || name || '%'",
+        {table, without});
+    while (run.next()) columns.append(columns.empty() ? "" : ", ").append(run.text(0));
+  }
+  ASSERT_TRUE(device.connection().executeScript("drop table " + table + "; create table " + table + " (" +
+                                                columns + ")"));
+}
+
+std::string schemaOf(Device& device) {
+  return device.rows(
+             "select t.name || c.cid || c.name || c.type || ifnull(c.dflt_value, '') || c.pk from "
+             "sqlite_schema "
+             "t, pragma_table_info(t.name) c where t.type = 'table' order by t.name, c.cid") +
+         device.rows("select name from sqlite_schema where type = 'index' order by name") +
+         device.rows("select idx || stat from sqlite_stat1 order by 1");
+}
+
+TEST(Rebuild, makesNumbersOfDatesThatAreTexts) {
+  struct Case {
+    const char* text;
+    const char* date;  ///< on the device's clock; nothing for a text that stays
+    const char* why;
+  };
+  const Case cases[] = {
+      {"2015-03-04 12:30:00", "2015-03-04 12:30:00", "without a zone, in the user's"},
+      {"2015-07-04 12:30:00 +0000", "2015-07-04 14:30:00", "in summer"},
+      {"2015-03-04T12:30:00-05:30", "2015-03-04 19:00:00", "an offset to the west"},
+      {"2015-03-04 12:30:00Z", "2015-03-04 13:30:00", "in UTC"},
+      {"2015-03-04", "2015-03-04 00:00:00", "a day alone"},
+      {"1425468600", "2015-03-04 12:30:00", "seconds, typed as a text"},
+      {"2015-02-29 12:30:00", nullptr, "a day that never was"},
+      {"2015-03-04 12:30:00 CEST", nullptr, "a zone nobody keeps"},
+      {"4 March", nullptr, "anything else"},
+  };
+  Device device;
+  device.open();
+  const auto today = schemaOf(device);
+  makeOlder(device, "transactions");
+  makeOlder(device, "account", "isGroup expandOption");
+  ASSERT_TRUE(device.connection().executeScript(
+      "alter table transactions add column \"my own\" TEXT; create index mine on transactions(\"my own\");"
+      "insert into account (title, editDate) values ('Cash', '');"
+      "create view seen as select note from transactions"));
+  for (const auto& [text, date, why] : cases) {
+    device.sql("insert into transactions (eid, datetime, \"my own\") values (?, ?, 'kept')", {why, text});
+  }
+  EXPECT_TRUE(lacksColumns(device.root));
+  const auto done =
+      atomically(device.root, [&](Connection&) { return updateStringTypeDateField(device.root); });
+  ASSERT_TRUE(done) << done.error().why;
+  EXPECT_FALSE(lacksColumns(device.root));
+  for (const auto& [text, date, why] : cases) {
+    EXPECT_EQ(device.rows("select typeof(datetime) || datetime from transactions where eid = ?", {why}),
+              date != nullptr ? fmt::format("real{:.1f}", device.on(date).secondsSince1970)
+                              : "text" + std::string(text))
+        << why;
+  }
+  EXPECT_EQ(device.rows("select title || typeof(editDate) || editDate || isGroup from account"),
+            "Cashreal0.00");
+  EXPECT_EQ(device.number("select count(*) from transactions where \"my own\" = 'kept'"), 9);
+  EXPECT_EQ(device.number("select count(*) from seen"), 9) << "what others say of a table still holds";
+  EXPECT_EQ(device.root.takeNotices().size(), 1U) << "that three could not be read";
+  device.connection().executeScript(
+      "drop view seen; drop index mine; alter table transactions drop column \"my own\"");
+  EXPECT_EQ(schemaOf(device), today) << "indexes and figures too";
+}
+
+TEST(Rebuild, comesBeforeAllStepsWhereColumnsAreMissing) {
+  Device device;
+  device.open();
+  makeOlder(device, "monivaSys", "edit_ipid edit_count");
+  DoDBUpdater updater(device.root);
+  EXPECT_EQ(updater.needUpdateDB().at(0), "5");
+  const auto outcome = updater.run();
+  ASSERT_TRUE(outcome && outcome->failed.empty());
+  EXPECT_EQ(outcome->run.size(), 11U);
+  EXPECT_EQ(updater.needUpdateDB().size(), 0U);
+  EXPECT_EQ(device.number("select count(*) from monivaSys where edit_count = 0"), 10);
+}
+
+TEST(Rebuild, whatTodaysTableCannotTakeIsNotLost) {
+  Device device;
+  device.open();
+  ASSERT_TRUE(device.connection().executeScript(
+      "drop table transactions; create table transactions (eid TEXT, datetime TEXT, isGroup);"
+      "insert into transactions (eid) values ('same'), ('same')"));
+  EXPECT_FALSE(updateStringTypeDateField(device.root));
+  EXPECT_EQ(device.number("select count(*) from transactions"), 2) << "two of one key: undone, told";
+  device.takeFaults();
+}
+
+}  // namespace
+}  // namespace moniva
