@@ -129,28 +129,31 @@ class Spend {
   Result<> delete_();
   Result<> restore();
 
+  // Texts are taken by value: what a change begins with is that the object is read again, and a caller may
+  // hand in one of its own members.
+
   Result<> updateAmount(double newAmount);
   /// A blank currency for none.
   Result<> updateAmount(double newAmount, double newForeignAmount, const std::string& newForeignCurrency);
   /// Blank for none. Of a group with one payment that one's account.
-  Result<> updateAccount(const std::string& newAccount);
+  Result<> updateAccount(std::string newAccount);
   /// A blank book takes the record out of every book: it becomes a bare payment. The items of a group that
   /// were in the same book follow, and so does the series of a seed.
-  Result<> updateBook(const std::string& newBook);
+  Result<> updateBook(std::string newBook);
   /// The date, its day, and whether the record is pending. Rows of a cart and payments on the same day
   /// follow; of a plan the instalment's payment does, and a share of a cost is dated alone.
   Result<> updateDate(Date date);
   /// Both blank for none. The shares of a plan and the series of a seed follow.
-  Result<> updateCategory(const std::string& newCategory, const std::string& newSubcategory);
+  Result<> updateCategory(std::string newCategory, std::string newSubcategory);
   /// Blank for none. Rows of the group with the former vendor follow.
-  Result<> updateVendor(const std::string& newVendor);
+  Result<> updateVendor(std::string newVendor);
   Result<> updateRepeat(const std::string& rule, Date endDate);
   Result<> updateRepeat(const std::string& rule);
   Result<> updateRepeatEndDate(Date endDate);
   Result<> updateNote(const std::string& newNote);
   Result<> updateReimburse(bool isToBeReimbursed);
   /// Writes another group's UUID to the record's row.
-  Result<> updateConnectionUUID(const std::string& uuid);
+  Result<> updateConnectionUUID(std::string uuid);
   /// Makes every row of the group one by itself.
   Result<> clearConnectionUUID();
   /// Sets the UUID on the object and on its `items` and `payments`; nothing is written.
@@ -164,7 +167,7 @@ class Spend {
 
   /// Gives back part or all of the expense to an account (blank for none); answers the refund's `eid`.
   /// Refused above what is left of the expense, and for parts of a cost or a plan.
-  Result<std::string> refund(double refunded, Date date, const std::string& toAccount);
+  Result<std::string> refund(double refunded, Date date, std::string toAccount);
   Result<> deleteRefund(std::string_view refundEid);
   /// Another sum; the date and the account stay.
   Result<> updateRefund(std::string_view refundEid, double refunded);

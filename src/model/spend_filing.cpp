@@ -1,3 +1,5 @@
+#include <set>
+
 #include "model/group_balance.h"
 #include "model/mv_category.h"
 #include "model/spend.h"
@@ -18,9 +20,23 @@ Result<> checkCategoryKey(MVAppRoot& root, const std::string& key, int type) {
   return {};
 }
 
+/// The item is used in its new categories, and no longer in its former ones.
+void noteFiledAnew(EntryUpkeep& upkeep, const TransactionItem& item, const std::string& category,
+                   const std::string& subcategory, MVAppRoot& root) {
+  Spend use(root);
+  use.type = item.type;
+  use.book = item.book;
+  use.category = item.category;
+  use.subcategory = item.subcategory;
+  upkeep.noteUses(use, -1);
+  use.category = category;
+  use.subcategory = subcategory;
+  upkeep.noteUses(use, 1);
+}
+
 }  // namespace
 
-Result<> Spend::updateCategory(const std::string& newCategory, const std::string& newSubcategory) {
+Result<> Spend::updateCategory(std::string newCategory, std::string newSubcategory) {
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
     const auto group = TransactionGroup::of(*root_, row.connectionUUID);
     if (!group) return tl::make_unexpected(group.error());
@@ -41,7 +57,13 @@ Result<> Spend::updateCategory(const std::string& newCategory, const std::string
     const bool split = advancedType == advanced::kCost || advancedType == advanced::kInstallment;
     const bool wholePlan = split && !row.connectionUUID.empty();
     EntryUpkeep upkeep(*root_);
-    if (!isSeriesSeed()) {
+    std::vector<TransactionItem> made;
+    if (isSeriesSeed()) {
+      auto occurrences = itemsWhere(*root_, "repeat_seed = ? and bid = 20 and deleted = 0", {eid});
+      if (!occurrences) return tl::make_unexpected(occurrences.error());
+      made = std::move(*occurrences);
+      for (const auto& one : made) noteFiledAnew(upkeep, one, newCategory, newSubcategory, *root_);
+    } else {
       Spend use = *this;
       use.type = ofType;
       const int uses = wholePlan ? static_cast<int>(group->items.size()) : 1;
@@ -57,15 +79,17 @@ Result<> Spend::updateCategory(const std::string& newCategory, const std::string
     if (!written) return written;
     category = newCategory;
     subcategory = newSubcategory;
-    if (!row.connectionUUID.empty()) {
-      written = settlePayments(*root_, row.connectionUUID, SolePayment::stays);
+    std::set<std::string> groups{row.connectionUUID};
+    for (const auto& one : made) groups.insert(one.connectionUUID);
+    for (const auto& uuid : groups) {
+      written = settlePayments(*root_, uuid, SolePayment::stays);
       if (!written) return written;
     }
     return upkeep.write(EntryUpkeep::Balances::byAmount);
   });
 }
 
-Result<> Spend::updateVendor(const std::string& newVendor) {
+Result<> Spend::updateVendor(std::string newVendor) {
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
     if (row.isPayment() && !row.connectionUUID.empty()) return refuse("a payment has no vendor of its own");
     const auto group = TransactionGroup::of(*root_, row.connectionUUID);
@@ -90,8 +114,8 @@ Result<> Spend::updateVendor(const std::string& newVendor) {
     }
     if (!written) return written;
     vendor = newVendor;
-    for (const auto* key : {&row.vendor, &newVendor}) {
-      auto used = key->empty() ? std::nullopt : Vendor::getVendor(*root_, *key, ofType);
+    for (const std::string& key : {row.vendor, newVendor}) {
+      auto used = key.empty() ? std::nullopt : Vendor::getVendor(*root_, key, ofType);
       if (used && !used->updateUsingCount(ofType)) return refusalOfStore(*root_);
     }
     return {};

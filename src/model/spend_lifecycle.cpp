@@ -130,7 +130,7 @@ Result<> Spend::unpaidIt() {
   return changeSpend(*this, [&](const TransactionItem& row) { return setPaid(*this, row, false); });
 }
 
-Result<> Spend::updateConnectionUUID(const std::string& uuid) {
+Result<> Spend::updateConnectionUUID(std::string uuid) {
   return changeSpend(*this, [&](const TransactionItem&) {
     setConnectionUUID(uuid);
     return write(

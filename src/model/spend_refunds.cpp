@@ -111,7 +111,7 @@ Result<bool> Spend::hasRefund() {
   return !own->empty();
 }
 
-Result<std::string> Spend::refund(double refunded, Date date, const std::string& toAccount) {
+Result<std::string> Spend::refund(double refunded, Date date, std::string toAccount) {
   if (auto checked = checkAmount(refunded); !checked) return tl::make_unexpected(checked.error());
   if (auto checked = checkRecordDate(root_->calendar(), date); !checked)
     return tl::make_unexpected(checked.error());

@@ -91,7 +91,7 @@ Result<> Spend::updateAmount(double newAmount, double newForeignAmount,
   });
 }
 
-Result<> Spend::updateAccount(const std::string& newAccount) {
+Result<> Spend::updateAccount(std::string newAccount) {
   return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
     if (isPaymentOfRecord(row)) {
       auto payment = Payment::paymentFromEID(*root_, eid);
@@ -133,7 +133,7 @@ Result<> Spend::updateAccount(const std::string& newAccount) {
   });
 }
 
-Result<> Spend::updateBook(const std::string& newBook) {
+Result<> Spend::updateBook(std::string newBook) {
   if (!newBook.empty()) {
     if (auto checked = checkBookKey(*root_, newBook); !checked) return checked;
   }
@@ -144,6 +144,11 @@ Result<> Spend::updateBook(const std::string& newBook) {
     if (!group) return tl::make_unexpected(group.error());
     EntryUpkeep upkeep(*root_);
     noteMove(upkeep, *root_, row, *group, newBook);
+    if (isSeriesSeed()) {
+      const auto made = itemsWhere(*root_, "repeat_seed = ? and bid = 20 and deleted = 0", {eid});
+      if (!made) return tl::make_unexpected(made.error());
+      for (const auto& one : *made) noteMove(upkeep, *root_, one, {}, newBook);
+    }
     if (auto kept = upkeep.write(EntryUpkeep::Balances::byAmount); !kept) return kept;
     if (newBook.empty() && grouped) {
       return refuse("a record with payments stays in a book; take its payments away first");

@@ -209,6 +209,11 @@ TEST(CompoundEdits, aSeriesFollowsItsSeed) {
   const auto flat = store.category("Flat").pk;
   ASSERT_TRUE(seed.updateCategory(flat, flat));
   EXPECT_EQ(store.again(first).category, flat);
+  const auto uses = [&](const std::string& key) {
+    return store.number("select usedTimes from category where oldTitle = ?", {key});
+  };
+  EXPECT_EQ(uses(flat), 1);
+  EXPECT_EQ(uses(store.food), 0);
   const auto other = store.book("Other");
   ASSERT_TRUE(seed.updateBook(other.pk));
   EXPECT_EQ(store.again(first).book, other.pk);
@@ -264,6 +269,23 @@ TEST(CompoundEdits, aCostIsSpreadOverItsMonths) {
   EXPECT_FALSE(cost.saveApportionedCost(store.on("2024-03-01"), store.on("2024-02-01")));
   EXPECT_FALSE(store.expense(900).saveApportionedCost(store.on("2024-01-01"), store.on("2031-12-31")))
       << "too many";
+}
+
+TEST(CompoundEdits, aRecordMayBeChangedByWhatItSaysItself) {
+  Compound store;
+  Spend shoes = store.plain(80);
+  const auto back = shoes.refund(30, store.root.now(), shoes.account);
+  ASSERT_TRUE(back);
+  EXPECT_EQ(TransactionItem::fromEID(store.root, *back)->account, store.cash->pk);
+  Spend bread = store.plain(3);
+  bread.account = store.bank->pk;
+  bread.book = store.second.pk;
+  EXPECT_TRUE(bread.updateAccount(bread.account));
+  bread.book = store.second.pk;
+  EXPECT_TRUE(bread.updateBook(bread.book));
+  const auto kept = store.again(bread);
+  EXPECT_EQ(kept.account + kept.book, store.bank->pk + store.second.pk);
+  EXPECT_EQ(store.faults(), "");
 }
 
 }  // namespace
