@@ -145,6 +145,11 @@ Result<> rebuild(Connection& db, std::string_view table) {
   const auto run = [&](const std::string& sql) -> Result<> {
     return db.executeScript(sql) ? Result<>() : tl::make_unexpected(db.refusal());
   };
+  const std::string old = fmt::format("{}_old", table);
+  if (columnsFound(db, table).empty() && !columnsFound(db, old).empty()) {
+    // An older program was cut short between its two renamings.
+    if (auto back = run(fmt::format("ALTER TABLE {} RENAME TO {}", old, table)); !back) return back;
+  }
   const auto today = columnsOfToday(table);
   const auto found = columnsFound(db, table);
   // Of a rebuild that an older program did not end these are left; the table itself has all that is in them.
@@ -152,10 +157,11 @@ Result<> rebuild(Connection& db, std::string_view table) {
       fmt::format("DROP TABLE IF EXISTS {0}_temp; DROP TABLE IF EXISTS {0}_old", table),
       fmt::format("CREATE TABLE {}_temp ({})", table, columnsText(table))};
   std::string names;
-  for (const auto& [name, type] : found) {
-    names += (names.empty() ? "" : ", ") + quotedName(name);
-    if (std::ranges::any_of(today, [&](const auto& one) { return isSameName(one, name); })) continue;
-    texts.push_back(fmt::format("ALTER TABLE {}_temp ADD COLUMN {} {}", table, quotedName(name), type));
+  for (const auto& column : found) {
+    const std::string name = quotedName(column.name);
+    names += (names.empty() ? "" : ", ") + name;
+    if (std::ranges::any_of(today, [&](const auto& one) { return isSameName(one, column.name); })) continue;
+    texts.push_back(fmt::format("ALTER TABLE {}_temp ADD COLUMN {} {}", table, name, column.type));
   }
   if (!found.empty()) {
     texts.push_back(fmt::format("insert into {0}_temp ({1}) select {1} from {0}", table, names));

@@ -149,7 +149,8 @@ Result<> settleWhatIsDue(MainAppDelegate& app) {
   const Phrase paid = settled == 1 ? phrase("Settled {} pending record that has come due.", settled)
                                    : phrase("Settled {} pending records that have come due.", settled);
   if (made > 0 && settled > 0) {
-    app.root().addNotice("{} {}", added, paid);
+    app.root().addNotice(
+        Phrase("{} {}", fmt::format("{} {}", added, paid), {phrasePart(added), phrasePart(paid)}));
   } else if (made + settled > 0) {
     app.root().addNotice(made > 0 ? added : paid);
   }

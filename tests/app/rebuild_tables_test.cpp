@@ -59,6 +59,10 @@ TEST(Rebuild, makesNumbersOfDatesThatAreTexts) {
   for (const auto& [text, date, why] : cases) {
     device.sql("insert into transactions (eid, datetime, \"my own\") values (?, ?, 'kept')", {why, text});
   }
+  // An older program was cut short in the middle of this.
+  ASSERT_TRUE(device.connection().executeScript(
+      "insert into photos (eid) values ('kept'); alter table photos rename to photos_old; create table "
+      "category_temp (pk)"));
   EXPECT_TRUE(lacksColumns(device.root));
   const auto done =
       atomically(device.root, [&](Connection&) { return updateStringTypeDateField(device.root); });
@@ -73,6 +77,7 @@ TEST(Rebuild, makesNumbersOfDatesThatAreTexts) {
   EXPECT_EQ(device.rows("select title || typeof(editDate) || editDate || isGroup from account"),
             "Cashreal0.00");
   EXPECT_EQ(device.number("select count(*) from transactions where \"my own\" = 'kept'"), 9);
+  EXPECT_EQ(device.rows("select eid from photos"), "kept");
   EXPECT_EQ(device.number("select count(*) from seen"), 9) << "what others say of a table still holds";
   EXPECT_EQ(device.root.takeNotices().size(), 1U) << "that three could not be read";
   device.connection().executeScript(
