@@ -124,6 +124,7 @@ TEST(SeriesEdit, isRefusedWhole) {
           {"another day for what is past", "", Reach::all, on("", "2024-03-07")},
           {"a day before the record before", "2024-01-05", Reach::following, on("", "2023-12-05")},
           {"a day beyond the next record", "2024-01-05", Reach::following, on("Weekly", "2024-02-06")},
+          {"onto another record's day", "2024-01-05", Reach::following, on("Weekly", "2024-02-05")},
           {"an end before the beginning", "", Reach::all,
            [](auto& in, SeriesChange& change) { change.end = in.on("2023-11-04"); }},
           {"an account that is gone", "2024-01-05", Reach::following,
