@@ -1,6 +1,7 @@
 #include "recurrence/series_edit.h"
 
 #include <algorithm>
+#include <map>
 
 #include "calendar/date_texts.h"
 #include "model/entry_checks.h"
@@ -135,6 +136,7 @@ class SeriesEditor {
     const bool sameRule = seed_.repeat == textOf(*rule);
     auto next = sameRule && change_.date ? daysShifted(*rule, begin) : daysKept(*rule, begin);
     if (!next) return tl::make_unexpected(next.error());
+    if (auto apart = checkApart(); !apart) return apart;
     if (auto moved = past_.empty() ? Result<>() : goOnApart(begin); !moved) return moved;
     if (auto left = leaveRemoved(); !left) return left;
     if (auto dated = dateRecords(); !dated) return dated;
@@ -168,6 +170,20 @@ class SeriesEditor {
       shifted = nextRepeatDate(calendar_, rule, shifted, calendar_.day(begin));
     }
     return shifted;
+  }
+
+  /// Refused: a record that would move onto the day of another one.
+  Result<> checkApart() const {
+    std::map<std::int64_t, bool> taken;  ///< whether what has the day moves there
+    for (std::size_t at = 0; at < reached_.size(); ++at) {
+      const Date date = dates_[at].value_or(reached_[at].datetime);
+      const bool moves = !calendar_.isSameDay(date, reached_[at].datetime);
+      const auto [other, isFirst] = taken.emplace(calendar_.dayNumber(date), moves);
+      if (!isFirst && (moves || other->second)) {
+        return refuse("the series would have two records on {}", stringOfDateMediumStyle(calendar_, date));
+      }
+    }
+    return {};
   }
 
   /// Whether the record has the day for which the series made it; else a person dated it.

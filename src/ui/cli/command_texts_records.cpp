@@ -16,13 +16,17 @@ std::vector<CommandText> spendTexts() {
        "The amount stands without a sign: it is an expense, or with --income income. A date without a time "
        "means that day"
        " at the present time of day; a record whose day lies ahead is pending until then.\n\n"
-       "With --pay it is paid from several accounts; what they leave is still to be paid.",
+       "With --pay it is paid from several accounts; what they leave is still to be paid.\n\n"
+       "With --repeat it is the first of a series, which makes another one whenever its day has come. What "
+       "is "
+       "due by today is added at once.",
        {{"moniva spend add 12.50 -c Food -s Bakery --vendor \"Bäckerei Lang\" -a Cash", "an expense"},
         {"moniva spend add 2950 --income -c Salary --payer Weber -a Checking -d 2024-02-01", "income"},
         {"moniva spend add 18.40 --foreign 20 USD -c Travel -a \"Credit card\"", "paid in another currency"},
         {"moniva spend add 90 -c Clothes --pay Cash 20 --pay Checking 50",
          "from two accounts, 20 yet to be paid"},
-        {"moniva spend add 42 -c Travel -a Cash --reimburse --photo ticket.jpg", "with its receipt"}}},
+        {"moniva spend add 42 -c Travel -a Cash --reimburse --photo ticket.jpg", "with its receipt"},
+        {"moniva spend add 850 -c Rent -a Checking --repeat monthly --until 2027-12-31", "each month"}}},
       {"spend edit",
        "change an expense or income",
        "What is not named stays as it is. In a record with payments the only payment follows the amount and "

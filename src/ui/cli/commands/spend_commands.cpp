@@ -1,9 +1,11 @@
 #include "ui/cli/commands/spend_commands.h"
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
+#include "recurrence/spend_repeat.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/entry_fields.h"
+#include "ui/cli/commands/repeat_fields.h"
 #include "ui/cli/records.h"
 #include "ui/cli/typed_text.h"
 
@@ -16,7 +18,29 @@ struct SpendAddOptions {
   bool reimburse = false;
   std::vector<std::string> photos;
   EntryFields fields;
+  RepeatFields repeat;
 };
+
+/// What was added, up to the full stop.
+std::string addedText(Session& session, const RecordTexts& texts, bool income) {
+  const auto amount = texts.amount();
+  return (income ? session.text("Added income {}", amount) : session.text("Added an expense {}", amount)) +
+         texts.details();
+}
+
+void answerSeries(Session& session, const Spend& first, const std::string& seed, bool income) {
+  const NewSeries series(session, seed);
+  if (series.liesAhead()) return series.answerAhead();
+  RecordNames names(session.root());
+  const auto whole = wholeRecord(session, first.eid);
+  if (session.options().json) {
+    auto object = jsonOf(session, names, whole);
+    series.addTo(object);
+    return session.printJson(object);
+  }
+  const RecordTexts texts(session, names, whole);
+  session.answer(addedText(session, texts, income) + series.course() + texts.currencyNotes());
+}
 
 void addSpend(Session& session, const SpendAddOptions& options) {
   MVAppRoot& root = session.root();
@@ -27,8 +51,16 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   spend.note = asTyped(fields.note, "the note");
   spend.paid = !fields.pending && isPaidAt(spend.datetime, session.now());
   spend.needReimburse = options.reimburse;
+  const bool repeats = fillRepeat(session, options.repeat, spend.repeat, spend.repeatEndDate);
+  if (repeats && !fields.payments.empty()) {
+    throw notUnderstood("what is paid from several accounts does not repeat; name one with --account");
+  }
+  if (repeats && fields.pending) {
+    throw notUnderstood("what repeats is paid when its day has come; leave out --pending");
+  }
   for (const auto& path : options.photos) spend.addImages.push_back(imageFileTyped(path));
 
+  std::string seed;
   changeStore(session, [&] {
     const auto names = fillEntry(session, fields, spend);
     spend.amount = amountTyped(session, options.amount, names.currency, fields.amounts);
@@ -36,16 +68,18 @@ void addSpend(Session& session, const SpendAddOptions& options) {
       spend.foreignCurrency = foreignCurrencyTyped(code);
       spend.foreignAmount = amountTyped(session, amount, code, fields.amounts);
     }
+    if (repeats) {
+      seed = done(recordRepeating(root, spend));
+      return;
+    }
     if (fields.payments.empty()) return done(recordEntry(root, spend));
     auto payments = paymentsTyped(session, fields, names, spend, spend.amount);
     done(spend.addWithPayments(payments));
     if (!spend.addImages.empty()) done(saveImages(root, spend.addImages, spend.eid));
   });
+  if (repeats) return answerSeries(session, spend, seed, fields.income);
   answerChanged(session, spend.eid, [&](const RecordTexts& texts) {
-    const auto amount = texts.amount();
-    return (fields.income ? session.text("Added income {}", amount)
-                          : session.text("Added an expense {}", amount)) +
-           texts.details() + texts.stillOpen();
+    return addedText(session, texts, fields.income) + texts.stillOpen();
   });
 }
 
@@ -70,6 +104,7 @@ void addSpendCommands(CommandLine& line) {
   add->add_option("--photo", options->photos, "An image to attach, such as the receipt")
       ->type_name("PATH")
       ->allow_extra_args(false);
+  addRepeatFields(*add, options->repeat);
   line.onRun(add, [options](Session& session) { addSpend(session, *options); });
   addSpendEdits(line, *spend);
   addSpendList(line, *spend);

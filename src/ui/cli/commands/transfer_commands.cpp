@@ -2,9 +2,11 @@
 #include "calendar/parse_date.h"
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
+#include "recurrence/spend_repeat.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/account_rows.h"
+#include "ui/cli/commands/repeat_fields.h"
 #include "ui/cli/commands/repeat_texts.h"
 #include "ui/cli/commands/transfer_texts.h"
 #include "ui/cli/entry_options.h"
@@ -29,6 +31,7 @@ struct TransferOptions {
   std::int64_t limit = 50;
   bool deleted = false;
   AmountOptions amounts;
+  RepeatFields repeat;
 };
 
 /// A fee may be nothing, unlike any other amount.
@@ -54,6 +57,8 @@ void addTransfer(Session& session, const TransferOptions& options) {
   transfer.datetime = momentTyped(session, options.date);
   transfer.note = asTyped(options.note.value_or(""), "the note");
   transfer.paid = isPaidAt(transfer.datetime, session.now());
+  const bool repeats = fillRepeat(session, options.repeat, transfer.repeat, transfer.repeatEndDate);
+  std::string seed;
   changeStore(session, [&] {
     const auto from = accountNamed(session, options.from, Meant::open);
     const auto to = accountNamed(session, options.to, Meant::open);
@@ -71,14 +76,24 @@ void addTransfer(Session& session, const TransferOptions& options) {
     }
     transfer.accountA = from.pk;
     transfer.accountB = to.pk;
-    done(recordEntry(root, transfer));
+    if (repeats)
+      seed = done(recordRepeating(root, transfer));
+    else
+      done(recordEntry(root, transfer));
   });
 
-  if (session.options().json) return session.printJson(jsonOf(session, transfer));
+  std::optional<NewSeries> series;
+  if (repeats) series.emplace(session, seed);
+  if (series && series->liesAhead()) return series->answerAhead();
+  if (session.options().json) {
+    auto object = jsonOf(session, transfer);
+    if (series) series->addTo(object);
+    return session.printJson(object);
+  }
   const TransferTexts texts(session, transfer);
   session.answer(session.text("Moved {} from {} to {}, on {}.", texts.amount, texts.from, texts.to,
                               dayOf(session, transfer.datetime, transfer.paid)) +
-                 texts.ofFee());
+                 texts.ofFee() + (series ? series->course() : std::string()));
 }
 
 /// Writes the accounts typed; ends the command where amounts would no longer say what they are of.
@@ -282,6 +297,7 @@ void addTransferCommands(CommandLine& line) {
     add->add_option("TO", options->to, "Name of the account it arrives in")->required();
     add->add_option("-d,--date", options->date, "When (else now)")->type_name("DATE");
     details(add, *options);
+    addRepeatFields(*add, options->repeat);
   }
   constexpr const char* kRecord = toTranslate("The record of either side, or the end of it as lists show it");
   {
