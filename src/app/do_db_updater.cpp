@@ -256,6 +256,7 @@ Result<> DoDBUpdater::runAlone(UpgradeOutcome& outcome) {
 
 Result<UpgradeOutcome> DoDBUpdater::run() {
   UpgradeOutcome outcome;
+  if (const auto& why = root_.db().readOnlyReason()) return tl::make_unexpected(*why);
   if (const auto work = hasWork(); !work || !*work) {
     return work ? Result<UpgradeOutcome>(outcome) : tl::make_unexpected(work.error());
   }
