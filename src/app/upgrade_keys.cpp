@@ -25,36 +25,30 @@ constexpr std::array kLateColumns = {
     LateColumn{"category", "oldTitle", "TEXT DEFAULT ''"},
     LateColumn{"category", "oldParent", "TEXT DEFAULT ''"},
     LateColumn{"category", "expandOption", "TEXT DEFAULT ''"},
+    LateColumn{"categoryofbook", "edit_ipid", "TEXT DEFAULT ''"},
     LateColumn{"transactions", "repeat_seed", "TEXT DEFAULT ''"},
     LateColumn{"transactions", "sweek", "INTEGER DEFAULT 0"},
     LateColumn{"transactions", "sday", "INTEGER DEFAULT 0"},
     LateColumn{"transactions", "payDate", "REAL DEFAULT 0.0"},
 };
 
-/// Answers whether any was missing.
-Result<bool> addLateColumns(MVAppRoot& root) {
-  bool added = false;
+Result<> addLateColumns(MVAppRoot& root) {
   for (const auto& column : kLateColumns) {
     const auto there = columnsOf(root, column.table);
     if (!there) return tl::make_unexpected(there.error());
     if (there->empty() || there->contains(column.name)) continue;
-    if (auto done = write(
-            root, fmt::format("ALTER TABLE {} ADD COLUMN {} {}", column.table, column.name, column.kind));
-        !done) {
-      return tl::make_unexpected(done.error());
-    }
-    added = true;
+    const auto sql = fmt::format("ALTER TABLE {} ADD COLUMN {} {}", column.table, column.name, column.kind);
+    if (auto done = write(root, sql); !done) return done;
   }
-  return added;
+  return {};
 }
 
 /// Categories of books that are known by the numbers of their rows, in a table without `cate`, are known by
-/// keys afterwards; all else of a row stays. A number of no row stays a number, and '' is no book. Answers
-/// whether the table was of that form.
-Result<bool> rebuildCategoryOfBook(MVAppRoot& root) {
+/// keys afterwards; all else of a row stays. A number of no row stays a number, and '' is no book.
+Result<> rebuildCategoryOfBook(MVAppRoot& root) {
   const auto columns = columnsOf(root, "categoryofbook");
   if (!columns) return tl::make_unexpected(columns.error());
-  if (columns->empty() || columns->contains("cate")) return false;
+  if (columns->empty() || columns->contains("cate")) return {};
   std::string names;
   for (const char* kept : {"cateOrder", "used", "enabled", "editDate", "edit_ipid"}) {
     if (columns->contains(kept)) names.append(", ").append(kept);
@@ -74,7 +68,7 @@ Result<bool> rebuildCategoryOfBook(MVAppRoot& root) {
         std::string_view(copy), std::string_view("ALTER TABLE categoryofbook RENAME TO categoryofbook_old"),
         std::string_view("ALTER TABLE categoryofbook_temp RENAME TO categoryofbook"),
         std::string_view("DROP TABLE categoryofbook_old")}) {
-    if (auto done = write(root, sql); !done) return tl::make_unexpected(done.error());
+    if (auto done = write(root, sql); !done) return done;
   }
   struct Row {
     std::int64_t place;
@@ -87,26 +81,23 @@ Result<bool> rebuildCategoryOfBook(MVAppRoot& root) {
   for (const auto& row : *rows) {
     if (auto done = write(root, "update categoryofbook set pk = ? where rowid = ?", row.key, row.place);
         !done)
-      return tl::make_unexpected(done.error());
+      return done;
   }
-  return true;
+  return {};
 }
 
 }  // namespace
 
 Result<> updateCategoryPK(MVAppRoot& root) {
   return atomically(root, [&](Connection&) -> Result<> {
-    const auto added = addLateColumns(root);
-    if (!added) return tl::make_unexpected(added.error());
+    if (auto done = addLateColumns(root); !done) return done;
     std::vector<std::int64_t> doubles;
     std::set<std::string> touched;
     std::set<std::string> given;
     if (auto done = giveAccountKeys(root, doubles, touched); !done) return done;
     if (auto done = giveCategoryKeys(root, given); !done) return done;
     // While all rows that had numbers are there.
-    const auto rebuilt = rebuildCategoryOfBook(root);
-    if (!rebuilt) return tl::make_unexpected(rebuilt.error());
-    if (*added || *rebuilt) makeIndexes(root);
+    if (auto done = rebuildCategoryOfBook(root); !done) return done;
     for (const auto eid : doubles) {
       if (auto done = removeAccountRow(root, eid); !done) return done;
     }

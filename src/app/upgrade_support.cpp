@@ -2,7 +2,6 @@
 
 #include "base/uuid.h"
 #include "model/transaction_type.h"
-#include "storage/indexes_sql.h"
 
 namespace moniva {
 namespace {
@@ -10,16 +9,18 @@ namespace {
 /// A second after the epoch, before anything a person did.
 constexpr double kBeforeAll = 1;
 
-/// "title='Home', currency='EUR', ...": the row as texts that could be put back.
-Result<std::string> rowAsText(MVAppRoot& root, std::string_view table, std::int64_t rowid) {
-  const auto columns = columnsOf(root, table);
+/// "title='Home', currency='EUR', ...": the row of `account` as texts that could be put back. A password is
+/// nobody's to read; only groups keep something else there, their members.
+Result<std::string> accountAsText(MVAppRoot& root, std::int64_t eid) {
+  const auto columns = columnsOf(root, "account");
   if (!columns) return tl::make_unexpected(columns.error());
   std::string parts;
   for (const auto& column : *columns) {
-    parts += fmt::format("{}'{}=' || quote({})", parts.empty() ? "" : " || ', ' || ", column, column);
+    const std::string value = column == "password" ? "case when isGroup = 1 then quote(password) else '' end"
+                                                   : fmt::format("quote({})", column);
+    parts += fmt::format("{}'{}=' || {}", parts.empty() ? "" : " || ', ' || ", column, value);
   }
-  const auto texts =
-      loadedTexts(root, fmt::format("select {} from {} where rowid = ?", parts, table), {rowid});
+  const auto texts = loadedTexts(root, fmt::format("select {} from account where eid = ?", parts), {eid});
   if (!texts) return tl::make_unexpected(texts.error());
   return texts->empty() ? std::string() : texts->front();
 }
@@ -43,22 +44,8 @@ Result<std::set<std::string, std::less<>>> columnsOf(MVAppRoot& root, std::strin
   return std::set<std::string, std::less<>>(names->begin(), names->end());
 }
 
-void makeIndexes(MVAppRoot& root) {
-  Connection* db = root.db().getDatabase();
-  std::string_view rest = kIndexesSql;
-  for (auto end = rest.find(';'); db != nullptr && end != std::string_view::npos; end = rest.find(';')) {
-    const std::string_view statement = rest.substr(0, end);
-    if (statement.find("CREATE INDEX") != std::string_view::npos &&
-        !db->executeScript(std::string(statement))) {
-      root.platform().log.line(fmt::format("== index not added: {}", db->lastErrorMessage()));
-    }
-    rest.remove_prefix(end + 1);
-  }
-  if (db != nullptr) db->clearError();
-}
-
 Result<> removeAccountRow(MVAppRoot& root, std::int64_t eid) {
-  const auto text = rowAsText(root, "account", eid);
+  const auto text = accountAsText(root, eid);
   if (!text) return tl::make_unexpected(text.error());
   root.db().faultLog().line(fmt::format("== row of account removed: {}", *text));
   return write(root, "delete from account where eid = ?", eid);
@@ -86,7 +73,7 @@ Result<> repointHolder(MVAppRoot& root, int aKind, bool isGroup, const std::stri
   const auto columns = columnsOf(root, "categoryofbook");
   if (!columns) return tl::make_unexpected(columns.error());
   // The earlier form of that table knows books by number.
-  if (isGroup || !isBook || !columns->contains("edit_ipid")) return {};
+  if (isGroup || !isBook || !columns->contains("cate")) return {};
   return write(root, "update categoryofbook set book = ?, editDate = ?, edit_ipid = ? where book = ?", to,
                root.editStamp(), root.itsUDID(), from);
 }

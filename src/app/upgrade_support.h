@@ -32,9 +32,6 @@ Result<std::vector<std::string>> loadedTexts(MVAppRoot& root, std::string_view s
 
 /// The names of the table's columns; none for a table that is not there.
 Result<std::set<std::string, std::less<>>> columnsOf(MVAppRoot& root, std::string_view table);
-/// Makes the indexes that the store has not, as far as its tables have the columns.
-void makeIndexes(MVAppRoot& root);
-
 /// Removes the row of `account` for good; the log keeps what it said.
 Result<> removeAccountRow(MVAppRoot& root, std::int64_t eid);
 /// What names the book or account by the one key names it by the other: its records, the categories of a
