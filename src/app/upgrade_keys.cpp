@@ -1,7 +1,5 @@
 // Stores in which rows are known by their titles, or by numbers, get the keys of today.
 
-#include <array>
-
 #include "app/do_db_updater.h"
 #include "app/upgrade_support.h"
 #include "model/account_balance.h"
@@ -9,39 +7,6 @@
 
 namespace moniva {
 namespace {
-
-/// A column that tables came to have at their ends, so that older stores may lack it.
-struct LateColumn {
-  std::string_view table;
-  std::string_view name;
-  std::string_view kind;
-};
-
-constexpr std::array kLateColumns = {
-    LateColumn{"account", "oldTitle", "TEXT DEFAULT ''"},
-    LateColumn{"account", "expandOption", "TEXT DEFAULT ''"},
-    LateColumn{"account", "isGroup", "INTEGER DEFAULT 0"},
-    LateColumn{"category", "orderString", "TEXT DEFAULT ''"},
-    LateColumn{"category", "oldTitle", "TEXT DEFAULT ''"},
-    LateColumn{"category", "oldParent", "TEXT DEFAULT ''"},
-    LateColumn{"category", "expandOption", "TEXT DEFAULT ''"},
-    LateColumn{"categoryofbook", "edit_ipid", "TEXT DEFAULT ''"},
-    LateColumn{"transactions", "repeat_seed", "TEXT DEFAULT ''"},
-    LateColumn{"transactions", "sweek", "INTEGER DEFAULT 0"},
-    LateColumn{"transactions", "sday", "INTEGER DEFAULT 0"},
-    LateColumn{"transactions", "payDate", "REAL DEFAULT 0.0"},
-};
-
-Result<> addLateColumns(MVAppRoot& root) {
-  for (const auto& column : kLateColumns) {
-    const auto there = columnsOf(root, column.table);
-    if (!there) return tl::make_unexpected(there.error());
-    if (there->empty() || there->contains(column.name)) continue;
-    const auto sql = fmt::format("ALTER TABLE {} ADD COLUMN {} {}", column.table, column.name, column.kind);
-    if (auto done = write(root, sql); !done) return done;
-  }
-  return {};
-}
 
 /// Categories of books that are known by the numbers of their rows, in a table without `cate`, are known by
 /// keys afterwards; all else of a row stays. A number of no row stays a number, and '' is no book.
@@ -90,7 +55,6 @@ Result<> rebuildCategoryOfBook(MVAppRoot& root) {
 
 Result<> updateCategoryPK(MVAppRoot& root) {
   return atomically(root, [&](Connection&) -> Result<> {
-    if (auto done = addLateColumns(root); !done) return done;
     std::vector<std::int64_t> doubles;
     std::set<std::string> touched;
     std::set<std::string> given;

@@ -1,12 +1,4 @@
 -- Rows are known by their titles, categories of books by the numbers of rows.
-DROP TABLE account;
-CREATE TABLE account (eid INTEGER PRIMARY KEY, title TEXT DEFAULT '', password TEXT DEFAULT '', type TEXT DEFAULT '',
-  beginBalance REAL DEFAULT 0.0, currency TEXT DEFAULT '', enabled INTEGER DEFAULT 1, weekStartsOn INTEGER DEFAULT 1,
-  monthStartsOn INTEGER DEFAULT 1, note TEXT DEFAULT '', orderID INTEGER DEFAULT 0, deleted INTEGER DEFAULT 0,
-  editDate REAL DEFAULT 0.0, familyUser TEXT DEFAULT '', budgetEnabled INTEGER DEFAULT 0, incomeEnabled INTEGER DEFAULT 1,
-  totalBalance REAL DEFAULT 0.0, totalIncome REAL DEFAULT 0.0, totalExpense REAL DEFAULT 0.0, totalBudget REAL DEFAULT 0.0,
-  ipid TEXT DEFAULT '', edit_ipid TEXT DEFAULT '', edit_count INTEGER DEFAULT 0, yearStartsOn INTEGER DEFAULT 1,
-  includeFurtureDate INTEGER DEFAULT 0, kind INTEGER DEFAULT 0, beginDate REAL DEFAULT 0.0, endDate REAL DEFAULT 0.0);
 INSERT INTO account (eid, title, type, kind, currency, beginBalance, incomeEnabled, editDate, deleted) VALUES
   (1, 'Home', '_Book', 2, 'EUR', 0, 1112, 5, 0),
   (2, 'Cash', '_SavingAccount', 1, 'EUR', 0, 1050, 5, 0),
@@ -16,10 +8,6 @@ INSERT INTO account (eid, title, type, kind, currency, beginBalance, incomeEnabl
   (6, 'Visa', '_SavingAccount', 1, 'USD', 7, 1050, 4, 0),
   (7, NULL, '_Book', 2, 'EUR', 0, 1112, 'yesterday', 0);
 
-DROP TABLE category;
-CREATE TABLE category (pk INTEGER PRIMARY KEY, title TEXT DEFAULT '', parent TEXT DEFAULT '', usedTimes INTEGER DEFAULT 0,
-  type INTEGER, account TEXT DEFAULT '', familyUser TEXT DEFAULT '', deleted INTEGER DEFAULT 0, editDate REAL DEFAULT 0.0,
-  ipid TEXT DEFAULT '', edit_ipid TEXT DEFAULT '', edit_count INTEGER DEFAULT 0, orderID INTEGER DEFAULT 0);
 INSERT INTO category (pk, title, parent, type, editDate, deleted) VALUES
   (1, 'Food', '_rootCate', 12, 5, 0), (2, 'Bakery', 'Food', 12, 5, 0),
   (3, 'Food', '', 12, 4, 0), (4, 'Other', 'Food', 12, 5, 0),
