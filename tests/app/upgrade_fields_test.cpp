@@ -101,7 +101,9 @@ TEST(UpgradeSteps, changeNothingInAStoreOfToday) {
   ASSERT_TRUE(story.root.executeUpdate("delete from monivaSys"));
   const auto before = story.connection().totalChanges();
   for (const auto& step : upgradeSteps()) {
-    if (step.code == 5) continue;  // copies every row, changed or not
+    // 5 copies every row, changed or not; 6 marks the categories that transfers leave empty. Both are asked
+    // for.
+    if (step.code == 5 || step.code == 6) continue;
     EXPECT_TRUE(step.run(story.root));
     EXPECT_EQ(story.connection().totalChanges(), before) << step.name;
   }
