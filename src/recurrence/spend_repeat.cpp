@@ -1,6 +1,6 @@
 #include "recurrence/spend_repeat.h"
 
-#include <algorithm>
+#include <set>
 
 #include "model/entry_checks.h"
 #include "recurrence/occurrence_maker.h"
@@ -9,26 +9,24 @@
 namespace moniva {
 namespace {
 
-/// Of the dates on which a series has occurrences, those between the day before the one and the day after the
-/// other; in order. Deleted by a person counts.
-Result<std::vector<Date>> occurrencesIn(MVAppRoot& root, Connection& db, std::string_view seed, Date from,
-                                        Date to) {
+/// The days from the one to the other that are served: those of occurrences dated after the day before and
+/// before the day after. Deleted by a person counts. One that tells for which day it was made serves that
+/// day, wherever a person, or a journey to another zone, has brought it.
+Result<std::set<std::int64_t>> daysServed(MVAppRoot& root, Connection& db, std::string_view seed, Date from,
+                                          Date to) {
   const Calendar& calendar = root.calendar();
-  std::vector<Date> dates;
+  std::set<std::int64_t> days;
   Run run = db.query(
-      "select datetime from transactions where repeat_seed = ? and datetime > ? and datetime < ? and"
-      " deleted < 2 order by datetime",
+      "select eid, datetime from transactions where repeat_seed = ? and datetime > ? and datetime < ? and"
+      " deleted < 2",
       {seed, calendar.endOfDay(calendar.dayNumber(from) - 1),
        calendar.beginOfDay(calendar.dayNumber(to) + 1)});
-  while (run.next()) dates.push_back(run.date(0));
+  while (run.next()) {
+    const auto madeFor = dayMadeFor(seed, run.text(0));
+    days.insert(madeFor ? *madeFor : calendar.dayNumber(run.date(1)));
+  }
   if (!run.ok()) return tl::make_unexpected(db.refusal());
-  return dates;
-}
-
-/// Whether one of the dates is after the day before and before the day after.
-bool hasDateOn(const Calendar& calendar, const std::vector<Date>& dates, std::int64_t day) {
-  const auto next = std::ranges::upper_bound(dates, calendar.endOfDay(day - 1));
-  return next != dates.end() && *next < calendar.beginOfDay(day + 1);
+  return days;
 }
 
 /// Completes what the seed says of its beginning.
@@ -46,14 +44,14 @@ class SeriesWalk {
   SeriesWalk(MVAppRoot& root, const SeriesSeed& seed, RepeatRule rule, int firstDay)
       : root_(root), seed_(seed), rule_(rule), firstDay_(firstDay) {}
 
-  /// Makes what the dates lack, and brings along what depends on it.
-  Result<SeriesProgress> run(const std::vector<Date>& dates, Date from, Date to) {
+  /// Makes what the days served lack, and brings along what depends on it.
+  Result<SeriesProgress> run(const std::set<std::int64_t>& served, Date from, Date to) {
     const Calendar& calendar = root_.calendar();
     SeriesProgress progress;
     for (progress.next = from;; progress.next = nextRepeatDate(calendar, rule_, progress.next, firstDay_)) {
       progress.ended = seed_.end && calendar.isAfterDay(progress.next, *seed_.end);
       if (progress.ended || progress.next > to) break;
-      if (hasDateOn(calendar, dates, calendar.dayNumber(progress.next))) continue;
+      if (served.contains(calendar.dayNumber(progress.next))) continue;
       progress.more = progress.made == kMostOccurrencesAtOnce;
       if (progress.more) break;
       const auto made = make(progress.next);
@@ -95,10 +93,10 @@ Result<SeriesProgress> bringUpToDate(MVAppRoot& root, Connection& db, const Seri
   if (!checked) return tl::make_unexpected(checked.error());
   const auto firstDay = firstDayOf(root, seed);
   if (!firstDay) return tl::make_unexpected(firstDay.error());
-  const auto dates = occurrencesIn(root, db, seed.eid, from, to);
-  if (!dates) return tl::make_unexpected(dates.error());
+  const auto served = daysServed(root, db, seed.eid, from, to);
+  if (!served) return tl::make_unexpected(served.error());
 
-  auto progress = SeriesWalk(root, seed, *rule, *firstDay).run(*dates, from, to);
+  auto progress = SeriesWalk(root, seed, *rule, *firstDay).run(*served, from, to);
   if (!progress) return progress;
   Result<> written;
   if (progress->ended) {

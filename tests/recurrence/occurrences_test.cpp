@@ -139,6 +139,11 @@ TEST(Occurrences, thatAPersonDeletedOrMovedDoNotComeBack) {
       " datetime = ?",
       {seed, store.on("2024-01-04")});
   EXPECT_EQ(dayMadeFor(seed, fresh), std::nullopt);
+  // Moved to the day of another one that is still to come.
+  auto late = madeFor("2024-01-05");
+  ASSERT_TRUE(late.updateDate(store.on("2024-01-06 18:00:00")));
+  EXPECT_EQ(store.catchUp("2024-01-07").made, 2);
+  EXPECT_EQ(store.days(seed), "20231224 20240101 20240104 20240106 20240106 20240107");
 }
 
 TEST(Occurrences, areTheSameOnEveryDevice) {

@@ -45,7 +45,10 @@ std::string NewSeries::course() const {
   auto text = seed_.repeatEndDate == Date{}
                   ? session_.text("It repeats {}", rule)
                   : session_.text("It repeats {} until {}", rule, shortDate(session_, seed_.repeatEndDate));
-  text += "; " + session_.count("{} record is due and was added", "{} records are due and were added", made_);
+  if (made_ > 1) {
+    text += "; " + session_.count("{} more record, due since then, was added too",
+                                  "{} more records, due since then, were added too", made_ - 1);
+  }
   text += "; " + (seed_.deleted != 0 ? session_.text("it is over with that")
                                      : session_.text("next on {}", shortDate(session_, seed_.datetime)));
   return " " + text + ".";
