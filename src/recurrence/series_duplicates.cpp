@@ -3,7 +3,9 @@
 #include <set>
 #include <vector>
 
+#include "calendar/date_texts.h"
 #include "model/record_entry.h"
+#include "recurrence/spend_repeat.h"
 
 namespace moniva {
 namespace {
@@ -31,7 +33,8 @@ Result<std::vector<int>> crowdedDays(Connection& db, std::string_view seed) {
 }
 
 /// The day's records besides the one edited last, which stays.
-Result<std::vector<Occurrence>> surplusOf(Connection& db, std::string_view seed, int day) {
+Result<std::vector<Occurrence>> surplusOf(const Calendar& calendar, Connection& db, std::string_view seed,
+                                          int day) {
   std::vector<Occurrence> surplus;
   std::set<std::string> seen;
   Run run = db.query(
@@ -40,6 +43,9 @@ Result<std::vector<Occurrence>> surplusOf(Connection& db, std::string_view seed,
       {seed, day});
   while (run.next()) {
     Occurrence one{std::string(run.text(0)), std::string(run.text(1))};
+    // One that a person dated anew was made for another day.
+    const auto made = dayMadeFor(seed, one.eid);
+    if (made && integerDateOfTimeZone(calendar, calendar.beginOfDay(*made)) != day) continue;
     const bool isNew = seen.insert(one.group.empty() ? one.eid : one.group).second;
     if (isNew && seen.size() > 1) surplus.push_back(std::move(one));
   }
@@ -73,7 +79,7 @@ Result<int> clearDuplicateRecurringItemFor(MVAppRoot& root, std::string_view see
                          if (!days) return tl::make_unexpected(days.error());
                          int removed = 0;
                          for (const int day : *days) {
-                           const auto surplus = surplusOf(db, seed, day);
+                           const auto surplus = surplusOf(root.calendar(), db, seed, day);
                            if (!surplus) return tl::make_unexpected(surplus.error());
                            for (const auto& one : *surplus) {
                              if (auto gone = removeOccurrence(root, one); !gone) {

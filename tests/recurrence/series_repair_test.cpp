@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include "recurrence/series_duplicates.h"
 #include "recurrence/spend_repeat.h"
 #include "support/household.h"
 
@@ -138,6 +139,15 @@ TEST(SeriesRepair, ADayHoldsOneOccurrenceOfEachSort) {
       EXPECT_TRUE(device.balancesHold()) << one.why;
     }
   }
+}
+
+TEST(SeriesRepair, WhatAPersonMovedIsNoDuplicateByItsKeyEither) {
+  Damage device;
+  const auto moved = occurrenceIdentifier(*device.platform.calendar, "S", device.on("2024-01-31"));
+  device.addAll(moved + " 1, b 2, c 1");
+  EXPECT_TRUE(device.sql("update transactions set sday = 20240201 where type = 12"));
+  EXPECT_EQ(clearDuplicateRecurringItemFor(device.root, "S"), 1);
+  EXPECT_EQ(device.state(), moved + " 0, b 0, c 3");
 }
 
 TEST(SeriesRepair, MassesOfCopiesLeaveTheFile) {

@@ -135,6 +135,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addExplainCommand(*this);
   addDoctorCommand(*this);
   addUpgradeCommand(*this);
+  addRepairCommand(*this);
   addOpenCommand(*this);
   addDemoCommand(*this);
   addShellCommands(*this);

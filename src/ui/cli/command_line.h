@@ -83,6 +83,7 @@ void addSearchCommands(CommandLine& line);
 void addExplainCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 void addUpgradeCommand(CommandLine& line);
+void addRepairCommand(CommandLine& line);
 void addOpenCommand(CommandLine& line);
 void addDemoCommand(CommandLine& line);
 void addShellCommands(CommandLine& line);

@@ -83,6 +83,15 @@ std::span<const CommandText> commandTexts() {
        {{"moniva upgrade --dry-run", "see what the store needs"},
         {"moniva upgrade", "do it"},
         {"moniva upgrade --again 13", "have the records of all series repaired once more"}}},
+      {"repair",
+       "mend series that have two records for a day, or lost some",
+       "Two devices that each made a record of a series for one day leave two. Of those the one edited last "
+       "stays, and what a person deleted or moved to another day is left so. Records that an earlier repair "
+       "removed come back where their day has none, what is left of deleted series is removed, and masses of "
+       "removed copies leave the file. What is found is shown first; records of a series that does not "
+       "exist, "
+       "and series that cannot go on, are only shown.",
+       {{"moniva repair --dry-run", "see what there is to mend"}, {"moniva repair", "mend it"}}},
       {"open",
        "hand a URL or a file to the program",
        "Some URLs ask for maintenance: moniva://sendlog has the next command tell where the log of faults "

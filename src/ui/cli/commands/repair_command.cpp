@@ -1,0 +1,93 @@
+#include <boost/json.hpp>
+#include <set>
+
+#include "recurrence/series_repair.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/commands/entry_fields.h"
+#include "ui/cli/commands/repeat_texts.h"
+#include "ui/cli/entry_options.h"
+#include "ui/cli/table.h"
+
+namespace moniva {
+namespace {
+
+/// What the series is: "Rent, Lang, €500.00, monthly".
+std::string damagedSeriesText(Session& session, const std::string& seed) {
+  const auto found = MVTransaction::transactionFromEID(session.root(), seed);
+  if (!found || found->type() != kind::kRepeatSeed) return shortEid(seed);
+  return seriesText(session, *found);
+}
+
+boost::json::array findingsJson(const SeriesFindings& findings) {
+  boost::json::array list;
+  for (const auto& one : findings) {
+    list.push_back({{"repeatSeed", one.seed},
+                    {"what", one.what.english()},
+                    {"records", one.records},
+                    {"mendable", one.mendable}});
+  }
+  return list;
+}
+
+void printFindings(Session& session, const SeriesFindings& findings) {
+  Table table({{.title = session.text("Series")},
+               {.title = session.text("Found")},
+               {.title = session.text("Records"), .align = Align::right}});
+  for (const auto& one : findings) {
+    table.addRow({damagedSeriesText(session, one.seed),
+                  Cell(one.what.in(session.translate()), one.mendable ? Ink{} : ink::yellow),
+                  std::to_string(one.records)});
+  }
+  session.out() << table.render(session.style(), session.width()) << '\n';
+}
+
+/// "Mended 3 records of 2 series."
+std::string mendedText(Session& session, const SeriesFindings& mended) {
+  std::set<std::string> series;
+  std::int64_t records = 0;
+  for (const auto& one : mended) {
+    if (!one.mendable) continue;
+    series.insert(one.seed);
+    records += one.records;
+  }
+  return session.text("Mended {} of {}.", session.count("{} record", "{} records", records),
+                      session.count("{} series", "{} series", static_cast<std::int64_t>(series.size())));
+}
+
+void repairSeries(Session& session, bool dryRun) {
+  // What is found is to be what was there before the day's own records are made.
+  session.holdDaysWorkBack();
+  session.launch();
+  MVAppRoot& root = session.root();
+  const bool json = session.options().json;
+  const auto found = done(repairAllSeries(root, Repair::lookOnly));
+  const bool anyMendable = std::ranges::any_of(found, &SeriesFinding::mendable);
+  if (!json && !found.empty()) printFindings(session, found);
+  SeriesFindings mended;
+  if (anyMendable && !dryRun) {
+    mended = done(repairAllSeries(root, Repair::mend));
+    std::erase_if(mended, [](const auto& one) { return !one.mendable; });
+    root.markRecentEditDate();
+  }
+  if (json) {
+    session.printJson(boost::json::object{{"found", findingsJson(found)}, {"mended", findingsJson(mended)}});
+  } else if (found.empty()) {
+    session.answer(session.text("Every series is in order."));
+  } else if (!anyMendable) {
+    session.answer(session.text("This is yours to decide, so nothing was changed."));
+  } else {
+    session.answer(dryRun ? session.text("Nothing was changed.") : mendedText(session, mended));
+  }
+}
+
+}  // namespace
+
+void addRepairCommand(CommandLine& line) {
+  CLI::App* command = line.add(line.app(), "repair");
+  auto dryRun = std::make_shared<bool>(false);
+  command->add_flag("--dry-run", *dryRun, "Show what would be mended and change nothing");
+  line.onRun(
+      command, [dryRun](Session& session) { repairSeries(session, *dryRun); }, false);
+}
+
+}  // namespace moniva
