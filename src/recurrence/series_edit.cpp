@@ -334,6 +334,21 @@ Result<SeriesOutcome> editSeries(MVAppRoot& root, std::string_view eid, Reach re
   });
 }
 
+Result<int> deleteSeries(MVAppRoot& root, std::string_view eid) {
+  return changeRecords(root, RecordScope{}, [&](Connection&) -> Result<int> {
+    auto seed = seedOfSeries(root, eid);
+    if (!seed) return tl::make_unexpected(seed.error());
+    // What removes a series passes over what is removed: one that is over has to be in use for that.
+    auto written = write(
+        root,
+        "update transactions set deleted = 0, editDate = ?, edit_ipid = ? where eid = ? and deleted = 1",
+        root.editStamp(), root.itsUDID(), seed->eid);
+    if (!written) return tl::make_unexpected(written.error());
+    seed->deleted = 0;
+    return deletedAllRepeatTransaction(*seed);
+  });
+}
+
 Result<SeriesOutcome> resumeSeries(MVAppRoot& root, std::string_view eid, std::optional<Date> end,
                                    bool fill) {
   return changeRecords(root, RecordScope{}, [&](Connection&) -> Result<SeriesOutcome> {
