@@ -81,6 +81,8 @@ TEST(SeriesEdit, reachesAsFarAsIsSaid) {
        "20240305 Weekly 10"},
       {"another rule from one on: its records keep their days", "2024-01-05", Reach::following,
        on("Quarterly", ""), "20231105 20231205", "20240105 20240205", "10 10 10 10", "20240405 Quarterly 10"},
+      {"days between its records are not made up", "2024-01-05", Reach::following, on("Biweekly", ""),
+       "20231105 20231205", "20240105 20240205 20240216", "10 10 10 10 10", "20240301 Biweekly 10"},
       {"one that came due by it", "2024-02-05", Reach::following, on("Weekly", ""),
        "20231105 20231205 20240105", "20240205 20240212 20240219 20240226", "10 10 10 10 10 10 10",
        "20240304 Weekly 10"},
