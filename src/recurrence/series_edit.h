@@ -64,4 +64,7 @@ Result<SeriesOutcome> editSeries(MVAppRoot& root, std::string_view eid, Reach re
 /// goes on, and where its end has passed.
 Result<SeriesOutcome> resumeSeries(MVAppRoot& root, std::string_view eid, std::optional<Date> end, bool fill);
 
+/// Removes a series with everything it has made, one that is over too; answers how many records went.
+Result<int> deleteSeries(MVAppRoot& root, std::string_view eid);
+
 }  // namespace moniva

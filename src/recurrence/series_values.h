@@ -2,10 +2,15 @@
 
 #include "recurrence/series_edit.h"
 #include "recurrence/series_view.h"
+#include "storage/value.h"
 
 // The values of a series, for its own sources.
 namespace moniva {
 
+/// A seed's end as it is kept: an open one as a blank text.
+inline Value endValue(Date end) {
+  return end == Date{} ? Value("") : Value(end);
+}
 /// Refused: amounts, dates and rules that are none, and what records of the kind have not.
 Result<> checkChange(const MVTransaction& seed, const SeriesChange& change);
 /// Writes the values on one record by the editor of its kind.

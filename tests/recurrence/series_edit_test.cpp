@@ -54,7 +54,7 @@ struct EditCase {
   std::string days;     ///< of the former series, or of the only one
   std::string after;    ///< of the one that goes on apart; blank for none
   std::string amounts;  ///< of both
-  std::string next;     ///< the day for which the series waits, with its rule
+  std::string next;     ///< the day for which the series waits, its rule and amount
 };
 
 void amount(EditedSeries&, SeriesChange& change) {
@@ -70,29 +70,32 @@ std::function<void(EditedSeries&, SeriesChange&)> on(const char* rule, const cha
 TEST(SeriesEdit, reachesAsFarAsIsSaid) {
   const std::string all = "20231105 20231205 20240105 20240205";
   const EditCase cases[] = {
-      {"one record's amount", "2023-12-05", Reach::one, amount, all, "", "10 12 10 10", "20240305 Monthly"},
+      {"one record's amount", "2023-12-05", Reach::one, amount, all, "", "10 12 10 10",
+       "20240305 Monthly 10"},
       {"one record's day", "2023-12-05", Reach::one, on("", "2023-12-07"),
-       "20231105 20231207 20240105 20240205", "", "10 10 10 10", "20240305 Monthly"},
-      {"from one on", "2024-01-05", Reach::following, amount, all, "", "10 10 12 12", "20240305 Monthly"},
-      {"from the next on", "", Reach::following, amount, all, "", "10 10 10 10", "20240305 Monthly"},
-      {"all", "2024-01-05", Reach::all, amount, all, "", "12 12 12 12", "20240305 Monthly"},
+       "20231105 20231207 20240105 20240205", "", "10 10 10 10", "20240305 Monthly 10"},
+      {"from one on", "2024-01-05", Reach::following, amount, all, "", "10 10 12 12", "20240305 Monthly 12"},
+      {"from the next on", "", Reach::following, amount, all, "", "10 10 10 10", "20240305 Monthly 12"},
+      {"all", "2024-01-05", Reach::all, amount, all, "", "12 12 12 12", "20240305 Monthly 12"},
       {"another rule from the next on", "", Reach::following, on("Weekly", ""), all, "", "10 10 10 10 ",
-       "20240305 Weekly"},
+       "20240305 Weekly 10"},
       {"another rule from one on: its records keep their days", "2024-01-05", Reach::following,
-       on("Quarterly", ""), "20231105 20231205", "20240105 20240205", "10 10 10 10", "20240405 Quarterly"},
+       on("Quarterly", ""), "20231105 20231205", "20240105 20240205", "10 10 10 10", "20240405 Quarterly 10"},
+      {"days between its records are not made up", "2024-01-05", Reach::following, on("Biweekly", ""),
+       "20231105 20231205", "20240105 20240205 20240216", "10 10 10 10 10", "20240301 Biweekly 10"},
       {"one that came due by it", "2024-02-05", Reach::following, on("Weekly", ""),
        "20231105 20231205 20240105", "20240205 20240212 20240219 20240226", "10 10 10 10 10 10 10",
-       "20240304 Weekly"},
+       "20240304 Weekly 10"},
       {"another day: the records move along", "2024-01-05", Reach::following, on("", "2024-01-09"),
-       "20231105 20231205", "20240109 20240209", "10 10 10 10", "20240309 Monthly"},
+       "20231105 20231205", "20240109 20240209", "10 10 10 10", "20240309 Monthly 10"},
       {"to the end of the month, which comes due", "2024-01-05", Reach::following, on("", "2023-12-31"),
-       "20231105 20231205", "20231231 20240131 20240229", "10 10 10 10 10", "20240331 Monthly"},
+       "20231105 20231205", "20231231 20240131 20240229", "10 10 10 10 10", "20240331 Monthly 10"},
       {"another rule and day", "2024-02-05", Reach::following, on("Yearly", "2024-02-01"),
-       "20231105 20231205 20240105", "20240201", "10 10 10 10", "20250201 Yearly"},
+       "20231105 20231205 20240105", "20240201", "10 10 10 10", "20250201 Yearly 10"},
       {"the whole series when nothing is before", "2023-11-05", Reach::all, on("", "2023-11-07"),
-       "20231107 20231207 20240107 20240207", "", "10 10 10 10", "20240307 Monthly"},
+       "20231107 20231207 20240107 20240207", "", "10 10 10 10", "20240307 Monthly 10"},
       {"the rule it has", "2024-01-05", Reach::following, on("Monthly", ""), all, "", "10 10 10 10",
-       "20240305 Monthly"},
+       "20240305 Monthly 10"},
   };
   for (const auto& [why, record, reach, say, days, after, amounts, next] : cases) {
     SCOPED_TRACE(why);
@@ -101,14 +104,16 @@ TEST(SeriesEdit, reachesAsFarAsIsSaid) {
     say(store, change);
     const auto done = editSeries(store.root, store.of(record), reach, change);
     ASSERT_TRUE(done) << done.error().why;
+    // However the series is filled, no day comes besides.
+    ASSERT_TRUE(updateRecurringTransactionsForAll(store.root));
     EXPECT_EQ(store.days(store.seed()), days);
     const bool isApart = done->seed != store.seed();
     EXPECT_EQ(isApart ? store.days(done->seed) : "", after);
     EXPECT_EQ(store.amounts(store.seed()) + (isApart ? " " + store.amounts(done->seed) : ""), amounts);
     const auto seed = store.loaded(done->seed);
-    EXPECT_EQ(
-        fmt::format("{} {}", integerDateOfTimeZone(*store.platform.calendar, seed.datetime), seed.repeat),
-        next);
+    EXPECT_EQ(fmt::format("{} {} {}", integerDateOfTimeZone(*store.platform.calendar, seed.datetime),
+                          seed.repeat, seed.amount),
+              next);
     EXPECT_EQ(store.unsound(), "");
     EXPECT_EQ(store.stateOf(store.seed()), isApart ? "1 stopRepeat by Date" : "0 ");
   }
@@ -165,6 +170,11 @@ TEST(SeriesEdit, leavesWhatAPersonSortedOutByHand) {
   SeriesChange later;
   later.date = store.on("2024-02-11");
   ASSERT_TRUE(editSeries(store.root, store.of("2024-02-05"), Reach::one, later));
+  // A copy that a repair removed must not come back on a day that the series has left.
+  ASSERT_TRUE(
+      store.sql("insert into transactions (eid, type, repeat_seed, datetime, deleted, ipid) values ('copy',"
+                " 12, ?, ?, 3, 'delete by fixDuplicateRecurringItem 583')",
+                {store.seed(), store.on("2023-12-05")}));
   SeriesChange change;
   change.date = store.on("2023-12-08");
   change.note = "Flat";
@@ -175,6 +185,8 @@ TEST(SeriesEdit, leavesWhatAPersonSortedOutByHand) {
   EXPECT_EQ(store.rows("select distinct note || deleted from transactions where repeat_seed = ? order by 1",
                        {done->seed}),
             "Flat0\nRent1");
+  EXPECT_EQ(store.rows("select deleted || ipid from transactions where eid = 'copy'"),
+            "3removed before its series changed its days");
   // Nothing comes back, however it is looked for.
   ASSERT_TRUE(updateRecurringTransactionsForAll(store.root));
   EXPECT_EQ(store.days(done->seed), "20231208 20240208 20240211");

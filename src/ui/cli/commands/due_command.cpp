@@ -34,11 +34,15 @@ std::string currencyOfDue(Session& session, const MVTransaction& row) {
   return row.currency.empty() ? ownCurrency(session) : row.currency;
 }
 
-void count(Session& session, DueSums& sums, const MVTransaction& row) {
+bool isCounted(const MVTransaction& row) {
+  return recordTypeOf(row) == kind::kIncome || recordTypeOf(row) == kind::kExpense;
+}
+
+void countDue(Session& session, DueSums& sums, const MVTransaction& row) {
+  if (!isCounted(row)) return;
   auto& sum = sums[currencyOfDue(session, row)];
-  const int type = recordTypeOf(row);
-  if (type == kind::kIncome) sum.income = withoutNoise(sum.income + row.amount);
-  if (type == kind::kExpense) sum.expense = withoutNoise(sum.expense + row.amount);
+  double& side = recordTypeOf(row) == kind::kIncome ? sum.income : sum.expense;
+  side = withoutNoise(side + row.amount);
 }
 
 /// What is to be paid is plain; what is left over has a plus.
@@ -87,7 +91,7 @@ void printDueTable(Session& session, const std::vector<ListLine>& lines) {
                {.title = ""}});
   DueSums sums;
   for (const auto& [row, mark] : lines) {
-    count(session, sums, row);
+    countDue(session, sums, row);
     const auto currency = currencyOfDue(session, row);
     const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
     const bool isOverdue = calendar.isHistory(row.datetime, session.now());
@@ -98,9 +102,10 @@ void printDueTable(Session& session, const std::vector<ListLine>& lines) {
     table.addRow({Cell(shortEid(row.eid), ink::dim), Cell(shortDate(session, row.datetime), ink),
                   whatText(session, row), withText(row), printable(holder ? holder->title : std::string()),
                   Cell(amountText(session, row), comesIn(recordTypeOf(row)) ? ink::green : ink::plain),
-                  Cell(netText(session, sums[currency].net(), currency), ink::dim), Cell(marks, ink)});
+                  Cell(isCounted(row) ? netText(session, sums[currency].net(), currency) : "", ink::dim),
+                  Cell(marks, ink)});
   }
-  table.addRule();
+  if (!sums.empty()) table.addRule();
   for (const auto& [currency, sum] : sums) {
     const auto add = [&](const std::string& name, const std::string& amount) {
       table.addRow({"", "", Cell(name, ink::bold), "", "", Cell(amount, ink::bold)});
@@ -114,7 +119,7 @@ void printDueTable(Session& session, const std::vector<ListLine>& lines) {
 json::array dueJson(Session& session, const std::vector<ListLine>& lines, DueSums& sums) {
   json::array array;
   for (const auto& [row, mark] : lines) {
-    count(session, sums, row);
+    countDue(session, sums, row);
     auto object = jsonOf(session, row);
     object["repeat"] = row.type() == kind::kRepeatSeed ? row.repeat : std::string();
     object["isOverdue"] = session.calendar().isHistory(row.datetime, session.now());

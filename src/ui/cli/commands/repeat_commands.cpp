@@ -5,6 +5,7 @@
 #include "model/entry_checks.h"
 #include "model/repeat_rule.h"
 #include "recurrence/do_db_recurring.h"
+#include "recurrence/series_edit.h"
 #include "recurrence/series_view.h"
 #include "recurrence/spend_repeat.h"
 #include "ui/cli/command_error.h"
@@ -156,7 +157,7 @@ void stopSeries(Session& session, const RepeatOptions& options) {
                  session.text("Take it up again with: moniva repeat resume {}", shortEid(eid)));
 }
 
-void deleteSeries(Session& session, const RepeatOptions& options) {
+void deleteTyped(Session& session, const RepeatOptions& options) {
   std::string text;
   std::string eid;
   std::int64_t records = 0;
@@ -166,7 +167,7 @@ void deleteSeries(Session& session, const RepeatOptions& options) {
         const auto seed = seriesTyped(session, options.series);
         eid = seed.eid;
         text = seriesText(session, seed);
-        records = done(deletedAllRepeatTransaction(seed));
+        records = done(deleteSeries(session.root(), eid));
       },
       [&] {
         if (session.options().json) return session.printJson({{"eid", eid}, {"records", records}});
@@ -267,7 +268,7 @@ void addRepeatCommands(CommandLine& line) {
     stop->add_option("SERIES", options->series, kSeries)->required();
   }
   {
-    const auto [remove, options] = command("delete", deleteSeries);
+    const auto [remove, options] = command("delete", deleteTyped);
     remove->add_option("SERIES", options->series, kSeries)->required();
     addDryRun(*remove, options->dryRun);
   }

@@ -178,7 +178,7 @@ void answerEdit(Session& session, Reach reach, const std::string& eid, const Ser
   std::string line =
       outcome.former.empty()
           ? session.text("The series is now {}.", what)
-          : session.text("Divided the series: what lies before stays, and from there on {} is {}.",
+          : session.text("Divided the series. What lies before stays; from there on {} goes on: {}.",
                          shortEid(outcome.seed), what);
   if (outcome.changed > 0) {
     line += " " + session.count("{} record was changed with it.", "{} records were changed with it.",
