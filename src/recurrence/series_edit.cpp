@@ -156,12 +156,19 @@ class SeriesEditor {
       // It may be dated otherwise than the series has it.
       if (const auto day = dayMadeFor(seed_.eid, named_->eid)) former = calendar_.beginOfDay(*day);
     }
+    std::multimap<std::int64_t, std::size_t> onDay;  ///< records by the day that the series gave them
+    for (std::size_t at = 0; at < reached_.size(); ++at) {
+      const auto& one = reached_[at];
+      if (named_ && one.eid == named_->eid) {
+        dates_[at] = begin;
+      } else if (hasItsDay(one)) {
+        onDay.emplace(calendar_.dayNumber(one.datetime), at);
+      }
+    }
     Date shifted = begin;
     while (calendar_.isBeforeDay(former, seed_.datetime)) {
-      for (std::size_t at = 0; at < reached_.size(); ++at) {
-        const bool isFirst = named_ && reached_[at].eid == named_->eid;
-        if (isFirst ? shifted == begin : isOn(reached_[at], former)) dates_[at] = shifted;
-      }
+      const auto [first, last] = onDay.equal_range(calendar_.dayNumber(former));
+      for (auto one = first; one != last; ++one) dates_[one->second] = shifted;
       former = nextRepeatDate(calendar_, rule, former, *firstDay);
       shifted = nextRepeatDate(calendar_, rule, shifted, calendar_.day(begin));
     }
@@ -183,10 +190,9 @@ class SeriesEditor {
   }
 
   /// Whether the record has the day for which the series made it; else a person dated it.
-  bool isOn(const SeriesOccurrence& one, Date day) const {
-    if (!calendar_.isSameDay(one.datetime, day)) return false;
+  bool hasItsDay(const SeriesOccurrence& one) const {
     const auto made = dayMadeFor(seed_.eid, one.eid);
-    return !made || *made == calendar_.dayNumber(day);
+    return !made || *made == calendar_.dayNumber(one.datetime);
   }
 
   /// Under another rule the records in reach keep their days, but for the one that is named with another; the
@@ -235,8 +241,9 @@ class SeriesEditor {
       if (!written) return written;
       written =
           write(root_,
-                "update transactions set repeat_seed = ?, editDate = ?, edit_ipid = ? where repeat_seed = ?"
-                " and (eid = ? or (transferEID = ? and transferEID != '')) and deleted < 2",
+                // "+" keeps to the indexes of the row and its group.
+                "update transactions set repeat_seed = ?, editDate = ?, edit_ipid = ? where +repeat_seed = ?"
+                " and (eid = ? or transferEID = nullif(?, '')) and deleted < 2",
                 outcome_.seed, root_.editStamp(), root_.itsUDID(), seed_.eid, one.eid, one.group);
     }
     return written;
@@ -267,7 +274,7 @@ class SeriesEditor {
     return write(
         root_,
         "update transactions set datetime = ?, sday = ?, editDate = ?, edit_ipid = ? where eid = ? or"
-        " (transferEID = ? and transferEID != '')",
+        " transferEID = nullif(?, '')",
         day, integerDateOfTimeZone(calendar_, day), root_.editStamp(), root_.itsUDID(), one.eid, one.group);
   }
 
