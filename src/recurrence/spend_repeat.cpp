@@ -1,5 +1,6 @@
 #include "recurrence/spend_repeat.h"
 
+#include <algorithm>
 #include <set>
 
 #include "model/entry_checks.h"
@@ -9,11 +10,28 @@
 namespace moniva {
 namespace {
 
+/// How a series goes from date to date.
+struct Course {
+  RepeatRule rule;
+  int firstDay;
+
+  Date next(const Calendar& calendar, Date from) const {
+    return nextRepeatDate(calendar, rule, from, firstDay);
+  }
+  /// Whether a series that comes on the one day comes on the other as well.
+  bool joins(const Calendar& calendar, std::int64_t one, std::int64_t other) const {
+    const std::int64_t last = std::max(one, other);
+    Date date = calendar.beginOfDay(std::min(one, other));
+    while (calendar.dayNumber(date) < last) date = next(calendar, date);
+    return calendar.dayNumber(date) == last;
+  }
+};
+
 /// The days from the one to the other that are served: those of occurrences dated after the day before and
-/// before the day after. Deleted by a person counts. One that tells for which day it was made serves that
-/// day, wherever a person, or a journey to another zone, has brought it.
-Result<std::set<std::int64_t>> daysServed(MVAppRoot& root, Connection& db, std::string_view seed, Date from,
-                                          Date to) {
+/// before the day after. Deleted by a person counts. One that was made for another day of the series, and
+/// brought to this one by a person or a journey to another zone, serves that day instead.
+Result<std::set<std::int64_t>> daysServed(MVAppRoot& root, Connection& db, std::string_view seed,
+                                          const Course& course, Date from, Date to) {
   const Calendar& calendar = root.calendar();
   std::set<std::int64_t> days;
   Run run = db.query(
@@ -22,8 +40,9 @@ Result<std::set<std::int64_t>> daysServed(MVAppRoot& root, Connection& db, std::
       {seed, calendar.endOfDay(calendar.dayNumber(from) - 1),
        calendar.beginOfDay(calendar.dayNumber(to) + 1)});
   while (run.next()) {
+    const auto day = calendar.dayNumber(run.date(1));
     const auto madeFor = dayMadeFor(seed, run.text(0));
-    days.insert(madeFor ? *madeFor : calendar.dayNumber(run.date(1)));
+    days.insert(madeFor && course.joins(calendar, *madeFor, day) ? *madeFor : day);
   }
   if (!run.ok()) return tl::make_unexpected(db.refusal());
   return days;
@@ -41,14 +60,14 @@ Result<> keepBegin(MVAppRoot& root, const SeriesSeed& seed) {
 /// A series on its way from one date to another.
 class SeriesWalk {
  public:
-  SeriesWalk(MVAppRoot& root, const SeriesSeed& seed, RepeatRule rule, int firstDay)
-      : root_(root), seed_(seed), rule_(rule), firstDay_(firstDay) {}
+  SeriesWalk(MVAppRoot& root, const SeriesSeed& seed, const Course& course)
+      : root_(root), seed_(seed), course_(course) {}
 
   /// Makes what the days served lack, and brings along what depends on it.
   Result<SeriesProgress> run(const std::set<std::int64_t>& served, Date from, Date to) {
     const Calendar& calendar = root_.calendar();
     SeriesProgress progress;
-    for (progress.next = from;; progress.next = nextRepeatDate(calendar, rule_, progress.next, firstDay_)) {
+    for (progress.next = from;; progress.next = course_.next(calendar, progress.next)) {
       progress.ended = seed_.end && calendar.isAfterDay(progress.next, *seed_.end);
       if (progress.ended || progress.next > to) break;
       if (served.contains(calendar.dayNumber(progress.next))) continue;
@@ -76,8 +95,7 @@ class SeriesWalk {
 
   MVAppRoot& root_;
   const SeriesSeed& seed_;
-  RepeatRule rule_;
-  int firstDay_;
+  const Course& course_;
   std::optional<OccurrenceMaker> maker_;  ///< once something is due
 };
 
@@ -93,10 +111,11 @@ Result<SeriesProgress> bringUpToDate(MVAppRoot& root, Connection& db, const Seri
   if (!checked) return tl::make_unexpected(checked.error());
   const auto firstDay = firstDayOf(root, seed);
   if (!firstDay) return tl::make_unexpected(firstDay.error());
-  const auto served = daysServed(root, db, seed.eid, from, to);
+  const Course course{*rule, *firstDay};
+  const auto served = daysServed(root, db, seed.eid, course, from, to);
   if (!served) return tl::make_unexpected(served.error());
 
-  auto progress = SeriesWalk(root, seed, *rule, *firstDay).run(*served, from, to);
+  auto progress = SeriesWalk(root, seed, course).run(*served, from, to);
   if (!progress) return progress;
   Result<> written;
   if (progress->ended) {

@@ -90,7 +90,9 @@ std::span<const CommandText> commandTexts() {
        "removed come back where their day has none, what is left of deleted series is removed, and masses of "
        "removed copies leave the file. What is found is shown first; records of a series that does not "
        "exist, "
-       "and series that cannot go on, are only shown.",
+       "and series that cannot go on, are only shown. What older versions damaged of transfers, plans, "
+       "carts, "
+       "vendors and groups is mended too.",
        {{"moniva repair --dry-run", "see what there is to mend"}, {"moniva repair", "mend it"}}},
       {"open",
        "hand a URL or a file to the program",

@@ -1,6 +1,7 @@
 #include <boost/json.hpp>
 #include <set>
 
+#include "app/further_repairs.h"
 #include "recurrence/series_repair.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/entry_fields.h"
@@ -41,6 +42,23 @@ void printFindings(Session& session, const SeriesFindings& findings) {
   session.out() << table.render(session.style(), session.width()) << '\n';
 }
 
+boost::json::array repairsJson(const std::vector<FurtherRepairOutcome>& repairs) {
+  boost::json::array list;
+  for (const auto& [repair, rows] : repairs) {
+    list.push_back({{"name", repair->name}, {"purpose", repair->purpose}, {"rows", rows}});
+  }
+  return list;
+}
+
+void printRepairs(Session& session, const std::vector<FurtherRepairOutcome>& repairs) {
+  Table table({{.title = session.text("Repair of older damage")},
+               {.title = session.text("Rows"), .align = Align::right}});
+  for (const auto& [repair, rows] : repairs) {
+    table.addRow({session.platform().localized(repair->purpose), std::to_string(rows)});
+  }
+  session.out() << table.render(session.style(), session.width()) << '\n';
+}
+
 /// "Mended 3 records of 2 series."
 std::string mendedText(Session& session, const SeriesFindings& mended) {
   std::set<std::string> series;
@@ -54,7 +72,7 @@ std::string mendedText(Session& session, const SeriesFindings& mended) {
                       session.count("{} series", "{} series", static_cast<std::int64_t>(series.size())));
 }
 
-void repairSeries(Session& session, bool dryRun) {
+void repairStore(Session& session, bool dryRun) {
   // What is found is to be what was there before the day's own records are made.
   session.holdDaysWorkBack();
   session.launch();
@@ -62,21 +80,32 @@ void repairSeries(Session& session, bool dryRun) {
   const bool json = session.options().json;
   const auto found = done(repairAllSeries(root, Repair::lookOnly));
   const bool anyMendable = std::ranges::any_of(found, &SeriesFinding::mendable);
+  const auto older = done(runFurtherRepairs(root, Repair::lookOnly));
   if (!json && !found.empty()) printFindings(session, found);
+  if (!json && !older.empty()) printRepairs(session, older);
   SeriesFindings mended;
   if (anyMendable && !dryRun) {
     mended = done(repairAllSeries(root, Repair::mend));
     std::erase_if(mended, [](const auto& one) { return !one.mendable; });
-    root.markRecentEditDate();
   }
+  std::vector<FurtherRepairOutcome> mendedOlder;
+  if (!dryRun) mendedOlder = done(runFurtherRepairs(root, Repair::mend));
+  if (!mended.empty() || !mendedOlder.empty()) root.markRecentEditDate();
   if (json) {
-    session.printJson(boost::json::object{{"found", findingsJson(found)}, {"mended", findingsJson(mended)}});
-  } else if (found.empty()) {
-    session.answer(session.text("Every series is in order."));
-  } else if (!anyMendable) {
+    return session.printJson(boost::json::object{{"found", findingsJson(found)},
+                                                 {"mended", findingsJson(mended)},
+                                                 {"older", repairsJson(older)},
+                                                 {"olderMended", repairsJson(mendedOlder)}});
+  }
+  if (found.empty() && older.empty()) {
+    return session.answer(
+        session.text("Every series is in order, and no record shows damage of older versions."));
+  }
+  if (dryRun) return session.answer(session.text("Nothing was changed."));
+  if (anyMendable) session.answer(mendedText(session, mended));
+  if (!mendedOlder.empty()) session.answer(session.text("Mended what older versions had damaged."));
+  if (!anyMendable && mendedOlder.empty()) {
     session.answer(session.text("This is yours to decide, so nothing was changed."));
-  } else {
-    session.answer(dryRun ? session.text("Nothing was changed.") : mendedText(session, mended));
   }
 }
 
@@ -87,7 +116,7 @@ void addRepairCommand(CommandLine& line) {
   auto dryRun = std::make_shared<bool>(false);
   command->add_flag("--dry-run", *dryRun, "Show what would be mended and change nothing");
   line.onRun(
-      command, [dryRun](Session& session) { repairSeries(session, *dryRun); }, false);
+      command, [dryRun](Session& session) { repairStore(session, *dryRun); }, false);
 }
 
 }  // namespace moniva
