@@ -1,3 +1,4 @@
+#include <limits>
 #include <algorithm>
 #include <boost/json.hpp>
 #include <map>
@@ -58,7 +59,7 @@ std::vector<ListLine> linesDue(Session& session, const DueOptions& options, Date
   for (const auto& entry : done(seriesDueBefore(root, end))) {
     const auto line = records.series(entry.eid);
     if (!line) continue;
-    const auto days = comingDates(line->row, end, static_cast<std::size_t>(options.days) + 1);
+    const auto days = comingDates(line->row, end, std::numeric_limits<std::size_t>::max());
     if (!days) {
       session.complain(session.text("The series {} is left out: {}", shortEid(entry.eid),
                                     days.error().phrase->in(session.translate())));
