@@ -1,6 +1,6 @@
-#include <limits>
 #include <algorithm>
 #include <boost/json.hpp>
+#include <limits>
 #include <map>
 
 #include "model/entry_checks.h"
