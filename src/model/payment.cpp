@@ -193,8 +193,12 @@ Result<> Payment::restore() {
     auto written =
         write(*root_, "update transactions set deleted = 0, editDate = ?, edit_ipid = ? where eid = ?",
               root_->editStamp(), root_->itsUDID(), eid);
-    if (written) isDeleted = 0;
-    return written;
+    if (!written) return written;
+    const auto left = leaveDeletedSeries(*root_, eid, {});
+    if (!left) return tl::make_unexpected(left.error());
+    if (*left) repeatSeed.clear();
+    isDeleted = 0;
+    return {};
   });
 }
 

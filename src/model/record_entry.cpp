@@ -178,6 +178,18 @@ Result<> recordEntry(MVAppRoot& root, Transfer& transfer) {
   return record(root, transfer);
 }
 
+Result<bool> leaveDeletedSeries(MVAppRoot& root, const std::string& eid, const std::string& group) {
+  auto left =
+      write(root,
+            "update transactions set repeat_seed = '', editDate = ?, edit_ipid = ? where (eid = ? or"
+            " (transferEID = ? and transferEID != '')) and deleted = 0 and repeat_seed != '' and not"
+            " exists (select 1 from transactions as seed where seed.eid = transactions.repeat_seed and"
+            " seed.type = 85 and seed.deleted < 2)",
+            root.editStamp(), root.itsUDID(), eid, group);
+  if (!left) return tl::make_unexpected(left.error());
+  return root.db().getDatabase()->changes() > 0;
+}
+
 void entriesChanged(MVAppRoot& root) {
   root.markRecentEditDate();
   root.platform().notifications.post(notification::kExpenseChanged);

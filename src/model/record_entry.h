@@ -109,6 +109,10 @@ auto changeRecords(MVAppRoot& root, const RecordScope& rows, Work&& work)
   });
 }
 
+/// Takes rows that were brought back, one by its `eid` and those of a group, out of a series that was deleted
+/// meanwhile or is gone, as what is left of one is removed by its repair. Answers whether there was one.
+Result<bool> leaveDeletedSeries(MVAppRoot& root, const std::string& eid, const std::string& group);
+
 /// Tells the program of entries that are in the store for good.
 void entriesChanged(MVAppRoot& root);
 

@@ -12,16 +12,22 @@ bool isExpenseOrIncome(const TransactionItem& row) {
   return row.type == kind::kIncome || row.type == kind::kExpense || row.type == kind::kInstallmentSeed;
 }
 
-Result<std::optional<RecordWhole>> wholeOf(MVAppRoot& root, TransactionItem row) {
+RecordWhole byItself(TransactionItem row) {
   RecordWhole whole;
-  if (row.connectionUUID.empty()) {
-    whole.group.items.push_back(row);
-    whole.head = std::move(row);
-    return whole;
-  }
+  whole.group.items.push_back(row);
+  whole.head = std::move(row);
+  return whole;
+}
+
+Result<std::optional<RecordWhole>> wholeOf(MVAppRoot& root, TransactionItem row) {
+  if (row.connectionUUID.empty()) return byItself(std::move(row));
+  RecordWhole whole;
   auto group = TransactionGroup::of(root, row.connectionUUID, row.isDeleted != 0);
   if (!group) return tl::make_unexpected(group.error());
-  if (group->items.empty() && !group->seed) return std::nullopt;
+  if (group->items.empty() && !group->seed) {
+    if (row.isPayment() && row.advancedType < advanced::kCart) return byItself(std::move(row));
+    return std::nullopt;
+  }
   whole.head = group->seed ? *group->seed : group->items.front();
   whole.group = std::move(*group);
   return whole;
@@ -51,7 +57,9 @@ std::string onAnyRow(std::string_view condition) {
 Statement statementFor(const RecordQuery& query) {
   Statement statement;
   statement.sql =
-      "select t.eid from transactions t where +t.type in (11, 12, 86) and (t.bid != 10 or t.transferEID = '')"
+      "select t.eid from transactions t where +t.type in (11, 12, 86) and (t.bid != 10 or t.transferEID = '' "
+      "or"
+      " (t.repeat_seed != '' and t.syear < 1001))"
       " and (t.transferEID = '' or t.type = 86 or not exists (select 1 from transactions o where"
       " o.transferEID = t.transferEID and o.deleted = t.deleted and o.bid != 10 and (o.type = 86 or"
       " (o.type in (11, 12) and (o.datetime < t.datetime or (o.datetime = t.datetime and o.eid < t.eid))))))";

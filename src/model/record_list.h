@@ -21,11 +21,11 @@ struct RecordWhole {
   /// All its rows; of a plain record `head` alone, as its item. Of a deleted record those that went with it.
   TransactionGroup group;
 
-  /// The record that the row is part of. Nothing for rows of other kinds, for what the program removed, and
-  /// for payments whose items are gone.
+  /// The record that the row is part of; a payment that a series makes stands by itself though it has a UUID.
+  /// Nothing for rows of other kinds, for what the program removed, and for payments whose items are gone.
   static Result<std::optional<RecordWhole>> of(MVAppRoot& root, std::string_view eid);
 
-  bool isCompound() const { return !head.connectionUUID.empty(); }
+  bool isCompound() const { return !head.connectionUUID.empty() && !isBarePayment(); }
   bool isBarePayment() const { return head.isPayment(); }
   bool isPlan() const { return group.seed && head.advancedType == advanced::kInstallment; }
   bool isSpread() const { return group.seed && head.advancedType == advanced::kCost; }

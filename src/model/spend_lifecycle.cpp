@@ -65,6 +65,12 @@ Result<> Spend::restore() {
         return refuse("a payment comes back with the record it is part of");
       }
     }
+    const auto leave = [&]() -> Result<> {
+      const auto left = leaveDeletedSeries(*root_, eid, grouped ? row->connectionUUID : std::string());
+      if (!left) return tl::make_unexpected(left.error());
+      if (*left) repeatSeedID.clear();
+      return {};
+    };
     return changeRecords(
         *root_, RecordScope{eid, grouped ? row->connectionUUID : std::string(), {}},
         [&](Connection&) -> Result<> {
@@ -73,7 +79,7 @@ Result<> Spend::restore() {
                     root_->editStamp(), root_->itsUDID(), eid);
           if (!written) return written;
           isDeleted = 0;
-          if (!grouped) return {};
+          if (!grouped) return leave();
           written = write(*root_,
                           "update transactions set deleted = 0, editDate = ?, edit_ipid = ? where"
                           " transferEID = ? and deleted = 1",
@@ -82,7 +88,7 @@ Result<> Spend::restore() {
             root_->db().faultLog().line(
                 fmt::format("==378 Spend:restore array:self.payments [Error:{}]\n", written.error().why));
           }
-          return {};
+          return leave();
         });
   });
 }

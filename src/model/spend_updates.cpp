@@ -235,9 +235,18 @@ Result<> Spend::updateDate(Date date) {
 }
 
 Result<> Spend::updateRepeat(const std::string& rule, Date endDate) {
-  return changeSpend(*this, [&](const TransactionItem&) -> Result<> {
-    const bool repeats = !rule.empty() && rule != kNotRepeat;
-    const bool openEnded = !repeats || endDate == Date{};
+  const bool repeats = !rule.empty() && rule != kNotRepeat;
+  const bool openEnded = !repeats || endDate == Date{};
+  if (repeats) {
+    if (auto checked = checkRepeatRule(rule); !checked) return checked;
+  }
+  if (!openEnded) {
+    if (auto checked = checkRecordDate(root_->calendar(), endDate); !checked) return checked;
+  }
+  return changeSpend(*this, [&](const TransactionItem& row) -> Result<> {
+    if (!openEnded && root_->calendar().isBeforeDay(endDate, row.datetime)) {
+      return refuse("a series ends after it begins");
+    }
     auto written =
         write(*root_,
               "update transactions set repeat = ?, repeat_end_date = ?, ipid = '', editDate = ?,"
@@ -246,7 +255,14 @@ Result<> Spend::updateRepeat(const std::string& rule, Date endDate) {
     if (!written) return written;
     repeat = rule;
     repeatEndDate = openEnded ? Date{} : endDate;
-    return {};
+    if (repeats || !isSeriesSeed()) return {};
+    // A series that repeats no more is over; what it has made stays.
+    written = write(*root_,
+                    "update transactions set deleted = 1, ipid = 'stopRepeat by user', editDate = ?,"
+                    " edit_ipid = ? where eid = ?",
+                    root_->editStamp(), root_->itsUDID(), eid);
+    if (written) isDeleted = 1;
+    return written;
   });
 }
 

@@ -70,6 +70,9 @@ Result<> Transfer::restore() {
       if (!written) return written;
       (isA ? stored.deletedA_ : stored.deletedB_) = 0;
     }
+    const auto left = leaveDeletedSeries(*root_, eidA, stored.connectUUID);
+    if (!left) return tl::make_unexpected(left.error());
+    if (*left) repeatSeed.clear();
     deletedA_ = stored.deletedA_;
     deletedB_ = stored.deletedB_;
     isDeleted = std::max(deletedA_, deletedB_);

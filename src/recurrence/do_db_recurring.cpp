@@ -6,18 +6,28 @@
 
 #include "base/text.h"
 #include "model/entry_checks.h"
+#include "model/moniva_account.h"
+#include "model/mv_category.h"
+#include "model/vendor.h"
 #include "recurrence/series_seed.h"
 #include "recurrence/spend_repeat.h"
 
 namespace moniva {
 namespace {
 
-/// What a person knows the series by.
+/// What a person knows the series by: its note, else its vendor, category or accounts, else amount and rule.
 std::string nameOfSeries(const MVTransaction& seed) {
-  for (const auto* text : {&seed.note, &seed.vendorString, &seed.categoryString, &seed.noteString}) {
-    if (!text->empty()) return excerpt(*text);
+  std::string accounts;
+  for (const auto* account : {&seed.paymentAccount, &seed.paymentAccountB}) {
+    if (*account) accounts += (accounts.empty() ? "" : " > ") + (*account)->title;
   }
-  return seed.eid;
+  const bool hasVendor = seed.vendor && !seed.vendor->isNoVendor();
+  const std::string texts[] = {seed.note, hasVendor ? seed.vendorString : "",
+                               seed.mvCategory ? seed.categoryString : "", accounts};
+  for (const auto& text : texts) {
+    if (!trimBlanks(text).empty()) return excerpt(trimBlanks(text));
+  }
+  return fmt::format("{} {}, {}", seed.amount, seed.currency, seed.root().platform().localized(seed.repeat));
 }
 
 Result<std::vector<std::string>> seedsIn(MVAppRoot& root, std::string_view sql,

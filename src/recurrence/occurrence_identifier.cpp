@@ -9,11 +9,12 @@ namespace {
 
 constexpr std::int64_t kSecondsOfDay = 86'400;
 
-/// The milliseconds since 1970 with which a UUID begins.
+/// The milliseconds since 1970 with which a UUID of version 7 begins.
 std::optional<std::int64_t> millisecondsOf(std::string_view uuid) {
   constexpr std::size_t kDash = 8;
   constexpr std::size_t kEnd = 13;
-  if (uuid.size() != 36 || uuid[kDash] != '-') return std::nullopt;
+  constexpr std::size_t kVersion = 14;
+  if (uuid.size() != 36 || uuid[kDash] != '-' || uuid[kVersion] != '7') return std::nullopt;
   std::int64_t number = 0;
   for (std::size_t place = 0; place < kEnd; ++place) {
     if (place == kDash) continue;
@@ -37,12 +38,17 @@ std::string occurrenceIdentifier(const Calendar& calendar, std::string_view seed
   return identifierOfDay(seed, calendar.dayNumber(day), part);
 }
 
-std::optional<std::int32_t> dayMadeFor(std::string_view seed, std::string_view eid) {
+std::optional<std::int64_t> dayToldBy(std::string_view eid) {
   const auto milliseconds = millisecondsOf(eid);
   if (!milliseconds || *milliseconds % (kSecondsOfDay * 1000) != 0) return std::nullopt;
-  const std::int64_t day = *milliseconds / (kSecondsOfDay * 1000);
+  return *milliseconds / (kSecondsOfDay * 1000);
+}
+
+std::optional<std::int32_t> dayMadeFor(std::string_view seed, std::string_view eid) {
+  const auto day = dayToldBy(eid);
+  if (!day) return std::nullopt;
   for (const std::string_view part : {"", "A", "B", "AB", "P"}) {
-    if (identifierOfDay(seed, day, part) == eid) return static_cast<std::int32_t>(day);
+    if (identifierOfDay(seed, *day, part) == eid) return static_cast<std::int32_t>(*day);
   }
   return std::nullopt;
 }

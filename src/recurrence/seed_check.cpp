@@ -1,9 +1,11 @@
 #include "recurrence/seed_check.h"
 
 #include <algorithm>
+#include <array>
 
 #include "calendar/date_texts.h"
 #include "model/record_entry.h"
+#include "recurrence/spend_repeat.h"
 
 namespace moniva {
 namespace {
@@ -12,6 +14,10 @@ namespace {
 constexpr Date kUnsetDate{31'536'000};
 /// The reason of a series that ended begins so; one that a person deleted tells another.
 constexpr std::string_view kStopped = "stopRepeat";
+/// Those of a series that ended with a day, its last or that before it was divided.
+constexpr std::array<std::string_view, 2> kEndedWithADay = {"stopRepeat by Date", "stopRepeat by division"};
+/// A seed that went with its account or book was not deleted as a series.
+constexpr std::string_view kCleared = "delete by clear ";
 
 SeriesKind kindFrom(std::int64_t makes, std::string_view rule) {
   SeriesKind kind;
@@ -47,15 +53,9 @@ void traceSeed(MVAppRoot& root, const SeedRow& seed, const SeriesSight& sight) {
 /// the rows keep their stamp.
 Result<> removeRestOf(MVAppRoot& root, const std::string& seed) {
   return changeRecords(root, {.eid = {}, .group = {}, .series = seed}, [&](Connection& db) -> Result<> {
-    std::vector<std::string> groups;
-    {
-      Run run = db.query(
-          "select transferEID from transactions where repeat_seed = ? and account = '' and transferEID !=''",
-          {seed});
-      while (run.next()) groups.emplace_back(run.text(0));
-      if (!run.ok()) return tl::make_unexpected(db.refusal());
-    }
-    for (const auto& group : groups) {
+    const auto groups = groupsOfSeries(db, seed);
+    if (!groups) return tl::make_unexpected(groups.error());
+    for (const auto& group : *groups) {
       auto removed = changeRecords(root, {.eid = {}, .group = group, .series = {}}, [&](Connection&) {
         return write(root,
                      "update transactions set deleted = 3, ipid = '' where transferEID = ? and deleted = 0",
@@ -84,14 +84,52 @@ std::optional<Phrase> faultOf(const SeedRow& seed) {
   return std::nullopt;
 }
 
+/// Whether a device made the record that did not know the series to be over: it was made for a later day, or
+/// does not tell for which and is dated on one.
+bool isAfter(const Calendar& calendar, Date end, const SeriesRecord& record) {
+  const auto last = calendar.dayNumber(end);
+  return record.day && *record.day > last && record.datetime > end &&
+         dayToldBy(record.eid).value_or(*record.day) > last;
+}
+
+bool wasDeletedAsASeries(const SeedRow& seed) {
+  return seed.deleted == 3 && !seed.ipid.starts_with(kStopped) && !seed.ipid.starts_with(kCleared);
+}
+
 }  // namespace
 
-SeriesSight::SeriesSight(const SeriesRecords& found)
-    : latest(found.latest), present(found.present), byRepair(found.byRepair), otherwise(found.otherwise) {
+SeriesSight sightOf(const Calendar& calendar, const Seeds& seeds, const std::string& seed,
+                    const SeriesRecords& found) {
+  SeriesSight sight;
+  sight.latest = found.latest;
+  sight.present = found.present;
+  sight.byRepair = found.byRepair;
+  sight.otherwise = found.otherwise;
+  const auto known = seeds.find(seed);
+  const bool ended = known != seeds.end() && known->second.deleted == 1 && known->second.end > kUnsetDate &&
+                     std::ranges::any_of(kEndedWithADay, [&](std::string_view reason) {
+                       return known->second.ipid.starts_with(reason);
+                     });
   for (const auto& one : found.occurrences) {
-    records += one.isPresent() ? 1 : 0;
-    live += one.deleted == 0 ? 1 : 0;
+    sight.records += one.isPresent() ? 1 : 0;
+    if (one.deleted != 0) continue;
+    ++sight.live;
+    if (ended && isAfter(calendar, known->second.end, one)) ++sight.late;
   }
+  return sight;
+}
+
+Result<std::set<std::string>> groupsOfSeries(Connection& db, const std::string& seed) {
+  std::set<std::string> groups;
+  for (const std::string_view sql :
+       {"select transferEID from transactions where repeat_seed = ? and account = '' and transferEID !=''",
+        // What was divided later is told by the row that stands for the whole, which keeps its account.
+        "select transferEID from transactions where repeat_seed = ? and type = 86 and transferEID != ''"}) {
+    Run run = db.query(sql, {seed});
+    while (run.next()) groups.emplace(run.text(0));
+    if (!run.ok()) return tl::make_unexpected(db.refusal());
+  }
+  return groups;
 }
 
 Result<Seeds> loadSeeds(MVAppRoot& root) {
@@ -137,7 +175,7 @@ Result<SeriesFindings> checkSeeds(MVAppRoot& root, const Seeds& seeds, const Ser
     const auto found = sights.find(eid);
     const SeriesSight sight = found == sights.end() ? SeriesSight() : found->second;
     traceSeed(root, seed, sight);
-    if (seed.deleted == 3 && sight.present > 0 && !seed.ipid.starts_with(kStopped)) {
+    if (wasDeletedAsASeries(seed) && sight.present > 0) {
       findings.push_back(
           {eid, phrase("the series was deleted: what is left of it is removed"), std::max(1, sight.records)});
       if (repair == Repair::lookOnly) continue;
@@ -150,6 +188,9 @@ Result<SeriesFindings> checkSeeds(MVAppRoot& root, const Seeds& seeds, const Ser
       }
     } else if (auto fault = faultOf(seed)) {
       findings.push_back({eid, std::move(*fault), 1, false});
+    } else if (sight.late > 0) {
+      findings.push_back({eid, phrase("records after the last day of the series; they stay as they are"),
+                          sight.late, false});
     }
   }
   for (const auto& [eid, sight] : sights) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,13 +32,17 @@ struct SeriesSight {
   int present = 0;  ///< rows
   int records = 0;  ///< present ones
   int live = 0;     ///< records
+  int late = 0;     ///< live records of days after the last one of the series
   RemovedRows byRepair;
   RemovedRows otherwise;
-
-  explicit SeriesSight(const SeriesRecords& found);
-  SeriesSight() = default;
 };
 using SeriesSights = std::map<std::string, SeriesSight, std::less<>>;
+
+SeriesSight sightOf(const Calendar& calendar, const Seeds& seeds, const std::string& seed,
+                    const SeriesRecords& found);
+/// The UUIDs of compound records that the series made, or that its records became: carts and the like, plans
+/// and spread costs. Rows of them do not all name the series.
+Result<std::set<std::string>> groupsOfSeries(Connection& db, const std::string& seed);
 
 Result<Seeds> loadSeeds(MVAppRoot& root);
 /// What the seed of that `eid` makes; all unknown when there is none.

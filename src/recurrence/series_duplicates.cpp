@@ -44,7 +44,7 @@ Result<std::vector<Occurrence>> surplusOf(const Calendar& calendar, Connection& 
   while (run.next()) {
     Occurrence one{std::string(run.text(0)), std::string(run.text(1))};
     // One that a person dated anew was made for another day.
-    const auto made = dayMadeFor(seed, one.eid);
+    const auto made = dayToldBy(one.eid);
     if (made && integerDateOfTimeZone(calendar, calendar.beginOfDay(*made)) != day) continue;
     const bool isNew = seen.insert(one.group.empty() ? one.eid : one.group).second;
     if (isNew && seen.size() > 1) surplus.push_back(std::move(one));

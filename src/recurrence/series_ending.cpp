@@ -2,6 +2,7 @@
 
 #include "calendar/date_texts.h"
 #include "model/record_entry.h"
+#include "recurrence/seed_check.h"
 #include "recurrence/series_seed.h"
 #include "recurrence/spend_repeat.h"
 
@@ -22,14 +23,6 @@ struct SeriesRows {
   std::set<std::string> groups;   ///< whose rows go with them
   EntryUpkeep uses;
 };
-
-Result<> readGroupsOfSeries(Connection& db, const std::string& seed, SeriesRows& rows) {
-  Run run = db.query(
-      "select transferEID from transactions where repeat_seed = ? and account = '' and transferEID !=''",
-      {seed});
-  while (run.next()) rows.groups.emplace(run.text(0));
-  return run.ok() ? Result<>() : tl::make_unexpected(db.refusal());
-}
 
 /// Takes note of the live rows that a condition selects.
 Result<> readSeriesRows(MVAppRoot& root, Connection& db, std::string_view sql, const std::string& key,
@@ -102,21 +95,22 @@ Result<int> deletedAllRepeatTransaction(const MVTransaction& seed) {
   MVAppRoot& root = seed.root();
   const std::string reason = fmt::format("delete with deletedRepeatTransaction on {}",
                                          stringOfDatetime(root.calendar(), root.now()));
-  return changeRecords(root, {.eid = seed.eid, .group = {}, .series = seed.eid},
-                       [&](Connection& db) -> Result<int> {
-                         const auto stored = seedToEnd(seed);
-                         if (!stored) return tl::make_unexpected(stored.error());
-                         SeriesRows rows{.records = {}, .groups = {}, .uses = EntryUpkeep(root)};
-                         auto done = readGroupsOfSeries(db, seed.eid, rows);
-                         if (done) done = readSeriesRows(root, db, kRowsOfSeries, seed.eid, rows);
-                         for (const auto& group : rows.groups) {
-                           if (done) done = readSeriesRows(root, db, kRowsOfGroup, group, rows);
-                         }
-                         if (done) done = removeSeriesRows(root, seed.eid, rows.groups, reason);
-                         if (done) done = rows.uses.write(EntryUpkeep::Balances::byAmount);
-                         if (!done) return tl::make_unexpected(done.error());
-                         return static_cast<int>(rows.records.size());
-                       });
+  return changeRecords(
+      root, {.eid = seed.eid, .group = {}, .series = seed.eid}, [&](Connection& db) -> Result<int> {
+        const auto stored = seedToEnd(seed);
+        if (!stored) return tl::make_unexpected(stored.error());
+        auto groups = groupsOfSeries(db, seed.eid);
+        if (!groups) return tl::make_unexpected(groups.error());
+        SeriesRows rows{.records = {}, .groups = std::move(*groups), .uses = EntryUpkeep(root)};
+        auto done = readSeriesRows(root, db, kRowsOfSeries, seed.eid, rows);
+        for (const auto& group : rows.groups) {
+          if (done) done = readSeriesRows(root, db, kRowsOfGroup, group, rows);
+        }
+        if (done) done = removeSeriesRows(root, seed.eid, rows.groups, reason);
+        if (done) done = rows.uses.write(EntryUpkeep::Balances::byAmount);
+        if (!done) return tl::make_unexpected(done.error());
+        return static_cast<int>(rows.records.size());
+      });
 }
 
 Result<bool> hasDuplicateRepeatSeed(const MVTransaction& seed) {

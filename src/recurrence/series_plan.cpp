@@ -50,10 +50,16 @@ int reasonInSweep(const SeriesRecord& record) {
   return first + 2;
 }
 
-/// Whether a person dated the record anew: it was made for another day than the one it is on.
-bool isDatedAnew(std::string_view seed, const SeriesRecord& record) {
-  const auto made = dayMadeFor(seed, record.eid);
+/// Whether the record was made for another day than the one it is on, so that a person dated it anew. Records
+/// that came from the series this one was divided from tell the day they had there.
+bool isDatedAnew(const SeriesRecord& record) {
+  const auto made = dayToldBy(record.eid);
   return made && record.day && *made != *record.day;
+}
+
+/// Whether this series made the record for another day than the one it is on.
+bool isOfAnotherDay(std::string_view seed, const SeriesRecord& record) {
+  return isDatedAnew(record) && dayMadeFor(seed, record.eid);
 }
 
 using Slot = std::span<const SeriesRecord* const>;
@@ -89,12 +95,12 @@ void forEachSlot(const std::vector<const SeriesRecord*>& order, Take take) {
 }
 
 /// Those of the slot with a `deleted` in that range that were made for the day.
-std::vector<const SeriesRecord*> ofTheDay(std::string_view seed, Slot slot, int fromDeleted, int toDeleted) {
+std::vector<const SeriesRecord*> ofTheDay(Slot slot, int fromDeleted, int toDeleted) {
   std::vector<const SeriesRecord*> found;
   for (const auto* one : slot) {
     if (one->deleted >= fromDeleted && one->deleted <= toDeleted) found.push_back(one);
   }
-  if (found.size() > 1) std::erase_if(found, [&](const auto* one) { return isDatedAnew(seed, *one); });
+  if (found.size() > 1) std::erase_if(found, [](const auto* one) { return isDatedAnew(*one); });
   return found;
 }
 
@@ -118,11 +124,16 @@ bool isPresentIn(Slot slot) {
 }
 
 /// The newest record of the slot that a repair removed and that belongs to the day; null when there is none.
+/// What stayed for the day then and went in another way since, as with its account, went for good.
 const SeriesRecord* newestRemoved(std::string_view seed, Slot slot) {
   const auto found = std::ranges::find_if(slot, [&](const SeriesRecord* one) {
-    return one->byRepair && !one->isPresent() && !isDatedAnew(seed, *one);
+    return one->byRepair && !one->isPresent() && !isOfAnotherDay(seed, *one);
   });
-  return found == slot.end() ? nullptr : *found;
+  if (found == slot.end()) return nullptr;
+  const bool isOver = std::ranges::any_of(slot, [&](const SeriesRecord* one) {
+    return !one->isPresent() && !one->byRepair && one->edited >= (*found)->edited;
+  });
+  return isOver ? nullptr : *found;
 }
 
 RepairAction revivalOf(const SeriesRecord& record) {
@@ -158,17 +169,17 @@ RepairPlan planOfDay(std::string_view seed, const SeriesKind& kind, std::int64_t
       return;
     }
     const int first = state == 0 ? kLiveOfDay : kDeletedOfDay;
-    removeSurplus(plan, ofTheDay(seed, slot, state, state), state, state,
+    removeSurplus(plan, ofTheDay(slot, state, state), state, state,
                   [&](const SeriesRecord& record) { return reasonOfDay(first, record); });
   });
   return plan;
 }
 
-RepairPlan planOfSweep(std::string_view seed, const SeriesKind& kind, const SeriesRecords& records) {
+RepairPlan planOfSweep(const SeriesKind& kind, const SeriesRecords& records) {
   RepairPlan plan;
   forEachSlot(ordered(kind, records), [&](Slot slot) {
     if (slot.size() < 2 || !slot[1]->isPresent()) return;
-    removeSurplus(plan, ofTheDay(seed, slot, 0, 1), 0, 1, reasonInSweep);
+    removeSurplus(plan, ofTheDay(slot, 0, 1), 0, 1, reasonInSweep);
   });
   return plan;
 }
@@ -191,12 +202,17 @@ RepairPlan planOfRevival(std::string_view seed, const SeriesKind& kind, const Se
   for (const auto* one : order) {
     if (one->isPresent()) present.emplace(one->sort(), *one->day);
   }
+  std::set<std::int64_t> served;
+  for (const auto& one : records.occurrences) {
+    if (!one.isPresent()) continue;
+    if (const auto made = dayMadeFor(seed, one.eid)) served.insert(*made);
+  }
   RepairPlan plan;
   const auto half = halfARound(kind.rule);
   for (const auto* back : candidates) {
     const auto near = present.lower_bound({back->sort(), *back->day - half});
     if (near != present.end() && near->first == back->sort() && near->second <= *back->day + half) continue;
-    if (isServed(seed, records, *back->day)) continue;
+    if (served.contains(*back->day)) continue;
     present.emplace(back->sort(), *back->day);
     plan.push_back(revivalOf(*back));
   }

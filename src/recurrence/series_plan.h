@@ -44,10 +44,10 @@ struct SeriesKind {
 RepairPlan planOfDay(std::string_view seed, const SeriesKind& kind, std::int64_t day,
                      const SeriesRecords& records);
 /// The surplus of every day of a series.
-RepairPlan planOfSweep(std::string_view seed, const SeriesKind& kind, const SeriesRecords& records);
+RepairPlan planOfSweep(const SeriesKind& kind, const SeriesRecords& records);
 /// What comes back of days that have nothing but records removed by a repair. A day is served by a record
 /// that was made for it, wherever it is dated now; and by one nearer than half a round of the series, since
-/// older identifiers do not tell.
+/// older identifiers do not tell. A day stays empty whose record went in another way since.
 RepairPlan planOfRevival(std::string_view seed, const SeriesKind& kind, const SeriesRecords& records);
 /// Whether the series has a record that was made for the day, wherever it is dated now.
 bool isServed(std::string_view seed, const SeriesRecords& records, std::int64_t day);

@@ -104,7 +104,7 @@ void addTo(RepairPlan& plan, RepairPlan more) {
 }
 
 RepairPlan planOfAll(std::string_view seed, const SeriesKind& kind, const SeriesRecords& records) {
-  RepairPlan plan = planOfSweep(seed, kind, records);
+  RepairPlan plan = planOfSweep(kind, records);
   auto revival = planOfRevival(seed, kind, records);
   auto purge = planOfPurge(records, revival);
   addTo(plan, std::move(revival));
@@ -152,7 +152,7 @@ Result<SeriesFindings> recurringTransactionsHistory(MVAppRoot& root, std::string
     if (!kind) return tl::make_unexpected(kind.error());
     const auto records = recordsOfSeries(root, seed);
     if (!records) return tl::make_unexpected(records.error());
-    auto actions = planOfSweep(seed, *kind, *records);
+    auto actions = planOfSweep(*kind, *records);
     addTo(actions, planOfPurge(*records, {}));
     return actions;
   });
@@ -166,7 +166,7 @@ Result<SeriesFindings> fixAllRecurringItemForAllRepeatSeed(MVAppRoot& root, Repa
   if (!seeds) return tl::make_unexpected(seeds.error());
   SeriesSights sights;
   auto seen = recordsOfAllSeries(root, [&](const std::string& seed, const SeriesRecords& records) {
-    sights.emplace(seed, SeriesSight(records));
+    sights.emplace(seed, sightOf(root.calendar(), *seeds, seed, records));
   });
   if (!seen) return tl::make_unexpected(seen.error());
   return checkSeeds(root, *seeds, sights, repair);
@@ -179,7 +179,7 @@ Result<SeriesFindings> repairAllSeries(MVAppRoot& root, Repair repair) {
   SeriesFindings ofDays;
   std::vector<const SeedRow*> damaged;
   auto seen = recordsOfAllSeries(root, [&](const std::string& eid, const SeriesRecords& records) {
-    sights.emplace(eid, SeriesSight(records));
+    sights.emplace(eid, sightOf(root.calendar(), *seeds, eid, records));
     const auto seed = seeds->find(eid);
     // Those of a series that is gone, or does not exist, are not for the sweep.
     if (seed == seeds->end() || seed->second.deleted > 1) return;

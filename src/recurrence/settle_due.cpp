@@ -44,16 +44,19 @@ struct DuePayment {
 struct Due {
   Date earliest;
   std::vector<DuePayment> payments;
+  std::set<std::string> records;  ///< live ones; rows of a group are one, by the UUID they share
 };
 
 Result<Due> dueBy(Connection& db, Date now) {
-  Due due{now, {}};
+  Due due{now, {}, {}};
   Run run = db.query(
-      "select eid, transferEID, datetime, bid, type from transactions where paid = 0 and datetime <= ? and"
+      "select eid, transferEID, datetime, bid, type, deleted from transactions where paid = 0 and datetime "
+      "<= ? and"
       " account != '' and account not NULL and deleted < 2",
       {now});
   while (run.next()) {
     due.earliest = std::min(due.earliest, run.date(2));
+    if (run.integer(5) == 0) due.records.emplace(run.text(1).empty() ? run.text(0) : run.text(1));
     const auto type = run.integer(4);
     const bool isSpend = type == kind::kIncome || type == kind::kExpense;
     if (!isSpend || run.integer(3) != kPaymentRow || run.text(1).empty()) continue;
@@ -72,8 +75,8 @@ Result<> settleDueRow(MVAppRoot& root, std::string_view eid) {
 
 /// Items go with the payments of their group: an instalment with its own, shares of a cost once no payment is
 /// pending, others once their day has come, as when they are entered then.
-Result<int> settleItems(MVAppRoot& root, const std::string& uuid, const std::set<std::string>& settled,
-                        Date now, std::set<std::string>& holders) {
+Result<> settleItems(MVAppRoot& root, const std::string& uuid, const std::set<std::string>& settled, Date now,
+                     std::set<std::string>& holders) {
   const auto group = TransactionGroup::of(root, uuid, true);
   if (!group) return tl::make_unexpected(group.error());
   const bool anyPending = std::ranges::any_of(
@@ -89,23 +92,20 @@ Result<int> settleItems(MVAppRoot& root, const std::string& uuid, const std::set
     }
   }
   for (const auto* item : items) {
-    if (auto done = settleDueRow(root, item->eid); !done) return tl::make_unexpected(done.error());
+    if (auto done = settleDueRow(root, item->eid); !done) return done;
     if (!item->book.empty()) holders.insert(item->book);
   }
-  return static_cast<int>(items.size());
+  return {};
 }
 
-Result<int> settleItemsOf(MVAppRoot& root, const std::vector<DuePayment>& payments, Date now,
-                          std::set<std::string>& holders) {
+Result<> settleItemsOf(MVAppRoot& root, const std::vector<DuePayment>& payments, Date now,
+                       std::set<std::string>& holders) {
   std::map<std::string, std::set<std::string>> groups;
   for (const auto& payment : payments) groups[payment.group].insert(payment.eid);
-  int rows = 0;
   for (const auto& [uuid, settled] : groups) {
-    const auto items = settleItems(root, uuid, settled, now, holders);
-    if (!items) return items;
-    rows += *items;
+    if (auto done = settleItems(root, uuid, settled, now, holders); !done) return done;
   }
-  return rows;
+  return {};
 }
 
 }  // namespace
@@ -128,10 +128,9 @@ Result<int> makeMonivasPaid(MVAppRoot& root) {
         " and datetime <= ? and account != '' and account not NULL",
         root.editStamp(), root.itsUDID(), now);
     if (!written) return tl::make_unexpected(written.error());
-    const auto rows = db->changes();
-    if (rows == 0) return 0;
-    const auto items = settleItemsOf(root, due->payments, now, *holders);
-    if (!items) return items;
+    if (db->changes() == 0) return 0;
+    written = settleItemsOf(root, due->payments, now, *holders);
+    if (!written) return tl::make_unexpected(written.error());
     // Instalments that have come due are no batch a person would undo.
     written =
         write(root,
@@ -140,7 +139,7 @@ Result<int> makeMonivasPaid(MVAppRoot& root) {
               root.editStamp(), root.itsUDID(), advanced::kInstallment, kind::kExpense, due->earliest, now);
     if (written) written = countTheTotalBalances(root, *holders);
     if (!written) return tl::make_unexpected(written.error());
-    return static_cast<int>(rows) + *items;
+    return static_cast<int>(due->records.size());
   });
 }
 

@@ -28,6 +28,8 @@ std::string occurrenceIdentifier(const Calendar& calendar, std::string_view seed
 /// The number of the day (as of `Calendar::dayNumber`) for which the series made the row of that `eid`;
 /// nothing for a row whose identifier does not tell. It stays what it is when a person dates the row anew.
 std::optional<std::int32_t> dayMadeFor(std::string_view seed, std::string_view eid);
+/// The day for which any series made the row of that `eid`, such as the one it was divided from.
+std::optional<std::int64_t> dayToldBy(std::string_view eid);
 
 /// The day of month by which rules that count months go: that of the first occurrence, those a person deleted
 /// too; without any that of the day the series began.

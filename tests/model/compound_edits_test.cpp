@@ -217,8 +217,12 @@ TEST(CompoundEdits, aSeriesFollowsItsSeed) {
   const auto other = store.book("Other");
   ASSERT_TRUE(seed.updateBook(other.pk));
   EXPECT_EQ(store.again(first).book, other.pk);
+  EXPECT_FALSE(seed.updateRepeat("Fortnightly", {}));
+  EXPECT_FALSE(seed.updateRepeat("Monthly", store.on("2020-01-01"))) << "over before it begins";
   ASSERT_TRUE(seed.updateRepeat("Not Repeat", store.root.now()));
-  EXPECT_EQ(store.rows("select typeof(repeat_end_date) from transactions where eid = ?", {seed.eid}), "text");
+  EXPECT_EQ(store.rows("select typeof(repeat_end_date) || deleted || ipid from transactions where eid = ?",
+                       {seed.eid}),
+            "text1stopRepeat by user");
   EXPECT_SOUND(store);
 }
 

@@ -103,6 +103,8 @@ TEST(SeriesRepair, ADayHoldsOneOccurrenceOfEachSort) {
   const Damage clock;
   const std::string moved = occurrenceIdentifier(*clock.platform.calendar, "S", clock.on("2024-01-31"));
   const std::string withMoved = fmt::format("{} 1, b 2, c 1", moved);
+  const std::string former = occurrenceIdentifier(*clock.platform.calendar, "Former", clock.on("2024-01-31"));
+  const std::string withFormer = former + " 2, b 1";
   const Case cases[] = {
       {"two devices made it", "a 2, b 1", "a 0, b 583", "a 0, b 308"},
       {"days have their own", "a 1, b 1 next", "a 0, b 0", "a 0, b 0"},
@@ -112,6 +114,8 @@ TEST(SeriesRepair, ADayHoldsOneOccurrenceOfEachSort) {
       {"what a repair took comes back", "a 1 repaired, b 2 repaired", "a 583, b 0", "a 583, b 583"},
       {"a deletion serves the day", "a 1 repaired, b 1 deleted", "a 583, b 1", "a 583, b 1"},
       {"what went with the series stays away", "a 1 removed", "a 3", "a 3"},
+      {"what stayed then went with its account", "a 1 repaired, b 2 removed", "a 583, b 3", "a 583, b 3"},
+      {"what was removed before is no reason", "a 2 repaired, b 1 removed", "a 0, b 3", "a 583, b 3"},
       {"a transfer is its pair", "a 2 =G 33, b 2 =G 23, c 3 =H 33, d 3 =H 23", "a 581, b 581, c 0, d 0",
        "a 327, b 327, c 0, d 0", 33},
       {"payments by themselves", "a 2 =G payment, b 1 =H payment", "a 0, b 580", "a 0, b 329"},
@@ -122,6 +126,7 @@ TEST(SeriesRepair, ADayHoldsOneOccurrenceOfEachSort) {
        "a 0, b 307, c 307"},
       {"after a flight two days may fall on one", "a 1 flown, b 2", "a 0, b 0", "a 0, b 0"},
       {"one that a person moved there stays", withMoved, moved + " 0, b 0, c 583", moved + " 0, b 0, c 308"},
+      {"from a month before the series was divided too", withFormer, former + " 0, b 0", former + " 0, b 0"},
   };
   for (const auto& one : cases) {
     for (const bool sweep : {false, true}) {
@@ -142,12 +147,14 @@ TEST(SeriesRepair, ADayHoldsOneOccurrenceOfEachSort) {
 }
 
 TEST(SeriesRepair, WhatAPersonMovedIsNoDuplicateByItsKeyEither) {
-  Damage device;
-  const auto moved = occurrenceIdentifier(*device.platform.calendar, "S", device.on("2024-01-31"));
-  device.addAll(moved + " 1, b 2, c 1");
-  EXPECT_TRUE(device.sql("update transactions set sday = 20240201 where type = 12"));
-  EXPECT_EQ(clearDuplicateRecurringItemFor(device.root, "S"), 1);
-  EXPECT_EQ(device.state(), moved + " 0, b 0, c 3");
+  for (const auto* seed : {"S", "Former"}) {
+    Damage device;
+    const auto moved = occurrenceIdentifier(*device.platform.calendar, seed, device.on("2024-01-31"));
+    device.addAll(moved + " 1, b 2, c 1");
+    EXPECT_TRUE(device.sql("update transactions set sday = 20240201 where type = 12"));
+    EXPECT_EQ(clearDuplicateRecurringItemFor(device.root, "S"), 1);
+    EXPECT_EQ(device.state(), moved + " 0, b 0, c 3");
+  }
 }
 
 TEST(SeriesRepair, MassesOfCopiesLeaveTheFile) {
@@ -165,6 +172,14 @@ TEST(SeriesRepair, SeedsAreLookedOver) {
   Damage device;
   device.seed("deleted", 3);
   device.add({"a", "2024-02-01", 1, 0, "", 10, 20, 12, "", "", "deleted", 0});
+  device.seed("cleared", 3, 12, "", "delete by clear account data on 2024-02-01 12:00:00");
+  device.add({"f", "2024-02-01", 1, 0, "", 10, 20, 12, "", "", "cleared"});
+  device.seed("divided", 1, 12, "2024-01-31", "stopRepeat by division");
+  device.add({"g", "2024-01-31", 1, 0, "", 10, 20, 12, "", "", "divided"});
+  device.add({"h", "2024-02-01", 1, 0, "", 10, 20, 12, "", "", "divided"});
+  const auto late = occurrenceIdentifier(*device.platform.calendar, "divided", device.on("2024-01-01"));
+  device.add({late, "2024-02-03", 1, 1, "", 10, 20, 12, "", "", "divided"});
+  EXPECT_TRUE(device.sql("update transactions set deleted = 0 where eid = ?", {late}));
   device.seed("over", 1, 12, "2024-01-31", "stopRepeat by Date");
   device.seed("stopped", 1, 12, "", "stopRepeat by user");
   device.seed("wanted", 1, 12, "2024-01-31");
@@ -176,18 +191,20 @@ TEST(SeriesRepair, SeedsAreLookedOver) {
   const auto found = fixAllRecurringItemForAllRepeatSeed(device.root);
   EXPECT_EQ(device.told(found),
             "the series was deleted: what is left of it is removed (1)\n"
+            "records after the last day of the series; they stay as they are (1)\n"
             "the series has no next date, so it makes nothing (1)\n"
             "the series ended and nothing of it is left: it is removed (1)\n"
             "the series of these records does not exist: they stay as they are (1)\n");
-  EXPECT_EQ(device.state(), "a 3, b 1, c 0");
+  const std::string others = ", f 0, g 0, h 0";
+  EXPECT_EQ(device.state(), late + " 0, a 3, b 1, c 0" + others);
   EXPECT_EQ(device.kept(), before + 10);
   EXPECT_EQ(device.rows("select eid from transactions where type = 85 and deleted = 3 order by eid"),
-            "deleted\nover");
+            "cleared\ndeleted\nover");
   EXPECT_TRUE(device.commentary().back().starts_with("==[Fix Repeat]"));
   // A record that another device made of a series that was over by itself is no leftover of a deleted one.
   device.add({"e", "2024-01-01", 1, 0, "", 10, 20, 12, "", "", "over"});
   EXPECT_TRUE(fixAllRecurringItemForAllRepeatSeed(device.root));
-  EXPECT_EQ(device.state(), "a 3, b 1, c 0, e 0");
+  EXPECT_EQ(device.state(), late + " 0, a 3, b 1, c 0, e 0" + others);
 }
 
 TEST(SeriesRepair, OtherAmountsAreTold) {

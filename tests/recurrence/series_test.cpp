@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "recurrence/series_repair.h"
 #include "support/pictures.h"
 
 namespace moniva {
@@ -83,7 +84,7 @@ TEST(Series, endAtTheRequestOfAPerson) {
   EXPECT_EQ(*hasDuplicateRepeatSeed(store.loaded(gone)), false);
   EXPECT_EQ(store.stateOf(stopped), "1 stopRepeat by user");
 
-  // One deleted by the person stays what it is; one that was given payments goes with them.
+  // One deleted by the person stays what it is; those that were given payments, or divided, go with them.
   const auto occurrence = [&](const std::string& day) {
     return *Spend::spendFromEID(store.root,
                                 occurrenceIdentifier(*store.platform.calendar, gone, store.on(day)));
@@ -96,6 +97,7 @@ TEST(Series, endAtTheRequestOfAPerson) {
   part.amount = 4;
   part.datetime = paid.datetime;
   ASSERT_TRUE(part.addNew(paid.eid));
+  ASSERT_TRUE(occurrence("2024-02-16").saveInstallment(3));
   const auto removed = deletedAllRepeatTransaction(store.loaded(gone));
   ASSERT_TRUE(removed) << removed.error().why;
   EXPECT_EQ(*removed, 3);
@@ -106,6 +108,36 @@ TEST(Series, endAtTheRequestOfAPerson) {
   EXPECT_EQ(store.unsound(), "");
   EXPECT_EQ(store.catchUp("2025-01-01").made, 0);
   EXPECT_EQ(store.days(stopped), "20240201 20240208 20240215 20240222 20240229");
+}
+
+TEST(Series, areLeftByWhatComesBackOnceTheyAreDeleted) {
+  SeriesStory store;
+  auto pays = store.rent("Daily", "2024-02-28");
+  pays.bid = kPaymentRow;
+  pays.book = "";
+  Transfer moves(store.root);
+  moves.accountA = store.bank->pk;
+  moves.accountB = store.cash->pk;
+  moves.amountA = moves.amountB = 5;
+  moves.datetime = store.on("2024-02-28");
+  moves.repeat = "Daily";
+  const auto transfers = recordRepeating(store.root, moves);
+  ASSERT_TRUE(transfers) << transfers.error().why;
+  for (const auto& seed :
+       {store.recorded(store.rent("Daily", "2024-02-28")), store.recorded(pays), *transfers}) {
+    const auto first = store.rows(
+        "select eid from transactions where repeat_seed = ? and type != 23 order by datetime limit 1",
+        {seed});
+    ASSERT_TRUE(store.loaded(first).delete_());
+    ASSERT_TRUE(store.loaded(first).restore());
+    EXPECT_EQ(store.loaded(first).repeatSeed, seed) << "the series goes on";
+    ASSERT_TRUE(store.loaded(first).delete_());
+    ASSERT_TRUE(deletedAllRepeatTransaction(store.loaded(seed)));
+    ASSERT_TRUE(store.loaded(first).restore());
+    ASSERT_TRUE(repairAllSeries(store.root, Repair::mend));
+    EXPECT_EQ(store.loaded(first).deleted, 0);
+  }
+  EXPECT_EQ(store.unsound(), "");
 }
 
 TEST(Series, areListedByTheirRule) {

@@ -28,28 +28,41 @@ TEST(SettleDue, WhatComesDueIsSettledWithItsRecord) {
   EXPECT_TRUE(Spend::addCart(home.root, items, payments));
   Spend plan = home.expense(30);
   EXPECT_TRUE(plan.saveInstallment(3));
+  Transfer moved(home.root);
+  moved.accountA = home.cash->pk;
+  moved.accountB = home.bank->pk;
+  moved.amountA = moved.amountB = 3;
+  moved.datetime = home.on("2024-08-01");
+  moved.paid = false;
+  EXPECT_TRUE(recordEntry(home.root, moved));
+  Spend gone = home.expense(10);
+  gone.datetime = home.on("2024-08-01");
+  gone.paid = false;
+  EXPECT_TRUE(recordEntry(home.root, gone));
+  EXPECT_TRUE(gone.delete_());
   EXPECT_EQ(home.faults(), "");
 
   struct Case {
     std::string_view why;
     const char* now;
-    int rows;
+    int records;
     double cash;
     double bank;
     double book;
   };
   const Case cases[] = {
       {"nothing is due", "2024-06-20 09:59:59", 0, -10, 0, -10},
-      {"a record, a payment and the item it is for", "2024-06-20 10:00:00", 3, -20, -5, -40},
-      {"an instalment with its payment", "2024-07-16", 2, -30, -5, -50},
+      {"a record, a payment and the item it is for", "2024-06-20 10:00:00", 2, -20, -5, -40},
+      {"an instalment with its payment", "2024-07-16", 1, -30, -5, -50},
       {"the rest of the record", "2024-07-21", 1, -30, -20, -50},
       {"once is enough", "2024-07-21", 0, -30, -20, -50},
+      {"both sides of a transfer, and none that is deleted", "2024-08-02", 1, -33, -17, -50},
   };
   for (const auto& one : cases) {
     home.setClock(one.now);
     const auto before = home.connection().totalChanges();
-    EXPECT_EQ(makeMonivasPaid(home.root), one.rows) << one.why;
-    EXPECT_EQ(home.connection().totalChanges() == before, one.rows == 0) << one.why;
+    EXPECT_EQ(makeMonivasPaid(home.root), one.records) << one.why;
+    EXPECT_EQ(home.connection().totalChanges() == before, one.records == 0) << one.why;
     const auto kept = [&](const MonivaAccount& account) {
       return home.number("select totalBalance from account where oldTitle = ?", {account.pk});
     };

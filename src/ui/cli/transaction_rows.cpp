@@ -59,7 +59,7 @@ std::string whatText(const Session& session, const MVTransaction& row) {
   if (row.isTransfer() || row.isDebt() || row.isRepayment()) return printable(row.noteString);
   if (!row.categoryString.empty()) return printable(row.categoryString);
   if (!row.noteString.empty()) return printable(row.noteString);
-  return session.text("no category");
+  return row.isPayment ? session.text("payment") : session.text("no category");
 }
 
 std::string withText(const MVTransaction& row) {

@@ -126,7 +126,7 @@ void addCartCommands(CommandLine& line) {
       ->required();
   addAccountFields(*add, options->fields, true);
   addEntryFields(*add, options->fields);
-  add->add_flag("--pending", options->fields.pending, "Not paid yet");
+  add->add_flag("--pending", options->fields.pending, kNotPaidYet);
   addDryRun(*add, options->fields.dryRun);
   line.onRun(add, [options](Session& session) { addCart(session, *options); });
 

@@ -1,5 +1,7 @@
 #include "ui/cli/commands/entry_fields.h"
 
+#include <algorithm>
+
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "ui/cli/command_error.h"
@@ -113,6 +115,19 @@ Spend spendOf(Session& session, const std::string& eid) {
 std::string currencyOf(Session& session, const RecordWhole& whole) {
   RecordNames names(session.root());
   return whole.currency(names);
+}
+
+std::string settledSoonText(Session& session, const RecordWhole& whole) {
+  const auto isDue = [&](const TransactionItem& row) {
+    return !row.paid && !row.account.empty() && isPaidAt(row.datetime, session.now());
+  };
+  if (std::ranges::none_of(whole.group.items, isDue) && std::ranges::none_of(whole.group.payments, isDue)) {
+    return {};
+  }
+  return " " +
+         session.text(
+             "As its day has come, the work of the next day will settle it again; take its account off to "
+             "keep it open.");
 }
 
 void enterRecord(Session& session, bool dryRun, const std::function<std::string()>& work,

@@ -36,6 +36,9 @@ void addEntryFields(CLI::App& command, EntryFields& fields);
 void addCategoryFields(CLI::App& command, EntryFields& fields);
 /// The account; with `several` payments from several accounts too.
 void addAccountFields(CLI::App& command, EntryFields& fields, bool several);
+/// Help of an option for what is pending.
+inline constexpr const char* kNotPaidYet =
+    toTranslate("Not paid yet; what has an account is settled by itself once its day has come");
 CLI::Option* addDryRun(CLI::App& command, bool& dryRun);
 
 /// The names of a new record, looked up: to be called within the change that writes it.
@@ -59,6 +62,10 @@ RecordWhole wholeTyped(Session& session, const std::string& text, std::string* e
 Spend spendOf(Session& session, const std::string& eid);
 /// A currency for amounts of the record.
 std::string currencyOf(Session& session, const RecordWhole& whole);
+
+/// What to know of a record marked as pending that the next day's work will settle again: " Its day has come,
+/// ..."; "" for one that lies ahead or has no account.
+std::string settledSoonText(Session& session, const RecordWhole& whole);
 
 /// Writes a record as `work` does it, which answers the `eid` of one of its rows, and says with `say` what it
 /// has come to; with `dryRun` shows it by `show` and keeps nothing.

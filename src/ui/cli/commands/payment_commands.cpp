@@ -1,9 +1,9 @@
+#include "ui/cli/commands/payment_commands.h"
+
 #include <boost/json.hpp>
 
 #include "model/entry_checks.h"
-#include "model/payment.h"
 #include "ui/cli/command_error.h"
-#include "ui/cli/command_line.h"
 #include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/commands/show_record.h"
 #include "ui/cli/records.h"
@@ -64,7 +64,8 @@ Payment paymentTyped(Session& session, const std::string& text, bool deleted = f
   return std::move(*payment);
 }
 
-/// Ends a command that changed the payment: it as JSON, or a sentence and what is still to be paid.
+}  // namespace
+
 void answerPayment(Session& session, const Payment& payment, const std::string& ofRecord,
                    const std::function<std::string(const std::string&)>& say) {
   RecordNames names(session.root());
@@ -77,6 +78,8 @@ void answerPayment(Session& session, const Payment& payment, const std::string& 
   session.answer(say(paymentText(session, texts, payment)) + restText(session, texts) +
                  texts.currencyNotes());
 }
+
+namespace {
 
 void addPayment(Session& session, const PaymentOptions& options) {
   MVAppRoot& root = session.root();
@@ -140,12 +143,13 @@ void editPayment(Session& session, const PaymentOptions& options) {
     Payment payment = paymentTyped(session, options.eid);
     eid = payment.eid;
     const auto row = TransactionItem::fromEID(session.root(), eid);
-    const bool isRest = row && row->isRest() && !payment.connectionUUID.empty();
+    const bool isOfRecord = wholeRecord(session, eid).isCompound();
+    const bool isRest = row && row->isRest() && isOfRecord;
     if (isRest && !options.newAccount) {
       throw refused("this is what is still to be paid; pay it with: moniva payment add {} AMOUNT ACCOUNT",
                     shortEid(eid));
     }
-    if (options.noAccount && !payment.paid && !payment.connectionUUID.empty()) {
+    if (options.noAccount && !payment.paid && isOfRecord) {
       throw refused("a pending payment needs an account; take it away with: moniva payment remove {}",
                     shortEid(eid));
     }
@@ -186,21 +190,23 @@ void markPayment(Session& session, const std::string& text, bool paid) {
   });
   answerPayment(session, paymentTyped(session, eid), eid, [&](const std::string& what) {
     if (!changed) return session.text("Nothing was changed: {}.", what);
-    return paid ? session.text("Marked as paid: {}.", what) : session.text("Marked as pending: {}.", what);
+    if (paid) return session.text("Marked as paid: {}.", what);
+    return session.text("Marked as pending: {}.", what) + settledSoonText(session, wholeRecord(session, eid));
   });
 }
 
 void removePayment(Session& session, const PaymentOptions& options) {
   std::string ofRecord;
+  bool byItself = false;
   std::optional<Payment> gone;
   changeStore(session, [&] {
     Payment payment = paymentTyped(session, options.eid);
     const auto whole = wholeRecord(session, payment.eid);
-    ofRecord = whole.isCompound() ? whole.head.eid : payment.eid;
+    byItself = !whole.isCompound();
+    ofRecord = whole.head.eid;
     gone = payment;
     done(payment.delete_());
   });
-  const bool byItself = gone->connectionUUID.empty();
   answerPayment(session, *gone, ofRecord, [&](const std::string& what) {
     auto line = session.text("Removed the payment {}.", what);
     if (byItself) {
@@ -243,8 +249,9 @@ void addPaymentCommands(CommandLine& line) {
   add->add_option("-d,--date", added->date, "When (else now)")->type_name("DATE");
   add->add_option("-n,--note", added->note, "A note")->type_name("TEXT");
   add->add_option("--fee", added->fee, "How much of the amount is a fee")->type_name("AMOUNT");
-  add->add_flag("--pending", added->pending, "Not paid yet");
+  add->add_flag("--pending", added->pending, kNotPaidYet);
   addRoundOption(*add, added->amounts);
+  addPaymentAlone(line, *family);
 
   command("list", "RECORD", kRecord, listPayments);
 

@@ -199,7 +199,7 @@ void addCostCommands(CommandLine& line) {
   add.addEntry();
   add.addRange();
   add.addEntryOptions();
-  add.app->add_flag("--pending", add.options->fields.pending, "Not paid yet");
+  add.app->add_flag("--pending", add.options->fields.pending, kNotPaidYet);
   addDryRun(*add.app, add.options->fields.dryRun);
   const auto spread = planCommand(line, *family, "spread", spreadCost);
   spread.addEid();

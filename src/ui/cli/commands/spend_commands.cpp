@@ -99,7 +99,7 @@ void addSpendCommands(CommandLine& line) {
   add->add_option("--foreign", options->foreign,
                   "What it was in another currency: amount and code, such as 20 USD")
       ->type_name("AMOUNT CODE");
-  add->add_flag("--pending", options->fields.pending, "Not paid yet");
+  add->add_flag("--pending", options->fields.pending, kNotPaidYet);
   add->add_flag("--reimburse", options->reimburse, "To be reimbursed");
   add->add_option("--photo", options->photos, "An image to attach, such as the receipt")
       ->type_name("PATH")

@@ -186,7 +186,8 @@ void markSpend(Session& session, const std::string& text, bool paid) {
   answerChanged(session, eid, [&](const RecordTexts& texts) {
     const auto now = texts.now(eid);
     if (!changed) return session.text("Nothing was changed: it is {}", now);
-    return paid ? session.text("Marked as paid: {}", now) : session.text("Marked as pending: {}", now);
+    if (paid) return session.text("Marked as paid: {}", now);
+    return session.text("Marked as pending: {}", now) + settledSoonText(session, texts.whole());
   });
 }
 
