@@ -1,5 +1,8 @@
 #include "app/do_db_updater.h"
 
+#include <sqlite3.h>
+
+#include <algorithm>
 #include <utility>
 
 #include "platform/files.h"
@@ -163,14 +166,16 @@ Result<std::vector<const UpgradeStep*>> DoDBUpdater::stepsDue() {
   std::vector<const UpgradeStep*> due;
   Connection* db = root_.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
+  // What lacks a column may be the table of flags itself; every step is due then.
+  const bool anyUrgent = std::ranges::any_of(steps_, [&](const auto& step) { return isUrgent(step); });
   for (const UpgradeStep& step : steps_) {
     bool isDue = step.byRequest && root_.platform().userDefaults->objectForKey(step.key).has_value();
     if (!step.byRequest) {
       const auto set = isFlagSet(*db, step.key);
-      if (!set) return tl::make_unexpected(set.error());
-      isDue = !*set;
+      if (!set && !anyUrgent) return tl::make_unexpected(set.error());
+      isDue = !set || !*set;
     }
-    if (isUrgent(step)) {
+    if (anyUrgent && isUrgent(step)) {
       due.insert(due.begin(), &step);
     } else if (isDue) {
       due.push_back(&step);
@@ -215,19 +220,30 @@ Result<> DoDBUpdater::runAlone(UpgradeOutcome& outcome) {
   Connection& db = *root_.db().getDatabase();
   auto copy = CopyBefore::make(root_, db);
   if (!copy) return tl::make_unexpected(copy.error());
+  std::optional<Refusal> inUse;
   const auto noted = [&](std::string_view name, const Result<std::int64_t>& written) {
     if (written) {
       outcome.changed += *written;
     } else {
       outcome.failed.push_back({name, written.error()});
+      const int why = db.lastErrorCode() & 0xFF;
+      if (why == SQLITE_BUSY || why == SQLITE_LOCKED) inUse = written.error();
     }
     root_.platform().log.line(
         fmt::format("== DoDBUpdater {}: {}", name,
                     written ? fmt::format("{} rows written", *written) : "undone, " + written.error().why));
     return written.has_value();
   };
+  bool isKept = false;
   const auto isDone = [&](const UpgradeStep& step) {
-    if (!noted(step.name, runStep(step))) return false;
+    // Whoever keeps one step waiting would keep each of the others.
+    if (inUse) return false;
+    db.clearError();
+    const auto commits = db.commits();
+    if (!noted(step.name, runStep(step))) {
+      isKept = isKept || db.commits() != commits;
+      return false;
+    }
     outcome.run.push_back(step.code);
     return true;
   };
@@ -237,6 +253,7 @@ Result<> DoDBUpdater::runAlone(UpgradeOutcome& outcome) {
   }
   if (goesOn && needsFixDataForMoniva1(root_)) {
     const auto before = db.totalChanges();
+    db.clearError();
     const auto done = fixDataForMoniva1IfNeed(root_);
     // The steps take it for granted that records have their books.
     goesOn = outcome.converted =
@@ -245,12 +262,14 @@ Result<> DoDBUpdater::runAlone(UpgradeOutcome& outcome) {
   const auto due = goesOn ? stepsDue() : std::vector<const UpgradeStep*>();
   if (!due) return tl::make_unexpected(due.error());
   for (const UpgradeStep* step : *due) isDone(*step);
-  if (!root_.db().missingIndexes().empty()) root_.db().addIndexes();
-  if (outcome.changed > 0 || !outcome.failed.empty()) {
+  // A step that was undone whole needs no copy, and one that fails day by day would leave one each day.
+  if (outcome.changed > 0 || isKept) {
     outcome.copy = copy->keep();
   } else {
     copy->remove();
+    if (inUse) return tl::make_unexpected(*inUse);
   }
+  if (!inUse && !root_.db().missingIndexes().empty()) root_.db().addIndexes();
   return {};
 }
 
@@ -296,7 +315,9 @@ void tellUpgrade(MVAppRoot& root, const Result<UpgradeOutcome>& outcome) {
         "moniva upgrade",
         name, why);
   }
-  if (!outcome->copy.empty()) {
+  if (!outcome->copy.empty() && outcome->run.empty() && !outcome->converted) {
+    root.addNotice("How the store was before is kept as '{}'.", outcome->copy.filename().string());
+  } else if (!outcome->copy.empty()) {
     root.addNotice("The store was brought up to date; how it was before is kept as '{}'.",
                    outcome->copy.filename().string());
   }

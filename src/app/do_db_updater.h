@@ -47,7 +47,8 @@ struct UpgradeOutcome {
   std::vector<UpgradeFailure> failed;  ///< stay due
   bool converted = false;              ///< from the form of the first edition
   std::int64_t changed = 0;            ///< rows written besides the flags
-  /// The copy of the store from before; empty where nothing was changed and nothing failed.
+  /// The copy of the store from before; empty where nothing was changed: steps that fail are undone, but for
+  /// those in transactions of their own.
   std::filesystem::path copy;
 };
 
@@ -70,7 +71,9 @@ class DoDBUpdater {
   void updateDatabaseIfNeed(std::function<void(std::string_view)> showProgress,
                             std::function<void(const Result<UpgradeOutcome>&)> complete);
   /// The same at once, in the block of the database queue (or on the thread) it is called in. Refused, with
-  /// nothing done, while another program has the store and where no copy of it can be made.
+  /// nothing done, while another program has the store and where no copy of it can be made. Refused as well,
+  /// for the next start, where a program of another kind keeps it from being written; had steps ended by then
+  /// these stay, and the outcome tells.
   Result<UpgradeOutcome> run();
 
  private:
@@ -90,9 +93,11 @@ void tellUpgrade(MVAppRoot& root, const Result<UpgradeOutcome>& outcome);
 /// Rebuilds `account`, `category`, `photos`, `monivaSys` and `transactions` with the columns of today, dates
 /// as numbers. Texts are read as they were written: "2015-03-04 12:30:00" in the user's zone, with a zone
 /// ("+0000") in that one; blank ones become 0. What cannot be read stays what it is, and the person is told.
-/// Columns that today's table has not are kept behind the others.
+/// Columns that today's table has not are kept behind the others. Of records of one identifier the one in
+/// use, edited last, stays; the log keeps the others. `categoryofbook` gets what it lacks.
 Result<> updateStringTypeDateField(MVAppRoot& root);
-/// Whether one of these tables lacks a column of today.
+/// Whether one of these tables, or `categoryofbook`, lacks a column of today. The form in which that table
+/// knew categories by numbers is left to `updateCategoryPK` while that is due.
 bool lacksColumns(MVAppRoot& root);
 
 // The steps in the order of their codes; each answers a refusal when it has to be undone.

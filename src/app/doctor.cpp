@@ -3,6 +3,8 @@
 #include <array>
 
 #include "app/do_db_updater.h"
+#include "app/further_repairs.h"
+#include "app/run_once.h"
 #include "model/account_balance.h"
 #include "model/entry_checks.h"
 #include "model/photos.h"
@@ -165,6 +167,16 @@ std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
                         : due == 1
                             ? phrase("{} step is still to be done; see: moniva upgrade --dry-run", due)
                             : phrase("{} steps are still to be done; see: moniva upgrade --dry-run", due)});
+  }
+  {
+    const auto due = std::ranges::count_if(furtherRepairs(), [&](const FurtherRepair& repair) {
+      return !repair.flag.empty() && !hasRun(*db, repair.flag);
+    });
+    findings.push_back(
+        {phrase("repairs"), due == 0,
+         due == 0   ? Phrase("")
+         : due == 1 ? phrase("{} repair has not been looked at yet; see: moniva repair --dry-run", due)
+                    : phrase("{} repairs have not been looked at yet; see: moniva repair --dry-run", due)});
   }
   for (const Count& count : kCounts) {
     const Phrase check(count.check, std::string(count.check));

@@ -1,11 +1,8 @@
 // Stores of the first edition, which had no books: its records come into a book for each currency, with the
 // kinds of today.
 
-#include <map>
-#include <set>
-
 #include "app/do_db_updater.h"
-#include "model/account_balance.h"
+#include "app/upgrade_support.h"
 #include "platform/files.h"
 #include "storage/writes.h"
 
@@ -14,11 +11,12 @@ namespace {
 
 constexpr std::string_view kBookOfFirstEdition = "Data from Moniva";
 
-/// The currency of a row of `transactions`: its account's, else the foreign one it names, else the one bound.
+/// The currency of a row of `transactions`: its account's, which it may name by its title, else the foreign
+/// one it names, else the one bound.
 constexpr std::string_view kCurrencyOfRow =
-    "coalesce((select nullif(currency, '') from account where oldTitle = transactions.account and oldTitle "
-    "!= ''"
-    " order by deleted limit 1), nullif(currency2, ''), ?)";
+    "coalesce((select nullif(currency, '') from account where coalesce(nullif(oldTitle, ''), title) ="
+    " transactions.account and transactions.account != '' order by coalesce(deleted, 0) != 0, eid limit 1),"
+    " nullif(currency2, ''), ?)";
 
 /// Keeps a copy of the store as it is; what is at its place already is set aside.
 Result<> keepCopy(MVAppRoot& root, Connection& db) {
@@ -65,6 +63,18 @@ Result<std::vector<std::string>> currenciesInUse(Connection& db, std::string_vie
   return codes;
 }
 
+/// The commonest currency of rows of `account`: of live books where the store had any, else of all rows, else
+/// USD.
+Result<std::string> commonestCurrency(MVAppRoot& root, bool hadBooks) {
+  const auto codes = loadedTexts(
+      root,
+      "select currency from account where currency != '' and (? = 0 or (kind = 2 and deleted = 0))"
+      " group by currency order by count(*) desc, currency limit 1",
+      {hadBooks ? 1 : 0});
+  if (!codes) return tl::make_unexpected(codes.error());
+  return codes->empty() ? std::string("USD") : codes->front();
+}
+
 bool isTitleTaken(Connection& db, std::string_view title, int kind) {
   Run run = db.query("select 1 from account where title = ? and kind = ? and deleted = 0", {title, kind});
   return run.next();
@@ -106,6 +116,7 @@ Result<std::string> bookFor(MVAppRoot& root, Connection& db, const std::string& 
                        " (?,?,0,2,'_Book','BookDashboardControllerClassic')",
                        title, code);
   if (written) written = giveKey(root, key);
+  if (written) written = write(root, "update account set incomeEnabled = 1112 where oldTitle = ?", key);
   return written ? Result<std::string>(key) : tl::make_unexpected(written.error());
 }
 
@@ -141,19 +152,21 @@ Result<> keep(MVAppRoot& root, std::string_view key, std::string_view value) {
 }
 
 /// Books, accounts and what they hold.
-Result<> moveIntoBooks(MVAppRoot& root, Connection& db) {
+Result<> moveIntoBooks(MVAppRoot& root, Connection& db, bool hadBooks) {
   if (auto mended = mendAccounts(root); !mended) return mended;
   const auto known = currenciesInUse(db, "");
   if (!known) return tl::make_unexpected(known.error());
-  std::string otherwise = "USD";
-  for (const auto& code : *known) {
-    if (code.empty()) continue;
-    otherwise = code;
-    break;
+  const auto kept = commonestCurrency(root, hadBooks);
+  if (!kept) return tl::make_unexpected(kept.error());
+  std::string otherwise = *kept;
+  if (const auto used = std::ranges::find_if(*known, [](const auto& code) { return !code.empty(); });
+      !hadBooks && used != known->end()) {
+    otherwise = *used;
   }
   const auto codes = currenciesInUse(db, otherwise);
   if (!codes) return tl::make_unexpected(codes.error());
-  auto written = addCash(root, db, codes->empty() ? otherwise : codes->front(), otherwise);
+  Result<> written;
+  if (!hadBooks) written = addCash(root, db, codes->empty() ? otherwise : codes->front(), otherwise);
   if (written) {
     written =
         write(root,
@@ -192,38 +205,40 @@ Result<> giveKindsOfToday(MVAppRoot& root) {
       root.editStamp(), root.itsUDID());
 }
 
-Result<> countAllBalances(MVAppRoot& root, Connection& db) {
-  std::set<std::string> keys;
-  {
-    Run run = db.query("select oldTitle from account where oldTitle != ''");
-    while (run.next()) keys.emplace(run.text(0));
-    if (!run.ok()) return tl::make_unexpected(db.refusal());
-  }
-  return countTheTotalBalances(root, keys);
+/// What makes a store of today of one without books. Where there are books already, records of the first
+/// edition have strayed into it (by a sync, from a file), and all else of it is as its person keeps it.
+Result<> convertHoldings(MVAppRoot& root) {
+  return writeAll(root, {"update account set incomeEnabled = 1050",
+                         // A book does not track what an account does.
+                         "update account set incomeEnabled = 1112 where kind = 2",
+                         "update category set type = 8 where type = 7",
+                         "update photos set downloaded = 0, uploaded = 0, photolite = ''"});
 }
 
 Result<> convert(MVAppRoot& root, Connection& db) {
-  auto written = write(root, "delete from transactions where deleted = 1");
-  if (written) written = moveIntoBooks(root, db);
-  for (const std::string_view sql : {"update transactions set bid = 10 where type = 3 or type = 4",
-                                     "update transactions set bid = 20 where type = 0 or type = 1",
-                                     "update account set incomeEnabled = 1050",
-                                     // A book does not track what an account does.
-                                     "update account set incomeEnabled = 1112 where kind = 2",
-                                     "update category set type = 8 where type = 7",
-                                     "update photos set downloaded = 0, uploaded = 0, photolite = ''"}) {
-    if (written) written = write(root, sql);
+  const auto books = loadedTexts(
+      root,
+      "select 1 from account where kind = 2 and ifnull(title, '') || ifnull(oldTitle, '') != '' limit 1");
+  if (!books) return tl::make_unexpected(books.error());
+  const bool hadBooks = !books->empty();
+  Result<> written;
+  if (!hadBooks) written = write(root, "delete from transactions where deleted = 1");
+  if (written) written = moveIntoBooks(root, db, hadBooks);
+  if (written) {
+    written = writeAll(root, {"update transactions set bid = 10 where type = 3 or type = 4",
+                              "update transactions set bid = 20 where type = 0 or type = 1"});
   }
+  if (written && !hadBooks) written = convertHoldings(root);
   if (written) written = giveKindsOfToday(root);
   // Transfers name the other account as their vendor now.
   if (written) written = fixedMissingTransferAccount(root);
   if (written) written = keep(root, "appVer", root.platform().info.version);
   if (written) written = keep(root, "appVerMB", "");
-  if (written) written = keep(root, "enabledCategoryForBook", "0");
+  if (written && !hadBooks) written = keep(root, "enabledCategoryForBook", "0");
   if (!written) return written;
   root.markRecentEditDate();
   root.updateRecentEditDateIfNeed();
-  return countAllBalances(root, db);
+  return countAllBalances(root);
 }
 
 }  // namespace

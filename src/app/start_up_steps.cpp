@@ -90,6 +90,12 @@ Result<> refreshDevice(MainAppDelegate& app) {
   return {};
 }
 
+/// What is kept here and in the store is brought together; no trouble with it is worth more than a word.
+Result<> copySettings(MainAppDelegate& app) {
+  if (auto done = updateSettingCopyToLocal(app.root()); !done) app.root().addNotice(done.error());
+  return {};
+}
+
 Result<> refreshDeviceInBackground(MainAppDelegate& app) {
   const std::string udid = app.root().itsUDID();
   app.platform().backgroundQueue.dispatch([&app, udid] {
@@ -312,6 +318,7 @@ const std::vector<Step>& stepsAfterUpgrades() {
       {"setRecentEditDate", unlessReadOnly<setRecentEditDate>},
       {"expenseChanged", postExpenseChanged},
       {"refreshDeviceInfoInDatabase", unlessReadOnly<refreshDevice>},
+      {"updateSettingCopyToLocal", unlessReadOnly<copySettings>},
       {"importDataFromOutside", takeOutsideData},
   };
   return steps;

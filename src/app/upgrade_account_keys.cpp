@@ -23,13 +23,15 @@ struct HolderRow {
 };
 
 /// Of rows alike the one that stays comes first: in use, then edited last. Accounts come before books, which
-/// fewer columns name.
-Result<std::vector<HolderRow>> holderRows(MVAppRoot& root) {
+/// fewer columns name. Where rows are to get keys (`byWhatTheyAre`) the time of an edit, which may differ
+/// from device to device, decides among doubles alone.
+Result<std::vector<HolderRow>> holderRows(MVAppRoot& root, bool byWhatTheyAre = false) {
   return loaded(
       root,
-      "select eid, oldTitle, title, type, currency, kind, isGroup, deleted, beginBalance from account"
-      " order by kind, isGroup, coalesce(deleted, 0) != 0, typeof(editDate) = 'text', editDate DESC,"
-      " eid",
+      fmt::format("select eid, oldTitle, title, type, currency, kind, isGroup, deleted, beginBalance from"
+                  " account order by kind, isGroup, coalesce(deleted, 0) != 0,{} typeof(editDate) = 'text',"
+                  " editDate DESC, eid",
+                  byWhatTheyAre ? " ifnull(oldTitle, '') = '', type, currency," : ""),
       {}, [](const Run& run) {
         return HolderRow{run.integer(0),           std::string(run.text(1)), std::string(run.text(2)),
                          std::string(run.text(3)), std::string(run.text(4)), static_cast<int>(run.integer(5)),
@@ -38,7 +40,7 @@ Result<std::vector<HolderRow>> holderRows(MVAppRoot& root) {
 }
 
 /// The key that the row is to have: its title where no row has it, else one that follows from what it is.
-std::string keyFor(MVAppRoot& root, const HolderRow& row, const std::vector<HolderRow>& rows) {
+std::string keyFor(const HolderRow& row, const std::vector<HolderRow>& rows) {
   const auto isFree = [&](const std::string& key) {
     return !key.empty() && std::ranges::find(rows, key, &HolderRow::key) == rows.end();
   };
@@ -48,7 +50,11 @@ std::string keyFor(MVAppRoot& root, const HolderRow& row, const std::vector<Hold
                                  derivedKey({"account", kind, row.title, row.type, row.currency})}) {
     if (!row.title.empty() && isFree(key)) return key;
   }
-  return root.newIdentifier();
+  for (int number = 1;; ++number) {
+    const std::string key = derivedKey({"account", kind, row.title, row.type, row.currency,
+                                        std::to_string(row.eid), std::to_string(number)});
+    if (isFree(key)) return key;
+  }
 }
 
 Result<> writeKey(MVAppRoot& root, const HolderRow& row) {
@@ -68,7 +74,7 @@ Result<> takeOpening(MVAppRoot& root, HolderRow& stays, const HolderRow& goes) {
 
 Result<> giveAccountKeys(MVAppRoot& root, std::vector<std::int64_t>& doubles,
                          std::set<std::string>& touched) {
-  auto rows = holderRows(root);
+  auto rows = holderRows(root, true);
   if (!rows) return tl::make_unexpected(rows.error());
   for (auto& row : *rows) {
     if (!row.key.empty()) continue;
@@ -86,7 +92,7 @@ Result<> giveAccountKeys(MVAppRoot& root, std::vector<std::int64_t>& doubles,
         !row.title.empty() && std::ranges::none_of(*rows, [&](const HolderRow& other) {
           return other.isAlike(row) && other.key == row.title;
         });
-    row.key = isDouble ? same->key : keyFor(root, row, *rows);
+    row.key = isDouble ? same->key : keyFor(row, *rows);
     if (auto done = writeKey(root, row); !done) return done;
     if (isNamedByTitle && row.key != row.title) {
       if (auto done = repointHolder(root, row.kind, row.isGroup, row.title, row.key); !done) return done;
@@ -110,6 +116,7 @@ Result<> clearDuplicateAccountWithSamePK(MVAppRoot& root) {
         return other.key == row->key && other.isAlike(*row);
       });
       if (stays != row) {
+        if (auto done = takeOpening(root, *stays, *row); !done) return done;
         if (auto done = removeAccountRow(root, row->eid); !done) return done;
         continue;
       }

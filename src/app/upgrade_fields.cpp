@@ -15,13 +15,6 @@
 namespace moniva {
 namespace {
 
-Result<> writeAll(MVAppRoot& root, std::initializer_list<std::string_view> statements) {
-  for (const auto sql : statements) {
-    if (auto done = write(root, sql); !done) return done;
-  }
-  return {};
-}
-
 Result<bool> hasAny(MVAppRoot& root, std::string_view condition) {
   const auto found = loadedTexts(root, fmt::format("select 1 from transactions where {} limit 1", condition));
   if (!found) return tl::make_unexpected(found.error());

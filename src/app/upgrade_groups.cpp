@@ -23,11 +23,12 @@ struct GroupRow {
 /// groups, nothing deleted. Blank for none.
 Result<std::string> memberMeant(MVAppRoot& root, const GroupRow& group, const std::string& text) {
   for (const std::string_view column : {"oldTitle", "title"}) {
-    const auto keys = loadedTexts(root,
-                                  fmt::format("select oldTitle from account where {} = ? and kind = ? and"
-                                              " isGroup = 0 and deleted = 0 and oldTitle != ''",
-                                              column),
-                                  {text, group.kind});
+    const auto keys =
+        loadedTexts(root,
+                    fmt::format("select distinct oldTitle from account where {} = ? and kind = ? and"
+                                " isGroup = 0 and deleted = 0 and oldTitle != ''",
+                                column),
+                    {text, group.kind});
     if (!keys) return tl::make_unexpected(keys.error());
     if (keys->size() == 1) return keys->front();
   }

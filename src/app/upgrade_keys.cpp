@@ -6,14 +6,15 @@
 #include "model/mv_category.h"
 
 namespace moniva {
-namespace {
 
-/// Categories of books that are known by the numbers of their rows, in a table without `cate`, are known by
-/// keys afterwards; all else of a row stays. A number of no row stays a number, and '' is no book.
 Result<> rebuildCategoryOfBook(MVAppRoot& root) {
   const auto columns = columnsOf(root, "categoryofbook");
   if (!columns) return tl::make_unexpected(columns.error());
-  if (columns->empty() || columns->contains("cate")) return {};
+  if (columns->contains("cate")) return {};
+  const std::string create = fmt::format("CREATE TABLE categoryofbook{} ({})",
+                                         columns->empty() ? "" : "_temp", columnsText("categoryofbook"));
+  if (columns->empty()) return write(root, create);
+  if (auto gone = dropViewsInTheWay(root); !gone) return gone;
   std::string names;
   for (const char* kept : {"cateOrder", "used", "enabled", "editDate", "edit_ipid"}) {
     if (columns->contains(kept)) names.append(", ").append(kept);
@@ -27,9 +28,7 @@ Result<> rebuildCategoryOfBook(MVAppRoot& root) {
       names);
   for (const std::string_view sql :
        {std::string_view("DROP TABLE IF EXISTS categoryofbook_temp"),
-        std::string_view("CREATE TABLE categoryofbook_temp (pk TEXT DEFAULT '', cate TEXT DEFAULT '', book"
-                         " TEXT DEFAULT '', cateOrder INTEGER DEFAULT 0, used INTEGER DEFAULT 0, enabled"
-                         " BLOB DEFAULT YES, editDate REAL DEFAULT '', edit_ipid TEXT DEFAULT '')"),
+        std::string_view("DROP TABLE IF EXISTS categoryofbook_old"), std::string_view(create),
         std::string_view(copy), std::string_view("ALTER TABLE categoryofbook RENAME TO categoryofbook_old"),
         std::string_view("ALTER TABLE categoryofbook_temp RENAME TO categoryofbook"),
         std::string_view("DROP TABLE categoryofbook_old")}) {
@@ -50,8 +49,6 @@ Result<> rebuildCategoryOfBook(MVAppRoot& root) {
   }
   return {};
 }
-
-}  // namespace
 
 Result<> updateCategoryPK(MVAppRoot& root) {
   return atomically(root, [&](Connection&) -> Result<> {

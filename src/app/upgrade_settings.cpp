@@ -5,16 +5,10 @@
 #include "app/do_db_updater.h"
 #include "app/upgrade_support.h"
 #include "model/account_balance.h"
+#include "storage/device_settings.h"
 
 namespace moniva {
 namespace {
-
-/// The setting of this device as a text; dates as their seconds.
-std::string localSetting(MVAppRoot& root, std::string_view key) {
-  const auto& defaults = *root.platform().userDefaults;
-  if (const auto date = defaults.dateForKey(key)) return fmt::format("{}", date->secondsSince1970);
-  return defaults.stringForKey(key).value_or("");
-}
 
 /// Whether one time is later than the other: by their numbers where both are, else as texts that begin with
 /// the year.
@@ -33,21 +27,17 @@ bool isLater(const std::string& one, const std::string& other) {
 
 Result<> updateSettingCopyToLocal(MVAppRoot& root) {
   return atomically(root, [&](Connection&) -> Result<> {
+    const auto localSetting = [&](std::string_view key) {
+      return deviceSetting(*root.platform().userDefaults, key);
+    };
     const auto stored = [&](std::string_view key) -> Result<std::string> {
       const auto values = loadedTexts(
           root, "select value from monivaSys where key = ? order by editDate DESC limit 1", {key});
       if (!values) return tl::make_unexpected(values.error());
       return values->empty() ? std::string() : values->front();
     };
-    const auto copy = [&](std::string_view key, bool toStore) -> Result<> {
-      const auto inStore = stored(key);
-      if (!inStore) return tl::make_unexpected(inStore.error());
-      const std::string local = localSetting(root, key);
-      if ((toStore ? local : *inStore).empty() || local == *inStore) return {};
-      if (!toStore) {
-        root.platform().userDefaults->setString(*inStore, key);
-        return {};
-      }
+    const auto keepInStore = [&](std::string_view key) -> Result<> {
+      const std::string local = localSetting(key);
       if (auto done = write(root, "delete from monivaSys where key = ?", key); !done) return done;
       return write(root, "insert into monivaSys (value,key,editDate) values(?,?,?)", local, key,
                    root.editStamp());
@@ -55,15 +45,17 @@ Result<> updateSettingCopyToLocal(MVAppRoot& root) {
     for (const std::string_view key : {"lastBackupDate", "lastSyncDate"}) {
       const auto inStore = stored(key);
       if (!inStore) return tl::make_unexpected(inStore.error());
-      const bool toStore = isLater(localSetting(root, key), *inStore);
-      if (auto done = copy(key, toStore); !done) return done;
+      const bool toStore = isLater(localSetting(key), *inStore);
+      if (auto done = toStore ? keepInStore(key) : Result<>(); !done) return done;
       if (key != "lastSyncDate") continue;
       // The outcome goes with the time it is of, unless that side has none.
       const auto state = stored("lastSyncState");
       if (!state) return tl::make_unexpected(state.error());
-      const bool localState = !localSetting(root, "lastSyncState").empty();
-      if (auto done = copy("lastSyncState", localState && (toStore || state->empty())); !done) return done;
+      const auto local = localSetting("lastSyncState");
+      if (local.empty() || local == *state || !(toStore || state->empty())) continue;
+      if (auto done = keepInStore("lastSyncState"); !done) return done;
     }
+    root.db().saveDBSysInfoToLocal();
     return {};
   });
 }
@@ -73,7 +65,11 @@ Result<> importDataTemp(MVAppRoot& root) {
     const auto left = columnsOf(root, "transactions_temp");
     const auto today = columnsOf(root, "transactions");
     if (!left || !today) return tl::make_unexpected((left ? today : left).error());
-    if (!left->contains("eid")) return {};
+    const auto isTable = loadedTexts(
+        root,
+        "select 1 from sqlite_schema where name = 'transactions_temp' collate nocase and type = 'table'");
+    if (!isTable) return tl::make_unexpected(isTable.error());
+    if (isTable->empty() || !left->contains("eid")) return {};
     std::string names;
     for (const auto& name : *left) {
       if (today->contains(name)) names.append(names.empty() ? "" : ", ").append(fmt::format("\"{}\"", name));

@@ -1,6 +1,7 @@
 #include "app/upgrade_support.h"
 
 #include "base/uuid.h"
+#include "model/account_balance.h"
 #include "model/transaction_type.h"
 
 namespace moniva {
@@ -8,22 +9,6 @@ namespace {
 
 /// A second after the epoch, before anything a person did.
 constexpr double kBeforeAll = 1;
-
-/// "title='Home', currency='EUR', ...": the row of `account` as texts that could be put back. A password is
-/// nobody's to read; only groups keep something else there, their members.
-Result<std::string> accountAsText(MVAppRoot& root, std::int64_t eid) {
-  const auto columns = columnsOf(root, "account");
-  if (!columns) return tl::make_unexpected(columns.error());
-  std::string parts;
-  for (const auto& column : *columns) {
-    const std::string value = column == "password" ? "case when isGroup = 1 then quote(password) else '' end"
-                                                   : fmt::format("quote({})", column);
-    parts += fmt::format("{}'{}=' || {}", parts.empty() ? "" : " || ', ' || ", column, value);
-  }
-  const auto texts = loadedTexts(root, fmt::format("select {} from account where eid = ?", parts), {eid});
-  if (!texts) return tl::make_unexpected(texts.error());
-  return texts->empty() ? std::string() : texts->front();
-}
 
 }  // namespace
 
@@ -44,8 +29,46 @@ Result<std::set<std::string, std::less<>>> columnsOf(MVAppRoot& root, std::strin
   return std::set<std::string, std::less<>>(names->begin(), names->end());
 }
 
+Result<> writeAll(MVAppRoot& root, std::initializer_list<std::string_view> statements) {
+  for (const auto sql : statements) {
+    if (auto done = write(root, sql); !done) return done;
+  }
+  return {};
+}
+
+std::string quotedName(std::string_view name) {
+  std::string quoted = "\"";
+  for (const char c : name) quoted.append(c == '"' ? 2 : 1, c);
+  return quoted + "\"";
+}
+
+Result<std::string> rowAsText(MVAppRoot& root, std::string_view table, std::int64_t rowid) {
+  const auto columns = columnsOf(root, table);
+  if (!columns) return tl::make_unexpected(columns.error());
+  std::string parts;
+  for (const auto& column : *columns) {
+    std::string value = fmt::format("quote({})", quotedName(column));
+    if (column == "password") {
+      value = columns->contains("isGroup") ? "case when isGroup = 1 then quote(password) else '' end" : "''";
+    }
+    std::string label;
+    for (const char c : column) label.append(c == '\'' ? 2 : 1, c);
+    parts += fmt::format("{}'{}=' || {}", parts.empty() ? "" : " || ', ' || ", label, value);
+  }
+  const auto texts =
+      loadedTexts(root, fmt::format("select {} from {} where rowid = ?", parts, table), {rowid});
+  if (!texts) return tl::make_unexpected(texts.error());
+  return texts->empty() ? std::string() : texts->front();
+}
+
+Result<> countAllBalances(MVAppRoot& root) {
+  const auto keys = loadedTexts(root, "select oldTitle from account where oldTitle != ''");
+  if (!keys) return tl::make_unexpected(keys.error());
+  return countTheTotalBalances(root, std::set<std::string>(keys->begin(), keys->end()));
+}
+
 Result<> removeAccountRow(MVAppRoot& root, std::int64_t eid) {
-  const auto text = accountAsText(root, eid);
+  const auto text = rowAsText(root, "account", eid);
   if (!text) return tl::make_unexpected(text.error());
   root.db().faultLog().line(fmt::format("== row of account removed: {}", *text));
   return write(root, "delete from account where eid = ?", eid);

@@ -30,8 +30,17 @@ auto loaded(MVAppRoot& root, std::string_view sql, std::initializer_list<Value> 
 Result<std::vector<std::string>> loadedTexts(MVAppRoot& root, std::string_view sql,
                                              std::initializer_list<Value> slots = {});
 
+/// Runs the statements until one is refused.
+Result<> writeAll(MVAppRoot& root, std::initializer_list<std::string_view> statements);
+
 /// The names of the table's columns; none for a table that is not there.
 Result<std::set<std::string, std::less<>>> columnsOf(MVAppRoot& root, std::string_view table);
+std::string quotedName(std::string_view name);
+/// "title='Home', currency='EUR', ...": the row of the table as texts that could be put back. A password is
+/// nobody's to read; only groups keep something else there, their members.
+Result<std::string> rowAsText(MVAppRoot& root, std::string_view table, std::int64_t rowid);
+/// Counts what is kept of the balances of all books, accounts and groups afresh.
+Result<> countAllBalances(MVAppRoot& root);
 /// Removes the row of `account` for good; the log keeps what it said.
 Result<> removeAccountRow(MVAppRoot& root, std::int64_t eid);
 /// What names the book or account by the one key names it by the other: its records, the categories of a
@@ -48,6 +57,14 @@ Result<> giveAccountKeys(MVAppRoot& root, std::vector<std::int64_t>& doubles, st
 Result<> giveCategoryKeys(MVAppRoot& root, std::set<std::string>& given);
 /// The same for vendors; those of equal titles become one.
 Result<> giveVendorKeys(MVAppRoot& root, std::set<std::string>& given);
+/// Makes `categoryofbook` where it is not there. One that knows categories by the numbers of their rows, in a
+/// table without `cate`, knows them by keys afterwards; all else of a row stays. A number of no row stays a
+/// number, and '' is no book.
+Result<> rebuildCategoryOfBook(MVAppRoot& root);
+/// What stands between the parentheses of the table's CREATE statement in today's schema.
+std::string_view columnsText(std::string_view table);
+/// Removes views that have the names under which tables are rebuilt; the log keeps what they said.
+Result<> dropViewsInTheWay(MVAppRoot& root);
 /// Records that name their categories and vendors by titles name them by their keys.
 Result<> nameByKeys(MVAppRoot& root);
 

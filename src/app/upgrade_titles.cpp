@@ -62,21 +62,27 @@ class Titles {
   std::map<std::pair<int, std::string>, std::pair<std::string, int>> anywhere_;
 };
 
-Result<> writeTitledKey(MVAppRoot& root, TitledRow& row, std::string_view parentTitle,
-                        std::set<std::string>& taken) {
+/// The keys there are, and how many were made of each type, parent and title.
+struct TakenKeys {
+  std::set<std::string> keys;
+  std::map<std::tuple<int, std::string, std::string>, int> equals;
+};
+
+Result<> writeTitledKey(MVAppRoot& root, TitledRow& row, const std::string& parentTitle, TakenKeys& taken) {
   // Equal rows have keys of their own until they are made one.
-  for (int equals = 1; row.key.empty(); ++equals) {
+  int& equals = taken.equals[{row.type, parentTitle, row.title}];
+  while (row.key.empty()) {
     const std::string key =
-        derivedKey({"category", fmt::format("{} {}", row.type, equals), parentTitle, row.title});
-    if (taken.insert(key).second) row.key = key;
+        derivedKey({"category", fmt::format("{} {}", row.type, ++equals), parentTitle, row.title});
+    if (taken.keys.insert(key).second) row.key = key;
   }
   return write(root, "update category set oldTitle = ? where pk = ?", row.key, row.row);
 }
 
-Result<std::set<std::string>> takenKeys(MVAppRoot& root) {
+Result<TakenKeys> takenKeys(MVAppRoot& root) {
   const auto keys = loadedTexts(root, "select oldTitle from category where oldTitle != ''");
   if (!keys) return tl::make_unexpected(keys.error());
-  return std::set<std::string>(keys->begin(), keys->end());
+  return TakenKeys{.keys = {keys->begin(), keys->end()}, .equals = {}};
 }
 
 /// What a record names: a pair of columns as it stands.
@@ -208,7 +214,7 @@ Result<> giveCategoryKeys(MVAppRoot& root, std::set<std::string>& given) {
     if (row.key.empty() && !row.title.empty()) {
       if (auto done = writeTitledKey(root, row, parentTitle, *taken); !done) return done;
     }
-    if (changes) given.insert(row.key);
+    if (changes && !row.key.empty()) given.insert(row.key);
   }
   return {};
 }

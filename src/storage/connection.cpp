@@ -202,8 +202,10 @@ Result<> Connection::copyInto(const std::filesystem::path& to) {
                            SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
   if (rc == SQLITE_OK) {
     sqlite3_backup* backup = sqlite3_backup_init(copy, "main", handle_, "main");
-    if (backup != nullptr) sqlite3_backup_step(backup, -1);
+    const int stepped = backup != nullptr ? sqlite3_backup_step(backup, -1) : SQLITE_DONE;
     rc = backup != nullptr ? sqlite3_backup_finish(backup) : sqlite3_errcode(copy);
+    // A store in use ends no copy: it asks to be tried again.
+    if (rc == SQLITE_OK && stepped != SQLITE_DONE) rc = stepped;
   }
   sqlite3_close_v2(copy);
   if (rc == SQLITE_OK) return {};

@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "storage/device_settings.h"
 #include "storage/indexes_sql.h"
 #include "storage/mv_app_root.h"
 #include "storage/store_files.h"
@@ -116,6 +117,7 @@ Result<> DoDB::prepare(Connection& connection) {
 }
 
 Result<> DoDB::prepareToWrite(Connection& connection) {
+  if (auto named = takeUpRenamings(connection); !named) return named;
   if (auto kind = checkKind(connection); !kind) return kind;
   connection.onFileFault([this](int code, const std::string& message) { noteFileFault(code, message); });
   const bool logged = [&] {
@@ -346,7 +348,9 @@ void DoDB::saveDBSysInfoToLocal() {
   if (db == nullptr) return;
   for (const char* key : {"lastBackupDate", "lastSyncDate", "lastSyncState"}) {
     Run run = db->query("select value from monivaSys where key = ? order by editDate DESC limit 1", {key});
-    if (run.next()) platform_.userDefaults->setString(run.text(0), key);
+    if (run.next() && !run.text(0).empty() && run.text(0) != deviceSetting(*platform_.userDefaults, key)) {
+      platform_.userDefaults->setString(run.text(0), key);
+    }
   }
 }
 

@@ -53,8 +53,10 @@ Result<> MVAppRoot::takeSafetyCopy() {
   return exclusively([&]() -> Result<> {
     if (!isPresent(backup)) return {};  // another program was faster
     std::string why;
-    const bool readable = db_.databaseIsAvailable(backup);
-    if (!readable && availabilityOf(backup, why) == Availability::unknown) {
+    std::error_code ignored;
+    const bool isFile = fs::is_regular_file(backup, ignored);
+    const bool readable = isFile && db_.databaseIsAvailable(backup);
+    if (isFile && !readable && availabilityOf(backup, why) == Availability::unknown) {
       return refuse("the safety copy '{}' cannot be read now: {}", backup.string(), why);
     }
     const Result<> kind = readable ? checkKind(backup) : refuse("it cannot be read");

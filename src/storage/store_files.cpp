@@ -2,8 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <set>
+
 #include "platform/files.h"
-#include "storage/connection.h"
+#include "storage/transaction.h"
 
 namespace moniva {
 namespace {
@@ -25,6 +27,28 @@ std::int64_t figure(Connection& connection, std::string_view sql) {
   return run.next() ? run.integer(0) : 0;
 }
 
+bool isOurs(std::int64_t application) {
+  return application == 0 || application == kApplicationID;
+}
+
+/// Those of the tables that are there as "NAME_old" alone; none where the others are not all there, or the
+/// file is another program's.
+std::vector<std::string> tablesUnderOldNames(Connection& connection) {
+  std::vector<std::string> names;
+  if (!isOurs(figure(connection, "PRAGMA application_id"))) return names;
+  std::set<std::string, std::less<>> found;
+  Run run = connection.query(
+      "select name from sqlite_schema where type = 'table' and name in ('account', 'category',"
+      " 'transactions', 'monivaSys', 'account_old', 'category_old', 'transactions_old', 'monivaSys_old')");
+  while (run.next()) found.emplace(run.text(0));
+  for (const std::string name : {"account", "category", "transactions", "monivaSys"}) {
+    if (found.contains(name)) continue;
+    if (!found.contains(name + "_old")) return {};
+    names.push_back(name);
+  }
+  return names;
+}
+
 }  // namespace
 
 Availability availabilityOf(const fs::path& path, std::string& why) {
@@ -41,7 +65,9 @@ Availability availabilityOf(const fs::path& path, std::string& why) {
   }
   if (readable) return Availability::available;
   why = (*connection)->lastErrorMessage();
-  switch ((*connection)->lastErrorCode() & 0xFF) {
+  const int code = (*connection)->lastErrorCode() & 0xFF;
+  if (code == SQLITE_ERROR && !tablesUnderOldNames(**connection).empty()) return Availability::available;
+  switch (code) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
     case SQLITE_FORMAT:
@@ -52,6 +78,21 @@ Availability availabilityOf(const fs::path& path, std::string& why) {
   }
 }
 
+Result<> takeUpRenamings(Connection& connection) {
+  if (tablesUnderOldNames(connection).empty()) return {};
+  Transaction transaction(connection);
+  // What others say of the tables holds again afterwards.
+  bool done = transaction.began() && connection.executeScript("PRAGMA legacy_alter_table = ON");
+  // Asked again: another program may have been faster.
+  for (const auto& name : tablesUnderOldNames(connection)) {
+    done = done && connection.executeScript(fmt::format("ALTER TABLE {0}_old RENAME TO {0}", name));
+  }
+  done = done && transaction.commit();
+  const auto result = done ? Result<>() : tl::make_unexpected(connection.refusal());
+  connection.executeScript("PRAGMA legacy_alter_table = OFF");
+  return result;
+}
+
 Result<> checkKind(Connection& connection) {
   connection.clearError();
   const auto application = figure(connection, "PRAGMA application_id");
@@ -60,7 +101,7 @@ Result<> checkKind(Connection& connection) {
                              " ('account', 'category', 'transactions', 'monivaSys')");
   const auto newer = newerKind(connection);
   if (connection.lastErrorCode() != 0) return tl::make_unexpected(connection.refusal());
-  if ((application != 0 && application != kApplicationID) || tables != 4) {
+  if (!isOurs(application) || tables != 4) {
     return refuse("'{}' is not a data file of this program", connection.path().string());
   }
   if (newer) return tl::make_unexpected(*newer);

@@ -25,6 +25,10 @@ enum class Availability {
 /// Opens the file and runs a small query on its transactions. `why` gets the engine's words on failure.
 Availability availabilityOf(const std::filesystem::path& path, std::string& why);
 
+/// Gives the tables their names back that an older program, cut short in the middle of a rebuild, left under
+/// "NAME_old". Writes only to what is a store but for that.
+Result<> takeUpRenamings(Connection& connection);
+
 /// Whether the database is a store of this program that this version knows; writes nothing. Refused with the
 /// reason otherwise.
 Result<> checkKind(Connection& connection);

@@ -112,6 +112,22 @@ TEST(Upgrades, leaveNoCopyOfWhatTheyDidNotChange) {
   EXPECT_EQ(codes(updater.run()), "") << "once";
 }
 
+TEST(Upgrades, leaveNoCopyOfWhatCouldNotBeDone) {
+  OpenStore store;
+  const std::vector<UpgradeStep> steps = {step(1, "flagF", failing), step(2, "flagG", failing)};
+  DoDBUpdater updater(store.root, steps);
+  EXPECT_EQ(updater.run()->failed.size(), 2U);
+  EXPECT_EQ(store.titles() + store.copies(), "") << "undone: there is nothing to go back to";
+
+  // A program that knows nothing of our lock is writing: no step waits for it after the first has.
+  auto other = Connection::open(store.dataFile(), Connection::Access::readWrite);
+  ASSERT_TRUE((*other)->execute("BEGIN IMMEDIATE"));
+  store.connection().setPatience(5);
+  EXPECT_NE(codes(updater.run()).find("in use by another program"), std::string::npos);
+  EXPECT_EQ(store.copies(), "");
+  EXPECT_FALSE(fs::exists(store.documents() / kCopy));
+}
+
 TEST(Upgrades, doNothingWhereTheyCannotBeTakenBack) {
   OpenStore store;
   const std::vector<UpgradeStep> steps = {step(1, "flagA", first)};

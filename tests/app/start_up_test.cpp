@@ -78,7 +78,7 @@ constexpr const char* kLaunch =
 constexpr const char* kDaily =
     "createBillNotifaction updateDatabaseIfNeed sendCrashLogMailIfNeed closeProgressAlert reloadBlankBook "
     "updateRecurringTransactionsWithFuture makeMonivasPaid setRecentEditDate expenseChanged "
-    "refreshDeviceInfoInDatabase importDataFromOutside ";
+    "refreshDeviceInfoInDatabase updateSettingCopyToLocal importDataFromOutside ";
 constexpr const char* kQuick = "refreshDeviceInfoInDatabase importDataFromOutside sendCrashLogMailIfNeed ";
 constexpr const char* kBackground =
     "storeLastOpenAppDate checkDataFile updateRecentEditDateIfNeed showLockView saveToGroupPath checkpoint "

@@ -67,6 +67,57 @@ TEST(Recovery, aFirstRunCopiesTheTemplate) {
   EXPECT_EQ(marks(device), "kept") << "and only the first";
 }
 
+TEST(Recovery, tablesGetTheirNamesBack) {
+  for (const bool foreign : {false, true}) {
+    Device device;
+    makeStore(device.dataFile(), "kept");
+    {
+      auto raw = Connection::open(device.dataFile(), Connection::Access::readWrite);
+      ASSERT_TRUE(
+          (*raw)->executeScript("alter table transactions rename to transactions_old; alter table monivaSys "
+                                "rename to monivaSys_old"));
+      if (foreign) (*raw)->execute("PRAGMA application_id = 7");
+      (*raw)->checkpoint();
+    }
+    const auto before = bytesOf(device.dataFile());
+    std::string why;
+    EXPECT_EQ(availabilityOf(device.dataFile(), why),
+              foreign ? Availability::damaged : Availability::available);
+    if (foreign) {
+      EXPECT_FALSE(device.db.initDatabase());
+      EXPECT_EQ(bytesOf(device.dataFile()), before) << "another program's";
+    } else {
+      device.open();
+      EXPECT_EQ(marks(device), "kept");
+    }
+  }
+}
+
+TEST(Recovery, aCopyIntoAFileInUseIsNoCopy) {
+  Device device;
+  device.open();
+  makeStore(device.documents() / "other", "theirs", true);
+  auto other = Connection::open(device.documents() / "other", Connection::Access::readWrite);
+  ASSERT_TRUE((*other)->execute("BEGIN IMMEDIATE"));
+  EXPECT_FALSE(device.connection().copyInto(device.documents() / "other"));
+}
+
+TEST(Recovery, aSafetyCopyThatIsNoFileIsSetAside) {
+  for (const bool folder : {true, false}) {
+    Device device;
+    makeStore(device.dataFile(), "stays");
+    if (folder) {
+      fs::create_directory(device.documents() / kCopy);
+    } else {
+      fs::create_symlink("/nothing here", device.documents() / kCopy);
+    }
+    device.open();
+    EXPECT_EQ(marks(device), "stays");
+    EXPECT_EQ(namesIn(device.documents(), std::string(kCopy) + ".set-aside").size(), 1U);
+    EXPECT_EQ(device.root.takeNotices().size(), 1U);
+  }
+}
+
 TEST(Recovery, aHotJournalIsAppliedAndAStaleOneGoes) {
   for (const bool hot : {true, false}) {
     Device device;

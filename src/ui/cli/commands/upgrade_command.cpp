@@ -94,6 +94,7 @@ void printOutcome(Session& session, const std::vector<ShownStep>& steps, const U
                                  : Cell(isDone ? session.text("done") : session.text("not done"), ink::dim)});
   }
   session.out() << table.render(session.style(), session.width()) << '\n';
+  if (outcome.copy.empty() && !outcome.failed.empty()) return;
   if (outcome.copy.empty()) return session.answer(session.text("Nothing in the store had to be changed."));
   session.answer(session.count("Wrote {} row.", "Wrote {} rows.", outcome.changed) + " " +
                  session.text("How the store was before is kept as '{}'.", outcome.copy.string()));
