@@ -183,7 +183,9 @@ Result<SeriesFindings> checkSeeds(MVAppRoot& root, const Seeds& seeds, const Ser
     } else if (isOrphaned(root.calendar(), seed, sight, now)) {
       findings.push_back({eid, phrase("the series ended and nothing of it is left: it is removed"), 1});
       if (repair == Repair::lookOnly) continue;
-      if (auto removed = write(root, "update transactions set deleted = 3 where eid = ?", eid); !removed) {
+      if (auto removed =
+              write(root, "update transactions set deleted = 3 where eid = ? and deleted = 1", eid);
+          !removed) {
         return tl::make_unexpected(removed.error());
       }
     } else if (auto fault = faultOf(seed)) {

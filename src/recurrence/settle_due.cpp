@@ -12,13 +12,16 @@
 namespace moniva {
 namespace {
 
+// Only rows in use are settled: what a person deleted is once it is back, and what the program removed keeps
+// the reason, by which repairs know it.
+
 /// Keys of the accounts and books that have something due.
 Result<std::set<std::string>> holdersOfDue(Connection& db, Date now) {
   std::set<std::string> holders;
   {
     Run run = db.query(
         "select account from transactions where paid = 0 and account != '' and account not NULL and datetime"
-        " <= ? group by account",
+        " <= ? and deleted = 0 group by account",
         {now});
     while (run.next()) holders.emplace(run.text(0));
     if (!run.ok()) return tl::make_unexpected(db.refusal());
@@ -27,7 +30,7 @@ Result<std::set<std::string>> holdersOfDue(Connection& db, Date now) {
   if (holders.empty()) return holders;
   Run run = db.query(
       "select book from transactions where paid = 0 and book != '' and book not NULL and datetime <= ? and"
-      " type < ? group by book",
+      " type < ? and deleted = 0 group by book",
       {now, kind::kFurtherIncome});
   while (run.next()) holders.emplace(run.text(0));
   if (!run.ok()) return tl::make_unexpected(db.refusal());
@@ -44,19 +47,18 @@ struct DuePayment {
 struct Due {
   Date earliest;
   std::vector<DuePayment> payments;
-  std::set<std::string> records;  ///< live ones; rows of a group are one, by the UUID they share
+  std::set<std::string> records;  ///< rows of a group are one, by the UUID they share
 };
 
 Result<Due> dueBy(Connection& db, Date now) {
   Due due{now, {}, {}};
   Run run = db.query(
-      "select eid, transferEID, datetime, bid, type, deleted from transactions where paid = 0 and datetime "
-      "<= ? and"
-      " account != '' and account not NULL and deleted < 2",
+      "select eid, transferEID, datetime, bid, type from transactions where paid = 0 and datetime <= ? and"
+      " account != '' and account not NULL and deleted = 0",
       {now});
   while (run.next()) {
     due.earliest = std::min(due.earliest, run.date(2));
-    if (run.integer(5) == 0) due.records.emplace(run.text(1).empty() ? run.text(0) : run.text(1));
+    due.records.emplace(run.text(1).empty() ? run.text(0) : run.text(1));
     const auto type = run.integer(4);
     const bool isSpend = type == kind::kIncome || type == kind::kExpense;
     if (!isSpend || run.integer(3) != kPaymentRow || run.text(1).empty()) continue;
@@ -125,7 +127,7 @@ Result<int> makeMonivasPaid(MVAppRoot& root) {
     auto written = write(
         root,
         "update transactions set paid = 1, ipid = 'batchEdit', editDate = ?, edit_ipid = ? where paid = 0"
-        " and datetime <= ? and account != '' and account not NULL",
+        " and datetime <= ? and account != '' and account not NULL and deleted = 0",
         root.editStamp(), root.itsUDID(), now);
     if (!written) return tl::make_unexpected(written.error());
     if (db->changes() == 0) return 0;
