@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/run_once.h"
 #include "platform/files.h"
 #include "storage/store_files.h"
 #include "storage/writes.h"
@@ -67,22 +68,6 @@ class CopyBefore {
   MVAppRoot& root_;
   fs::path path_;
 };
-
-/// Whether the key's flag says that its step has run. Of several rows the newest counts.
-Result<bool> isFlagSet(Connection& db, std::string_view key) {
-  Run run =
-      db.query("select value from monivaSys where key = ? order by editDate DESC, rowid DESC limit 1", {key});
-  const bool set = run.next() && run.text(0) == "1";
-  if (!run.ok()) return tl::make_unexpected(db.refusal());
-  return set;
-}
-
-Result<> setFlag(MVAppRoot& root, std::string_view key) {
-  return atomically(root, [&](Connection&) -> Result<> {
-    if (auto gone = write(root, "delete from monivaSys where key = ?", key); !gone) return gone;
-    return write(root, "insert into monivaSys (value,key) values('1',?)", key);
-  });
-}
 
 }  // namespace
 
@@ -171,7 +156,7 @@ Result<std::vector<const UpgradeStep*>> DoDBUpdater::stepsDue() {
   for (const UpgradeStep& step : steps_) {
     bool isDue = step.byRequest && root_.platform().userDefaults->objectForKey(step.key).has_value();
     if (!step.byRequest) {
-      const auto set = isFlagSet(*db, step.key);
+      const auto set = hasRun(*db, step.key);
       if (!set && !anyUrgent) return tl::make_unexpected(set.error());
       isDue = !set || !*set;
     }
@@ -204,7 +189,7 @@ Result<std::int64_t> DoDBUpdater::runStep(const UpgradeStep& step) {
     if (auto done = step.run(root_); !done) return tl::make_unexpected(done.error());
     const auto written = db.totalChanges() - before;
     if (step.byRequest) return written;
-    if (auto set = setFlag(root_, step.key); !set) return tl::make_unexpected(set.error());
+    if (auto set = setHasRun(root_, step.key); !set) return tl::make_unexpected(set.error());
     return written;
   };
   auto written = step.inTransactionsOfItsOwn ? work(*root_.db().getDatabase()) : atomically(root_, work);

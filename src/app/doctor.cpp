@@ -169,11 +169,12 @@ std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
                             : phrase("{} steps are still to be done; see: moniva upgrade --dry-run", due)});
   }
   {
+    // Not to have looked is no damage.
     const auto due = std::ranges::count_if(furtherRepairs(), [&](const FurtherRepair& repair) {
-      return !repair.flag.empty() && !hasRun(*db, repair.flag);
+      return !repair.flag.empty() && !hasRun(*db, repair.flag).value_or(true);
     });
     findings.push_back(
-        {phrase("repairs"), due == 0,
+        {phrase("repairs"), true,
          due == 0   ? Phrase("")
          : due == 1 ? phrase("{} repair has not been looked at yet; see: moniva repair --dry-run", due)
                     : phrase("{} repairs have not been looked at yet; see: moniva repair --dry-run", due)});

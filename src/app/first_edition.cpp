@@ -4,6 +4,7 @@
 #include "app/do_db_updater.h"
 #include "app/upgrade_support.h"
 #include "platform/files.h"
+#include "storage/store_files.h"
 #include "storage/writes.h"
 
 namespace moniva {
@@ -22,15 +23,10 @@ constexpr std::string_view kCurrencyOfRow =
 Result<> keepCopy(MVAppRoot& root, Connection& db) {
   if (db.inTransaction()) return refuse("a store cannot be copied in the middle of a change");
   const auto copy = root.platform().directories.documents / "moniva1Backup.dat";
-  auto arriving = copy;
-  arriving += ".arriving";
-  std::error_code ignored;
-  std::filesystem::remove(arriving, ignored);
-  if (!db.execute("vacuum into ?", {arriving.string()})) return tl::make_unexpected(db.refusal());
   if (isPresent(copy)) {
     if (auto aside = setFileAside(copy, root.now()); !aside) return tl::make_unexpected(aside.error());
   }
-  return renameInto(arriving, copy);
+  return copyStore(db, copy);
 }
 
 /// The rows of `account` become payment accounts of today. Records refer to them by title, which becomes the

@@ -24,11 +24,13 @@ Result<> mendGroupMembers(MVAppRoot& root) {
 }
 
 Result<std::int64_t> rowsOf(MVAppRoot& root, Connection& db, const FurtherRepair& repair) {
-  const bool hadRun = !repair.flag.empty() && hasRun(db, repair.flag);
+  const auto isSet = [&] { return repair.flag.empty() ? Result<bool>(false) : hasRun(db, repair.flag); };
+  const auto hadRun = isSet();
   const auto before = db.totalChanges();
   if (auto done = repair.run(root); !done) return tl::make_unexpected(done.error());
-  const bool setFlag = !hadRun && !repair.flag.empty() && hasRun(db, repair.flag);
-  return db.totalChanges() - before - (setFlag ? 1 : 0);
+  const auto hasNow = isSet();
+  if (!hadRun || !hasNow) return tl::make_unexpected((hadRun ? hasNow : hadRun).error());
+  return db.totalChanges() - before - (*hasNow && !*hadRun ? 1 : 0);
 }
 
 }  // namespace

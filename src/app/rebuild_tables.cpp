@@ -216,7 +216,7 @@ Result<> rebuild(MVAppRoot& root, Connection& db, const DatedTable& dated, Mende
 /// numbers is left to that: keys come first.
 bool isOfBooksOlder(Connection& db) {
   const auto found = columnsFound(db, kOfBooks);
-  if (!found.empty() && !has(found, "cate")) return hasRun(db, "updateCategoryPK");
+  if (!found.empty() && !has(found, "cate")) return hasRun(db, "updateCategoryPK").value_or(false);
   return lacksColumns(db, kOfBooks);
 }
 

@@ -126,9 +126,8 @@ Result<> startUpgrades(MainAppDelegate& app) {
 /// The current book may have got another key, or have gone.
 Result<> reloadBlankBook(MainAppDelegate& app) {
   const auto& book = app.root().monivaAccount;
-  if (!book || book->pk.empty() || !MonivaAccount::getAccountWithPK(app.root(), book->pk)) {
-    refreshUsingMonivaAccount(app.root());
-  }
+  const auto row = book ? MonivaAccount::getAccountWithPK(app.root(), book->pk) : std::nullopt;
+  if (!row || row->pk.empty() || !row->isBook()) refreshUsingMonivaAccount(app.root());
   return {};
 }
 

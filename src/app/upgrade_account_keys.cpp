@@ -131,10 +131,6 @@ Result<> clearDuplicateAccountWithSamePK(MVAppRoot& root) {
       }
       if (auto done = writeKey(root, *row); !done) return done;
       if (auto done = repointHolder(root, row->kind, row->isGroup, shared, row->key); !done) return done;
-      if (root.monivaAccount && root.monivaAccount->pk == shared && row->kind == kBookKind && !row->isGroup) {
-        root.monivaAccount->pk = row->key;
-        root.monivaAccount->saveToLocal();
-      }
       touched.insert(row->key);
     }
     return countTheTotalBalances(root, touched);

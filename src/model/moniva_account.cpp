@@ -239,11 +239,15 @@ void refreshUsingMonivaAccount(MVAppRoot& root) {
   auto book = std::make_shared<MonivaAccount>(root);
   book->aKind = kBookKind;
   const auto key = root.platform().userDefaults->stringForKey("accountPK").value_or("");
-  if (auto kept = MonivaAccount::getAccountWithPK(root, key); kept && kept->isDeleted == 0) {
+  if (auto kept = MonivaAccount::getAccountWithPK(root, key);
+      kept && kept->isDeleted == 0 && kept->isBook()) {
     *book = std::move(*kept);
   } else if (auto books = MonivaAccount::list(root, kBookKind); !books.empty()) {
-    const auto open = std::ranges::find(books, true, &MonivaAccount::enabled);
-    *book = std::move(open != books.end() ? *open : books.front());
+    // An upgrade may have given the book another key.
+    const auto title = root.platform().userDefaults->stringForKey("accountTitle").value_or("");
+    auto next = key.empty() ? books.end() : std::ranges::find(books, title, &MonivaAccount::title);
+    if (next == books.end()) next = std::ranges::find(books, true, &MonivaAccount::enabled);
+    *book = std::move(next != books.end() ? *next : books.front());
   }
   root.monivaAccount = std::move(book);
 }

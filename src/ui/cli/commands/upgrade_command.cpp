@@ -2,6 +2,7 @@
 #include <boost/json.hpp>
 
 #include "app/do_db_updater.h"
+#include "model/moniva_account.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/table.h"
@@ -104,14 +105,21 @@ void upgrade(Session& session, const UpgradeOptions& options) {
   session.holdDaysWorkBack();
   session.launch();
   auto& root = session.root();
+  const UpgradeStep* asked = nullptr;
   if (!options.again.empty()) {
     const auto& steps = upgradeSteps();
     const auto step = std::ranges::find(steps, std::stoi(options.again), &UpgradeStep::code);
-    session.platform().userDefaults->setString("1", step->key);
+    asked = &*step;
   }
+  auto& settings = *session.platform().userDefaults;
+  const bool wasAsked = asked == nullptr || settings.objectForKey(asked->key).has_value();
+  if (!wasAsked) settings.setString("1", asked->key);
   const auto due = shownSteps(root);
+  if (options.dryRun && !wasAsked) settings.removeObjectForKey(asked->key);
   if (options.dryRun || due.empty()) return printDue(session, due);
   const auto outcome = done(DoDBUpdater(root).run());
+  // The current book may have got another key.
+  refreshUsingMonivaAccount(root);
   if (outcome.changed > 0) root.markRecentEditDate();
   printOutcome(session, due, outcome);
   if (!outcome.failed.empty()) {
