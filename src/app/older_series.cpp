@@ -1,7 +1,6 @@
 #include "app/older_series.h"
 
 #include <algorithm>
-#include <cmath>
 #include <set>
 
 namespace moniva {
@@ -12,25 +11,25 @@ double between(const Calendar& calendar, Date from, Date to) {
   return static_cast<double>(calendar.dayNumber(to) - calendar.dayNumber(from));
 }
 
-/// A series as far as it is known.
+/// A series as far as it is known, and the dates of its rule, counted from its first, between which it is.
 struct Line {
   std::vector<std::size_t> places;
   int firstDay = 0;
+  Date before;
+  Date after;
   Date latest;
-  Date next;
+  double halfRound = 0;
 
   bool takes(const Calendar& calendar, Date date) const {
-    return between(calendar, latest, date) >= between(calendar, latest, next) / 2;
+    return between(calendar, latest, date) >= halfRound;
   }
-  /// How far the date is from the nearest of the series.
-  double distance(const Calendar& calendar, RepeatRule rule, Date date) const {
-    Date before = latest;
-    Date after = next;
+  /// How far the date, which is later than those asked for before, is from the nearest of the rule.
+  double distance(const Calendar& calendar, RepeatRule rule, Date date) {
     while (between(calendar, after, date) > 0) {
       before = after;
       after = nextRepeatDate(calendar, rule, after, firstDay);
     }
-    return std::min(std::abs(between(calendar, before, date)), std::abs(between(calendar, date, after)));
+    return std::min(between(calendar, before, date), between(calendar, date, after));
   }
 };
 
@@ -51,10 +50,14 @@ OlderSeries olderSeries(const Calendar& calendar, RepeatRule rule, const std::ve
     if (nearest == nullptr) {
       nearest = &lines.emplace_back();
       nearest->firstDay = calendar.day(dates[at]);
+      nearest->before = dates[at];
+      nearest->after = nextRepeatDate(calendar, rule, dates[at], nearest->firstDay);
     }
     nearest->places.push_back(at);
     nearest->latest = dates[at];
-    nearest->next = nextRepeatDate(calendar, rule, dates[at], nearest->firstDay);
+    // By its own day, as it may be off the rule's.
+    const Date round = nextRepeatDate(calendar, rule, dates[at], calendar.day(dates[at]));
+    nearest->halfRound = between(calendar, dates[at], round) / 2;
   }
   OlderSeries divided;
   const bool anyLong = std::ranges::any_of(lines, [](const Line& line) { return line.places.size() > 1; });
