@@ -3,6 +3,7 @@
 
 #include "app/do_db_updater.h"
 #include "app/upgrade_support.h"
+#include "model/moniva_account.h"
 #include "platform/files.h"
 #include "storage/store_files.h"
 #include "storage/writes.h"

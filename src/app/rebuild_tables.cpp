@@ -271,14 +271,14 @@ Result<> dropViewsInTheWay(MVAppRoot& root) {
         return View{std::string(run.text(0)), std::string(run.text(1))};
       });
   if (!views) return tl::make_unexpected(views.error());
-  for (const auto& [name, sql] : *views) {
+  for (const auto& view : *views) {
     const auto isOurs = [&](std::string_view table) {
-      return isSameName(name, fmt::format("{}_temp", table)) ||
-             isSameName(name, fmt::format("{}_old", table));
+      return isSameName(view.name, fmt::format("{}_temp", table)) ||
+             isSameName(view.name, fmt::format("{}_old", table));
     };
     if (!isOurs(kOfBooks) && std::ranges::none_of(datedTables(), isOurs, &DatedTable::name)) continue;
-    root.db().faultLog().line(fmt::format("== view removed: {}", sql));
-    if (auto gone = write(root, "DROP VIEW " + quotedName(name)); !gone) return gone;
+    root.db().faultLog().line(fmt::format("== view removed: {}", view.sql));
+    if (auto gone = write(root, "DROP VIEW " + quotedName(view.name)); !gone) return gone;
   }
   return {};
 }

@@ -1,21 +1,21 @@
-// Series of earlier versions: records that carried their rule themselves become the first of a series with a
-// seed, and what an earlier clean-up left of series goes.
+// Series of earlier versions: records that carried their rule themselves, each of them, become the first and
+// the further occurrences of a series with a seed.
 
 #include <boost/json.hpp>
+#include <map>
 #include <set>
 
 #include "app/do_db_updater.h"
+#include "app/older_series.h"
+#include "app/upgrade_support.h"
 #include "model/entry_checks.h"
 #include "model/transfer.h"
-#include "recurrence/repeat_step.h"
-#include "recurrence/series_repair.h"
-#include "storage/writes.h"
 
 namespace moniva {
 namespace {
 
-/// A record that repeats by itself, as earlier versions had it.
-struct SelfRepeating {
+/// A record as earlier versions had it: one that carries its rule, or one like it.
+struct OlderRecord {
   std::string eid;
   int type = 0;
   int bid = 0;
@@ -23,36 +23,47 @@ struct SelfRepeating {
   std::string rule;
   Date datetime;
   bool isUsable = false;  ///< it has a date and an amount
+  std::string likeness;   ///< all that occurrences of one series have in common
+  std::string payer;      ///< the one account from which a record with payments was paid; blank for several
 
   bool isTransfer() const { return type == kind::kTransferIn || type == kind::kTransferOut; }
   bool isPaymentOfGroup() const { return bid == kPaymentRow && !group.empty(); }
 };
 
-Result<std::vector<SelfRepeating>> selfRepeating(MVAppRoot& root, Connection& db) {
-  std::vector<SelfRepeating> rows;
-  // Parts of plans and of spread costs are made by their own seed.
-  Run run = db.query(
-      "select eid, type, bid, ifnull(transferEID, ''), repeat, datetime, typeof(datetime) in ('real', "
-      "'integer')"
-      " and datetime != 0 and typeof(amount) in ('real', 'integer') and amount > 0 from transactions where"
-      " deleted = 0 and (type = 11 or type = 12 or type = 23 or type = 33) and repeat != '' and"
-      " repeat != 'Not Repeat' and ifnull(repeat_seed, '') = '' and ifnull(syear, 0) not in (1002, 1003) and"
-      " eid != '' order by +eid");
-  while (run.next()) {
-    SelfRepeating row{.eid = std::string(run.text(0)),
-                      .type = static_cast<int>(run.integer(1)),
-                      .bid = static_cast<int>(run.integer(2)),
-                      .group = std::string(run.text(3)),
-                      .rule = std::string(run.text(4)),
-                      .datetime = run.date(5)};
-    row.isUsable = run.integer(6) != 0 && checkRecordDate(root.calendar(), row.datetime);
-    rows.push_back(std::move(row));
-  }
-  if (!run.ok()) return tl::make_unexpected(db.refusal());
-  return rows;
+// Parts of plans and of spread costs are made by their own seed.
+constexpr std::string_view kOlderRecords =
+    "select eid, type, bid, ifnull(transferEID, ''), ifnull(repeat, ''), datetime, typeof(datetime) in "
+    "('real',"
+    " 'integer') and datetime != 0 and typeof(amount) in ('real', 'integer') and amount > 0, amount,"
+    " ifnull(account, ''), ifnull(category, ''), ifnull(subcategory, ''), ifnull(vendor, ''), ifnull(book, "
+    "'')"
+    " from transactions where deleted = 0 and ifnull(repeat_seed, '') = '' and ifnull(syear, 0) not in (1002,"
+    " 1003) and eid != '' and ";
+
+OlderRecord readOlder(MVAppRoot& root, const Run& run) {
+  OlderRecord row{.eid = std::string(run.text(0)),
+                  .type = static_cast<int>(run.integer(1)),
+                  .bid = static_cast<int>(run.integer(2)),
+                  .group = std::string(run.text(3)),
+                  .rule = std::string(run.text(4)),
+                  .datetime = run.date(5),
+                  .likeness = fmt::format("{} {} {}", run.integer(1), run.integer(2), run.real(7)),
+                  .payer = {}};
+  for (int column = 8; column <= 12; ++column) row.likeness.append("\n").append(run.text(column));
+  row.isUsable = run.integer(6) != 0 && checkRecordDate(root.calendar(), row.datetime);
+  return row;
 }
 
-void tellLeft(MVAppRoot& root, const SelfRepeating& row, std::string_view why) {
+Result<std::vector<OlderRecord>> selfRepeating(MVAppRoot& root) {
+  return loaded(
+      root,
+      fmt::format("{}(type = 11 or type = 12 or type = 23 or type = 33) and repeat != '' and repeat !="
+                  " 'Not Repeat' order by +eid",
+                  kOlderRecords),
+      {}, [&](const Run& run) { return readOlder(root, run); });
+}
+
+void tellLeft(MVAppRoot& root, const OlderRecord& row, std::string_view why) {
   root.db().faultLog().line(
       fmt::format("== [{}] repeats '{}' and stays as it is: {}\n", row.eid, row.rule, why));
 }
@@ -62,17 +73,12 @@ std::string seedIdentifierOf(std::string_view eid) {
   return nameBasedUuidV7(0, fmt::format("series begun by {}", eid));
 }
 
-/// Makes the row the first occurrence of the series.
-Result<> becomeFirst(MVAppRoot& root, const std::string& eid, const std::string& seed) {
+/// The row stays as a record that does not repeat; an occurrence of the series if there is one.
+Result<> loseRule(MVAppRoot& root, std::string_view eid, std::string_view seed = {}) {
   return write(root,
                "update transactions set repeat = 'Not Repeat', repeat_end_date = '', repeat_seed = ?,"
                " editDate = ?, edit_ipid = ? where eid = ?",
                seed, root.editStamp(), root.itsUDID(), eid);
-}
-
-Date nextAfter(MVAppRoot& root, RepeatRule rule, Date first) {
-  const Calendar& calendar = root.calendar();
-  return nextRepeatDate(calendar, rule, first, calendar.day(first));
 }
 
 /// The one account from which a record with payments was paid; blank for several.
@@ -86,49 +92,56 @@ Result<std::string> payerOf(Connection& db, const std::string& group) {
   return run.text(0) == run.text(1) ? std::string(run.text(0)) : std::string();
 }
 
+/// A series that is to get its seed: what its first record says, the date that the seed waits for, and the
+/// record whose end counts, as it was edited last.
+struct NewSeed {
+  const OlderRecord& first;
+  Date next;
+  const OlderRecord& endOf;
+};
+
 /// Writes the seed with what the row says of it; one that another device made already is left as it is.
-Result<> seedExpenseOrIncome(MVAppRoot& root, Connection& db, const SelfRepeating& row, RepeatRule rule) {
-  const auto payer = payerOf(db, row.group);
-  if (!payer) return tl::make_unexpected(payer.error());
-  const std::string seed = seedIdentifierOf(row.eid);
-  auto written = write(
+Result<> seedExpenseOrIncome(MVAppRoot& root, const NewSeed& made) {
+  const OlderRecord& row = made.first;
+  return write(
       root,
       "insert or ignore into transactions (bid, amount, type, note, category, subcategory, datetime, repeat,"
       " account, editDate, eid, repeat_end_date, vendor, book, sday, syear, payDate, edit_ipid, amount2,"
       " currency2, needReimburse, barcode) select ?, amount, 85, note, category, subcategory, ?, repeat,"
-      " ifnull(nullif(account, ''), ?), ?, ?, case when typeof(repeat_end_date) in ('real', 'integer') and"
-      " repeat_end_date > 0 then repeat_end_date else '' end, vendor, book, ?, type, datetime, ?, amount2,"
-      " currency2, needReimburse, barcode from transactions where eid = ?",
-      row.bid == kPaymentRow ? kPaymentRow : kItemRow, nextAfter(root, rule, row.datetime), *payer,
-      root.editStamp(), seed, root.calendar().day(row.datetime), root.itsUDID(), row.eid);
-  return written ? becomeFirst(root, row.eid, seed) : written;
+      " ifnull(nullif(account, ''), ?), ?, ?, ifnull((select repeat_end_date from transactions where eid = ? "
+      "and"
+      " typeof(repeat_end_date) in ('real', 'integer') and repeat_end_date > 0), ''), vendor, book, ?, type,"
+      " datetime, ?, amount2, currency2, needReimburse, barcode from transactions where eid = ?",
+      row.bid == kPaymentRow ? kPaymentRow : kItemRow, made.next, row.payer, root.editStamp(),
+      seedIdentifierOf(row.eid), made.endOf.eid, root.calendar().day(row.datetime), root.itsUDID(), row.eid);
 }
 
 /// One seed for both sides, as that of side A.
-Result<> seedTransfer(MVAppRoot& root, const SelfRepeating& row, RepeatRule rule, const Transfer& pair) {
-  const std::string seed = seedIdentifierOf(pair.eidA);
+Result<> seedTransfer(MVAppRoot& root, const NewSeed& made) {
+  const auto pair = Transfer::transferFromUUID(root, made.first.group);
+  if (!pair) return refusalOfStore(root);
   // Where rows do not say what the other side's amount is, the accounts tell whether it is another
   // currency's.
-  const bool across = pair.acrossCurrencies || pair.amountB > pair.amountA ||
-                      currencyOfAccount(root, pair.accountA).value_or("") !=
-                          currencyOfAccount(root, pair.accountB).value_or("");
+  const bool across = pair->acrossCurrencies || pair->amountB > pair->amountA ||
+                      currencyOfAccount(root, pair->accountA).value_or("") !=
+                          currencyOfAccount(root, pair->accountB).value_or("");
   std::string charge;
-  if (pair.serviceCharge > 0 && across == pair.acrossCurrencies) {
-    charge = boost::json::serialize(boost::json::object{{"serviceCharge", pair.serviceCharge}});
+  if (pair->serviceCharge > 0 && across == pair->acrossCurrencies) {
+    charge = boost::json::serialize(boost::json::object{{"serviceCharge", pair->serviceCharge}});
   }
-  auto written =
-      write(root,
-            "insert or ignore into transactions (amount, type, note, vendor, datetime, repeat, account, "
-            "editDate, eid,"
-            " repeat_end_date, sday, barcode, syear, edit_ipid, payDate, amount2, sweek) select ?, 85, ?, ?, "
-            "?, repeat,"
-            " ?, ?, ?, case when typeof(repeat_end_date) in ('real', 'integer') and repeat_end_date > 0 then"
-            " repeat_end_date else '' end, ?, ?, 33, ?, ?, ?, ? from transactions where eid = ?",
-            pair.amountA, pair.note, pair.accountB, nextAfter(root, rule, pair.datetime), pair.accountA,
-            root.editStamp(), seed, root.calendar().day(pair.datetime), pair.timeZone, root.itsUDID(),
-            pair.datetime, across ? pair.amountB : 0.0, charge.empty() ? Value(0) : Value(charge), row.eid);
-  if (written) written = becomeFirst(root, pair.eidA, seed);
-  return written ? becomeFirst(root, pair.eidB, seed) : written;
+  return write(
+      root,
+      "insert or ignore into transactions (amount, type, note, vendor, datetime, repeat, account, editDate, "
+      "eid,"
+      " repeat_end_date, sday, barcode, syear, edit_ipid, payDate, amount2, sweek) select ?, 85, ?, ?, ?, ?, "
+      "?,"
+      " ?, ?, ifnull((select max(repeat_end_date) from transactions where transferEID = ? and "
+      "typeof(repeat_end_date) in"
+      " ('real', 'integer') and repeat_end_date > 0), ''), ?, ?, 33, ?, ?, ?, ?",
+      pair->amountA, pair->note, pair->accountB, made.next, made.first.rule, pair->accountA, root.editStamp(),
+      seedIdentifierOf(pair->eidA), made.endOf.group, root.calendar().day(pair->datetime), pair->timeZone,
+      root.itsUDID(), pair->datetime, across ? pair->amountB : 0.0,
+      charge.empty() ? Value(0) : Value(charge));
 }
 
 /// Why a transfer cannot be the first of a series; blank when it can.
@@ -147,25 +160,156 @@ std::string_view lackOf(MVAppRoot& root, Connection& db, const std::optional<Tra
                                                                              : "it lacks a date or an amount";
 }
 
-Result<> convertOne(MVAppRoot& root, Connection& db, const SelfRepeating& row,
-                    const std::set<std::string>& groupsOfItems) {
-  // Payments do what their item does.
-  if (row.isPaymentOfGroup() && groupsOfItems.contains(row.group)) {
-    return write(root,
-                 "update transactions set repeat = 'Not Repeat', repeat_end_date = '', editDate = ?,"
-                 " edit_ipid = ? where eid = ?",
-                 root.editStamp(), root.itsUDID(), row.eid);
+/// The older records that may be occurrences of one series, by all they have in common and by their rule.
+using AlikeRecords = std::map<std::pair<std::string, std::string>, std::vector<OlderRecord>>;
+
+std::string likenessOf(const Transfer& pair) {
+  return fmt::format("{} {}\n{}\n{}", pair.amountA, pair.amountB, pair.accountA, pair.accountB);
+}
+
+/// Sorts the records that carry their rule; of those that cannot be in a series it is told or taken.
+Result<AlikeRecords> alikeRecords(MVAppRoot& root, Connection& db) {
+  auto rows = selfRepeating(root);
+  if (!rows) return tl::make_unexpected(rows.error());
+  std::set<std::string> groupsOfItems;
+  for (const auto& row : *rows) {
+    if (row.bid != kPaymentRow && !row.group.empty() && row.isUsable && repeatRuleFrom(row.rule)) {
+      groupsOfItems.insert(row.group);
+    }
   }
-  const auto rule = repeatRuleFrom(row.rule);
-  std::string_view lack = !rule ? "that is no rule" : row.isUsable ? "" : "it lacks a date or an amount";
-  if (lack.empty() && row.isTransfer()) {
-    const auto pair = Transfer::transferFromUUID(root, row.group);
-    lack = lackOf(root, db, pair);
-    if (lack.empty()) return seedTransfer(root, row, *rule, *pair);
-  } else if (lack.empty()) {
-    return seedExpenseOrIncome(root, db, row, *rule);
+  AlikeRecords alike;
+  std::set<std::string> transfers;
+  for (auto& row : *rows) {
+    // Payments do what their item does.
+    if (row.isPaymentOfGroup() && groupsOfItems.contains(row.group)) {
+      if (auto lost = loseRule(root, row.eid); !lost) return tl::make_unexpected(lost.error());
+      continue;
+    }
+    const bool isSound = row.isUsable && repeatRuleFrom(row.rule);
+    std::string_view lack = !repeatRuleFrom(row.rule) ? "that is no rule"
+                            : row.isUsable            ? ""
+                                                      : "it lacks a date or an amount";
+    if (isSound && row.isTransfer()) {
+      if (!row.group.empty() && !transfers.insert(row.group).second) continue;
+      const auto pair = Transfer::transferFromUUID(root, row.group);
+      lack = lackOf(root, db, pair);
+      if (lack.empty()) {
+        row.likeness = likenessOf(*pair);
+        row.eid = pair->eidA;
+        row.datetime = pair->datetime;
+      }
+    } else if (isSound) {
+      const auto payer = payerOf(db, row.group);
+      if (!payer) return tl::make_unexpected(payer.error());
+      row.payer = *payer;
+      row.likeness.append("\n").append(*payer);
+    }
+    if (!lack.empty()) {
+      tellLeft(root, row, lack);
+      continue;
+    }
+    alike[{row.likeness, row.rule}].push_back(std::move(row));
   }
-  tellLeft(root, row, lack);
+  return alike;
+}
+
+/// Records without a rule that are like one that carries one, by their likeness.
+Result<std::map<std::string, std::vector<OlderRecord>>> plainOnes(MVAppRoot& root, Connection& db,
+                                                                  const AlikeRecords& alike) {
+  std::map<std::string, std::vector<OlderRecord>> found;
+  std::set<std::string> wanted;
+  bool anyTransfer = false;
+  for (const auto& [key, rows] : alike) {
+    anyTransfer = anyTransfer || rows.front().isTransfer();
+    if (!rows.front().isTransfer()) wanted.insert(key.first.substr(0, key.first.rfind('\n')));
+  }
+  std::vector<OlderRecord> candidates;
+  if (!wanted.empty()) {
+    Run run = db.query(
+        fmt::format("{}type in (11, 12) and ifnull(repeat, '') in ('', 'Not Repeat')", kOlderRecords));
+    while (run.next()) {
+      auto row = readOlder(root, run);
+      if (row.isUsable && !row.isPaymentOfGroup() && wanted.contains(row.likeness)) {
+        candidates.push_back(std::move(row));
+      }
+    }
+    if (!run.ok()) return tl::make_unexpected(db.refusal());
+  }
+  for (auto& row : candidates) {
+    const auto payer = payerOf(db, row.group);
+    if (!payer) return tl::make_unexpected(payer.error());
+    row.likeness.append("\n").append(*payer);
+    found[row.likeness].push_back(std::move(row));
+  }
+  if (!anyTransfer) return found;
+  Run run = db.query(
+      "select a.eid, a.transferEID, a.datetime, a.amount, b.amount, a.account, b.account from transactions "
+      "as a"
+      " join transactions as b on b.transferEID = a.transferEID and +b.type = 23 where a.type = 33 and"
+      " a.transferEID != '' and a.deleted = 0 and b.deleted = 0 and ifnull(a.repeat_seed, '') = '' and"
+      " ifnull(b.repeat_seed, '') = '' and ifnull(a.repeat, '') in ('', 'Not Repeat') and ifnull(b.repeat, "
+      "'') in"
+      " ('', 'Not Repeat') and typeof(a.datetime) in ('real', 'integer')");
+  while (run.next()) {
+    const std::string likeness =
+        fmt::format("{} {}\n{}\n{}", run.real(3), run.real(4), run.text(5), run.text(6));
+    found[likeness].push_back({.eid = std::string(run.text(0)),
+                               .type = kind::kTransferOut,
+                               .group = std::string(run.text(1)),
+                               .rule = {},
+                               .datetime = run.date(2),
+                               .likeness = likeness,
+                               .payer = {}});
+  }
+  if (!run.ok()) return tl::make_unexpected(db.refusal());
+  return found;
+}
+
+/// Makes the record an occurrence of the series, a transfer with both its sides; of none it only loses its
+/// rule.
+Result<> joinSeries(MVAppRoot& root, const OlderRecord& row, const std::string& seed) {
+  auto done = loseRule(root, row.eid, seed);
+  if (!done || !row.isTransfer()) return done;
+  const auto pair = Transfer::transferFromUUID(root, row.group);
+  return pair ? loseRule(root, pair->eidB, seed) : refusalOfStore(root);
+}
+
+/// Makes a series of each run of records that one could have made, plain ones on its days too.
+Result<> seedAlike(MVAppRoot& root, RepeatRule rule, const std::vector<OlderRecord>& rows,
+                   std::vector<OlderRecord>& plain) {
+  std::vector<Date> dates;
+  for (const auto& row : rows) dates.push_back(row.datetime);
+  const auto runs = olderSeries(root.calendar(), rule, dates);
+  for (const auto at : runs.strays) {
+    tellLeft(root, rows[at], "another record of its series is nearer than half a round");
+    if (auto done = joinSeries(root, rows[at], ""); !done) return done;
+  }
+  for (const auto& places : runs.series) {
+    const OlderRecord& first = rows[places.front()];
+    std::vector<Date> days;
+    std::vector<const OlderRecord*> members;
+    for (const auto at : places) {
+      days.push_back(rows[at].datetime);
+      members.push_back(&rows[at]);
+    }
+    std::vector<Date> offered;
+    for (const auto& row : plain) offered.push_back(row.datetime);
+    for (const auto at : onDaysOfSeries(root.calendar(), rule, days, offered)) {
+      days.push_back(plain[at].datetime);
+      members.push_back(&plain[at]);
+    }
+    const NewSeed made{first,
+                       dateAfter(root.calendar(), rule, first.datetime, *std::ranges::max_element(days)),
+                       rows[places.back()]};
+    auto done = first.isTransfer() ? seedTransfer(root, made) : seedExpenseOrIncome(root, made);
+    for (const OlderRecord* row : members) {
+      if (done) done = joinSeries(root, *row, seedIdentifierOf(first.eid));
+    }
+    if (!done) return done;
+    std::set<std::string_view> taken;
+    for (const OlderRecord* row : members) taken.insert(row->eid);
+    std::erase_if(plain, [&](const OlderRecord& row) { return taken.contains(row.eid); });
+  }
   return {};
 }
 
@@ -173,95 +317,17 @@ Result<> convertOne(MVAppRoot& root, Connection& db, const SelfRepeating& row,
 
 Result<> updateRepeatSeedTransaction(MVAppRoot& root) {
   return atomically(root, [&](Connection& db) -> Result<> {
-    const auto rows = selfRepeating(root, db);
-    if (!rows) return tl::make_unexpected(rows.error());
-    std::set<std::string> groupsOfItems;
-    for (const auto& row : *rows) {
-      if (row.bid != kPaymentRow && !row.group.empty() && row.isUsable && repeatRuleFrom(row.rule)) {
-        groupsOfItems.insert(row.group);
-      }
-    }
-    std::set<std::string> transfers;
-    for (const auto& row : *rows) {
-      const bool leads = row.isTransfer() && !row.group.empty() && row.isUsable && repeatRuleFrom(row.rule);
-      if (leads && !transfers.insert(row.group).second) continue;
-      if (auto converted = convertOne(root, db, row, groupsOfItems); !converted) return converted;
+    auto alike = alikeRecords(root, db);
+    if (!alike) return tl::make_unexpected(alike.error());
+    auto plain = plainOnes(root, db, *alike);
+    if (!plain) return tl::make_unexpected(plain.error());
+    for (auto& [key, rows] : *alike) {
+      std::ranges::sort(rows, {}, [](const OlderRecord& row) { return std::pair(row.datetime, row.eid); });
+      if (auto done = seedAlike(root, *repeatRuleFrom(key.second), rows, (*plain)[key.first]); !done)
+        return done;
     }
     return {};
   });
-}
-
-namespace {
-
-/// Writes every value of the rows that are about to leave the file to the log.
-Result<> logUndated(MVAppRoot& root, Connection& db) {
-  std::string columns;
-  {
-    Run run = db.query(
-        "select group_concat('quote(\"' || name || '\")', ' || '','' || ') from"
-        " pragma_table_info('transactions')");
-    if (!run.next()) return tl::make_unexpected(db.refusal());
-    columns = run.text(0);
-  }
-  Run run = db.query("select " + columns +
-                     " from transactions where (type = 11 or type = 12) and repeat_seed not NULL and"
-                     " repeat_seed != '' and datetime is NULL and paid = 0");
-  while (run.next()) {
-    root.db().faultLog().line(fmt::format("== removed, as it has no date: {}\n", run.text(0)));
-  }
-  return run.ok() ? Result<>() : tl::make_unexpected(db.refusal());
-}
-
-/// Sides of transfers that a series made and that are pending, of years that neither are nor touch the
-/// present one, while the other side is deleted. Clearing an account takes its sides on purpose.
-Result<std::vector<std::string>> strayHalves(MVAppRoot& root, Connection& db) {
-  const Calendar& calendar = root.calendar();
-  const Date now = root.now();
-  const Date from = calendar.firstDayOfPreviousYear(now);
-  const Date to = calendar.firstDayOfNextYear(calendar.firstDayOfNextYear(now));
-  std::vector<std::string> eids;
-  Run run = db.query(
-      "select eid from transactions as side where paid = 0 and deleted = 0 and (type = 23 or type = 33) and"
-      " repeat_seed != '' and transferEID != '' and typeof(datetime) in ('real', 'integer') and (datetime < ?"
-      " or datetime >= ?) and exists (select 1 from transactions as other where other.transferEID ="
-      " side.transferEID and other.type = 56 - side.type and other.deleted != 0 and ifnull(other.ipid, '') "
-      "not"
-      " like 'delete by clear%') and not exists (select 1 from transactions as other where other.transferEID "
-      "="
-      " side.transferEID and other.type = 56 - side.type and other.deleted = 0)",
-      {from, to});
-  while (run.next()) eids.emplace_back(run.text(0));
-  if (!run.ok()) return tl::make_unexpected(db.refusal());
-  return eids;
-}
-
-}  // namespace
-
-Result<> clearWrongRecurringItem2(MVAppRoot& root) {
-  return atomically(root, [&](Connection& db) -> Result<> {
-    if (auto logged = logUndated(root, db); !logged) return logged;
-    auto written =
-        write(root,
-              "delete from transactions where (type = 11 or type = 12) and repeat_seed not NULL and"
-              " repeat_seed != '' and datetime is NULL and paid = 0");
-    if (!written) return written;
-    const auto strays = strayHalves(root, db);
-    if (!strays) return tl::make_unexpected(strays.error());
-    for (const auto& eid : *strays) {
-      // Pending: no balance has it.
-      written = write(root,
-                      "update transactions set deleted = 3, ipid = 'delete with clearWrongRecurringItem2',"
-                      " editDate = ?, edit_ipid = ? where eid = ?",
-                      root.editStamp(), root.itsUDID(), eid);
-      if (!written) return written;
-    }
-    return {};
-  });
-}
-
-Result<> fixAllRepeat(MVAppRoot& root) {
-  const auto mended = repairAllSeries(root, Repair::mend);
-  return mended ? Result<>() : tl::make_unexpected(mended.error());
 }
 
 }  // namespace moniva

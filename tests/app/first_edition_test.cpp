@@ -1,5 +1,6 @@
 #include "app/do_db_updater.h"
 #include "model/account_balance.h"
+#include "support/household.h"
 #include "support/old_store.h"
 
 namespace moniva {
@@ -47,6 +48,40 @@ TEST(FirstEditionTest, itsRecordsComeIntoABookForEachCurrency) {
   EXPECT_EQ(store.changedBy(fixDataForMoniva1IfNeed), 0) << "the second time";
   ASSERT_TRUE(store.db.setDatabasePath(store.documents() / "moniva1Backup.dat"));
   EXPECT_EQ(store.rows(kWhole), before);
+}
+
+TEST(FirstEditionTest, aStrayRecordChangesNothingElseInAStoreWithBooks) {
+  Household home;
+  home.group("Both", {*home.cash, *home.bank});
+  home.sql("update account set incomeEnabled = 2312 where title = 'Bank'");
+  home.set(home.spend("Food", 5, home.on("2024-02-01")), "deleted", 1);
+  home.sql("insert into photos (eid, photoLite, uploaded) values ('x', 'b.jpg', 1)");
+  home.sql("insert into monivaSys (key, value) values ('enabledCategoryForBook', '1')");
+  home.sql("insert into transactions (eid, amount) values ('stray', 3)");
+  const std::string others =
+      "select group_concat(eid || type || deleted) from transactions where eid != 'stray' union all select"
+      " group_concat(title || incomeEnabled || currency) from account where title != 'Data from Moniva' "
+      "union all"
+      " select group_concat(title || type) from category union all select photoLite || uploaded from photos "
+      "union"
+      " all select value from monivaSys where key = 'enabledCategoryForBook'";
+  const auto before = home.rows(others);
+  ASSERT_TRUE(needsFixDataForMoniva1(home.root));
+  ASSERT_TRUE(fixDataForMoniva1IfNeed(home.root));
+  EXPECT_EQ(home.rows(others), before);
+  EXPECT_EQ(
+      home.rows(
+          "select t.type || b.title || b.currency || b.totalBalance from transactions t join account b on"
+          " b.oldTitle = t.book where t.eid = 'stray'"),
+      "12Data from MonivaEUR-3.0");
+}
+
+TEST(FirstEditionTest, accountsOfOneTitleKeepTheirCurrency) {
+  OldStore store("first_edition");
+  store.sql("update account set title = 'Wallet', currency = 'EUR'");
+  store.sql("update transactions set account = 'Wallet', currency2 = ''");
+  EXPECT_GT(store.changedBy(fixDataForMoniva1IfNeed), 0);
+  EXPECT_EQ(store.rows("select title || currency from account where kind = 2"), "Data from MonivaEUR");
 }
 
 TEST(FirstEditionTest, withoutAccountsTheMoneyIsCash) {

@@ -134,18 +134,18 @@ TEST(Rebuild, bringsCategoriesOfBooksIntoTodaysForm) {
   const std::string byNumbers =
       "drop table categoryofbook; create table categoryofbook (pk INTEGER, book INTEGER, cateOrder INTEGER);"
       "insert into categoryofbook values (1, 1, 3)";
-  struct Case {
+  struct OfBooksCase {
     const char* why;
     std::string older;
     const char* first;  ///< the step that is due first
   };
   for (const auto& [why, older, first] : {
-           Case{"a column is missing", "alter table categoryofbook drop column enabled", "5"},
-           Case{"cut short between two renamings", "alter table categoryofbook rename to categoryofbook_old",
-                "5"},
-           Case{"by numbers, though the keys were given", byNumbers, "5"},
-           Case{"by numbers, keys are still to be given",
-                byNumbers + ";delete from monivaSys where key = 'updateCategoryPK'", "0"},
+           OfBooksCase{"a column is missing", "alter table categoryofbook drop column enabled", "5"},
+           OfBooksCase{"cut short between two renamings",
+                       "alter table categoryofbook rename to categoryofbook_old", "5"},
+           OfBooksCase{"by numbers, though the keys were given", byNumbers, "5"},
+           OfBooksCase{"by numbers, keys are still to be given",
+                       byNumbers + ";delete from monivaSys where key = 'updateCategoryPK'", "0"},
        }) {
     SCOPED_TRACE(why);
     Device device;

@@ -81,14 +81,32 @@ TEST(StoresWithoutKeys, keepTitlesThatAreKeys) {
   EXPECT_EQ(story.connection().totalChanges(), before);
 }
 
+TEST(StoresWithoutKeys, getThemAlikeWhateverWasEditedLast) {
+  const auto keys = [](double first, double second) {
+    OldStore store("before_keys");
+    store.sql("update account set editDate = iif(eid = 5, ?, ?) where title = 'Visa'", {first, second});
+    store.changedBy(updateCategoryPK);
+    store.takeFaults();
+    EXPECT_EQ(store.number("select editDate from category where title = 'USD'"), 5) << "no key, no edit";
+    return store.rows("select eid || oldTitle from account order by eid");
+  };
+  EXPECT_EQ(keys(5, 6), keys(6, 5)) << "of two currencies, and without a title";
+}
+
 TEST(AccountsOfOneKey, areOneOrTold) {
   Household home;
   home.spend("Food", 5, home.on("2024-02-01"));
   home.sql("update account set oldTitle = 'Shared' where title in ('Home', 'Cash')");
   home.sql("update transactions set book = 'Shared', account = 'Shared'");
   home.sql(
-      "insert into account (title, oldTitle, kind, editDate, deleted) values ('Old', 'Shared', 1, 1, 0),"
-      " ('Newer', 'Shared', 1, 9e10, 1), ('', '', 1, 1, 0), ('', '', 1, 1, 0)");
+      "insert into account (title, oldTitle, kind, editDate, deleted, beginBalance) values ('Old', 'Shared', "
+      "1, 1,"
+      " 0, 100), ('Newer', 'Shared', 1, 9e10, 1, 7), ('', '', 1, 1, 0, 0), ('', '', 1, 1, 0, 0)");
+  home.sql(
+      "insert into account (oldTitle, title, kind, isGroup, password) values ('all', 'All', 1, 1, 'Shared')");
+  ASSERT_TRUE(updateDataFiled20210305(home.root));
+  EXPECT_EQ(home.number("select count(*) from category where parent = 'all' and title = 'Shared'"), 1)
+      << "two rows of one key are one member";
   const auto cleared = clearDuplicateAccountWithSamePK(home.root);
   ASSERT_TRUE(cleared) << cleared.error().why;
   const auto log = home.takeFaults();
@@ -97,7 +115,8 @@ TEST(AccountsOfOneKey, areOneOrTold) {
   EXPECT_EQ(
       home.rows("select coalesce(a.title, '') || b.title || a.totalBalance || b.totalBalance from"
                 " transactions join account a on a.oldTitle = account join account b on b.oldTitle = book"),
-      "CashHome-5.0-5.0");
+      "CashHome95.0-5.0")
+      << "with the opening balance of the one that goes";
   EXPECT_EQ(home.number("select count(*) from account where oldTitle = ''"), 2)
       << "no key is none that two share";
   const auto before = home.connection().totalChanges();

@@ -1,7 +1,9 @@
 #include "app/do_db_updater.h"
+#include "app/older_series.h"
 #include "model/account_balance.h"
 #include "recurrence/do_db_recurring.h"
 #include "recurrence/spend_repeat.h"
+#include "support/household.h"
 #include "support/old_store.h"
 
 namespace moniva {
@@ -82,6 +84,95 @@ TEST(UpgradeSeriesTest, theSeriesGoOnWhereTheirRecordsLeftOff) {
       "fee 1 2024-02-29 3.0\nrent 110 2024-02-29 55000.0\nsave-a 2 2024-01-31 202.0\n"
       "send-a 6 2024-02-24 630.0\nshop-item 2 2024-02-29 80.0\nwage 1 2024-02-20 900.0\n"
       "yen-a 40 2024-02-29 4600.0");
+}
+
+TEST(UpgradeSeriesTest, recordsThatAreAlikeAreOneSeries) {
+  struct AlikeCase {
+    const char* why;
+    RepeatRule rule;
+    std::vector<std::string> dates;
+    std::string series;  ///< the places of the records of each; of strays behind "-"
+    std::string next;    ///< what the first of them waits for
+  };
+  const AlikeCase cases[] = {
+      {"one a month", RepeatRule::monthly, {"2024-01-31", "2024-02-29", "2024-03-31"}, "012", "2024-04-30"},
+      {"one moved a little, one left out",
+       RepeatRule::monthly,
+       {"2024-01-01", "2024-02-03", "2024-04-01"},
+       "012",
+       "2024-05-01"},
+      {"the last one before its day serves it",
+       RepeatRule::monthly,
+       {"2024-01-10", "2024-02-08"},
+       "01",
+       "2024-03-10"},
+      {"ends of months that ran over",
+       RepeatRule::monthly,
+       {"2024-01-31", "2024-03-02", "2024-03-31", "2024-05-01"},
+       "0123",
+       "2024-05-31"},
+      {"two on one day",
+       RepeatRule::weekly,
+       {"2024-01-01", "2024-01-01", "2024-01-08", "2024-01-08"},
+       "02 13",
+       "2024-01-15"},
+      {"the first and the fifteenth, after a gap",
+       RepeatRule::monthly,
+       {"2024-01-01", "2024-01-15", "2024-05-01", "2024-05-15"},
+       "02 13",
+       "2024-06-01"},
+      {"one too many",
+       RepeatRule::monthly,
+       {"2024-01-01", "2024-01-02", "2024-02-01"},
+       "02 -1",
+       "2024-03-01"},
+      {"late at night and early",
+       RepeatRule::daily,
+       {"2024-01-01 23:00:00", "2024-01-02 01:00:00"},
+       "01",
+       "2024-01-03 23:00:00"},
+  };
+  const Device device;
+  const Calendar& calendar = device.root.calendar();
+  for (const auto& [why, rule, texts, series, next] : cases) {
+    std::vector<Date> dates;
+    for (const auto& text : texts) dates.push_back(device.on(text));
+    const auto found = olderSeries(calendar, rule, dates);
+    std::string shown;
+    for (const auto& places : found.series)
+      shown += fmt::format("{}{}", shown.empty() ? "" : " ", fmt::join(places, ""));
+    for (const auto place : found.strays) shown += fmt::format(" -{}", place);
+    EXPECT_EQ(shown, series) << why;
+    const Date newest = dates[found.series.front().back()];
+    EXPECT_EQ(dateAfter(calendar, rule, dates[0], newest), device.on(next)) << why;
+  }
+}
+
+TEST(UpgradeSeriesTest, whatIsThereIsNotMadeAgain) {
+  Household home;
+  std::vector<std::string> rents;
+  for (int month = 0; month < 14; ++month) {
+    const Date when = home.on(fmt::format("20{}-{:02}-05", 23 + month / 12, month % 12 + 1));
+    const auto rent = home.spend("Rent", 100, when);
+    home.move(10, *home.cash, *home.bank, when);
+    // The last two were entered by hand.
+    if (month < 12) home.set(rent, "repeat", "Monthly");
+  }
+  home.spend("Rent", 100, home.on("2023-07-20"));
+  home.sql("update transactions set repeat = 'Monthly' where type = 23 and datetime < 1704067200");
+  home.sql("update transactions set repeat_end_date = 2e9 where datetime > 1701500000");
+  const double spent = home.number("select sum(amount) from transactions");
+  ASSERT_TRUE(updateRepeatSeedTransaction(home.root));
+  EXPECT_EQ(
+      home.rows("select syear || ' ' || date(payDate, 'unixepoch', '1 hour') || ' ' || date(datetime,"
+                " 'unixepoch', '1 hour') || ' ' || repeat_end_date || ' ' || (select count(*) from"
+                " transactions as made where made.repeat_seed = seed.eid) from transactions as seed where"
+                " type = 85 order by syear"),
+      "12 2023-01-05 2024-03-05 2000000000.0 14\n33 2023-01-05 2024-03-05 2000000000.0 28");
+  const auto caughtUp = updateRecurringTransactionsWithFuture(home.root);
+  ASSERT_TRUE(caughtUp && caughtUp->troubles.empty());
+  EXPECT_EQ(home.number("select sum(amount) from transactions where type != 85"), spent);
+  EXPECT_EQ(home.number("select count(*) from transactions where repeat = 'Monthly' and type != 85"), 0);
 }
 
 TEST(UpgradeSeriesTest, whatCleanUpsRemovedByMistakeComesBackOncePerDay) {
