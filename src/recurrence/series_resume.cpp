@@ -36,7 +36,7 @@ Result<SeriesOutcome> resumeSeries(MVAppRoot& root, std::string_view eid, std::o
     const auto stored = SeriesSeed::of(root, seed->eid);
     if (!stored) return tl::make_unexpected(stored.error());
     if (stored->ipid == kDividedMark) {
-      return refuse("the series was divided, and goes on as another one from that day on");
+      return refuse("the series was divided, and goes on as another one");
     }
     const Calendar& here = root.calendar();
     const Calendar& home = *stored->home;
