@@ -128,7 +128,7 @@ Result<> Spend::addRepeatSeed() {
         bid, amount, kind::kRepeatSeed, note, category,
         subcategory.empty() ? kNoCategory : std::string_view(subcategory), datetime, repeat, account,
         root_->editStamp(), seed, openEnded ? Value("") : Value(repeatEndDate), vendor, book,
-        root_->calendar().day(begun), type, begun, root_->itsUDID());
+        integerDateOfTimeZone(root_->calendar(), begun, timeZone) % 100, type, begun, root_->itsUDID());
     if (!inserted) return inserted;
     // The row's insert has no slot for these.
     return write(*root_,

@@ -32,6 +32,11 @@ Result<> Transfer::addSeed(const std::string& eid) const {
   auto written =
       write(*root_, kInsert, amountA, kind::kRepeatSeed, note, accountB, datetime, repeat, accountA,
             root_->editStamp(), eid, end, firstDay, timeZone, kind::kTransferOut, root_->itsUDID());
+  // The row's insert has no slot for it.
+  if (written) {
+    written = write(*root_, "update transactions set payDate = ?, editDate = ?, edit_ipid = ? where eid = ?",
+                    datetime, root_->editStamp(), root_->itsUDID(), eid);
+  }
   if (written && acrossCurrencies) written = writeBothAmounts(*root_, eid, amountA, amountB);
   if (written && serviceCharge > 0) {
     const boost::json::object kept{{kChargeOfSeed.data(), serviceCharge}};

@@ -9,6 +9,7 @@
 #include "model/moniva_account.h"
 #include "model/mv_category.h"
 #include "model/vendor.h"
+#include "recurrence/series_days.h"
 #include "recurrence/series_seed.h"
 #include "recurrence/spend_repeat.h"
 
@@ -37,6 +38,27 @@ Result<std::vector<std::string>> seedsIn(MVAppRoot& root, std::string_view sql,
   std::vector<std::string> eids;
   Run run = db->query(sql, arguments);
   while (run.next()) eids.emplace_back(run.text(0));
+  if (!run.ok()) return tl::make_unexpected(db->refusal());
+  return eids;
+}
+
+/// The live series that have a day up to that of `to`, each by its own zone.
+Result<std::vector<std::string>> seedsDue(MVAppRoot& root, Date to) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  const Calendar& calendar = root.calendar();
+  const std::int64_t today = calendar.dayNumber(to);
+  const Date latest = calendar.dateWithDay(to, 2);
+  std::vector<std::string> eids;
+  OwnDays days(calendar);
+  Run run = db->query(
+      "SELECT eid, syear, datetime, barcode FROM transactions where deleted = 0 and (datetime < ? or datetime"
+      " = ?) and type = ? and (syear != ? or syear is NULL)",
+      {latest, latest, kind::kRepeatSeed, advanced::kInstallment});
+  while (run.next()) {
+    const Date next = run.date(2);
+    if (next <= to || days.of(next, run.text(3), 0) <= today) eids.emplace_back(run.text(0));
+  }
   if (!run.ok()) return tl::make_unexpected(db->refusal());
   return eids;
 }
@@ -95,12 +117,7 @@ std::string textOfSums(const std::vector<std::pair<std::string, double>>& sums) 
 
 Result<CatchUp> updateRecurringTransactionsWithFuture(MVAppRoot& root) {
   const Date to = root.calendar().dateEnd(root.now());
-  return bringAllAlong(root,
-                       seedsIn(root,
-                               "SELECT eid, syear FROM transactions where deleted = 0 and (datetime < ? or"
-                               " datetime = ?) and type = ? and (syear != ? or syear is NULL)",
-                               {to, to, kind::kRepeatSeed, advanced::kInstallment}),
-                       false, to);
+  return bringAllAlong(root, seedsDue(root, to), false, to);
 }
 
 Result<CatchUp> updateRecurringTransactionsForAll(MVAppRoot& root) {

@@ -107,9 +107,8 @@ Result<std::optional<int>> OccurrenceMaker::deletedOf(const std::string& eid) co
   return std::nullopt;
 }
 
-Result<bool> OccurrenceMaker::make(Date day) {
+Result<bool> OccurrenceMaker::make(std::int64_t number) {
   const Calendar& calendar = root_->calendar();
-  const std::int64_t number = calendar.dayNumber(day);
   const bool isTransfer = std::holds_alternative<Transfer>(entry_);
   Identifiers of;
   of.eid = identifierOfDay(seed_, number, isTransfer ? "A" : "");

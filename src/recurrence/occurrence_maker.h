@@ -18,9 +18,9 @@ class OccurrenceMaker {
   /// Refused: what cannot be added, as with a book or account that is gone or closed.
   static Result<OccurrenceMaker> of(MVAppRoot& root, const SeriesSeed& seed);
 
-  /// The occurrence of that day; false where the series has made one for it before, whatever became of that
-  /// but that a repair removed it.
-  Result<bool> make(Date day);
+  /// The occurrence of the day of that number, which it begins with in the user's zone; false where the
+  /// series has made one for it before, whatever became of that but that a repair removed it.
+  Result<bool> make(std::int64_t number);
   /// Writes what the occurrences made do to balances and use counts.
   Result<> finish();
 

@@ -7,6 +7,8 @@
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "recurrence/repeat_step.h"
+#include "recurrence/series_days.h"
+#include "recurrence/series_seed.h"
 #include "recurrence/series_values.h"
 #include "recurrence/spend_repeat.h"
 
@@ -18,7 +20,8 @@ class SeriesEditor {
  public:
   SeriesEditor(MVTransaction seed, std::string_view eid, Reach reach, const SeriesChange& change)
       : root_(seed.root()),
-        calendar_(seed.root().calendar()),
+        here_(seed.root().calendar()),
+        home_(homeCalendar(here_, seed.timeZone)),
         seed_(std::move(seed)),
         eid_(eid),
         reach_(reach),
@@ -49,12 +52,16 @@ class SeriesEditor {
       if (named->deleted != 0) return refuse("the record is deleted; restore it first");
       named_ = *named;
     }
-    from_ = calendar_.dateBegin(named_ ? named_->datetime : seed_.datetime);
-    const auto inReach =
-        std::ranges::partition_point(*all, [&](const auto& one) { return one.datetime < from_; });
-    past_.assign(all->begin(), inReach);
-    reached_.assign(inReach, all->end());
+    from_ = named_ ? named_->day : home_->dayNumber(seed_.datetime);
+    for (auto& one : *all) (one.day < from_ ? past_ : reached_).push_back(std::move(one));
     return {};
+  }
+
+  std::string dayText(std::int64_t day) const {
+    return stringOfDateMediumStyle(here_, here_.beginOfDay(day));
+  }
+  static std::int64_t latestOf(const std::vector<SeriesOccurrence>& rows) {
+    return std::ranges::max(rows, {}, &SeriesOccurrence::day).day;
   }
 
   Result<> changeOne() {
@@ -100,13 +107,18 @@ class SeriesEditor {
     ++outcome_.changed;
     auto changed = changeOccurrence(root_, one, change_);
     if (changed) return changed;
-    return refuse("the record of {}: {}", stringOfDateMediumStyle(calendar_, one.datetime), changed.error());
+    return refuse("the record of {}: {}", dayText(one.day), changed.error());
   }
 
   /// Writes the seed's end, which has no bearing on what is there.
   Result<> writeEnd() {
     const Date begun = seed_.repeatBeginDate == Date{} ? seed_.datetime : seed_.repeatBeginDate;
-    if (*change_.end != Date{} && calendar_.isBeforeDay(*change_.end, begun)) {
+    // One that was divided begins after the records it went on with.
+    std::int64_t first = home_->dayNumber(begun);
+    for (const auto* rows : {&past_, &reached_}) {
+      for (const auto& one : *rows) first = std::min(first, one.day);
+    }
+    if (*change_.end != Date{} && here_.dayNumber(*change_.end) < first) {
       return refuse("a series ends after it begins");
     }
     return write(root_,
@@ -115,62 +127,80 @@ class SeriesEditor {
                  endValue(endOf(*change_.end)), root_.editStamp(), root_.itsUDID(), seed_.eid);
   }
 
-  Date endOf(Date end) const { return end == Date{} ? end : calendar_.dateEnd(end); }
+  /// A day that a person named, as the end of it where the series is at home.
+  Date endOf(Date end) const { return end == Date{} ? end : home_->endOfDay(here_.dayNumber(end)); }
 
   /// Another rule or day from `from_` on: what the records in reach are dated, and what comes next.
   Result<> divide() {
     timed_ = true;
     const auto rule = repeatRuleFrom(change_.rule.value_or(seed_.repeat));
     if (!rule) return refuse("'{}' is no rule of repeating", seed_.repeat);
-    const Date begin = change_.date ? calendar_.dateBegin(*change_.date) : from_;
-    if (!past_.empty() && !calendar_.isAfterDay(begin, past_.back().datetime)) {
+    const std::int64_t begin = change_.date ? here_.dayNumber(*change_.date) : from_;
+    if (!past_.empty() && begin <= latestOf(past_)) {
       return refuse("the series has a record on {} already, and the day would be before it",
-                    stringOfDateMediumStyle(calendar_, past_.back().datetime));
+                    dayText(latestOf(past_)));
     }
-    const Date end = endOf(change_.end.value_or(seed_.repeatEndDate));
-    if (end != Date{} && calendar_.isBeforeDay(end, begin)) return refuse("a series ends after it begins");
+    Date end = endOf(change_.end.value_or(Date{}));
+    if (!change_.end && seed_.repeatEndDate != Date{}) end = home_->dateEnd(seed_.repeatEndDate);
+    if (end != Date{} && home_->dayNumber(end) < begin) return refuse("a series ends after it begins");
+    const auto firstDay = firstDayFrom(begin);
+    if (!firstDay) return tl::make_unexpected(firstDay.error());
     const bool sameRule = seed_.repeat == textOf(*rule);
-    auto next = sameRule && change_.date ? daysShifted(*rule, begin) : daysKept(*rule, begin);
+    auto next =
+        sameRule && change_.date ? daysShifted(*rule, begin, *firstDay) : daysKept(*rule, begin, *firstDay);
     if (!next) return tl::make_unexpected(next.error());
     if (auto apart = checkApart(); !apart) return apart;
-    if (auto moved = past_.empty() ? Result<>() : goOnApart(begin); !moved) return moved;
+    const bool hasMade = !past_.empty() || !reached_.empty();
+    if (auto moved = hasMade ? goOnApart(begin) : Result<>(); !moved) return moved;
     if (auto left = leaveRemoved(); !left) return left;
     if (auto dated = dateRecords(); !dated) return dated;
-    // Where the rule is another one the records in reach do not follow it, and days between them lack none.
-    const Date begun = sameRule || reached_.empty() ? begin : *next;
+    // The records in reach serve by their dates alone, and days between them lack none.
+    const Date begun = reached_.empty() ? home_->beginOfDay(begin) : *next;
     return write(root_,
                  "update transactions set repeat = ?, datetime = ?, payDate = ?, sday = ?, repeat_end_date ="
                  " ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
-                 textOf(*rule), *next, begun, calendar_.day(begin), endValue(end), root_.editStamp(),
-                 root_.itsUDID(), outcome_.seed);
+                 textOf(*rule), *next, begun, *firstDay, endValue(end), root_.editStamp(), root_.itsUDID(),
+                 outcome_.seed);
+  }
+
+  /// The day of month from there on: that of the new day; without one the series' own, for which the last of
+  /// a shorter month stands.
+  Result<int> firstDayFrom(std::int64_t begin) const {
+    const Date date = home_->beginOfDay(begin);
+    const int day = home_->day(date);
+    if (change_.date) return day;
+    const auto firstDay = firstDayOf(seed_);
+    if (!firstDay) return firstDay;
+    return day == std::min(*firstDay, home_->numberOfDaysInMonth(date)) ? *firstDay : day;
   }
 
   /// The days of the same rule from another one on: each record in reach gets the day that its own becomes.
   /// Answers what the next date becomes.
-  Result<Date> daysShifted(RepeatRule rule, Date begin) {
+  Result<Date> daysShifted(RepeatRule rule, std::int64_t begin, int day) {
     const auto firstDay = firstDayOf(seed_);
     if (!firstDay) return tl::make_unexpected(firstDay.error());
-    dates_.assign(reached_.size(), std::nullopt);
-    Date former = from_;
+    days_.assign(reached_.size(), std::nullopt);
+    std::int64_t from = from_;
     if (named_) {
       // It may be dated otherwise than the series has it.
-      if (const auto day = dayMadeFor(seed_.eid, named_->eid)) former = calendar_.beginOfDay(*day);
+      from = dayMadeFor(seed_.eid, named_->eid).value_or(from_);
     }
     std::multimap<std::int64_t, std::size_t> onDay;  ///< records by the day that the series gave them
     for (std::size_t at = 0; at < reached_.size(); ++at) {
       const auto& one = reached_[at];
       if (named_ && one.eid == named_->eid) {
-        dates_[at] = begin;
+        days_[at] = begin;
       } else if (hasItsDay(one)) {
-        onDay.emplace(calendar_.dayNumber(one.datetime), at);
+        onDay.emplace(one.day, at);
       }
     }
-    Date shifted = begin;
-    while (calendar_.isBeforeDay(former, seed_.datetime)) {
-      const auto [first, last] = onDay.equal_range(calendar_.dayNumber(former));
-      for (auto one = first; one != last; ++one) dates_[one->second] = shifted;
-      former = nextRepeatDate(calendar_, rule, former, *firstDay);
-      shifted = nextRepeatDate(calendar_, rule, shifted, calendar_.day(begin));
+    Date former = home_->beginOfDay(from);
+    Date shifted = home_->beginOfDay(begin);
+    while (home_->isBeforeDay(former, seed_.datetime)) {
+      const auto [first, last] = onDay.equal_range(home_->dayNumber(former));
+      for (auto one = first; one != last; ++one) days_[one->second] = home_->dayNumber(shifted);
+      former = nextRepeatDate(*home_, rule, former, *firstDay);
+      shifted = nextRepeatDate(*home_, rule, shifted, day);
     }
     return shifted;
   }
@@ -179,11 +209,11 @@ class SeriesEditor {
   Result<> checkApart() const {
     std::map<std::int64_t, bool> taken;  ///< whether what has the day moves there
     for (std::size_t at = 0; at < reached_.size(); ++at) {
-      const Date date = dates_[at].value_or(reached_[at].datetime);
-      const bool moves = !calendar_.isSameDay(date, reached_[at].datetime);
-      const auto [other, isFirst] = taken.emplace(calendar_.dayNumber(date), moves);
+      const std::int64_t day = days_[at].value_or(reached_[at].day);
+      const bool moves = day != reached_[at].day;
+      const auto [other, isFirst] = taken.emplace(day, moves);
       if (!isFirst && (moves || other->second)) {
-        return refuse("the series would have two records on {}", stringOfDateMediumStyle(calendar_, date));
+        return refuse("the series would have two records on {}", dayText(day));
       }
     }
     return {};
@@ -191,36 +221,32 @@ class SeriesEditor {
 
   /// Whether the record has the day for which the series made it; else a person dated it.
   bool hasItsDay(const SeriesOccurrence& one) const {
-    const auto made = dayMadeFor(seed_.eid, one.eid);
-    return !made || *made == calendar_.dayNumber(one.datetime);
+    return dayMadeFor(seed_.eid, one.eid).value_or(one.day) == one.day;
   }
 
   /// Under another rule the records in reach keep their days, but for the one that is named with another; the
   /// next date is the first one after them.
-  Result<Date> daysKept(RepeatRule rule, Date begin) {
-    dates_.assign(reached_.size(), std::nullopt);
-    Date latest{};
+  Result<Date> daysKept(RepeatRule rule, std::int64_t begin, int firstDay) {
+    days_.assign(reached_.size(), std::nullopt);
+    std::int64_t latest = begin - 1;
     for (std::size_t at = 0; at < reached_.size(); ++at) {
-      Date date = reached_[at].datetime;
+      std::int64_t day = reached_[at].day;
       if (change_.date && named_ && reached_[at].eid == named_->eid) {
-        dates_[at] = begin;
-        date = begin;
-      } else if (calendar_.isBeforeDay(date, begin)) {
-        return refuse("the series has a record on {}, which the day would pass",
-                      stringOfDateMediumStyle(calendar_, date));
+        days_[at] = day = begin;
+      } else if (day < begin) {
+        return refuse("the series has a record on {}, which the day would pass", dayText(day));
       }
-      latest = std::max(latest, date);
+      latest = std::max(latest, day);
     }
-    Date next = begin;
-    while (!reached_.empty() && !calendar_.isAfterDay(next, latest)) {
-      next = nextRepeatDate(calendar_, rule, next, calendar_.day(begin));
-    }
+    Date next = home_->beginOfDay(begin);
+    while (home_->dayNumber(next) <= latest) next = nextRepeatDate(*home_, rule, next, firstDay);
     return next;
   }
 
   /// Ends the series the day before, and makes the one that goes on with the records in reach.
-  Result<> goOnApart(Date begin) {
+  Result<> goOnApart(std::int64_t begin) {
     outcome_.former = seed_.eid;
+    outcome_.whole = past_.empty();
     outcome_.seed = root_.newIdentifier();
     auto written = write(
         root_,
@@ -230,13 +256,13 @@ class SeriesEditor {
         " repeat, category, subcategory, vendor, datetime, syear, account, barcode, book, paid,"
         " needReimburse, needNotify, sweek, ?, ? from transactions where eid = ?",
         outcome_.seed, root_.editStamp(), root_.itsUDID(), seed_.eid);
-    const Date before = calendar_.dateEnd(calendar_.getPreviouslyDay(std::min(begin, from_)));
+    const Date before = home_->endOfDay(std::min(begin, from_) - 1);
     if (written) {
       written = write(
           root_, "update transactions set repeat_end_date = ?, editDate = ?, edit_ipid = ? where eid = ?",
           before, root_.editStamp(), root_.itsUDID(), seed_.eid);
     }
-    if (written) written = markOver(seed_.eid);
+    if (written) written = markOver(seed_.eid, kDividedMark);
     for (const auto& one : reached_) {
       if (!written) return written;
       written =
@@ -254,16 +280,17 @@ class SeriesEditor {
     return write(root_,
                  "update transactions set ipid = 'removed before its series changed its days', editDate = ?,"
                  " edit_ipid = ? where repeat_seed = ? and deleted > 1 and datetime >= ?",
-                 root_.editStamp(), root_.itsUDID(), seed_.eid, from_);
+                 root_.editStamp(), root_.itsUDID(), seed_.eid, here_.beginOfDay(from_));
   }
 
   Result<> dateRecords() {
     for (std::size_t at = 0; at < reached_.size(); ++at) {
-      const auto& one = reached_[at];
-      if (!dates_[at] || calendar_.isSameDay(*dates_[at], one.datetime)) continue;
-      auto dated = one.deleted == 0 ? dateOccurrence(root_, one, *dates_[at]) : dateDeleted(one, *dates_[at]);
+      auto& one = reached_[at];
+      if (days_[at].value_or(one.day) == one.day) continue;
+      const Date date = here_.beginOfDay(*days_[at]);
+      auto dated = one.deleted == 0 ? dateOccurrence(root_, one, date) : dateDeleted(one, date);
       if (!dated) return dated;
-      reached_[at].datetime = *dates_[at];
+      one.day = *days_[at];
       if (one.deleted == 0 && !change_.hasValues()) ++outcome_.changed;
     }
     return {};
@@ -273,17 +300,17 @@ class SeriesEditor {
   Result<> dateDeleted(const SeriesOccurrence& one, Date day) {
     return write(
         root_,
-        "update transactions set datetime = ?, sday = ?, editDate = ?, edit_ipid = ? where eid = ? or"
-        " transferEID = nullif(?, '')",
-        day, integerDateOfTimeZone(calendar_, day), root_.editStamp(), root_.itsUDID(), one.eid, one.group);
+        "update transactions set datetime = ?, sday = ?, barcode = ?, editDate = ?, edit_ipid = ? where eid ="
+        " ? or transferEID = nullif(?, '')",
+        day, integerDateOfTimeZone(here_, day), here_.zone(), root_.editStamp(), root_.itsUDID(), one.eid,
+        one.group);
   }
 
-  Result<> markOver(const std::string& seed) {
+  Result<> markOver(const std::string& seed, std::string_view why) {
     outcome_.ended = seed == outcome_.seed;
     return write(root_,
-                 "update transactions set deleted = 1, ipid = 'stopRepeat by Date', editDate = ?, edit_ipid ="
-                 " ? where eid = ?",
-                 root_.editStamp(), root_.itsUDID(), seed);
+                 "update transactions set deleted = 1, ipid = ?, editDate = ?, edit_ipid = ? where eid = ?",
+                 why, root_.editStamp(), root_.itsUDID(), seed);
   }
 
   /// What a change of time makes due, what it leaves beyond the end, and what comes next.
@@ -291,19 +318,22 @@ class SeriesEditor {
     const auto seed = MVTransaction::transactionFromEID(root_, outcome_.seed);
     if (!seed) return refusalOfStore(root_);
     outcome_.next = seed->datetime;
-    const Date end = seed->repeatEndDate;
-    if (end != Date{}) {
+    const std::int64_t next = home_->dayNumber(seed->datetime);
+    if (seed->repeatEndDate != Date{}) {
+      const std::int64_t last = home_->dayNumber(seed->repeatEndDate);
       for (const auto* rows : {&past_, &reached_}) {
-        outcome_.beyondEnd += static_cast<int>(std::ranges::count_if(*rows, [&](const auto& one) {
-          return one.deleted == 0 && calendar_.isAfterDay(one.datetime, end);
-        }));
+        outcome_.beyondEnd += static_cast<int>(std::ranges::count_if(
+            *rows, [&](const auto& one) { return one.deleted == 0 && one.day > last; }));
       }
-      if (calendar_.isBeforeDay(end, seed->datetime)) return markOver(outcome_.seed);
+      if (last < next) return markOver(outcome_.seed, "stopRepeat by Date");
     }
-    const Date today = calendar_.dateEnd(root_.now());
-    if (seed->datetime > today) return {};
-    const auto progress = createRepeatItemsFrom(*seed, seed->datetime, today);
+    if (next > here_.dayNumber(root_.now())) return {};
+    const auto progress = createRepeatItemsFrom(*seed, seed->datetime, root_.now());
     if (!progress) return tl::make_unexpected(progress.error());
+    if (progress->more) {
+      return refuse("the series would have more than {} records by today; name a later day",
+                    kMostOccurrencesAtOnce);
+    }
     outcome_.made = progress->made;
     outcome_.ended = progress->ended;
     outcome_.next = progress->next;
@@ -311,18 +341,19 @@ class SeriesEditor {
   }
 
   MVAppRoot& root_;
-  const Calendar& calendar_;
+  const Calendar& here_;
+  std::shared_ptr<const Calendar> home_;  ///< by which the days of the series go
   MVTransaction seed_;
   std::string eid_;
   std::string group_;
   Reach reach_;
   const SeriesChange& change_;
   std::optional<SeriesOccurrence> named_;
-  Date from_;
+  std::int64_t from_ = 0;  ///< the number of the day from which records are in reach
   std::vector<SeriesOccurrence> past_;
   std::vector<SeriesOccurrence> reached_;
-  std::vector<std::optional<Date>> dates_;  ///< new days of those in reach
-  bool timed_ = false;                      ///< rule, day and end of the seed are written
+  std::vector<std::optional<std::int64_t>> days_;  ///< new days of those in reach
+  bool timed_ = false;                             ///< rule, day and end of the seed are written
   SeriesOutcome outcome_;
 };
 

@@ -2,6 +2,7 @@
 #include "model/moniva_account.h"
 #include "model/record_entry.h"
 #include "recurrence/occurrence_maker.h"
+#include "recurrence/series_days.h"
 #include "recurrence/spend_repeat.h"
 
 // Records that repeat, as they are entered: the seed, the record as the first occurrence, and what is due
@@ -18,17 +19,17 @@ Result<> checkSeries(MVAppRoot& root, Entry& entry) {
   if (auto dated = checkSeriesDate(calendar, entry.datetime); !dated) return dated;
   if (entry.repeatEndDate == Date{}) return {};
   if (auto dated = checkRecordDate(calendar, entry.repeatEndDate); !dated) return dated;
-  if (calendar.isBeforeDay(entry.repeatEndDate, entry.datetime)) {
-    return refuse("a series ends after it begins");
-  }
-  entry.repeatEndDate = calendar.dateEnd(entry.repeatEndDate);
+  const auto home = homeCalendar(calendar, entry.timeZone);
+  entry.repeatEndDate = home->endOfDay(calendar.dayNumber(entry.repeatEndDate));
+  if (home->isBeforeDay(entry.repeatEndDate, entry.datetime)) return refuse("a series ends after it begins");
   return {};
 }
 
 /// Writes the record as an occurrence of the seed, with what depends on it. It keeps its time of day.
 Result<> writeFirst(MVAppRoot& root, Spend& spend) {
+  const auto home = homeCalendar(root.calendar(), spend.timeZone);
   const auto identifier = [&](std::string_view part) {
-    return occurrenceIdentifier(root.calendar(), spend.repeatSeedID, spend.datetime, part);
+    return occurrenceIdentifier(*home, spend.repeatSeedID, spend.datetime, part);
   };
   spend.repeat = kNotRepeat;
   spend.repeatEndDate = {};
@@ -52,8 +53,9 @@ Result<> writeFirst(MVAppRoot& root, Spend& spend) {
 }
 
 Result<> writeFirst(MVAppRoot& root, Transfer& transfer) {
+  const auto home = homeCalendar(root.calendar(), transfer.timeZone);
   const auto identifier = [&](std::string_view part) {
-    return occurrenceIdentifier(root.calendar(), transfer.repeatSeed, transfer.datetime, part);
+    return occurrenceIdentifier(*home, transfer.repeatSeed, transfer.datetime, part);
   };
   transfer.eidA = identifier("A");
   transfer.eidB = identifier("B");

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "model/transaction_type.h"
+#include "recurrence/series_days.h"
 
 namespace moniva {
 namespace {
@@ -23,41 +24,6 @@ constexpr std::string_view kOfAll = "repeat_seed > '' order by repeat_seed, date
 constexpr Date kNeverSet{1'000'000};
 /// Reason of rows that a repair of their series removed.
 constexpr std::string_view kByRepair = "delete by fixDuplicateRecurringItem";
-
-/// Tells which day rows are of, each in the zone in which it was made.
-class OwnDays {
- public:
-  explicit OwnDays(const Calendar& calendar) : calendar_(calendar) {}
-
-  std::int64_t of(Date date, std::string_view zone, std::int64_t key) {
-    if (zone == calendar_.zone()) return calendar_.dayNumber(date);
-    if (const Calendar* there = calendarOf(zone)) return there->dayNumber(date);
-    const std::int64_t here = calendar_.dayNumber(date);
-    if (key < kFirstKey || key > kLastKey) return here;
-    const auto day = calendar_.days().day({DaySystem::kAnyEra, static_cast<int>(key / 10000),
-                                           static_cast<int>(key / 100 % 100), static_cast<int>(key % 100)});
-    // A key that is further off than any zone is of another date.
-    return std::abs(day - here) <= 1 ? day : here;
-  }
-
- private:
-  static constexpr std::int64_t kFirstKey = 10'000'101;
-  static constexpr std::int64_t kLastKey = 40'000'000;
-
-  /// Null for a text that names no zone, such as a barcode.
-  const Calendar* calendarOf(std::string_view zone) {
-    if (zone.empty()) return nullptr;
-    auto known = zones_.find(zone);
-    if (known == zones_.end()) {
-      auto made = Calendar::make(std::string(zone), calendar_.locale());
-      known = zones_.emplace(zone, made ? *made : nullptr).first;
-    }
-    return known->second.get();
-  }
-
-  const Calendar& calendar_;
-  std::map<std::string, std::shared_ptr<const Calendar>, std::less<>> zones_;
-};
 
 class SeriesGatherer {
  public:

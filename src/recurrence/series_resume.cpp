@@ -2,6 +2,7 @@
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "recurrence/repeat_step.h"
+#include "recurrence/series_seed.h"
 #include "recurrence/series_values.h"
 #include "recurrence/spend_repeat.h"
 
@@ -32,22 +33,30 @@ Result<SeriesOutcome> resumeSeries(MVAppRoot& root, std::string_view eid, std::o
     SeriesChange change;
     change.end = end;
     if (auto checked = checkChange(*seed, change); !checked) return tl::make_unexpected(checked.error());
-    const Calendar& calendar = root.calendar();
-    const Date today = calendar.dateEnd(root.now());
-    Date until = end.value_or(seed->repeatEndDate);
-    if (until != Date{}) until = calendar.dateEnd(until);
-    seed->deleted = 0;
-    seed->repeatEndDate = {};
-    Date next = seed->datetime;
-    const auto rule = repeatRuleFrom(seed->repeat);
-    if (!rule) return refuse("'{}' is no rule of repeating", seed->repeat);
-    if (auto checked = checkRecordDate(calendar, next); !checked) return tl::make_unexpected(checked.error());
-    const auto firstDay = firstDayOf(*seed);
+    const auto stored = SeriesSeed::of(root, seed->eid);
+    if (!stored) return tl::make_unexpected(stored.error());
+    if (stored->ipid == kDividedMark) {
+      return refuse("the series was divided, and goes on as another one");
+    }
+    const Calendar& here = root.calendar();
+    const Calendar& home = *stored->home;
+    const std::int64_t today = here.dayNumber(root.now());
+    Date until{};
+    if (end) {
+      if (*end != Date{}) until = home.endOfDay(here.dayNumber(*end));
+    } else if (stored->end) {
+      until = home.dateEnd(*stored->end);
+    }
+    const auto rule = ruleOf(*stored);
+    if (!rule) return tl::make_unexpected(rule.error());
+    Date next = stored->datetime;
+    if (auto checked = checkRecordDate(here, next); !checked) return tl::make_unexpected(checked.error());
+    const auto firstDay = firstDayOf(root, *stored);
     if (!firstDay) return tl::make_unexpected(firstDay.error());
-    while (!fill && next <= today) next = nextRepeatDate(calendar, *rule, next, *firstDay);
-    if (until != Date{} && calendar.isBeforeDay(until, next)) {
-      return refuse("its end, {}, lies before its next day, {}", stringOfDateMediumStyle(calendar, until),
-                    stringOfDateMediumStyle(calendar, next));
+    while (!fill && home.dayNumber(next) <= today) next = nextRepeatDate(home, *rule, next, *firstDay);
+    if (until != Date{} && home.isBeforeDay(until, next)) {
+      return refuse("its end, {}, lies before its next day, {}", stringOfDateMediumStyle(home, until),
+                    stringOfDateMediumStyle(home, next));
     }
     auto written = write(root,
                          "update transactions set deleted = 0, datetime = ?, repeat_end_date = ?, ipid = '',"
@@ -57,13 +66,14 @@ Result<SeriesOutcome> resumeSeries(MVAppRoot& root, std::string_view eid, std::o
     SeriesOutcome outcome;
     outcome.seed = seed->eid;
     outcome.next = next;
-    if (next > today) return outcome;
+    if (home.dayNumber(next) > today) return outcome;
     const auto live = MVTransaction::transactionFromEID(root, seed->eid);
     if (!live) return refusalOfStore(root);
-    const auto progress = createRepeatItemsFrom(*live, next, today);
+    const auto progress = createRepeatItemsFrom(*live, next, root.now());
     if (!progress) return tl::make_unexpected(progress.error());
     outcome.made = progress->made;
     outcome.ended = progress->ended;
+    outcome.more = progress->more;
     outcome.next = progress->next;
     return outcome;
   });

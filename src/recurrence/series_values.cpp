@@ -108,11 +108,12 @@ Result<> changeTransferSeed(MVAppRoot& root, const std::string& eid, const Serie
     return refuse("both accounts are kept in one currency, so what leaves one arrives in the other");
   }
   const double other = stored->acrossCurrencies ? change.arrives.value_or(stored->amountB) : 0;
-  return write(
-      root,
-      "update transactions set account = ?, vendor = ?, amount = ?, amount2 = ?, note = ?, ipid = '',"
-      " editDate = ?, edit_ipid = ? where eid = ?",
-      from, to, leaves, other, change.note.value_or(stored->note), root.editStamp(), root.itsUDID(), eid);
+  return write(root,
+               "update transactions set account = ?, vendor = ?, amount = ?, amount2 = ?, note = ?, ipid = "
+               "case when deleted = 0 then '' else ipid end,"
+               " editDate = ?, edit_ipid = ? where eid = ?",
+               from, to, leaves, other, change.note.value_or(stored->note), root.editStamp(), root.itsUDID(),
+               eid);
 }
 
 }  // namespace
@@ -178,34 +179,45 @@ Result<> changeSeed(MVAppRoot& root, const MVTransaction& seed, const std::strin
   };
   const auto amount = [&](double wanted) {
     return set(
-        "update transactions set amount = ?, amount2 = 0, currency2 = '', ipid = '', editDate = ?, edit_ipid"
+        "update transactions set amount = ?, amount2 = 0, currency2 = '', ipid = case when deleted = 0 then "
+        "'' else ipid end, editDate = ?, edit_ipid"
         " = ? where eid = ?",
         wanted);
   };
   const auto account = [&](const std::string& key) -> Result<> {
     if (auto checked = checkAccountKey(root, key, type); !checked) return checked;
-    return set("update transactions set account = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
-               key);
+    return set(
+        "update transactions set account = ?, ipid = case when deleted = 0 then '' else ipid end, editDate = "
+        "?, edit_ipid = ? where eid = ?",
+        key);
   };
   const auto book = [&](const std::string& key) -> Result<> {
     if (auto checked = checkBookKey(root, key); !checked) return checked;
-    return set("update transactions set book = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?", key);
+    return set(
+        "update transactions set book = ?, ipid = case when deleted = 0 then '' else ipid end, editDate = ?, "
+        "edit_ipid = ? where eid = ?",
+        key);
   };
   const auto category = [&](const std::pair<std::string, std::string>& keys) -> Result<> {
     if (auto checked = checkCategory(root, keys, type); !checked) return checked;
     return write(root,
-                 "update transactions set category = ?, subcategory = ?, ipid = '', editDate = ?, edit_ipid ="
+                 "update transactions set category = ?, subcategory = ?, ipid = case when deleted = 0 then "
+                 "'' else ipid end, editDate = ?, edit_ipid ="
                  " ? where eid = ?",
                  keys.first, keys.second.empty() ? kNoCategory : std::string_view(keys.second),
                  root.editStamp(), root.itsUDID(), eid);
   };
   const auto vendor = [&](const std::string& key) {
-    return set("update transactions set vendor = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
-               key);
+    return set(
+        "update transactions set vendor = ?, ipid = case when deleted = 0 then '' else ipid end, editDate = "
+        "?, edit_ipid = ? where eid = ?",
+        key);
   };
   const auto note = [&](const std::string& text) {
-    return set("update transactions set note = ?, ipid = '', editDate = ?, edit_ipid = ? where eid = ?",
-               text);
+    return set(
+        "update transactions set note = ?, ipid = case when deleted = 0 then '' else ipid end, editDate = ?, "
+        "edit_ipid = ? where eid = ?",
+        text);
   };
   return inTurn(ifSet(change.amount, amount), ifSet(change.account, account), ifSet(change.book, book),
                 ifSet(change.category, category), ifSet(change.vendor, vendor), ifSet(change.note, note));

@@ -5,6 +5,7 @@
 #include "model/entry_checks.h"
 #include "model/repeat_rule.h"
 #include "recurrence/repeat_step.h"
+#include "recurrence/series_days.h"
 #include "recurrence/spend_repeat.h"
 #include "storage/writes.h"
 
@@ -41,10 +42,12 @@ Result<std::vector<SeriesOccurrence>> occurrencesOf(MVAppRoot& root, std::string
   if (db == nullptr) return refuse("the store is not open");
   std::vector<SeriesOccurrence> found;
   std::map<std::string, std::size_t, std::less<>> groups;
+  OwnDays days(root.calendar());
   // Of the rows of one record those in use, items, and the side the money leaves come first.
   Run run = db->query(
-      "select eid, transferEID, type, bid, datetime, amount, deleted from transactions where repeat_seed = ?"
-      " and repeat_seed != '' and deleted < 2 order by datetime, deleted, bid desc, type desc, eid",
+      "select eid, transferEID, type, bid, datetime, amount, deleted, barcode, sday from transactions where"
+      " repeat_seed = ? and repeat_seed != '' and deleted < 2 order by datetime, deleted, bid desc, type "
+      "desc, eid",
       {seed});
   while (run.next()) {
     SeriesOccurrence one{std::string(run.text(0)),
@@ -53,7 +56,8 @@ Result<std::vector<SeriesOccurrence>> occurrencesOf(MVAppRoot& root, std::string
                          run.integer(3) == kPaymentRow,
                          run.date(4),
                          run.real(5),
-                         static_cast<int>(run.integer(6))};
+                         static_cast<int>(run.integer(6)),
+                         days.of(run.date(4), run.text(7), run.integer(8))};
     if (!one.group.empty() && !groups.emplace(one.group, found.size()).second) {
       // A record is in use while one of its rows is.
       auto& first = found[groups[one.group]];
@@ -79,6 +83,20 @@ Result<MVTransaction> seedOfSeries(MVAppRoot& root, std::string_view eid) {
   return std::move(*seed);
 }
 
+namespace {
+
+Date dayFrom(const Calendar& home, const Calendar& here, Date date) {
+  const auto number = home.dayNumber(date);
+  return here.dayNumber(date) == number ? date : here.beginOfDay(number);
+}
+
+}  // namespace
+
+Date dayHere(const MVTransaction& seed, Date date) {
+  const Calendar& here = seed.root().calendar();
+  return date == Date{} ? date : dayFrom(*homeCalendar(here, seed.timeZone), here, date);
+}
+
 Result<std::vector<Date>> comingDates(const MVTransaction& seed, Date end, std::size_t most) {
   std::vector<Date> dates;
   if (seed.deleted != 0) return dates;
@@ -90,11 +108,12 @@ Result<std::vector<Date>> comingDates(const MVTransaction& seed, Date end, std::
   }
   const auto firstDay = firstDayOf(seed);
   if (!firstDay) return tl::make_unexpected(firstDay.error());
+  const auto home = homeCalendar(calendar, seed.timeZone);
   const bool openEnded = seed.repeatEndDate == Date{};
-  for (Date date = seed.datetime; dates.size() < most && date < end;
-       date = nextRepeatDate(calendar, *rule, date, *firstDay)) {
-    if (!openEnded && calendar.isAfterDay(date, seed.repeatEndDate)) break;
-    dates.push_back(date);
+  for (Date date = seed.datetime; dates.size() < most; date = nextRepeatDate(*home, *rule, date, *firstDay)) {
+    const Date day = dayFrom(*home, calendar, date);
+    if (day >= end || (!openEnded && home->isAfterDay(date, seed.repeatEndDate))) break;
+    dates.push_back(day);
   }
   return dates;
 }

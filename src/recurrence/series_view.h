@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,8 @@ struct SeriesOccurrence {
   Date datetime;
   double amount = 0;
   int deleted = 0;  ///< 1 where a person deleted it
+  /// The number of its day, where it was made.
+  std::int64_t day = 0;
 };
 /// What the series has made, those a person deleted too, the earliest first.
 Result<std::vector<SeriesOccurrence>> occurrencesOf(MVAppRoot& root, std::string_view seed);
@@ -28,8 +31,12 @@ Result<std::vector<SeriesOccurrence>> occurrencesOf(MVAppRoot& root, std::string
 /// such row, one of no series (a plan of instalments is none), and a series that is gone.
 Result<MVTransaction> seedOfSeries(MVAppRoot& root, std::string_view eid);
 
-/// The days on which a live series will make records, from the next one on: those before `end`, and `most` at
-/// most. None for a series that was stopped. Refused for a rule or a next date that is none.
+/// A date of the series, which goes by the zone it was begun in, as a date of the same day in the user's.
+Date dayHere(const MVTransaction& seed, Date date);
+
+/// The days on which a live series will make records, from the next one on, as of `dayHere`: those before
+/// `end`, and `most` at most. None for a series that was stopped. Refused for a rule or a next date that is
+/// none.
 Result<std::vector<Date>> comingDates(const MVTransaction& seed, Date end, std::size_t most);
 
 /// The series that are over, by their end or because a person stopped them, the latest first.

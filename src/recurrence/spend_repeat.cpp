@@ -5,6 +5,7 @@
 
 #include "model/entry_checks.h"
 #include "recurrence/occurrence_maker.h"
+#include "recurrence/series_days.h"
 #include "storage/writes.h"
 
 namespace moniva {
@@ -12,49 +13,55 @@ namespace {
 
 /// How a series goes from date to date.
 struct Course {
+  const Calendar& home;
   RepeatRule rule;
   int firstDay;
 
-  Date next(const Calendar& calendar, Date from) const {
-    return nextRepeatDate(calendar, rule, from, firstDay);
-  }
+  Date next(Date from) const { return nextRepeatDate(home, rule, from, firstDay); }
   /// Whether a series that comes on the one day comes on the other as well.
-  bool joins(const Calendar& calendar, std::int64_t one, std::int64_t other) const {
+  bool joins(std::int64_t one, std::int64_t other) const {
     const std::int64_t last = std::max(one, other);
-    Date date = calendar.beginOfDay(std::min(one, other));
-    while (calendar.dayNumber(date) < last) date = next(calendar, date);
-    return calendar.dayNumber(date) == last;
+    Date date = home.beginOfDay(std::min(one, other));
+    while (home.dayNumber(date) < last) date = next(date);
+    return home.dayNumber(date) == last;
   }
 };
 
-/// The days from the one to the other that are served: those of occurrences dated after the day before and
-/// before the day after. Deleted by a person counts. One that was made for another day of the series, and
-/// brought to this one by a person or a journey to another zone, serves that day instead.
+/// The days from the one to the other that are served: those of occurrences, each where it was made. Deleted
+/// by a person counts. One that was made for another day of the series, and brought to this one by a person,
+/// serves that day instead.
 Result<std::set<std::int64_t>> daysServed(MVAppRoot& root, Connection& db, std::string_view seed,
                                           const Course& course, Date from, Date to) {
   const Calendar& calendar = root.calendar();
   std::set<std::int64_t> days;
+  OwnDays own(calendar);
+  // A day begins in some zone, and ends in another, more than a day away from here.
+  constexpr int kZonesApart = 2;
   Run run = db.query(
-      "select eid, datetime from transactions where repeat_seed = ? and datetime > ? and datetime < ? and"
-      " deleted < 2",
-      {seed, calendar.endOfDay(calendar.dayNumber(from) - 1),
-       calendar.beginOfDay(calendar.dayNumber(to) + 1)});
+      "select eid, datetime, barcode, sday from transactions where repeat_seed = ? and datetime > ? and"
+      " datetime < ? and deleted < 2",
+      {seed, calendar.endOfDay(calendar.dayNumber(from) - kZonesApart - 1),
+       calendar.beginOfDay(calendar.dayNumber(to) + kZonesApart + 1)});
   while (run.next()) {
-    const auto day = calendar.dayNumber(run.date(1));
+    const auto day = own.of(run.date(1), run.text(2), run.integer(3));
     const auto madeFor = dayMadeFor(seed, run.text(0));
-    days.insert(madeFor && course.joins(calendar, *madeFor, day) ? *madeFor : day);
+    days.insert(madeFor && course.joins(*madeFor, day) ? *madeFor : day);
   }
   if (!run.ok()) return tl::make_unexpected(db.refusal());
   return days;
 }
 
-/// Completes what the seed says of its beginning.
-Result<> keepBegin(MVAppRoot& root, const SeriesSeed& seed) {
+/// Completes what the seed says of its kind and beginning.
+Result<> complete(MVAppRoot& root, const SeriesSeed& seed) {
+  if (!seed.isKindTold) {
+    auto told = write(root, "update transactions set syear = ? where eid = ?", seed.makes, seed.eid);
+    if (!told) return told;
+  }
   if (seed.begun != Date{}) return {};
   const auto begun = beginOfSeries(root, seed);
   if (!begun) return tl::make_unexpected(begun.error());
   return write(root, "update transactions set payDate = ?, sday = ? where eid = ?", *begun,
-               root.calendar().day(*begun), seed.eid);
+               seed.home->day(*begun), seed.eid);
 }
 
 /// A series on its way from one date to another.
@@ -65,15 +72,16 @@ class SeriesWalk {
 
   /// Makes what the days served lack, and brings along what depends on it.
   Result<SeriesProgress> run(const std::set<std::int64_t>& served, Date from, Date to) {
-    const Calendar& calendar = root_.calendar();
+    const std::int64_t last = root_.calendar().dayNumber(to);
     SeriesProgress progress;
-    for (progress.next = from;; progress.next = course_.next(calendar, progress.next)) {
-      progress.ended = seed_.end && calendar.isAfterDay(progress.next, *seed_.end);
-      if (progress.ended || progress.next > to) break;
-      if (served.contains(calendar.dayNumber(progress.next))) continue;
+    for (progress.next = from;; progress.next = course_.next(progress.next)) {
+      const std::int64_t number = seed_.home->dayNumber(progress.next);
+      progress.ended = seed_.end && number > seed_.home->dayNumber(*seed_.end);
+      if (progress.ended || number > last) break;
+      if (served.contains(number)) continue;
       progress.more = progress.made == kMostOccurrencesAtOnce;
       if (progress.more) break;
-      const auto made = make(progress.next);
+      const auto made = make(number);
       if (!made) return tl::make_unexpected(made.error());
       if (*made) ++progress.made;
     }
@@ -84,13 +92,13 @@ class SeriesWalk {
   }
 
  private:
-  Result<bool> make(Date date) {
+  Result<bool> make(std::int64_t number) {
     if (!maker_) {
       auto maker = OccurrenceMaker::of(root_, seed_);
       if (!maker) return tl::make_unexpected(maker.error());
       maker_.emplace(std::move(*maker));
     }
-    return maker_->make(date);
+    return maker_->make(number);
   }
 
   MVAppRoot& root_;
@@ -107,11 +115,11 @@ Result<SeriesProgress> bringUpToDate(MVAppRoot& root, Connection& db, const Seri
   for (const Date date : {seed.datetime, from, to}) {
     if (checked) checked = checkSeriesDate(root.calendar(), date);
   }
-  if (checked) checked = keepBegin(root, seed);
+  if (checked) checked = complete(root, seed);
   if (!checked) return tl::make_unexpected(checked.error());
   const auto firstDay = firstDayOf(root, seed);
   if (!firstDay) return tl::make_unexpected(firstDay.error());
-  const Course course{*rule, *firstDay};
+  const Course course{*seed.home, *rule, *firstDay};
   const auto served = daysServed(root, db, seed.eid, course, from, to);
   if (!served) return tl::make_unexpected(served.error());
 
@@ -146,7 +154,13 @@ Result<Date> getNextRepeatDate(const MVTransaction& seed, Date latest) {
   if (!rule) return tl::make_unexpected(rule.error());
   const auto firstDay = firstDayOf(seed.root(), *stored);
   if (!firstDay) return tl::make_unexpected(firstDay.error());
-  return nextRepeatDate(seed.root().calendar(), *rule, latest, *firstDay);
+  return nextRepeatDate(*stored->home, *rule, latest, *firstDay);
+}
+
+Result<Date> beginOfSeries(const MVTransaction& seed) {
+  const auto stored = SeriesSeed::of(seed.root(), seed.eid);
+  if (!stored) return tl::make_unexpected(stored.error());
+  return beginOfSeries(seed.root(), *stored);
 }
 
 Result<SeriesProgress> createRepeatItemsFrom(const MVTransaction& seed, Date from, Date to) {

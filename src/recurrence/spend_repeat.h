@@ -12,7 +12,9 @@
 
 // A series that repeats: one seed row (type 85), which says when and what, and a row or pair of rows for each
 // occurrence that has come due. Functions that take a seed want it loaded
-// (`MVTransaction::transactionFromEID`) and refuse what is no seed of a series, in words.
+// (`MVTransaction::transactionFromEID`) and refuse what is no seed of a series, in words. The days of a
+// series are those of the zone in which it was begun, wherever the user is; a record begins with its day, and
+// is due with it, in the zone the user is in then.
 namespace moniva {
 
 /// Most occurrences that a series is given at once; what is due beyond them comes at the next run. Ten years
@@ -31,9 +33,12 @@ std::optional<std::int32_t> dayMadeFor(std::string_view seed, std::string_view e
 /// The day for which any series made the row of that `eid`, such as the one it was divided from.
 std::optional<std::int64_t> dayToldBy(std::string_view eid);
 
-/// The day of month by which rules that count months go: that of the first occurrence, those a person deleted
-/// too; without any that of the day the series began.
+/// The day of month by which rules that count months go: that of the day the series began, as its seed has
+/// it; of one that does not, that of the first occurrence, those a person deleted too.
 Result<int> firstDayOf(const MVTransaction& seed);
+
+/// The date on which the series began.
+Result<Date> beginOfSeries(const MVTransaction& seed);
 
 /// The date after `latest`, the date of the latest occurrence.
 Result<Date> getNextRepeatDate(const MVTransaction& seed, Date latest);
@@ -45,12 +50,13 @@ struct SeriesProgress {
   Date next{};         ///< the date it waits for
   bool more = false;   ///< there is more due than is made at once
 };
-/// Makes the occurrences that are missing from `from` to `to`, both counted in, and moves the seed to the
-/// first date after them, in one transaction: an interruption leaves the series before or after. A day that
-/// has an occurrence is left alone, also one whose occurrence a person deleted or dated otherwise. An
-/// occurrence begins with its day, is settled (a payment without an account is pending) and brings balances
-/// and use counts along. A series whose end lies before its next date is over. Refused, with nothing changed:
-/// a rule that is none, a date that is none, what cannot be added (an account that is gone).
+/// Makes the occurrences that are missing from the day of `from`, a date of the series, to that of `to`,
+/// which is taken in the user's zone, both counted in, and moves the seed to the first date after them, in
+/// one transaction: an interruption leaves the series before or after. A day that has an occurrence is left
+/// alone, also one whose occurrence a person deleted or dated otherwise. An occurrence begins with its day,
+/// is settled (a payment without an account is pending) and brings balances and use counts along. A series
+/// whose end lies before its next date is over. Refused, with nothing changed: a rule that is none, a date
+/// that is none, what cannot be added (an account that is gone).
 Result<SeriesProgress> createRepeatItemsFrom(const MVTransaction& seed, Date from, Date to);
 
 /// Ends a series at the person's request; what it has made stays. Refused for one that is over.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "recurrence/series_story.h"
+#include "recurrence/series_view.h"
 
 namespace moniva {
 namespace {
@@ -150,13 +151,13 @@ TEST(Occurrences, areTheSameOnEveryDevice) {
   SeriesStory one;
   one.setClock("2024-01-01");
   one.seed(one.rent("Daily", "2024-01-10 12:00:00"));
-  auto payment = one.rent("Weekly", "2024-01-10 12:00:00");
+  auto payment = one.rent("Weekly", "2024-01-10 03:10:00");
   payment.bid = kPaymentRow;
   payment.book.clear();
   one.seed(payment);
   auto transfer = one.move(5, *one.bank, *one.cash, one.on("2024-01-01"));
   transfer.repeat = "Monthly";
-  transfer.datetime = one.on("2024-01-31 12:00:00");
+  transfer.datetime = one.on("2024-01-31 01:00:00");
   transfer.timeZone = "Europe/Berlin";
   ASSERT_TRUE(transfer.addRepeatSeed());
   ASSERT_TRUE(one.connection().checkpoint());
@@ -294,6 +295,107 @@ TEST(Occurrences, tellWhenTheSeriesBegan) {
   EXPECT_EQ(Date{store.number("select payDate from transactions where eid = ? and sday = 31", {seed})},
             store.on("2024-01-31"));
   EXPECT_EQ(*getNextRepeatDate(store.loaded(seed), store.on("2024-02-29")), store.on("2024-03-31"));
+  // What becomes of its first record changes no day to come.
+  ASSERT_TRUE(store.sql("update transactions set datetime = ? where repeat_seed = ?",
+                        {store.on("2024-01-30"), seed}));
+  store.catchUp("2024-03-31");
+  EXPECT_EQ(store.days(seed), "20240130 20240229 20240331");
+}
+
+TEST(Occurrences, areOfTheKindOfThoseBeforeWhereTheSeedDoesNotSay) {
+  SeriesStory store;
+  store.setClock("2024-01-31");
+  Transfer transfer(store.root);
+  transfer.accountA = store.bank->pk;
+  transfer.accountB = store.cash->pk;
+  transfer.amountA = transfer.amountB = 5;
+  transfer.datetime = store.on("2024-01-31");
+  transfer.repeat = "Monthly";
+  const auto moved = recordRepeating(store.root, transfer);
+  ASSERT_TRUE(moved);
+  const auto paid = store.recorded(store.rent("Monthly", "2024-01-31"));
+  ASSERT_TRUE(store.sql("update transactions set syear = null where type = 85"));
+  EXPECT_EQ(store.catchUp("2024-02-29").made, 2);
+  for (const auto& seed : {*moved, paid}) EXPECT_EQ(store.days(seed), "20240131 20240229");
+  EXPECT_EQ(store.unsound(), "");
+}
+
+TEST(Occurrences, keepTheDaysOfTheZoneTheirSeriesBeganIn) {
+  struct Case {
+    const char* why;
+    const char* rule;
+    const char* begins;
+    const char* ends;
+    std::vector<std::pair<const char*, const char*>> stays;
+    const char* days;
+  };
+  for (const auto& [why, rule, begins, ends, stays, days] : {
+           Case{"westward",
+                "Monthly",
+                "2026-02-01 10:00:00",
+                "",
+                {{"Europe/Berlin", "2026-02-02"},
+                 {"America/New_York", "2026-03-02"},
+                 {"America/New_York", "2026-04-30"}},
+                "20260201 20260301 20260401"},
+           Case{"eastward",
+                "Monthly",
+                "2026-01-29 20:10:00",
+                "",
+                {{"Europe/Berlin", "2026-01-29"}, {"Asia/Tokyo", "2026-03-01"}, {"Asia/Tokyo", "2026-03-30"}},
+                "20260129 20260228 20260329"},
+           Case{"due with the day where the user is",
+                "Daily",
+                "2026-02-01 23:00:00",
+                "",
+                {{"Asia/Tokyo", "2026-02-01"}, {"Pacific/Honolulu", "2026-02-02"}},
+                "20260201 20260202"},
+           Case{"the last day",
+                "Daily",
+                "2026-02-03 10:00:00",
+                "2026-02-05",
+                {{"Asia/Tokyo", "2026-02-08"}},
+                "20260203 20260204 20260205"},
+       }) {
+    for (const bool isOlder : {false, true}) {
+      SCOPED_TRACE(fmt::format("{} {}", why, isOlder));
+      SeriesStory store;
+      store.setClock("2026-01-01");
+      auto spend = store.rent(rule, begins);
+      if (*ends != '\0') spend.repeatEndDate = store.on(ends);
+      const auto seed = store.recorded(spend);
+      for (const auto& [zone, now] : stays) {
+        store.platform.calendar = *Calendar::make(zone, "en_US");
+        store.catchUp(now);
+        // Older seeds do not know when they began, nor their records' identifiers for which day they are.
+        if (!isOlder) continue;
+        ASSERT_TRUE(
+            store.sql("update transactions set payDate = 0, sday = 0 where type = 85 and deleted = 0"));
+        ASSERT_TRUE(store.sql("update transactions set eid = hex(randomblob(8)) where type = 12"));
+        ASSERT_TRUE(updateRecurringTransactionsForAll(store.root));
+      }
+      EXPECT_EQ(store.rows(
+                    "select group_concat(sday, ' ') from (select sday from transactions where repeat_seed = ?"
+                    " order by sday)",
+                    {seed}),
+                days);
+      EXPECT_EQ(store.unsound(), "");
+    }
+  }
+}
+
+TEST(Occurrences, thatComeAreOfTheDaysOfTheSeries) {
+  SeriesStory store;
+  store.setClock("2026-01-01");
+  auto spend = store.rent("Monthly", "2026-02-01 10:00:00");
+  spend.repeatEndDate = store.on("2026-03-01");
+  const auto seed = store.recorded(spend);
+  store.platform.calendar = *Calendar::make("Pacific/Honolulu", "en_US");
+  std::vector<Date> days{store.on("2026-02-01"), store.on("2026-03-01")};
+  for (Date& day : days) day = store.platform.calendar->dateBegin(day);
+  auto coming = *comingDates(store.loaded(seed), store.on("2026-09-01"), 9);
+  for (Date& day : coming) day = store.platform.calendar->dateBegin(day);
+  EXPECT_EQ(coming, days);
 }
 
 }  // namespace

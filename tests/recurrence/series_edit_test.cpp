@@ -92,8 +92,8 @@ TEST(SeriesEdit, reachesAsFarAsIsSaid) {
        "20231105 20231205", "20231231 20240131 20240229", "10 10 10 10 10", "20240331 Monthly 10"},
       {"another rule and day", "2024-02-05", Reach::following, on("Yearly", "2024-02-01"),
        "20231105 20231205 20240105", "20240201", "10 10 10 10", "20250201 Yearly 10"},
-      {"the whole series when nothing is before", "2023-11-05", Reach::all, on("", "2023-11-07"),
-       "20231107 20231207 20240107 20240207", "", "10 10 10 10", "20240307 Monthly 10"},
+      {"the whole series when nothing is before", "2023-11-05", Reach::all, on("", "2023-11-07"), "",
+       "20231107 20231207 20240107 20240207", " 10 10 10 10", "20240307 Monthly 10"},
       {"the rule it has", "2024-01-05", Reach::following, on("Monthly", ""), all, "", "10 10 10 10",
        "20240305 Monthly 10"},
   };
@@ -115,7 +115,7 @@ TEST(SeriesEdit, reachesAsFarAsIsSaid) {
                           seed.repeat, seed.amount),
               next);
     EXPECT_EQ(store.unsound(), "");
-    EXPECT_EQ(store.stateOf(store.seed()), isApart ? "1 stopRepeat by Date" : "0 ");
+    EXPECT_EQ(store.stateOf(store.seed()), isApart ? "1 stopRepeat by division" : "0 ");
   }
 }
 
@@ -189,8 +189,57 @@ TEST(SeriesEdit, leavesWhatAPersonSortedOutByHand) {
             "3removed before its series changed its days");
   // Nothing comes back, however it is looked for.
   ASSERT_TRUE(updateRecurringTransactionsForAll(store.root));
-  EXPECT_EQ(store.days(done->seed), "20231208 20240208 20240211");
+  EXPECT_EQ(store.days(done->seed), "20231208 20240211");
   EXPECT_EQ(store.days(done->seed, "deleted = 1"), "20240108");
+}
+
+TEST(SeriesEdit, keepsTheDayThatShortMonthsLack) {
+  SeriesStory store;
+  const auto seed = store.recorded(store.rent("Monthly", "2023-12-31"));
+  SeriesChange change;
+  change.rule = "Bimonthly";
+  const auto done =
+      editSeries(store.root, occurrencesOf(store.root, seed)->back().eid, Reach::following, change);
+  ASSERT_TRUE(done) << done.error().why;
+  EXPECT_EQ(done->next, store.on("2024-04-30"));
+}
+
+TEST(SeriesEdit, movesAllOfASeriesBack) {
+  SeriesStory store;
+  const auto seed = store.recorded(store.rent("Weekly", "2024-02-01"));
+  SeriesChange change;
+  change.date = store.on("2024-01-25");
+  const auto done = editSeries(store.root, occurrencesOf(store.root, seed)->front().eid, Reach::all, change);
+  ASSERT_TRUE(done && done->whole) << done.error().why;
+  EXPECT_EQ(store.days(done->seed), "20240125 20240201 20240208 20240215 20240222 20240229");
+  change = {};
+  change.end = store.on("2024-02-29");
+  EXPECT_TRUE(editSeries(store.root, done->seed, Reach::all, change)) << "before what it waits for";
+}
+
+TEST(SeriesEdit, doesNotRunTheFormerHalfBesideTheOther) {
+  EditedSeries store;
+  SeriesChange change;
+  change.rule = "Weekly";
+  ASSERT_TRUE(editSeries(store.root, store.of("2024-02-05"), Reach::following, change));
+  change = {};
+  change.amount = 11;
+  ASSERT_TRUE(editSeries(store.root, store.seed(), Reach::all, change));
+  EXPECT_FALSE(resumeSeries(store.root, store.seed(), Date{}, false));
+}
+
+TEST(SeriesEdit, tellsWhatIsMoreThanIsMadeAtOnce) {
+  SeriesStory store;
+  const auto seed = store.recorded(store.rent("Daily", "2024-02-28"));
+  SeriesChange change;
+  change.date = store.on("1950-01-05");
+  EXPECT_FALSE(editSeries(store.root, seed, Reach::following, change)) << "before its records";
+  EXPECT_FALSE(editSeries(store.root, occurrencesOf(store.root, seed)->front().eid, Reach::all, change));
+  EXPECT_EQ(store.days(seed), "20240228 20240229");
+  ASSERT_TRUE(store.sql("update transactions set deleted = 1, datetime = ? where eid = ?",
+                        {store.on("2010-01-01"), seed}));
+  const auto done = resumeSeries(store.root, seed, Date{}, true);
+  EXPECT_TRUE(done && done->more && done->made == kMostOccurrencesAtOnce);
 }
 
 TEST(SeriesEdit, endsAndGoesOn) {

@@ -56,7 +56,8 @@ std::vector<ListLine> linesDue(Session& session, const DueOptions& options, Date
   MVAppRoot& root = session.root();
   ListedRecords records(session);
   auto lines = records.pendingBefore(end);
-  for (const auto& entry : done(seriesDueBefore(root, end))) {
+  // A series goes by the days of its own zone, which may be due before the moment they begin with is.
+  for (const auto& entry : done(seriesDueBefore(root, session.calendar().dateWithDay(end, 2)))) {
     const auto line = records.series(entry.eid);
     if (!line) continue;
     const auto days = comingDates(line->row, end, std::numeric_limits<std::size_t>::max());

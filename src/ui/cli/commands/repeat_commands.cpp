@@ -127,11 +127,12 @@ void listSeries(Session& session, const RepeatOptions& options) {
     table.addRow({"", "", Cell(ruleText(session, group.repeatType), ink::bold)});
     for (const auto& seed : group.array) {
       const auto& holder = seed.paymentAccount ? seed.paymentAccount : seed.bookAccount;
-      table.addRow({Cell(shortEid(seed.eid), ink::dim), shortDate(session, seed.datetime),
+      table.addRow({Cell(shortEid(seed.eid), ink::dim), shortDate(session, dayHere(seed, seed.datetime)),
                     whatText(session, seed), withText(seed),
                     printable(holder ? holder->title : std::string()),
                     Cell(amountText(session, seed), comesIn(recordTypeOf(seed)) ? ink::green : ink::plain),
-                    seed.repeatEndDate == Date{} ? std::string() : shortDate(session, seed.repeatEndDate)});
+                    seed.repeatEndDate == Date{} ? std::string()
+                                                 : shortDate(session, dayHere(seed, seed.repeatEndDate))});
     }
     if (!options.stopped) addSums(session, table, group);
   }
@@ -177,14 +178,6 @@ void deleteTyped(Session& session, const RepeatOptions& options) {
       });
 }
 
-/// The day from which a series is looked at: that on which it began.
-Date beginOf(Session& session, const MVTransaction& seed) {
-  const auto isSet = [&](Date date) { return date != Date{} && session.calendar().year(date) != 1970; };
-  if (isSet(seed.repeatBeginDate)) return seed.repeatBeginDate;
-  const auto made = done(occurrencesOf(session.root(), seed.eid));
-  return made.empty() ? seed.datetime : made.front().datetime;
-}
-
 void refillOne(Session& session, const RepeatOptions& options) {
   std::string eid;
   SeriesProgress progress;
@@ -196,8 +189,7 @@ void refillOne(Session& session, const RepeatOptions& options) {
         if (seed.deleted != 0) {
           throw refused("the series is over; take it up again with: moniva repeat resume {}", shortEid(eid));
         }
-        progress = done(
-            createRepeatItemsFrom(seed, beginOf(session, seed), session.calendar().dateEnd(session.now())));
+        progress = done(createRepeatItemsFrom(seed, done(beginOfSeries(seed)), session.now()));
       },
       [&] {
         const auto seed = seriesTyped(session, eid);

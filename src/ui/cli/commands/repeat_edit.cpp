@@ -3,6 +3,7 @@
 #include "model/entry_checks.h"
 #include "model/spend.h"
 #include "recurrence/series_edit.h"
+#include "recurrence/series_view.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/entry_fields.h"
@@ -143,10 +144,15 @@ std::string courseText(Session& session, const MVTransaction& seed, const Series
   if (outcome.ended) {
     text += " " + session.text("It is over.");
   } else if (outcome.next != Date{}) {
-    text += " " + session.text("Its next record is due on {}.", shortDate(session, outcome.next));
+    text +=
+        " " + session.text("Its next record is due on {}.", shortDate(session, dayHere(seed, outcome.next)));
     if (seed.repeatEndDate != Date{}) {
-      text += " " + session.text("The last day is {}.", shortDate(session, seed.repeatEndDate));
+      text +=
+          " " + session.text("The last day is {}.", shortDate(session, dayHere(seed, seed.repeatEndDate)));
     }
+  }
+  if (outcome.more) {
+    text += " " + session.text("More is due: moniva repeat refill {}", shortEid(seed.eid));
   }
   if (outcome.beyondEnd > 0) {
     text += " " + session.count("{} record after its end stays.", "{} records after its end stay.",
@@ -176,8 +182,9 @@ void answerEdit(Session& session, Reach reach, const std::string& eid, const Ser
   }
   const auto what = seriesText(session, seed);
   std::string line =
-      outcome.former.empty()
-          ? session.text("The series is now {}.", what)
+      outcome.former.empty() ? session.text("The series is now {}.", what)
+      : outcome.whole
+          ? session.text("The series goes on as {}: {}.", shortEid(outcome.seed), what)
           : session.text("Divided the series. What lies before stays; from there on {} goes on: {}.",
                          shortEid(outcome.seed), what);
   if (outcome.changed > 0) {
@@ -212,7 +219,12 @@ void resumeTyped(Session& session, const SeriesEditOptions& options) {
       },
       [&] {
         const auto seed = rowNow(session, outcome.seed);
-        if (session.options().json) return session.printJson(seriesJson(session, seed));
+        if (session.options().json) {
+          auto object = seriesJson(session, seed);
+          object["made"] = outcome.made;
+          object["more"] = outcome.more;
+          return session.printJson(object);
+        }
         session.answer(session.text("Took up the series {}.", seriesText(session, seed)) +
                        courseText(session, seed, outcome));
       });

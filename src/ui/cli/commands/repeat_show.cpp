@@ -23,6 +23,7 @@ struct SeriesRecords {
   std::int64_t count = 0;
   std::map<std::string, double> sums;
   std::vector<std::string> listed;  ///< the earliest first
+  std::optional<Date> first;        ///< of those in use the date of the earliest
 };
 
 SeriesRecords recordsOf(Session& session, const MVTransaction& seed, bool all) {
@@ -32,6 +33,7 @@ SeriesRecords recordsOf(Session& session, const MVTransaction& seed, bool all) {
   std::set<std::string, std::less<>> live;
   for (const auto& one : done(occurrencesOf(root, seed.eid))) {
     if (one.deleted == 0) live.insert(one.eid);
+    if (one.deleted == 0 && !records.first) records.first = one.datetime;
     if (one.deleted == 0 || all) records.listed.push_back(one.eid);
   }
   records.count = static_cast<std::int64_t>(live.size());
@@ -51,6 +53,9 @@ SeriesRecords recordsOf(Session& session, const MVTransaction& seed, bool all) {
 std::string stateText(const Session& session, const MVTransaction& seed) {
   if (seed.deleted == 0) return session.text("goes on");
   const auto row = TransactionItem::fromEID(seed.root(), seed.eid);
+  if (row && row->ipid == "stopRepeat by division") {
+    return session.text("over: it was divided, and goes on as another series");
+  }
   return row && row->ipid == "stopRepeat by Date" ? session.text("over: its last day has passed")
                                                   : session.text("stopped");
 }
@@ -77,10 +82,14 @@ void printFacts(Session& session, const MVTransaction& seed, const SeriesRecords
   }
   add(session.text("Book"), title(seed.bookAccount));
   add(session.text("Note"), printable(seed.note));
-  if (seed.repeatBeginDate != Date{})
-    facts.add(session.text("Began"), shortDate(session, seed.repeatBeginDate));
-  facts.add(session.text("Until"),
-            seed.repeatEndDate == Date{} ? session.text("no end") : shortDate(session, seed.repeatEndDate));
+  if (seed.repeatBeginDate != Date{}) {
+    // One that goes on with records of another waits for days after those.
+    const Date begun = dayHere(seed, seed.repeatBeginDate);
+    facts.add(session.text("Began"), shortDate(session, std::min(begun, records.first.value_or(begun))));
+  }
+  facts.add(session.text("Until"), seed.repeatEndDate == Date{}
+                                       ? session.text("no end")
+                                       : shortDate(session, dayHere(seed, seed.repeatEndDate)));
   std::vector<std::string> days;
   for (const Date day : coming) days.push_back(shortDate(session, day));
   facts.add(session.text("State"), stateText(session, seed));
