@@ -213,7 +213,10 @@ Result<> updateStringTypeDateField(MVAppRoot& root) {
   });
   if (Connection* db = root.db().getDatabase()) db->executeScript("PRAGMA legacy_alter_table = OFF");
   if (done && unread > 0) {
-    root.addNotice("{} dates in the store are texts that cannot be read; they stay as they are.", unread);
+    root.addNotice(
+        unread == 1
+            ? phrase("{} date in the store is a text that cannot be read; it stays as it is.", unread)
+            : phrase("{} dates in the store are texts that cannot be read; they stay as they are.", unread));
   }
   return done;
 }

@@ -124,7 +124,7 @@ class SeriesEditor {
     if (!rule) return refuse("'{}' is no rule of repeating", seed_.repeat);
     const Date begin = change_.date ? calendar_.dateBegin(*change_.date) : from_;
     if (!past_.empty() && !calendar_.isAfterDay(begin, past_.back().datetime)) {
-      return refuse("the series has a record on {} already, and the day would be before it",
+      return refuse("the series has a record on {} already, and the new day would lie before it",
                     stringOfDateMediumStyle(calendar_, past_.back().datetime));
     }
     const Date end = endOf(change_.end.value_or(seed_.repeatEndDate));
@@ -206,7 +206,7 @@ class SeriesEditor {
         dates_[at] = begin;
         date = begin;
       } else if (calendar_.isBeforeDay(date, begin)) {
-        return refuse("the series has a record on {}, which the day would pass",
+        return refuse("the series has a record on {}, which the new day would pass",
                       stringOfDateMediumStyle(calendar_, date));
       }
       latest = std::max(latest, date);

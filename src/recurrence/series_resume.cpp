@@ -46,8 +46,9 @@ Result<SeriesOutcome> resumeSeries(MVAppRoot& root, std::string_view eid, std::o
     if (!firstDay) return tl::make_unexpected(firstDay.error());
     while (!fill && next <= today) next = nextRepeatDate(calendar, *rule, next, *firstDay);
     if (until != Date{} && calendar.isBeforeDay(until, next)) {
-      return refuse("its end, {}, lies before its next day, {}", stringOfDateMediumStyle(calendar, until),
-                    stringOfDateMediumStyle(calendar, next));
+      return refuse(
+          "its end, {}, lies before its next day, {}; say with --until when it is to end, or --until never",
+          stringOfDateMediumStyle(calendar, until), stringOfDateMediumStyle(calendar, next));
     }
     auto written = write(root,
                          "update transactions set deleted = 0, datetime = ?, repeat_end_date = ?, ipid = '',"

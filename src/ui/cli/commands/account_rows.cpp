@@ -69,8 +69,10 @@ Cell amountCell(const Session& session, double amount, const std::string& curren
   return {session.amounts().formatPlain(amount, currency), amount < 0 ? ink::red : ink::plain};
 }
 
-std::string recordsText(const Session& session, std::int64_t count) {
-  return session.count("{} record", "{} records", count);
+std::string recordsText(const Session& session, std::int64_t count, std::int64_t series) {
+  const auto records = session.count("{} record", "{} records", count);
+  return series == 0 ? records
+                     : session.text("{} and {}", records, session.count("{} series", "{} series", series));
 }
 
 std::string titlesText(const std::vector<MonivaAccount>& rows) {
