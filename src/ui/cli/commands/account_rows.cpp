@@ -71,8 +71,9 @@ Cell amountCell(const Session& session, double amount, const std::string& curren
 
 std::string recordsText(const Session& session, std::int64_t count, std::int64_t series) {
   const auto records = session.count("{} record", "{} records", count);
-  return series == 0 ? records
-                     : session.text("{} and {}", records, session.count("{} series", "{} series", series));
+  if (series == 0) return records;
+  const auto seeds = session.count("{} series", "{} series", series);
+  return count == 0 ? seeds : session.text("{} and {}", records, seeds);
 }
 
 std::string titlesText(const std::vector<MonivaAccount>& rows) {
