@@ -110,7 +110,7 @@ const std::vector<UpgradeStep>& upgradeSteps() {
        .run = updateDataFiled20210305},
       {.code = 10,
        .name = "clearDuplicateAccountWithSamePK",
-       .purpose = toTranslate("leaves one of books or accounts that share a key"),
+       .purpose = toTranslate("leaves one of several books or accounts that share a key"),
        .key = "clearDuplicateAccountWithSamePK",
        .run = clearDuplicateAccountWithSamePK},
       {.code = 11,

@@ -73,7 +73,7 @@ constexpr std::array kCounts = {
         " 0.000001)",
         toTranslate("{} record whose payments do not come to its items"),
         toTranslate("{} records whose payments do not come to their items")},
-    Count{toTranslate("series"),
+    Count{toTranslate("rules of series"),
           "select count(*) from transactions where type = 85 and deleted = 0 and (not datetime > 31536000 or"
           " typeof(datetime) not in ('real', 'integer') or repeat not in ('Daily', 'Weekly', 'Biweekly',"
           " 'Monthly', 'Bimonthly', 'Quarterly', 'Half-yearly', 'Yearly'))",
@@ -81,9 +81,10 @@ constexpr std::array kCounts = {
           toTranslate("{} series that have no next date, or no rule that is one, and make nothing")},
     Count{toTranslate("records of series"),
           "select count(*) from transactions where repeat_seed > '' and deleted = 0 and repeat_seed not in"
-          " (select eid from transactions where type = 85)",
-          toTranslate("{} record of a series that does not exist"),
-          toTranslate("{} records of series that do not exist")},
+          " (select eid from transactions where type = 85 and (deleted != 3 or ipid like 'stopRepeat%' or"
+          " ipid like 'delete by clear %'))",
+          toTranslate("{} record of a series that does not exist or was deleted"),
+          toTranslate("{} records of series that do not exist or were deleted")},
     Count{toTranslate("keys of books and accounts"),
           "select count(*) from (select oldTitle from account group by oldTitle having count(*) > 1)",
           toTranslate("{} key that two books or accounts share"),

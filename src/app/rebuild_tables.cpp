@@ -304,8 +304,11 @@ Result<> updateStringTypeDateField(MVAppRoot& root) {
   });
   if (Connection* db = root.db().getDatabase()) db->executeScript("PRAGMA legacy_alter_table = OFF");
   if (done && mended.unread > 0) {
-    root.addNotice("{} dates in the store are texts that cannot be read; they stay as they are.",
-                   mended.unread);
+    root.addNotice(
+        mended.unread == 1
+            ? phrase("{} date in the store is a text that cannot be read; it stays as it is.", mended.unread)
+            : phrase("{} dates in the store are texts that cannot be read; they stay as they are.",
+                     mended.unread));
   }
   return done;
 }

@@ -149,8 +149,9 @@ Result<> settleWhatIsDue(MainAppDelegate& app) {
   const auto count = makeMonivasPaid(app.root());
   if (!count) app.root().addNotice(count.error());
   settled = count.value_or(0);
-  const Phrase added = made == 1 ? phrase("Added {} record of {} repeating series.", made, series)
-                                 : phrase("Added {} records of {} repeating series.", made, series);
+  const Phrase added = made == 1     ? phrase("Added {} record of one series.", made)
+                       : series == 1 ? phrase("Added {} records of one series.", made)
+                                     : phrase("Added {} records of {} series.", made, series);
   const Phrase paid = settled == 1 ? phrase("Settled {} pending record that has come due.", settled)
                                    : phrase("Settled {} pending records that have come due.", settled);
   if (made > 0 && settled > 0) {

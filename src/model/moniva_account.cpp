@@ -152,11 +152,19 @@ bool MonivaAccount::isEmpty() const {
 }
 
 Result<std::int64_t> MonivaAccount::recordCount() const {
+  return rowCount("type not in (85, 86)");
+}
+
+Result<std::int64_t> MonivaAccount::seriesCount() const {
+  return rowCount("type = 85");
+}
+
+Result<std::int64_t> MonivaAccount::rowCount(std::string_view condition) const {
   Connection* db = root_->db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  Run run = db->query(
-      fmt::format("select count(eid) from transactions where {} and deleted = 0", accountQuerySQL(*this)),
-      {pk});
+  Run run = db->query(fmt::format("select count(eid) from transactions where {} and deleted = 0 and {}",
+                                  accountQuerySQL(*this), condition),
+                      {pk});
   if (!run.next()) return tl::make_unexpected(db->refusal());
   return run.integer(0);
 }

@@ -85,9 +85,11 @@ class MonivaAccount {
   bool isOtherAccount() const;
   /// Whether no record was ever kept in the row, deleted ones included; one that cannot be read is not empty.
   bool isEmpty() const;
-  /// How many live rows of `transactions` are kept in the book or account, of whatever kind: what `clear`
-  /// removes.
+  /// How many live rows of `transactions` are kept in the book or account, of whatever kind; seeds of series
+  /// and of plans, which only say what records there are to be, are none.
   Result<std::int64_t> recordCount() const;
+  /// How many live series make records of the book or account.
+  Result<std::int64_t> seriesCount() const;
 
   /// Sets the kind text with the tracking type and the profit display that go with it.
   void setType(std::string_view type);
@@ -132,8 +134,8 @@ class MonivaAccount {
   /// Brings back what was deleted under the object's title, books and accounts alike. Refused when nothing
   /// was, or when a live row has the title by now.
   Result<> recoverForTitle();
-  /// Removes all live records of the book or account and counts again every balance they were part of.
-  /// Answers how many there were. A group is not cleared.
+  /// Removes all live records of the book or account, its series too, and counts again every balance they
+  /// were part of. Answers how many records there were. A group is not cleared.
   Result<std::int64_t> clear();
 
   /// The order mode of the book's categories of a type (11 income, otherwise expense): "0" unless it was set.
@@ -154,6 +156,7 @@ class MonivaAccount {
   static MonivaAccount pseudo(MVAppRoot& root, std::string_view type);
   static std::optional<MonivaAccount> withTitle(MVAppRoot& root, int aKind, std::string_view title);
   void read(const Run& run);
+  Result<std::int64_t> rowCount(std::string_view condition) const;
   /// Runs an update of one column: value, stamp, device, key.
   Result<> update(std::string_view sql, const Value& value);
   /// Writes one of the display options.

@@ -145,6 +145,8 @@ Result<> MonivaAccount::recoverForTitle() {
 Result<std::int64_t> MonivaAccount::clear() {
   if (isGroup) return refuse("'{}' is a group; clear its members one by one", title);
   return atomically(*root_, [&](Connection& db) -> Result<std::int64_t> {
+    const auto records = recordCount();
+    if (!records) return records;
     std::set<std::string> touched{pk};
     {
       Run run = db.query(
@@ -189,7 +191,6 @@ Result<std::int64_t> MonivaAccount::clear() {
                          " account = ? and deleted = 0",
               mark, root_->editStamp(), root_->itsUDID(), pk);
     if (!written) return tl::make_unexpected(written.error());
-    const auto cleared = db.changes();
     for (const auto& group : groups) {
       if (auto settled = settleCleared(*root_, group, mark); !settled) {
         return tl::make_unexpected(settled.error());
@@ -202,7 +203,7 @@ Result<std::int64_t> MonivaAccount::clear() {
     if (auto counted = countTheTotalBalances(*root_, touched); !counted)
       return tl::make_unexpected(counted.error());
     getInfo();
-    return cleared;
+    return *records;
   });
 }
 

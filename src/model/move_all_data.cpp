@@ -14,6 +14,8 @@ namespace {
 constexpr std::string_view kNamesAccount = "(type in (23,33,83) or (type = 85 and syear = 33))";
 /// Budgets are plans for the book itself.
 constexpr std::string_view kNoBudget = "type not in (60,61,62)";
+/// Seeds of series and of plans say what records there are to be, and are none.
+constexpr std::string_view kNoSeed = "type not in (85,86)";
 
 Result<> checkMove(Connection& db, const MonivaAccount& from, const MonivaAccount& other) {
   if (from.pk == other.pk) return refuse("'{}' has its records already", other.title);
@@ -84,8 +86,8 @@ Result<std::int64_t> moveAllDataTo(const MonivaAccount& from, const MonivaAccoun
     if (!keys) return tl::make_unexpected(keys.error());
     const auto records =
         numberOf(db,
-                 fmt::format("select count(*) from transactions where {} = ? and deleted = 0 and {}", column,
-                             kNoBudget),
+                 fmt::format("select count(*) from transactions where {} = ? and deleted = 0 and {} and {}",
+                             column, kNoBudget, kNoSeed),
                  {source->pk});
     if (!records) return records;
 

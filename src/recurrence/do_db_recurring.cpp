@@ -79,8 +79,10 @@ void bringAlong(MVAppRoot& root, const MVTransaction& seed, bool sinceItBegan, D
     return;
   }
   if (progress->more) {
-    all.troubles.push_back(phrase("The series '{}' has more due than {} records; the rest comes next time.",
-                                  nameOfSeries(seed), kMostOccurrencesAtOnce));
+    all.troubles.push_back(
+        phrase("The series '{}' has more due than {} records; the rest comes tomorrow, or now with: "
+               "moniva repeat refill --all",
+               nameOfSeries(seed), kMostOccurrencesAtOnce));
   }
   all.made += progress->made;
   all.series += progress->made > 0 ? 1 : 0;

@@ -55,8 +55,9 @@ Result<SeriesOutcome> resumeSeries(MVAppRoot& root, std::string_view eid, std::o
     if (!firstDay) return tl::make_unexpected(firstDay.error());
     while (!fill && home.dayNumber(next) <= today) next = nextRepeatDate(home, *rule, next, *firstDay);
     if (until != Date{} && home.isBeforeDay(until, next)) {
-      return refuse("its end, {}, lies before its next day, {}", stringOfDateMediumStyle(home, until),
-                    stringOfDateMediumStyle(home, next));
+      return refuse(
+          "its end, {}, lies before its next day, {}; say with --until when it is to end, or --until never",
+          stringOfDateMediumStyle(home, until), stringOfDateMediumStyle(home, next));
     }
     auto written = write(root,
                          "update transactions set deleted = 0, datetime = ?, repeat_end_date = ?, ipid = '',"

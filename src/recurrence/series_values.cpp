@@ -87,7 +87,7 @@ Result<> checkSide(MVAppRoot& root, const std::string& former, const std::string
   const auto now = currencyOfAccount(root, account);
   if (!now) return tl::make_unexpected(now.error());
   if (before && *before != *now) {
-    return refuse("the series moves {}, and the account is kept in {}", *before, *now);
+    return refuse("the series is kept in {}, and the account in {}", *before, *now);
   }
   return {};
 }

@@ -33,6 +33,12 @@ TEST(Table, neverCutsAFigure) {
   EXPECT_EQ(limited.render(), "Note       Sum\n──────────────\nbirthd…  12.50\n");
 }
 
+TEST(Table, keepsWhatIsTypedAgainWhole) {
+  Table table({{.title = "", .isWhole = true}, {.title = "", .minWidth = 8}, {.title = ""}});
+  table.addRow({"1a2b3c4d", "Rent of the flat", "Household"});
+  EXPECT_EQ(table.render({}, 20), "1a2b3c4d  Rent of…  House…\n");
+}
+
 TEST(Table, isPrintedInPartsAsWideAsTheFirst) {
   Table table({{.title = "What", .minWidth = 6}, {.title = "Sum", .align = Align::right}});
   table.addRow({"tea", "1.00"});

@@ -12,8 +12,8 @@ std::vector<CommandText> repeatTexts() {
         {"moniva repeat edit 1a2b3c4d --following --amount 520", "another amount from one record on"}}},
       {"repeat list",
        "list the series by how often they repeat",
-       "With what one round of them comes to in each currency. The series at the beginning of each line is "
-       "what the other commands take.",
+       "With what all of a rule come to each time, by currency. The identifier at the beginning of each line "
+       "is what the other commands take.",
        {{"moniva repeat list", ""},
         {"moniva repeat list --rule monthly -b Household", "those of a rule and a book"},
         {"moniva repeat list --stopped", "those that can be taken up again"}}},
@@ -46,7 +46,7 @@ std::vector<CommandText> repeatTexts() {
        {{"moniva repeat delete 1a2b3c4d --dry-run", ""}}},
       {"repeat refill",
        "add what a series lacks since it began",
-       "Days whose record was deleted by a person stay without.",
+       "Days whose record was deleted by a person stay without one.",
        {{"moniva repeat refill 1a2b3c4d", ""}, {"moniva repeat refill --all --dry-run", "what is missing"}}},
       {"due",
        "see what is to be paid and comes in next",

@@ -41,6 +41,10 @@ std::size_t slipsBetween(const std::u32string& a, const std::u32string& b) {
 
 }  // namespace
 
+bool isSameWord(std::string_view one, std::string_view other) {
+  return folded(one) == folded(other);
+}
+
 std::optional<std::string> didYouMean(std::string_view wanted, std::span<const std::string> candidates) {
   const std::u32string typed = folded(wanted);
   if (typed.empty()) return std::nullopt;

@@ -7,6 +7,9 @@
 
 namespace moniva {
 
+/// Whether the texts differ in upper and lower case at most, in any script.
+bool isSameWord(std::string_view one, std::string_view other);
+
 /// The candidate that was probably meant by `wanted`, or nothing when none is near. Near means a slip of the
 /// fingers for each three signs (a sign wrong, missing, added or two swapped), or a candidate that goes on
 /// where `wanted` stops ("trans" for "transfer"). Upper and lower case do not matter in any script; of

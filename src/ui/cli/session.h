@@ -107,6 +107,16 @@ class Session {
                                                      {several.data(), several.size()}, n),
                   n == 1 ? single : several, fmt::make_format_args(n));
   }
+  /// The same with more slots than the number's, all of which are given in their order.
+  template <class First, class... Rest>
+  std::string count(fmt::format_string<First, Rest...> one, fmt::format_string<First, Rest...> many,
+                    std::int64_t n, First&& first, Rest&&... rest) const {
+    const fmt::string_view single = one;
+    const fmt::string_view several = many;
+    return filled(platform_->localization->localized({single.data(), single.size()},
+                                                     {several.data(), several.size()}, n),
+                  n == 1 ? single : several, fmt::make_format_args(first, rest...));
+  }
   /// The currency of new books and accounts when none is named.
   std::string defaultCurrency() const;
   /// The answer of a command that changed something: one line on standard output.

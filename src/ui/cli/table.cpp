@@ -96,7 +96,9 @@ void Table::fit(std::vector<std::size_t>& widths, std::size_t width) const {
   for (std::size_t total = tableWidth(widths); total > width; --total) {
     std::size_t* widest = nullptr;
     for (std::size_t i = 0; i < widths.size(); ++i) {
-      if (columns_[i].align != Align::left || widths[i] <= leastWidth) continue;
+      const Column& column = columns_[i];
+      if (column.align != Align::left || column.isWhole) continue;
+      if (widths[i] <= std::max(leastWidth, column.minWidth)) continue;
       if (widest == nullptr || widths[i] > *widest) widest = &widths[i];
     }
     if (widest == nullptr) return;

@@ -19,6 +19,7 @@ struct Column {
   std::size_t maxWidth = 0;  ///< in cells; 0 for as wide as its text
   bool isSearched = false;   ///< what was looked for is marked in it
   std::size_t minWidth = 0;
+  bool isWhole = false;  ///< never cut, for what is typed again or is no use in part
 };
 
 /// One place in a Table: its text and how it looks.

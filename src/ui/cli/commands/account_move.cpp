@@ -20,19 +20,21 @@ void moveRecords(Session& session, int aKind, const MoveOptions& options) {
     return aKind == kBookKind ? bookNamed(session, name, meant) : accountNamed(session, name, meant);
   };
   std::int64_t moved = 0;
+  std::int64_t series = 0;
   std::optional<MonivaAccount> from;
   std::optional<MonivaAccount> to;
   changeStore(session, [&] {
     from = named(options.from, Meant::single);
     to = named(options.to, Meant::open);
+    series = done(from->seriesCount());
     moved = done(moveAllDataTo(*from, *to));
-    if (moved == 0) throw refused("'{}' has no records", from->title);
+    if (moved + series == 0) throw refused("'{}' has no records", from->title);
   });
   session.root().markRecentEditDate();
   to->getInfo();
   if (session.options().json) return session.printJson(boost::json::object{{"records", moved}});
   session.answer(session.text("Moved {} from '{}' to '{}'; the balance of '{}' is {} now.",
-                              recordsText(session, moved), from->title, to->title, to->title,
+                              recordsText(session, moved, series), from->title, to->title, to->title,
                               session.amounts().format(to->totalBalance, to->currency)));
 }
 

@@ -69,8 +69,11 @@ Cell amountCell(const Session& session, double amount, const std::string& curren
   return {session.amounts().formatPlain(amount, currency), amount < 0 ? ink::red : ink::plain};
 }
 
-std::string recordsText(const Session& session, std::int64_t count) {
-  return session.count("{} record", "{} records", count);
+std::string recordsText(const Session& session, std::int64_t count, std::int64_t series) {
+  const auto records = session.count("{} record", "{} records", count);
+  if (series == 0) return records;
+  const auto seeds = session.count("{} series", "{} series", series);
+  return count == 0 ? seeds : session.text("{} and {}", records, seeds);
 }
 
 std::string titlesText(const std::vector<MonivaAccount>& rows) {

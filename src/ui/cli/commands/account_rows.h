@@ -49,8 +49,8 @@ std::string dashboardText(const Session& session, const MonivaAccount& book);
 Cell titleCell(const Session& session, const MonivaAccount& row);
 /// An amount in the row's currency, red below zero.
 Cell amountCell(const Session& session, double amount, const std::string& currency);
-/// "12 records".
-std::string recordsText(const Session& session, std::int64_t count);
+/// "12 records", "12 records and 1 series", "1 series".
+std::string recordsText(const Session& session, std::int64_t count, std::int64_t series = 0);
 /// "its 12 records", or "no records".
 std::string ownRecordsText(const Session& session, const MonivaAccount& row);
 /// "Cash, Checking".

@@ -7,6 +7,7 @@
 #include "model/account_groups.h"
 #include "model/transaction_type.h"
 #include "model/transfer.h"
+#include "recurrence/series_standing.h"
 #include "storage/writes.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
@@ -37,13 +38,21 @@ void putInOrder(Session& session, int aKind, const std::vector<std::string>& nam
   session.printJson(kept);
 }
 
+/// What is said of series that wait for the row; "" where none does.
+std::string missedText(Session& session, const MonivaAccount& row) {
+  if (done(seriesBehind(session.root(), row.pk)) == 0) return {};
+  return " " + session.text(
+                   "What its series missed comes with the next day, or now with: "
+                   "moniva repeat refill --all");
+}
+
 std::string setClosed(Session& session, MonivaAccount& row, bool closed) {
   if (row.enabled != closed) {
     throw closed ? refused("'{}' is closed already", row.title) : refused("'{}' is open already", row.title);
   }
   done(row.close(closed));
   return closed ? session.text("'{}' is closed and takes no new records.", row.title)
-                : session.text("'{}' is open again.", row.title);
+                : session.text("'{}' is open again.", row.title) + missedText(session, row);
 }
 
 std::string deleteRow(Session& session, MonivaAccount& row) {
@@ -106,7 +115,7 @@ void recoverTitle(Session& session, const std::string& title) {
     if (session.options().json) {
       list.push_back(jsonNow(session, row));
     } else {
-      session.answer(recoveredText(session, row));
+      session.answer(recoveredText(session, row) + missedText(session, row));
     }
   }
   if (session.options().json) session.printJson(list);
@@ -114,7 +123,8 @@ void recoverTitle(Session& session, const std::string& title) {
 
 std::string clearRow(Session& session, MonivaAccount& row, bool yes) {
   const auto count = done(row.recordCount());
-  if (count == 0) throw refused("'{}' has no records", row.title);
+  const auto series = done(row.seriesCount());
+  if (count + series == 0) throw refused("'{}' has no records", row.title);
   const auto transferred = done(Transfer::countOf(row.root(), row.pk));
   const std::string transfers = session.count("{} transfer", "{} transfers", transferred);
   if (!yes && transferred > 0) {
@@ -122,16 +132,16 @@ std::string clearRow(Session& session, MonivaAccount& row, bool yes) {
         "this would remove the {} of '{}' for good; of {} among them the other account keeps its side; if "
         "so, "
         "say --yes",
-        recordsText(session, count), row.title, transfers);
+        recordsText(session, count, series), row.title, transfers);
   }
   if (!yes) {
-    throw refused("this would remove the {} of '{}' for good; if so, say --yes", recordsText(session, count),
-                  row.title);
+    throw refused("this would remove the {} of '{}' for good; if so, say --yes",
+                  recordsText(session, count, series), row.title);
   }
   const auto removed = done(row.clear());
   std::string answer =
-      session.text("Removed {} of '{}'; its balance is {} now.", recordsText(session, removed), row.title,
-                   session.amounts().format(row.totalBalance, row.currency));
+      session.text("Removed {} of '{}'; its balance is {} now.", recordsText(session, removed, series),
+                   row.title, session.amounts().format(row.totalBalance, row.currency));
   if (transferred > 0) {
     answer += " " + session.text("Of {} among them the other account keeps its side.", transfers);
   }

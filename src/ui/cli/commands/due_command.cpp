@@ -4,6 +4,7 @@
 #include <map>
 
 #include "model/entry_checks.h"
+#include "recurrence/series_standing.h"
 #include "recurrence/series_view.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/list_lines.h"
@@ -56,26 +57,32 @@ std::vector<ListLine> linesDue(Session& session, const DueOptions& options, Date
   MVAppRoot& root = session.root();
   ListedRecords records(session);
   auto lines = records.pendingBefore(end);
+  std::optional<MonivaAccount> book;
+  if (!options.book.empty()) book = bookNamed(session, options.book);
+  const auto isOfBook = [&](const MVTransaction& row) {
+    return !book || (row.bookAccount && row.bookAccount->pk == book->pk);
+  };
+  const auto leaveOut = [&](const MVTransaction& seed, const Refusal& why) {
+    session.complain(session.text("The series {} is left out: {}", shortEid(seed.eid),
+                                  why.phrase->in(session.translate())));
+  };
+  std::erase_if(lines, [&](const ListLine& line) { return !isOfBook(line.row); });
   // A series goes by the days of its own zone, which may be due before the moment they begin with is.
   for (const auto& entry : done(seriesDueBefore(root, session.calendar().dateWithDay(end, 2)))) {
     const auto line = records.series(entry.eid);
-    if (!line) continue;
-    const auto days = comingDates(line->row, end, std::numeric_limits<std::size_t>::max());
-    if (!days) {
-      session.complain(session.text("The series {} is left out: {}", shortEid(entry.eid),
-                                    days.error().phrase->in(session.translate())));
+    if (!line || !isOfBook(line->row)) continue;
+    if (const auto makes = checkMakes(line->row); !makes) {
+      leaveOut(line->row, makes.error());
       continue;
     }
-    for (const Date day : *days) {
+    for (const Date day : done(comingDates(line->row, end, std::numeric_limits<std::size_t>::max()))) {
       lines.push_back(*line);
       lines.back().row.datetime = day;
     }
   }
-  if (!options.book.empty()) {
-    const auto book = bookNamed(session, options.book);
-    std::erase_if(lines, [&](const ListLine& line) {
-      return !line.row.bookAccount || line.row.bookAccount->pk != book.pk;
-    });
+  for (const auto& seed : done(seriesWithoutDate(root))) {
+    const auto makes = checkMakes(seed);
+    if (!makes && isOfBook(seed)) leaveOut(seed, makes.error());
   }
   std::ranges::stable_sort(lines, {}, [](const ListLine& line) { return line.row.datetime; });
   return lines;
@@ -83,8 +90,8 @@ std::vector<ListLine> linesDue(Session& session, const DueOptions& options, Date
 
 void printDueTable(Session& session, const std::vector<ListLine>& lines) {
   const Calendar& calendar = session.calendar();
-  Table table({{.title = session.text("Record")},
-               {.title = session.text("Due")},
+  Table table({{.title = session.text("Record"), .isWhole = true},
+               {.title = session.text("Due"), .isWhole = true},
                {.title = session.text("What"), .maxWidth = 60},
                {.title = session.text("With"), .maxWidth = 40},
                {.title = session.text("Account or book")},

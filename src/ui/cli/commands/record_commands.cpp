@@ -153,6 +153,13 @@ void requireDeletable(Session& session, const MVTransaction& row, const std::str
                      row.type() == kind::kBalanceCorrection ||
                      done(RecordWhole::of(session.root(), row.eid)).has_value();
   if (known) return;
+  if (row.type() == kind::kRepeatSeed) {
+    const auto eid = shortEid(row.eid);
+    throw refused(
+        "this is a series of records; end it with: moniva repeat stop {}, or delete it with: moniva "
+        "repeat delete {}",
+        eid, eid);
+  }
   throw refused("this is a {}, which has commands of its own", kindOfRow(session, row));
 }
 

@@ -12,10 +12,10 @@
 namespace moniva {
 namespace {
 
-/// What the series is: "Rent, Lang, €500.00, monthly".
+/// What the series is: "Rent, Lang, €500.00, monthly"; "" where there is none.
 std::string damagedSeriesText(Session& session, const std::string& seed) {
   const auto found = MVTransaction::transactionFromEID(session.root(), seed);
-  if (!found || found->type() != kind::kRepeatSeed) return shortEid(seed);
+  if (!found || found->type() != kind::kRepeatSeed) return {};
   return seriesText(session, *found);
 }
 
@@ -31,11 +31,12 @@ boost::json::array findingsJson(const SeriesFindings& findings) {
 }
 
 void printFindings(Session& session, const SeriesFindings& findings) {
-  Table table({{.title = session.text("Series")},
+  Table table({{.title = session.text("Series"), .isWhole = true},
+               {.title = session.text("What"), .maxWidth = 60},
                {.title = session.text("Found")},
                {.title = session.text("Records"), .align = Align::right}});
   for (const auto& one : findings) {
-    table.addRow({damagedSeriesText(session, one.seed),
+    table.addRow({Cell(shortEid(one.seed), ink::dim), damagedSeriesText(session, one.seed),
                   Cell(one.what.in(session.translate()), one.mendable ? Ink{} : ink::yellow),
                   std::to_string(one.records)});
   }

@@ -3,9 +3,11 @@
 #include <map>
 
 #include "model/entry_checks.h"
+#include "model/record_entry.h"
 #include "model/repeat_rule.h"
 #include "recurrence/do_db_recurring.h"
 #include "recurrence/series_edit.h"
+#include "recurrence/series_standing.h"
 #include "recurrence/series_view.h"
 #include "recurrence/spend_repeat.h"
 #include "ui/cli/command_error.h"
@@ -54,21 +56,12 @@ void countSums(SeriesOfRule& group) {
 /// The series asked for by rule; rules without any are left out.
 std::vector<SeriesOfRule> groupsAsked(Session& session, const RepeatOptions& options) {
   MVAppRoot& root = session.root();
-  const std::string wanted = options.rule.empty() ? std::string() : ruleTyped(options.rule);
+  const std::string wanted = options.rule.empty() ? std::string() : ruleTyped(session, options.rule);
   std::optional<MonivaAccount> book;
   if (!options.book.empty()) book = bookNamed(session, options.book);
   const auto over = options.stopped ? done(stoppedSeries(root)) : std::vector<MVTransaction>();
   std::vector<SeriesOfRule> groups;
-  for (const auto rule : kRepeatRules) {
-    if (!wanted.empty() && rule != wanted) continue;
-    SeriesOfRule group;
-    if (options.stopped) {
-      group.repeatType = rule;
-      std::ranges::copy_if(over, std::back_inserter(group.array),
-                           [&](const MVTransaction& seed) { return seed.repeat == rule; });
-    } else {
-      group = done(recurringTransactionsFor(root, rule));
-    }
+  const auto addGroup = [&](SeriesOfRule group) {
     if (book) {
       std::erase_if(group.array, [&](const MVTransaction& seed) {
         return !seed.bookAccount || seed.bookAccount->pk != book->pk;
@@ -76,7 +69,22 @@ std::vector<SeriesOfRule> groupsAsked(Session& session, const RepeatOptions& opt
     }
     if (options.stopped || book) countSums(group);
     if (!group.array.empty()) groups.push_back(std::move(group));
+  };
+  const auto overWhere = [&](std::string_view name, const auto& isOfIt) {
+    SeriesOfRule group;
+    group.repeatType = name;
+    std::ranges::copy_if(over, std::back_inserter(group.array), isOfIt, &MVTransaction::repeat);
+    return group;
+  };
+  for (const auto rule : kRepeatRules) {
+    if (!wanted.empty() && rule != wanted) continue;
+    addGroup(options.stopped ? overWhere(rule, [&](const auto& repeat) { return repeat == rule; })
+                             : done(recurringTransactionsFor(root, rule)));
   }
+  if (!wanted.empty()) return groups;
+  SeriesOfRule damaged = overWhere("", [](const auto& repeat) { return !repeatRuleFrom(repeat); });
+  if (!options.stopped) damaged.array = done(seriesWithoutRule(root));
+  addGroup(std::move(damaged));
   return groups;
 }
 
@@ -97,6 +105,14 @@ void addSums(Session& session, Table& table, const SeriesOfRule& group) {
   add(session.text("Income, each time"), group.incomeSums, true);
 }
 
+/// When the series is due, of one that is over when its last record was; blank where it makes nothing.
+std::string dayText(Session& session, const MVTransaction& seed) {
+  if (seed.deleted == 0)
+    return checkMakes(seed) ? shortDate(session, dayHere(seed, seed.datetime)) : std::string();
+  const auto latest = done(latestRecordOf(session.root(), seed.eid));
+  return latest ? shortDate(session, *latest) : std::string();
+}
+
 void listSeries(Session& session, const RepeatOptions& options) {
   const auto groups = groupsAsked(session, options);
   if (session.options().json) {
@@ -115,26 +131,29 @@ void listSeries(Session& session, const RepeatOptions& options) {
     return session.say(options.stopped ? session.text("No series is over.")
                                        : session.text("There is no such series."));
   }
-  Table table({{.title = session.text("Series")},
-               {.title = options.stopped ? session.text("Was due") : session.text("Next")},
-               {.title = session.text("What"), .maxWidth = 60},
-               {.title = session.text("With"), .maxWidth = 40},
-               {.title = session.text("Account or book")},
-               {.title = session.text("Amount"), .align = Align::right},
-               {.title = session.text("Until")}});
+  Table table(
+      {{.title = session.text("Series"), .isWhole = true},
+       {.title = options.stopped ? session.text("Last record") : session.text("Next"), .isWhole = true},
+       {.title = session.text("What"), .maxWidth = 60},
+       {.title = session.text("With"), .maxWidth = 40},
+       {.title = session.text("Account or book")},
+       {.title = session.text("Amount"), .align = Align::right},
+       {.title = session.text("Until")}});
   for (const auto& group : groups) {
     if (!table.empty()) table.addRow({});
-    table.addRow({"", "", Cell(ruleText(session, group.repeatType), ink::bold)});
+    table.addRow({"", "",
+                  group.repeatType.empty()
+                      ? Cell(session.text("by no rule: makes nothing"), ink::bold | ink::yellow)
+                      : Cell(ruleText(session, group.repeatType), ink::bold)});
     for (const auto& seed : group.array) {
       const auto& holder = seed.paymentAccount ? seed.paymentAccount : seed.bookAccount;
-      table.addRow({Cell(shortEid(seed.eid), ink::dim), shortDate(session, dayHere(seed, seed.datetime)),
-                    whatText(session, seed), withText(seed),
-                    printable(holder ? holder->title : std::string()),
+      table.addRow({Cell(shortEid(seed.eid), ink::dim), dayText(session, seed), whatText(session, seed),
+                    withText(seed), printable(holder ? holder->title : std::string()),
                     Cell(amountText(session, seed), comesIn(recordTypeOf(seed)) ? ink::green : ink::plain),
                     seed.repeatEndDate == Date{} ? std::string()
                                                  : shortDate(session, dayHere(seed, seed.repeatEndDate))});
     }
-    if (!options.stopped) addSums(session, table, group);
+    if (!options.stopped && !group.repeatType.empty()) addSums(session, table, group);
   }
   session.out() << table.render(session.style(), session.width());
 }
@@ -153,9 +172,12 @@ void stopSeries(Session& session, const RepeatOptions& options) {
   });
   const auto seed = seriesTyped(session, eid);
   if (session.options().json) return session.printJson(seriesJson(session, seed));
-  session.answer(session.text("Stopped the series {}.", seriesText(session, seed)) + " " +
-                 session.count("Its {} record stays.", "Its {} records stay.", records) + " " +
-                 session.text("Take it up again with: moniva repeat resume {}", shortEid(eid)));
+  auto text = session.text("Stopped the series {}.", seriesText(session, seed));
+  if (records > 0) text += " " + session.count("Its {} record stays.", "Its {} records stay.", records);
+  if (repeatRuleFrom(seed.repeat)) {
+    text += " " + session.text("Take it up again with: moniva repeat resume {}", shortEid(eid));
+  }
+  session.answer(text);
 }
 
 void deleteTyped(Session& session, const RepeatOptions& options) {
@@ -173,8 +195,14 @@ void deleteTyped(Session& session, const RepeatOptions& options) {
       [&] {
         if (session.options().json) return session.printJson({{"eid", eid}, {"records", records}});
         session.answer(
-            session.text("Deleted the series {}", text) + " " +
-            session.count("with its {} record, for good.", "with its {} records, for good.", records));
+            records == 0 && options.dryRun ? session.text("Would delete the series {} for good.", text)
+            : records == 0                 ? session.text("Deleted the series {} for good.", text)
+            : options.dryRun ? session.count("Would delete the series {} for good, with its {} record.",
+                                             "Would delete the series {} for good, with its {} records.",
+                                             records, text, records)
+                             : session.count("Deleted the series {} for good, with its {} record.",
+                                             "Deleted the series {} for good, with its {} records.", records,
+                                             text, records));
       });
 }
 
@@ -200,30 +228,43 @@ void refillOne(Session& session, const RepeatOptions& options) {
           return session.printJson(object);
         }
         const auto what = seriesText(session, seed);
-        session.answer((progress.made == 0
+        const std::int64_t made = progress.made;
+        session.answer((made == 0
                             ? session.text("Nothing was missing of {}.", what)
-                            : session.count("Added {} record that was missing",
-                                            "Added {} records that were missing", progress.made) +
-                                  " " + session.text("of {}.", what)) +
+                            : session.count("Added {} record that was missing to {}.",
+                                            "Added {} records that were missing to {}.", made, made, what)) +
                        (progress.more ? " " + session.text("There are more: run it again.") : ""));
       });
 }
 
 void refillAll(Session& session, const RepeatOptions& options) {
   CatchUp caught;
-  changeOrTry(
-      session, options.dryRun, [&] { caught = done(updateRecurringTransactionsForAll(session.root())); },
-      [&] {
-        if (session.options().json) {
-          return session.printJson(
-              {{"series", caught.series}, {"made", caught.made}, {"ended", caught.ended}});
-        }
-        session.answer(caught.made == 0
-                           ? session.text("Nothing was missing of any series.")
-                           : session.count("Added {} record that was missing",
-                                           "Added {} records that were missing", caught.made) +
-                                 " " + session.count("of {} series.", "of {} series.", caught.series));
-      });
+  const auto fill = [&] { caught = done(updateRecurringTransactionsForAll(session.root())); };
+  const auto tell = [&] {
+    if (session.options().json) {
+      boost::json::array troubles;
+      for (const auto& trouble : caught.troubles) troubles.emplace_back(trouble.english());
+      return session.printJson({{"series", caught.series},
+                                {"made", caught.made},
+                                {"ended", caught.ended},
+                                {"troubles", std::move(troubles)}});
+    }
+    const std::int64_t made = caught.made;
+    if (made > 0) {
+      session.answer(session.count("Added {} missing record. Series: {}.",
+                                   "Added {} missing records. Series: {}.", made, made, caught.series));
+    } else if (caught.troubles.empty()) {
+      session.answer(session.text("Nothing was missing of any series."));
+    }
+  };
+  if (options.dryRun) {
+    changeOrTry(session, true, fill, tell);
+  } else {
+    // Each series is a change of its own: all of them together could be more than fits the log of the store.
+    fill();
+    entriesChanged(session.root());
+    tell();
+  }
   for (const auto& trouble : caught.troubles) session.complain(trouble.in(session.translate()));
   if (!caught.troubles.empty()) throw refused("not every series could be brought up to date");
 }

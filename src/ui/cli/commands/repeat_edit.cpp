@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <boost/json.hpp>
 
 #include "model/entry_checks.h"
 #include "model/spend.h"
 #include "recurrence/series_edit.h"
+#include "recurrence/series_standing.h"
 #include "recurrence/series_view.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
@@ -120,9 +122,15 @@ SeriesChange changeTyped(Session& session, const SeriesEditOptions& options, con
     if (!isTransfer) throw refused("only a transfer goes to another account");
     change.arrives = amountTyped(session, options.toAmount, seed.paymentAccountB->currency, options.amounts);
   }
+  if (isTransfer && change.amount && !change.arrives && seed.paymentAccount &&
+      seed.paymentAccount->currency != seed.paymentAccountB->currency) {
+    throw refused("'{}' is kept in {} and '{}' in {}; say with --to-amount what arrives",
+                  seed.paymentAccount->title, seed.paymentAccount->currency, seed.paymentAccountB->title,
+                  seed.paymentAccountB->currency);
+  }
   fileTyped(session, options, seed, change);
   if (options.note) change.note = asTyped(*options.note, "the note");
-  if (!options.rule.empty()) change.rule = ruleTyped(options.rule);
+  if (!options.rule.empty()) change.rule = ruleTyped(session, options.rule);
   change.end = endTyped(session, options.until);
   if (!options.date.empty()) change.date = dayTyped(session, options.date);
   return change;
@@ -161,7 +169,16 @@ std::string courseText(Session& session, const MVTransaction& seed, const Series
   return text;
 }
 
-void answerEdit(Session& session, Reach reach, const std::string& eid, const SeriesOutcome& outcome) {
+/// The records of the series that are pending, of a divided one those of both.
+std::int64_t pendingOf(Session& session, const SeriesOutcome& outcome) {
+  std::int64_t pending = done(pendingRecordsOf(session.root(), outcome.seed));
+  if (!outcome.former.empty()) pending += done(pendingRecordsOf(session.root(), outcome.former));
+  return pending;
+}
+
+/// `unsettled` records have become pending, as their new day lies ahead.
+void answerEdit(Session& session, Reach reach, const std::string& eid, const SeriesOutcome& outcome,
+                std::int64_t unsettled) {
   const auto seed = rowNow(session, outcome.seed);
   if (session.options().json) {
     auto object = seriesJson(session, seed);
@@ -170,15 +187,18 @@ void answerEdit(Session& session, Reach reach, const std::string& eid, const Ser
     object["made"] = outcome.made;
     object["beyondEnd"] = outcome.beyondEnd;
     object["ended"] = outcome.ended;
+    object["unsettled"] = unsettled;
     if (reach == Reach::one) object["record"] = jsonOf(session, rowNow(session, eid));
     return session.printJson(object);
   }
   if (reach == Reach::one) {
     const auto row = rowNow(session, eid);
     const auto with = withText(row);
-    return session.answer(session.text(
-        "Changed this record alone. It is now {}, {}{}, on {}.", amountText(session, row),
-        whatText(session, row), with.empty() ? with : ", " + with, dayOf(session, row.datetime, row.paid)));
+    return session.answer(session.text("Changed this record alone. It is now {}, {}{}, on {}.",
+                                       amountText(session, row), whatText(session, row),
+                                       with.empty() ? with : ", " + with,
+                                       dayOf(session, row.datetime, row.paid)) +
+                          currencyNotes(session, row));
   }
   const auto what = seriesText(session, seed);
   std::string line =
@@ -191,7 +211,11 @@ void answerEdit(Session& session, Reach reach, const std::string& eid, const Ser
     line += " " + session.count("{} record was changed with it.", "{} records were changed with it.",
                                 outcome.changed);
   }
-  session.answer(line + courseText(session, seed, outcome));
+  if (unsettled > 0) {
+    line += " " + session.count("{} record is pending until its day.",
+                                "{} records are pending until their day.", unsettled);
+  }
+  session.answer(line + courseText(session, seed, outcome) + currencyNotes(session, seed));
 }
 
 void editSeriesTyped(Session& session, const SeriesEditOptions& options) {
@@ -199,13 +223,16 @@ void editSeriesTyped(Session& session, const SeriesEditOptions& options) {
   if (options.isEmpty()) throw notUnderstood("say what to change, such as --amount 12.50 or --rule Weekly");
   std::string eid;
   SeriesOutcome outcome;
+  std::int64_t unsettled = 0;
   changeOrTry(
       session, options.dryRun,
       [&] {
         const auto seed = seriesTyped(session, options.record, &eid);
+        unsettled = -done(pendingRecordsOf(session.root(), seed.eid));
         outcome = done(editSeries(session.root(), eid, reach, changeTyped(session, options, seed)));
+        unsettled += pendingOf(session, outcome);
       },
-      [&] { answerEdit(session, reach, eid, outcome); });
+      [&] { answerEdit(session, reach, eid, outcome, std::max<std::int64_t>(unsettled, 0)); });
 }
 
 void resumeTyped(Session& session, const SeriesEditOptions& options) {
@@ -261,7 +288,8 @@ void addRepeatEdit(CommandLine& line, CLI::App& family) {
   set("-b,--book", options->book, toTranslate("The book"), "NAME");
   set("-c,--category", options->category, toTranslate("The category"), "NAME");
   set("-s,--subcategory", options->subcategory, toTranslate("The subcategory"), "NAME");
-  set("--vendor,--payee,--payer", options->vendor, toTranslate("Who is paid, or who pays"), "NAME");
+  set("--vendor,--payee,--payer", options->vendor, toTranslate("Who was paid, or who paid; added when new"),
+      "NAME");
   edit->add_option("-n,--note", options->note, "The note; \"\" for none")->type_name("TEXT");
   set("--rule", options->rule,
       toTranslate("How often: Daily, Weekly, Biweekly, Monthly, Bimonthly, Quarterly, "

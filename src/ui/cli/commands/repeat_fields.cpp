@@ -3,6 +3,7 @@
 #include <boost/json.hpp>
 
 #include "recurrence/series_view.h"
+#include "recurrence/spend_repeat.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/list_lines.h"
@@ -30,7 +31,7 @@ bool fillRepeat(Session& session, const RepeatFields& fields, std::string& rule,
     if (fields.until.empty()) return false;
     throw notUnderstood("--until is the last day of what repeats; say with --repeat how often");
   }
-  rule = ruleTyped(fields.rule);
+  rule = ruleTyped(session, fields.rule);
   if (!fields.until.empty()) lastDay = boundTyped(session, fields.until, true);
   return true;
 }
@@ -46,12 +47,22 @@ std::string NewSeries::course() const {
                   ? session_.text("It repeats {}", rule)
                   : session_.text("It repeats {} until {}", rule, shortDate(session_, seed_.repeatEndDate));
   if (made_ > 1) {
-    text += "; " + session_.count("{} more record, due since then, was added too",
-                                  "{} more records, due since then, were added too", made_ - 1);
+    text = session_.text("{}; {}", text,
+                         session_.count("{} more record, due since then, was added too",
+                                        "{} more records, due since then, were added too", made_ - 1));
   }
-  text += "; " + (seed_.deleted != 0 ? session_.text("it is over with that")
-                                     : session_.text("next on {}", shortDate(session_, seed_.datetime)));
-  return " " + text + ".";
+  const auto next = seed_.deleted != 0 ? session_.text("it is over with that")
+                                       : session_.text("next on {}", shortDate(session_, seed_.datetime));
+  tellTwin();
+  return " " + session_.text("{}; {}.", text, next);
+}
+
+bool NewSeries::hasTwin() const {
+  return seed_.deleted == 0 && done(hasDuplicateRepeatSeed(seed_));
+}
+
+void NewSeries::tellTwin() const {
+  if (hasTwin()) session_.say(session_.text("Another series says the same; see: moniva repeat list"));
 }
 
 void NewSeries::answerAhead() const {
@@ -66,6 +77,7 @@ void NewSeries::answerAhead() const {
                        ? session_.text("Its first record comes on {}.", begins)
                        : session_.text("Its first record comes on {}, and it ends on {}.", begins,
                                        shortDate(session_, seed_.repeatEndDate))));
+  tellTwin();
 }
 
 void NewSeries::addTo(boost::json::object& record) const {
@@ -76,6 +88,7 @@ void NewSeries::addTo(boost::json::object& record) const {
   record["repeatSeed"] = seed_.eid;
   record["repeatEndDate"] = dateOrNone(seed_.repeatEndDate != Date{}, seed_.repeatEndDate);
   record["made"] = made_;
+  record["hasDuplicate"] = hasTwin();
   record["next"] = dateOrNone(seed_.deleted == 0, seed_.datetime);
 }
 

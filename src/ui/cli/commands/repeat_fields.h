@@ -27,7 +27,8 @@ class NewSeries {
 
   /// Whether its first day lies ahead, so that there is no record yet.
   bool liesAhead() const { return made_ == 0; }
-  /// " It repeats monthly until Dec 31, 2027; 3 records are due and were added; next on Dec 1, 2026."
+  /// " It repeats monthly until Dec 31, 2027; 3 records are due and were added; next on Dec 1, 2026." Tells
+  /// the person besides when another series says the same.
   std::string course() const;
   /// Ends the command for a series that lies ahead.
   void answerAhead() const;
@@ -35,6 +36,10 @@ class NewSeries {
   void addTo(boost::json::object& record) const;
 
  private:
+  /// Whether another series says the same.
+  bool hasTwin() const;
+  void tellTwin() const;
+
   Session& session_;
   MVTransaction seed_;
   std::int64_t made_;

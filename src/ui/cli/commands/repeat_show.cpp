@@ -4,12 +4,14 @@
 #include <set>
 
 #include "model/entry_checks.h"
+#include "recurrence/series_standing.h"
 #include "recurrence/series_view.h"
 #include "recurrence/spend_repeat.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/list_lines.h"
 #include "ui/cli/commands/repeat_texts.h"
+#include "ui/cli/commands/transfer_texts.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/record_texts.h"
 #include "ui/cli/records.h"
@@ -50,7 +52,8 @@ SeriesRecords recordsOf(Session& session, const MVTransaction& seed, bool all) {
   return records;
 }
 
-std::string stateText(const Session& session, const MVTransaction& seed) {
+std::string stateText(const Session& session, const MVTransaction& seed, const Result<>& makes) {
+  if (!makes) return session.text("makes nothing: {}", makes.error().phrase->in(session.translate()));
   if (seed.deleted == 0) return session.text("goes on");
   const auto row = TransactionItem::fromEID(seed.root(), seed.eid);
   if (row && row->ipid == "stopRepeat by division") {
@@ -61,22 +64,27 @@ std::string stateText(const Session& session, const MVTransaction& seed) {
 }
 
 void printFacts(Session& session, const MVTransaction& seed, const SeriesRecords& records,
-                const std::vector<Date>& coming) {
+                const std::vector<Date>& coming, const Result<>& makes) {
   Facts facts(session);
   const auto add = [&](const std::string& name, const std::string& value) {
     if (!value.empty()) facts.add(name, value);
   };
   const auto title = [](const auto& holder) { return holder ? printable(holder->title) : std::string(); };
-  facts.add(session.text("Repeats"), ruleText(session, seed.repeat));
-  facts.add(session.text("Amount"), amountText(session, seed));
+  facts.add(session.text("Repeats"), shownRule(session, seed.repeat));
+  const auto transfer = Transfer::transferFromSeed(session.root(), seed.eid);
+  if (!transfer) facts.add(session.text("Amount"), amountText(session, seed));
   add(session.text("Category"), printable(seed.categoryString));
   if (seed.vendor && !seed.vendor->isNoVendor()) {
     add(seed.advancedType == kind::kIncome ? session.text("Payer") : session.text("Payee"),
         printable(seed.vendorString));
   }
-  if (seed.paymentAccountB) {
-    facts.add(session.text("From"), title(seed.paymentAccount));
-    facts.add(session.text("To"), title(seed.paymentAccountB));
+  if (transfer) {
+    const TransferTexts texts(session, *transfer);
+    facts.add(session.text("From"), texts.from);
+    facts.add(session.text("To"), texts.to);
+    facts.add(session.text("Sent"), texts.left);
+    facts.add(session.text("Arrived"), texts.arrived);
+    add(session.text("Fee"), texts.fee);
   } else {
     add(session.text("Account"), title(seed.paymentAccount));
   }
@@ -92,7 +100,7 @@ void printFacts(Session& session, const MVTransaction& seed, const SeriesRecords
                                        : shortDate(session, dayHere(seed, seed.repeatEndDate)));
   std::vector<std::string> days;
   for (const Date day : coming) days.push_back(shortDate(session, day));
-  facts.add(session.text("State"), stateText(session, seed));
+  facts.add(session.text("State"), stateText(session, seed, makes));
   if (!days.empty()) facts.add(session.text("Next"), fmt::format("{}", fmt::join(days, "; ")));
   std::string made = session.count("{} record", "{} records", records.count);
   for (const auto& [code, sum] : records.sums) {
@@ -107,7 +115,9 @@ void printFacts(Session& session, const MVTransaction& seed, const SeriesRecords
 
 void showSeries(Session& session, const MVTransaction& seed, const SeriesShown& shown) {
   const auto records = recordsOf(session, seed, shown.all);
-  const auto coming = done(comingDates(seed, Date{1e15}, static_cast<std::size_t>(shown.coming)));
+  const auto makes = seed.deleted == 0 ? checkMakes(seed) : Result<>();
+  const auto coming = makes ? done(comingDates(seed, Date{1e15}, static_cast<std::size_t>(shown.coming)))
+                            : std::vector<Date>();
   const bool isTwice = seed.deleted == 0 && done(hasDuplicateRepeatSeed(seed));
   TransactionRows rows(session);
   for (const auto& eid : records.listed) rows.addRow(eid);
@@ -123,10 +133,15 @@ void showSeries(Session& session, const MVTransaction& seed, const SeriesShown& 
     object["sums"] = std::move(sums);
     object["occurrences"] = rows.takeJson();
     object["coming"] = std::move(days);
+    object["trouble"] = makes ? std::string() : makes.error().why;
     object["hasDuplicate"] = isTwice;
+    if (const auto transfer = Transfer::transferFromSeed(session.root(), seed.eid)) {
+      object["amountB"] = transfer->amountB;
+      object["serviceCharge"] = transfer->serviceCharge;
+    }
     return session.printJson(object);
   }
-  printFacts(session, seed, records, coming);
+  printFacts(session, seed, records, coming, makes);
   if (!rows.empty()) {
     session.out() << '\n';
     rows.print("");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <boost/json.hpp>
 
+#include "base/text.h"
 #include "model/repeat_rule.h"
 #include "recurrence/series_view.h"
 #include "ui/cli/command_error.h"
@@ -14,47 +15,62 @@
 #include "ui/cli/transaction_rows.h"
 
 namespace moniva {
-namespace {
-
-/// Rules are words of plain letters.
-char plainLower(char sign) {
-  return sign >= 'A' && sign <= 'Z' ? static_cast<char>(sign - 'A' + 'a') : sign;
-}
-
-}  // namespace
-
 MVTransaction seriesTyped(Session& session, const std::string& text, std::string* eid) {
   const auto found = recordTyped(session, text);
   if (eid != nullptr) *eid = found;
   return done(seedOfSeries(session.root(), found));
 }
 
-std::string ruleTyped(const std::string& text) {
+std::string ruleTyped(Session& session, const std::string& text) {
   const auto isIt = [&](std::string_view rule) {
-    return std::ranges::equal(rule, text, {}, plainLower, plainLower);
+    return isSameWord(rule, text) || isSameWord(ruleText(session, rule), text);
   };
   if (const auto* const rule = std::ranges::find_if(kRepeatRules, isIt); rule != kRepeatRules.end()) {
     return std::string(*rule);
   }
-  const std::vector<std::string> rules(kRepeatRules.begin(), kRepeatRules.end());
+  std::vector<std::string> rules(kRepeatRules.begin(), kRepeatRules.end());
+  std::vector<std::string> told;
+  for (const auto rule : kRepeatRules) {
+    auto word = ruleText(session, rule);
+    told.push_back(isSameWord(word, rule) ? std::string(rule) : fmt::format("{} ({})", word, rule));
+    rules.push_back(std::move(word));
+  }
   if (const auto meant = didYouMean(text, rules)) {
     throw notUnderstood("'{}' is no rule of repeating; did you mean '{}'?", printable(text), *meant);
   }
   throw notUnderstood("'{}' is no rule of repeating; there are {}", printable(text),
-                      fmt::format("{}", fmt::join(rules, ", ")));
+                      fmt::format("{}", fmt::join(told, ", ")));
+}
+
+std::string shownRule(const Session& session, const std::string& rule) {
+  if (auto text = ruleText(session, rule); !text.empty()) return text;
+  return rule.empty() ? session.text("by no rule") : printable(excerpt(rule));
+}
+
+std::string currencyNotes(Session& session, const MVTransaction& row) {
+  std::string notes;
+  const auto currency = row.currency.empty() ? ownCurrency(session) : row.currency;
+  for (const auto& holder : {row.paymentAccount, row.bookAccount}) {
+    if (!holder || holder->currency == currency) continue;
+    notes += " " + session.text("'{}' is kept in {}; the amount counts there as it stands.",
+                                printable(holder->title), holder->currency);
+  }
+  return notes;
 }
 
 std::string seriesText(Session& session, const MVTransaction& seed) {
-  std::string text = whatText(session, seed);
-  if (const auto with = withText(seed); !with.empty()) text += ", " + with;
-  return fmt::format("{}, {}, {}", text, amountText(session, seed), ruleText(session, seed.repeat));
+  std::string text = excerpt(whatText(session, seed));
+  if (const auto with = withText(seed); !with.empty()) text += ", " + excerpt(with);
+  text += ", " + amountText(session, seed);
+  if (const auto rule = ruleText(session, seed.repeat); !rule.empty()) text += ", " + rule;
+  return text;
 }
 
 std::string repeatsText(Session& session, const std::string& seed) {
   if (seed.empty()) return {};
   const auto series = seedOfSeries(session.root(), seed);
   if (!series) return {};
-  const auto rule = ruleText(session, series->repeat);
+  const auto rule = shownRule(session, series->repeat);
   const auto eid = shortEid(series->eid);
   return series->deleted == 0 ? session.text("{}; see: moniva repeat show {}", rule, eid)
                               : session.text("{}, until it ended; see: moniva repeat show {}", rule, eid);

@@ -14,10 +14,17 @@ namespace moniva {
 /// The series typed, by its own record or by one of those it has made; `eid` is set to the row typed. Ends
 /// the command for none.
 MVTransaction seriesTyped(Session& session, const std::string& text, std::string* eid = nullptr);
-/// "Monthly" for "monthly" or "MONTHLY"; ends the command for no rule, with the nearest there is.
-std::string ruleTyped(const std::string& text);
+/// "Monthly" for "monthly", "MONTHLY" and what lists say in the person's language; ends the command for no
+/// rule, with the nearest there is.
+std::string ruleTyped(Session& session, const std::string& text);
+/// "monthly"; of what is no rule the text itself.
+std::string shownRule(const Session& session, const std::string& rule);
 
-/// "Rent, Lang, €500.00, monthly".
+/// " 'Trip' is kept in USD; the amount counts there as it stands.", where account or book keep another
+/// currency than the row.
+std::string currencyNotes(Session& session, const MVTransaction& row);
+
+/// "Rent, Lang, €500.00, monthly", without what is no rule.
 std::string seriesText(Session& session, const MVTransaction& seed);
 /// What a record says of its series: "monthly; see: moniva repeat show 1a2b3c4d"; "" for a blank seed and
 /// for one that is gone.

@@ -143,7 +143,7 @@ void addUpgradeCommand(CommandLine& line) {
           "--again", options->again,
           "Do one of these as well: 5 rebuilds the tables with dates as numbers, 6 fills fields that "
           "have nothing in them, 13 repairs the records of all series")
-      ->option_text("STEP")
+      ->type_name("STEP")
       ->check(oneOf(requests))
       ->excludes(dryRun);
   line.onRun(
