@@ -153,8 +153,8 @@ Result<> updateFixData(MVAppRoot& root) {
     if (!marked) return marked;
     return writeAll(
         root,
-        {"update transactions set syear = 0 where syear = 1000 or syear is NULL or (syear > 1900 and type"
-         " < 51)",
+        {("update transactions set syear = 0 where syear = 1000 or syear is NULL or (syear > 1900 and type"
+          " < 51)"),
          "update transactions set account = '' where account is NULL",
          "update transactions set book = '' where book is NULL",
          "update transactions set transferEID = '' where transferEID is NULL",

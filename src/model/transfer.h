@@ -87,8 +87,8 @@ class Transfer {
   Result<> add();
   /// The same as an occurrence of the series of that seed, or of none when it is blank; no seed is written.
   Result<> add(std::string_view seed);
-  /// Writes the seed of its series alone, dated as the transfer is; its `eid` is in `repeatSeed` then. Refused
-  /// is what `add` refuses.
+  /// Writes the seed of its series alone, dated as the transfer is; its `eid` is in `repeatSeed` then.
+  /// Refused is what `add` refuses.
   Result<> addRepeatSeed();
   /// What `add` refuses. A charge that follows from the amounts is set.
   Result<> check();
