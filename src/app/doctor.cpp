@@ -77,8 +77,8 @@ constexpr std::array kCounts = {
           "select count(*) from transactions where type = 85 and deleted = 0 and (not datetime > 31536000 or"
           " typeof(datetime) not in ('real', 'integer') or repeat not in ('Daily', 'Weekly', 'Biweekly',"
           " 'Monthly', 'Bimonthly', 'Quarterly', 'Half-yearly', 'Yearly'))",
-          toTranslate("{} series that has no next date, or no rule that is one, and makes nothing"),
-          toTranslate("{} series that have no next date, or no rule that is one, and make nothing")},
+          toTranslate("{} series that has no next date or no valid rule, and makes nothing"),
+          toTranslate("{} series that have no next date or no valid rule, and make nothing")},
     Count{toTranslate("records of series"),
           "select count(*) from transactions where repeat_seed > '' and deleted = 0 and repeat_seed not in"
           " (select eid from transactions where type = 85 and (deleted != 3 or ipid like 'stopRepeat%' or"

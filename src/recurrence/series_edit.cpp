@@ -137,7 +137,7 @@ class SeriesEditor {
     if (!rule) return refuse("'{}' is no rule of repeating", seed_.repeat);
     const std::int64_t begin = change_.date ? here_.dayNumber(*change_.date) : from_;
     if (!past_.empty() && begin <= latestOf(past_)) {
-      return refuse("the series has a record on {} already, and the new day would lie before it",
+      return refuse("the series has a record on {} already, and the new day would not lie after it",
                     dayText(latestOf(past_)));
     }
     Date end = endOf(change_.end.value_or(Date{}));
@@ -234,7 +234,7 @@ class SeriesEditor {
       if (change_.date && named_ && reached_[at].eid == named_->eid) {
         days_[at] = day = begin;
       } else if (day < begin) {
-        return refuse("the series has a record on {}, which the new day would pass", dayText(day));
+        return refuse("the series has a record on {}, and the new day would lie after it", dayText(day));
       }
       latest = std::max(latest, day);
     }

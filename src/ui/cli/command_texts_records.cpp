@@ -41,8 +41,8 @@ std::vector<CommandText> spendTexts() {
        {{"moniva spend paid 5f0c1a2b", ""}}},
       {"spend pending",
        "mark a record as not paid yet",
-       "With an account it is settled by itself once its day has come, so one of a day that has come stays "
-       "open without an account only.",
+       "With an account it is settled by itself once its day has come; after that day it stays open only "
+       "without an account.",
        {{"moniva spend pending 5f0c1a2b", ""}}},
       {"spend copy",
        "copy a record to another book",

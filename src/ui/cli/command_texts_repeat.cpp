@@ -12,7 +12,8 @@ std::vector<CommandText> repeatTexts() {
         {"moniva repeat edit 1a2b3c4d --following --amount 520", "another amount from one record on"}}},
       {"repeat list",
        "list the series by how often they repeat",
-       "With what all of a rule come to each time, by currency. The identifier at the beginning of each line "
+       "With what all series of a rule come to each time, by currency. The identifier at the beginning of "
+       "each line "
        "is what the other commands take.",
        {{"moniva repeat list", ""},
         {"moniva repeat list --rule monthly -b Household", "those of a rule and a book"},

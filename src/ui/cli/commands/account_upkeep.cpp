@@ -42,7 +42,7 @@ void putInOrder(Session& session, int aKind, const std::vector<std::string>& nam
 std::string missedText(Session& session, const MonivaAccount& row) {
   if (done(seriesBehind(session.root(), row.pk)) == 0) return {};
   return " " + session.text(
-                   "What its series missed comes with the next day, or now with: "
+                   "What its series missed is added tomorrow, or now with: "
                    "moniva repeat refill --all");
 }
 

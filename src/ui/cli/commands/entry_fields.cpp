@@ -124,10 +124,9 @@ std::string settledSoonText(Session& session, const RecordWhole& whole) {
   if (std::ranges::none_of(whole.group.items, isDue) && std::ranges::none_of(whole.group.payments, isDue)) {
     return {};
   }
-  return " " +
-         session.text(
-             "As its day has come, the work of the next day will settle it again; take its account off to "
-             "keep it open.");
+  return " " + session.text(
+                   "As its day has come, it will be settled again on the next day; take its account off to "
+                   "keep it open.");
 }
 
 void enterRecord(Session& session, bool dryRun, const std::function<std::string()>& work,

@@ -231,8 +231,8 @@ void refillOne(Session& session, const RepeatOptions& options) {
         const std::int64_t made = progress.made;
         session.answer((made == 0
                             ? session.text("Nothing was missing of {}.", what)
-                            : session.count("Added {} record that was missing to {}.",
-                                            "Added {} records that were missing to {}.", made, made, what)) +
+                            : session.count("Added {} record that was missing of {}.",
+                                            "Added {} records that were missing of {}.", made, made, what)) +
                        (progress.more ? " " + session.text("There are more: run it again.") : ""));
       });
 }
