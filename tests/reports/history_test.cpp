@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "model/debt.h"
+#include "recurrence/series_duplicates.h"
 #include "reports/alerts.h"
 #include "reports/debt_history.h"
-#include "recurrence/series_duplicates.h"
 #include "support/compound_story.h"
 
 namespace moniva {
