@@ -1,5 +1,6 @@
 // Builds the template store from SQL files, at build time: make_template FILE.sql... OUTPUT
-// The result is in write-ahead-log mode, carries the application id and the store version, and holds no records.
+// The result is in write-ahead-log mode, carries the application id and the store version, and holds no
+// records.
 
 #include <sqlite3.h>
 
