@@ -162,9 +162,11 @@ std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
     findings.push_back({phrase("file"), wrong.empty(), Phrase::quoted(wrong)});
   }
   {
-    const auto due = DoDBUpdater(root).needUpdateDB().size();
-    findings.push_back({phrase("upgrades"), due == 0,
-                        due == 0 ? Phrase("")
+    const auto steps = DoDBUpdater(root).stepsDue();
+    const auto due = steps ? steps->size() : 0;
+    findings.push_back({phrase("upgrades"), steps && due == 0,
+                        !steps     ? *steps.error().phrase
+                        : due == 0 ? Phrase("")
                         : due == 1
                             ? phrase("{} step is still to be done; see: moniva upgrade --dry-run", due)
                             : phrase("{} steps are still to be done; see: moniva upgrade --dry-run", due)});

@@ -124,6 +124,7 @@ Result<> addCash(MVAppRoot& root, Connection& db, const std::string& code, std::
   {
     Run run = db.query("select 1 from account where kind = 1 and ifnull(isGroup, 0) = 0 limit 1");
     hadAccounts = run.next();
+    if (!run.ok()) return tl::make_unexpected(db.refusal());
   }
   if (isTitleTaken(db, "Cash", kAccountKind)) return {};
   const std::string key = keyOf("Cash");

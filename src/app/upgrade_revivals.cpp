@@ -70,9 +70,11 @@ Result<std::map<std::string, std::vector<RemovedRow>>> removedBySeries(MVAppRoot
 }
 
 /// Whether the series is there, going on or ended; with one that was deleted its records went on purpose.
-bool isSeries(Connection& db, const std::string& seed) {
+Result<bool> isSeries(Connection& db, const std::string& seed) {
   Run run = db.query("select 1 from transactions where eid = ? and type = 85 and deleted < 2", {seed});
-  return run.next();
+  const bool found = run.next();
+  if (!run.ok()) return tl::make_unexpected(db.refusal());
+  return found;
 }
 
 Result<DaysServed> daysServed(MVAppRoot& root, Connection& db, std::string_view seed) {
@@ -122,7 +124,9 @@ Result<> reviveMarked(MVAppRoot& root, std::string_view marked) {
     const auto series = removedBySeries(root, db, marked);
     if (!series) return tl::make_unexpected(series.error());
     for (const auto& [seed, rows] : *series) {
-      if (!isSeries(db, seed)) continue;
+      const auto isThere = isSeries(db, seed);
+      if (!isThere) return tl::make_unexpected(isThere.error());
+      if (!*isThere) continue;
       auto days = daysServed(root, db, seed);
       if (!days) return tl::make_unexpected(days.error());
       for (const auto& row : rows) {
