@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 declare -A may=(
   [base]=""
   [calendar]="base"
-  [currency]="base"
+  [currency]="base calendar platform"
   [platform]="base calendar"
   [storage]="base calendar platform"
   [model]="base calendar platform storage"

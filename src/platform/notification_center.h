@@ -15,6 +15,7 @@ inline constexpr std::string_view kExpenseChanged = "expenseChanged";
 inline constexpr std::string_view kNewDatabaseFile = "NewDatabaseFile";
 inline constexpr std::string_view kAccountDeleted = "accountDeleted";
 inline constexpr std::string_view kDefaultAccountBudgetChanged = "defaultAccountBudgetChanged";
+inline constexpr std::string_view kExchangeRateRefreshFinished = "excahngeRateRefreshFinished";
 }  // namespace notification
 
 /// Hands a posted notification to whoever observes its name, on the poster's thread, in the order they began.

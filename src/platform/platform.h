@@ -8,6 +8,7 @@
 #include "platform/background_tasks.h"
 #include "platform/clock.h"
 #include "platform/cloud_containers.h"
+#include "platform/http_client.h"
 #include "platform/images.h"
 #include "platform/localization.h"
 #include "platform/log.h"
@@ -39,6 +40,7 @@ struct Platform {
   std::unique_ptr<UserDefaults> userDefaults;
   std::unique_ptr<CloudContainers> cloud = std::make_unique<NoCloudContainers>();
   std::unique_ptr<BackgroundTasks> backgroundTasks = std::make_unique<UnlimitedBackgroundTasks>();
+  std::unique_ptr<HttpClient> http = std::make_unique<NoHttpClient>();
   std::unique_ptr<Images> images = std::make_unique<NoImages>();
   std::unique_ptr<Localization> localization = std::make_unique<Localization>();
   NotificationCenter notifications;

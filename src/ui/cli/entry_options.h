@@ -16,6 +16,8 @@ namespace moniva {
 /// How an amount may be typed: "--round" allows more decimals than its currency has.
 struct AmountOptions {
   bool round = false;
+  /// What one of the foreign currency is in the record's, as typed; "" for the rate known.
+  std::string rate;
 };
 void addRoundOption(CLI::App& command, AmountOptions& options);
 
@@ -23,6 +25,17 @@ void addRoundOption(CLI::App& command, AmountOptions& options);
 /// zero, or has more decimals than the currency, unless it may be rounded, which the person is told.
 double amountTyped(Session& session, const std::string& text, const std::string& currency,
                    const AmountOptions& options = {});
+/// The amount of a record that may keep what it was in another currency: "12.50", "10+2.50", "20 USD".
+struct EntryAmount {
+  double amount = 0;  ///< above zero, in the record's currency
+  double foreignAmount = 0;
+  std::string foreignCurrency;  ///< "" for none
+  double rate = 0;              ///< what one of the foreign currency was taken for; 0 for none
+};
+/// Reads it; a foreign amount is converted at the rate typed with --rate, else at the rate known, and the
+/// person is told. Ends the command as amountTyped does, and where no rate is known.
+EntryAmount entryAmountTyped(Session& session, const std::string& text, const std::string& currency,
+                             const AmountOptions& options = {});
 /// A currency's code as typed; ends the command for what is none.
 std::string foreignCurrencyTyped(const std::string& code);
 

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/result.h"
+
+namespace moniva {
+
+/// One operand or operator of an amount as typed: "12.50", "+", "3", "×", "4".
+struct AmountToken {
+  enum class Kind { number, add, subtract, multiply, divide };
+  Kind kind = Kind::number;
+  double number = 0;  ///< of a number
+  std::string text;   ///< as typed
+  int decimals = 0;   ///< of a number: digits after its mark, noughts at the end too
+};
+
+/// Reads amounts as people of one locale type them: its decimal mark, its separators of thousands, its
+/// digits. Plain digits with '.' before a fraction and nothing between thousands are understood in every
+/// locale. What may be two different numbers ("1.234" in German) is refused, with both.
+class AmountReader {
+ public:
+  /// For a locale such as "de_DE"; the neutral one for a name nobody knows.
+  explicit AmountReader(std::string_view localeName);
+
+  /// An amount without a sign; refusals as of parseAmount.
+  Result<double> read(std::string_view text) const;
+  /// The same with a sign.
+  Result<double> readSigned(std::string_view text) const;
+
+  /// Whether the text is more than one number: has an operator behind its first sign.
+  bool isExpression(std::string_view text) const;
+  /// The numbers and operators ("+", "-", "−", "*", "×", "/", "÷") of an expression, in turn, a number first
+  /// and last; a number that begins the text may have a sign. Refused, with the place, for anything else.
+  Result<std::vector<AmountToken>> tokens(std::string_view text) const;
+
+  /// The decimal mark of the locale, in UTF-8.
+  const std::string& decimalMark() const { return decimalMark_; }
+
+ private:
+  std::string decimalMark_;
+  std::vector<std::string> groupMarks_;
+  int groupSize_ = 3;         ///< of the digits next to the decimal mark
+  int furtherGroupSize_ = 3;  ///< of the groups before: 2 in India
+};
+
+}  // namespace moniva
