@@ -8,6 +8,7 @@
 #include "calendar/locale_name.h"
 #include "calendar/parse_date.h"
 #include "calendar/zone.h"
+#include "currency/locale_utils.h"
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
 #include "platform/posix/file_user_defaults.h"
@@ -230,8 +231,7 @@ std::string Session::filled(const std::string& translation, fmt::string_view eng
 }
 
 std::string Session::defaultCurrency() const {
-  const auto currency = moniva::defaultCurrency(platform_->calendar->locale());
-  return currency.empty() ? "USD" : currency;
+  return LocaleUtils::guessedCurrency(*platform_);
 }
 
 void Session::answer(std::string_view line) {
