@@ -8,6 +8,7 @@
 #include "calendar/locale_name.h"
 #include "calendar/parse_date.h"
 #include "calendar/zone.h"
+#include "currency/locale_utils.h"
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
 #include "platform/posix/curl_http_client.h"
@@ -234,8 +235,7 @@ std::string Session::filled(const std::string& translation, fmt::string_view eng
 }
 
 std::string Session::defaultCurrency() const {
-  const auto currency = moniva::defaultCurrency(platform_->calendar->locale());
-  return currency.empty() ? "USD" : currency;
+  return LocaleUtils::guessedCurrency(*platform_);
 }
 
 void Session::answer(std::string_view line) {
