@@ -57,6 +57,19 @@ std::string AmountFormat::formatSigned(double amount, std::string_view currencyC
   return print(amount, currencyCode, Form::signedSymbol);
 }
 
+std::string AmountFormat::formatNumber(double number, int decimals) const {
+  UErrorCode status = U_ZERO_ERROR;
+  std::string text;
+  icu::number::NumberFormatter::withLocale(locale_)
+      .roundingMode(UNUM_ROUND_HALFUP)
+      .precision(icu::number::Precision::fixedFraction(decimals))
+      .sign(UNUM_SIGN_NEGATIVE)
+      .formatDouble(number, status)
+      .toString(status)
+      .toUTF8String(text);
+  return text;
+}
+
 std::string AmountFormat::formatPercent(double percent, bool isSigned) const {
   UErrorCode status = U_ZERO_ERROR;
   std::string text;

@@ -30,6 +30,8 @@ class AmountFormat {
   std::string format(double amount, std::string_view currencyCode) const;
   /// The same with "+" before what is above zero.
   std::string formatSigned(double amount, std::string_view currencyCode) const;
+  /// A number with as many decimals: "1,234.500".
+  std::string formatNumber(double number, int decimals) const;
   /// Per cent with one decimal, "+" before what is above zero where `isSigned`: "49,7 %".
   std::string formatPercent(double percent, bool isSigned) const;
   /// With the currency's code instead of the symbol: "USD 1,234.50", "1.234,50 EUR".
