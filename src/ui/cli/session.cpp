@@ -9,6 +9,7 @@
 #include "calendar/parse_date.h"
 #include "calendar/zone.h"
 #include "currency/locale_utils.h"
+#include "model/moniva_account.h"
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
 #include "platform/posix/curl_http_client.h"
@@ -235,7 +236,16 @@ std::string Session::filled(const std::string& translation, fmt::string_view eng
 }
 
 std::string Session::defaultCurrency() const {
-  return LocaleUtils::guessedCurrency(*platform_);
+  return guessesCurrency() ? LocaleUtils::guessedCurrency(*platform_) : root_->monivaAccount->currency;
+}
+
+bool Session::guessesCurrency() const {
+  return !root_ || !root_->monivaAccount || root_->monivaAccount->currency.empty();
+}
+
+CurrencyManager& Session::rates() {
+  if (!rates_) rates_ = std::make_unique<CurrencyManager>(*platform_);
+  return *rates_;
 }
 
 void Session::answer(std::string_view line) {
@@ -244,6 +254,10 @@ void Session::answer(std::string_view line) {
 
 void Session::say(std::string_view message) {
   if (!options_.quiet) complain(message);
+}
+
+void Session::sayOnce(const std::string& message) {
+  if (said_.insert(message).second) say(message);
 }
 
 void Session::complain(std::string_view message) {
