@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
-#include <optional>
 
 #include "base/decimal.h"
 #include "currency/amount_format.h"
@@ -191,7 +190,7 @@ std::string CalculateNumberPadView::removeUselessDecimalZero(double value) const
   if (std::isnan(value)) return std::string(kNoNumber);
   if (std::isinf(value)) return std::string(value > 0 ? kInfinity : kNegativeInfinity);
   // Fifteen digits of it, without what arithmetic left behind them; larger ones have no fraction that counts.
-  const auto size = std::abs(value) < 1e15 ? Decimal::of(std::abs(value)) : std::nullopt;
+  const auto size = Decimal::of(std::abs(value));
   if (!size) return fmt::format("{:.0f}", std::round(value));
   std::string text = size->text(0);
   if (text.find('.') != std::string::npos) text = roundedText(*size, decimalDigits_);
@@ -209,30 +208,29 @@ void CalculateNumberPadView::clickKey() const {
 }
 
 void CalculateNumberPadView::evaluate() {
-  left_ = removeUselessDecimalZero(value());
+  left_ = removeUselessDecimalZero(combined());
   operator_.clear();
   right_.clear();
 }
 
 double CalculateNumberPadView::value() const {
+  return right_.empty() ? combined() : valueOfOperand(removeUselessDecimalZero(combined()));
+}
+
+double CalculateNumberPadView::combined() const {
   const double left = valueOfOperand(left_);
   if (right_.empty()) return left;
   const double right = valueOfOperand(right_);
-  double result = 0;
   switch (operator_.front()) {
     case '+':
-      result = left + right;
-      break;
+      return left + right;
     case '-':
-      result = left - right;
-      break;
+      return left - right;
     case '*':
-      result = left * right;
-      break;
+      return left * right;
     default:
-      result = left / right;
+      return left / right;
   }
-  return valueOfOperand(removeUselessDecimalZero(result));
 }
 
 }  // namespace moniva

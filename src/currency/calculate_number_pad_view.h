@@ -90,6 +90,8 @@ class CalculateNumberPadView {
   void evaluate();
   std::string& operand() { return operator_.empty() ? left_ : right_; }
   void setOperator(char sign);
+  /// What the expression comes to, and what of that is told: as evaluating leaves it.
+  double combined() const;
   double value() const;
 
   std::string left_;
