@@ -8,6 +8,8 @@
 #include "calendar/locale_name.h"
 #include "calendar/parse_date.h"
 #include "calendar/zone.h"
+#include "currency/locale_utils.h"
+#include "model/moniva_account.h"
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
 #include "platform/posix/file_user_defaults.h"
@@ -230,8 +232,16 @@ std::string Session::filled(const std::string& translation, fmt::string_view eng
 }
 
 std::string Session::defaultCurrency() const {
-  const auto currency = moniva::defaultCurrency(platform_->calendar->locale());
-  return currency.empty() ? "USD" : currency;
+  return guessesCurrency() ? LocaleUtils::guessedCurrency(*platform_) : root_->monivaAccount->currency;
+}
+
+bool Session::guessesCurrency() const {
+  return !root_ || !root_->monivaAccount || root_->monivaAccount->currency.empty();
+}
+
+CurrencyManager& Session::rates() {
+  if (!rates_) rates_ = std::make_unique<CurrencyManager>(*platform_);
+  return *rates_;
 }
 
 void Session::answer(std::string_view line) {
@@ -240,6 +250,10 @@ void Session::answer(std::string_view line) {
 
 void Session::say(std::string_view message) {
   if (!options_.quiet) complain(message);
+}
+
+void Session::sayOnce(const std::string& message) {
+  if (said_.insert(message).second) say(message);
 }
 
 void Session::complain(std::string_view message) {
