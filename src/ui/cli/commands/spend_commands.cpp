@@ -14,7 +14,8 @@ namespace moniva {
 namespace {
 
 struct SpendAddOptions {
-  std::string amount;
+  std::vector<std::string> amount;  ///< one word, or two with a currency's code
+  std::vector<std::string> amountNamed;
   std::pair<std::string, std::string> foreign;  ///< amount and code; empty for none
   bool reimburse = false;
   std::vector<std::string> photos;
@@ -29,7 +30,28 @@ std::string addedText(Session& session, const RecordTexts& texts, bool income) {
          texts.details();
 }
 
-void answerSeries(Session& session, const Spend& first, const std::string& seed, bool income) {
+/// Fills in the amount, with what it was in another currency; answers the sentence about that.
+std::string fillAmount(Session& session, const SpendAddOptions& options, const std::string& typedAmount,
+                       const std::string& currency, Spend& spend) {
+  const auto& amounts = options.fields.amounts;
+  const auto& [foreign, code] = options.foreign;
+  if (foreign.empty() && code.empty()) {
+    const auto entry = entryAmountTyped(session, typedAmount, currency, amounts);
+    spend.amount = entry.amount;
+    spend.foreignAmount = entry.foreignAmount;
+    spend.foreignCurrency = entry.foreignCurrency;
+    return entry.note(session, currency);
+  }
+  if (!amounts.rate.empty())
+    throw notUnderstood("--foreign says both amounts, which leaves nothing to --rate");
+  spend.amount = amountTyped(session, typedAmount, currency, amounts);
+  spend.foreignCurrency = currencyCodeTyped(session, code);
+  spend.foreignAmount = amountTyped(session, foreign, spend.foreignCurrency, amounts);
+  return {};
+}
+
+void answerSeries(Session& session, const Spend& first, const std::string& seed, bool income,
+                  const std::string& note) {
   const NewSeries series(session, seed);
   if (series.liesAhead()) return series.answerAhead();
   RecordNames names(session.root());
@@ -40,7 +62,7 @@ void answerSeries(Session& session, const Spend& first, const std::string& seed,
     return session.printJson(object);
   }
   const RecordTexts texts(session, names, whole);
-  session.answer(addedText(session, texts, income) + series.course() + texts.currencyNotes());
+  session.answer(addedText(session, texts, income) + series.course() + note + texts.currencyNotes());
 }
 
 void addSpend(Session& session, const SpendAddOptions& options) {
@@ -61,14 +83,14 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   }
   for (const auto& path : options.photos) spend.addImages.push_back(imageFileTyped(path));
 
+  const auto amount = amountWords(options.amount.empty() ? options.amountNamed : options.amount);
+  if (amount.empty()) throw notUnderstood("AMOUNT is required");
+  prepareRates(session, amount, session.defaultCurrency(), fields.amounts);
   std::string seed;
+  std::string note;
   changeStore(session, [&] {
     const auto names = fillEntry(session, fields, spend);
-    spend.amount = amountTyped(session, options.amount, names.currency, fields.amounts);
-    if (const auto& [amount, code] = options.foreign; !amount.empty() || !code.empty()) {
-      spend.foreignCurrency = currencyCodeTyped(session, code);
-      spend.foreignAmount = amountTyped(session, amount, code, fields.amounts);
-    }
+    note = fillAmount(session, options, amount, names.currency, spend);
     if (repeats) {
       seed = done(recordRepeating(root, spend));
       return;
@@ -78,9 +100,9 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     done(spend.addWithPayments(payments));
     if (!spend.addImages.empty()) done(saveImages(root, spend.addImages, spend.eid));
   });
-  if (repeats) return answerSeries(session, spend, seed, fields.income);
+  if (repeats) return answerSeries(session, spend, seed, fields.income, note);
   answerChanged(session, spend.eid, [&](const RecordTexts& texts) {
-    return addedText(session, texts, fields.income) + texts.stillOpen();
+    return addedText(session, texts, fields.income) + texts.stillOpen() + note;
   });
 }
 
@@ -91,12 +113,15 @@ void addSpendCommands(CommandLine& line) {
   spend->require_subcommand(1);
   CLI::App* add = line.add(*spend, "add");
   auto options = std::make_shared<SpendAddOptions>();
-  add->add_option("AMOUNT", options->amount,
-                  "The amount, above zero, such as 12.50 (the decimal mark is '.')")
-      ->required();
+  const auto amount = [&](const char* name, std::vector<std::string>& words, const char* help) {
+    return add->add_option(name, words, help)->expected(1, 2)->type_name("AMOUNT");
+  };
+  amount("AMOUNT", options->amount, "The amount, above zero: a number, a sum such as 12.50+3, or 20 USD")
+      ->excludes(amount("--amount", options->amountNamed, "The amount, as an option"));
   addCategoryFields(*add, options->fields);
   addAccountFields(*add, options->fields, true);
   addEntryFields(*add, options->fields);
+  addRateOption(*add, options->fields.amounts);
   add->add_option("--foreign", options->foreign,
                   "What it was in another currency: amount and code, such as 20 USD")
       ->type_name("AMOUNT CODE");
