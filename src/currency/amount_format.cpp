@@ -1,7 +1,6 @@
 #include "currency/amount_format.h"
 
 #include <unicode/ucurr.h>
-#include <unicode/uloc.h>
 
 #include <algorithm>
 #include <array>
@@ -110,18 +109,6 @@ AmountFormat::Formatter AmountFormat::build(std::string_view currencyCode, Form 
   const icu::CurrencyUnit unit(iso->data(), status);
   const auto width = form == Form::code ? UNUM_UNIT_WIDTH_ISO_CODE : UNUM_UNIT_WIDTH_SHORT;
   return {base.unit(unit).unitWidth(width), ""};
-}
-
-std::string defaultCurrency(std::string_view localeName) {
-  icu::Locale locale = localeNamed(localeName);
-  if (locale.isBogus() || locale == icu::Locale::getRoot()) return "";
-  UErrorCode status = U_ZERO_ERROR;
-  if (*locale.getCountry() == '\0') locale.addLikelySubtags(status);
-  std::array<char16_t, 4> code{};
-  const int32_t length =
-      ucurr_forLocale(locale.getName(), code.data(), static_cast<int32_t>(code.size()), &status);
-  if (U_FAILURE(status) || length != 3) return "";
-  return {code.begin(), code.begin() + length};
 }
 
 bool isCurrencyCode(std::string_view text) {

@@ -49,10 +49,6 @@ class AmountFormat {
   mutable std::map<std::string, Formatter, std::less<>> formatters_[4];  ///< by Form, then by code
 };
 
-/// The code of the money spent in the locale's country ("de_AT" gives "EUR"; a bare language means the
-/// country most of its speakers live in). Empty when the locale points to no country.
-std::string defaultCurrency(std::string_view localeName);
-
 /// Whether the text is a currency's ISO code, today's or a former one, in capitals.
 bool isCurrencyCode(std::string_view text);
 

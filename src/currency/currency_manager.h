@@ -1,13 +1,11 @@
 #pragma once
 
-#include <atomic>
 #include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "calendar/date.h"
@@ -32,9 +30,12 @@ struct RateServices {
   /// Refuses what is neither "" nor an https address (http only of this machine itself).
   static Result<> check(const std::string& address);
 
+  // "" for a service that is not to be asked; addresses may end in a slash.
   std::string tableUrl() const;                      ///< primary + "/v4/latest/USD"
   std::string pairUrl(std::string_view code) const;  ///< primary + "/v4/latest/%@"
   std::string secondTableUrl() const;                ///< secondary + "/latest?base=USD"
+  /// Whom a URL asks: "api.exchangerate-api.com".
+  static std::string hostOf(std::string_view url);
 };
 
 /// The exchange rates this device knows, kept in its settings and refreshed in the background. Made where
@@ -52,8 +53,8 @@ class CurrencyManager {
   /// once, and every later call gives the same one. Null before.
   static CurrencyManager* sharedManager(Platform* platform = nullptr);
   explicit CurrencyManager(Platform& platform);
-  /// Ends a refresh that is under way.
-  ~CurrencyManager();
+  /// Waits for a refresh that is under way; who is in a hurry ends its requests first (`platform.http`).
+  ~CurrencyManager() = default;
   CurrencyManager(const CurrencyManager&) = delete;
   CurrencyManager& operator=(const CurrencyManager&) = delete;
 
@@ -61,12 +62,14 @@ class CurrencyManager {
   Date lastRefresh() const { return lastRefresh_; }
   /// Empty where none was ever fetched.
   const RateTable& exchangeRates() const { return exchangeRates_; }
-  /// Whether the table is older than kOldAfter at that moment.
+  /// Whether there is a table and it is older than kOldAfter at that moment.
   bool isOld(Date now) const;
 
   /// All ISO 4217 codes ICU knows, former ones too, sorted.
   static const std::vector<std::string>& availableCurrencies();
-  /// Those of them that are counted without decimals.
+  /// Those of them that are paid with on that day; no metals, units of account and codes for tests.
+  static std::vector<std::string> currenciesInTender(Date now);
+  /// Those of all that are counted without decimals.
   static const std::vector<std::string>& noDecimalDigitsCurrencies();
   /// Symbols by code as the user's locale writes them; made when first asked for.
   const std::map<std::string, std::string, std::less<>>& currencySymbolDict() const;
@@ -74,7 +77,8 @@ class CurrencyManager {
   /// Refreshes in the background where the last refresh is more than kRefreshAfter old (or lies ahead, after
   /// a clock was set back).
   void refreshIfNeeded();
-  /// Refreshes in the background; one that is under way already is enough.
+  /// Refreshes in the background; one that is under way already is enough. Where no service is to be asked
+  /// it only says so in `refreshFailure`.
   void forceRefresh();
   bool isRefreshing() const { return refreshing_; }
   /// Runs the main queue until the refresh has ended, at most that long. On the main thread. Whether it has.
@@ -100,20 +104,28 @@ class CurrencyManager {
                                                 std::string_view toCurrency);
 
  private:
+  void loadKept();
+  /// One service's table; each way it can go is told in the log.
+  Result<RateTable> askedOf(const std::string& url);
+  /// What is known of one code in the other; nothing where it would not fit in single precision either.
+  std::optional<float> pairRate(std::string_view from, std::string_view toCurrency) const;
+
   Platform& platform_;
   Date lastRefresh_;
   RateTable exchangeRates_;
-  /// Pair rates computed so far, by both codes.
-  std::map<std::pair<std::string, std::string>, float, std::less<>> conversionDict_;
+  /// Pair rates computed so far, by both codes: "EUR JPY".
+  std::map<std::string, float, std::less<>> conversionDict_;
   mutable std::map<std::string, std::string, std::less<>> currencySymbolDict_;
   std::optional<Refusal> failure_;
-  std::atomic<bool> refreshing_ = false;
+  bool refreshing_ = false;
   /// Gone with the object, so that what was handed to the main queue knows.
-  std::shared_ptr<CurrencyManager*> self_;
+  std::shared_ptr<CurrencyManager*> self_ = std::make_shared<CurrencyManager*>(this);
+  /// Declared last: its block uses everything above until it has ended.
   WorkQueue refreshQueue_;
 };
 
-/// `amount` times the rate as it is shown (decimalOf), rounded half away from zero to that many decimals.
+/// `amount` times the rate as it is shown (decimalOf), rounded half away from zero to that many decimals (0
+/// to 12). As exact as fifteen digits are; what is not finite stays so.
 double converted(double amount, double rate, int digits);
 
 }  // namespace moniva

@@ -31,4 +31,8 @@ class LocaleUtils {
   static std::string guessedCurrency(Platform& platform);
 };
 
+/// How the locale writes a currency, unlike all others ("US$" in Canada); the code itself where it has no
+/// sign.
+std::string symbolOfCurrency(std::string_view locale, std::string_view code);
+
 }  // namespace moniva

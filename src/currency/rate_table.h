@@ -15,10 +15,17 @@ namespace moniva {
 using RateTable = std::map<std::string, float, std::less<>>;
 
 /// Reads the reply of an exchange-rate service: a JSON object whose member "rates" is an object from code to
-/// number. Nothing else of it is read. Names that are no three capital letters are passed over. Refused as a
-/// whole, with the reason: what is no such object, a rate that is no number, is zero, negative or not finite
-/// in single precision, a US dollar that is not 1, and a table without any rate.
+/// number. Nothing else of it is read. Names that are no three capital letters are passed over; of a code
+/// that is there twice the last counts. Refused as a whole, with the reason: what is no such object, a rate
+/// that is no number, is zero, negative or not finite in single precision, a US dollar that is not 1, and a
+/// table without any other rate.
 Result<RateTable> readRateReply(std::string_view body);
+
+/// One rate of a reply in whatever currency it is based on; of the others nothing is read. Refused as above.
+Result<float> readRateOf(std::string_view body, std::string_view code);
+
+/// Whether the text is written as codes are, three capital letters; not whether there is such a currency.
+bool isCodeOfCurrency(std::string_view text);
 
 /// The table as kept in the settings: an object from code to number, and back by the same rules.
 boost::json::value jsonOf(const RateTable& table);

@@ -69,21 +69,6 @@ TEST(AmountFormat, refusesALocaleOfNoLanguage) {
   EXPECT_NE(refused.error().why.find("'no such place'"), std::string::npos);
 }
 
-TEST(Currency, ofALocale) {
-  const struct {
-    const char* locale;
-    const char* code;
-    const char* why;
-  } cases[] = {
-      {"ja_JP", "JPY", "a country of its own currency"},
-      {"en_GB.UTF-8", "GBP", "with an encoding"},
-      {"zh-Hans-CN", "CNY", "with a script"},
-      {"C", "", "no country at all"},
-      {"what?", "", "no locale"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(defaultCurrency(c.locale), c.code) << c.why;
-}
-
 TEST(Currency, codesAndTheirDigits) {
   const struct {
     const char* code;

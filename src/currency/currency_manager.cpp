@@ -1,0 +1,203 @@
+#include "currency/currency_manager.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "base/text.h"
+
+namespace moniva {
+namespace {
+
+constexpr std::string_view kRefreshKey = "CurrencyManagerLastRefresh";
+constexpr std::string_view kRatesKey = "CurrencyManagerExchangeRates";
+
+/// The number with fifteen significant digits: what stands behind them is noise of binary fractions.
+double withFifteenDigits(double number) {
+  std::array<char, 32> text{};
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::scientific, 14).ptr;
+  std::from_chars(text.data(), end, number);
+  return number;
+}
+
+Refusal noService() {
+  return refuse("no service is set that exchange rates could come from").value();
+}
+
+}  // namespace
+
+CurrencyManager* CurrencyManager::sharedManager(Platform* platform) {
+  // Never freed: it is there until the program ends.
+  static CurrencyManager* shared = nullptr;
+  if (shared == nullptr && platform != nullptr) shared = new CurrencyManager(*platform);
+  return shared;
+}
+
+CurrencyManager::CurrencyManager(Platform& platform) : platform_(platform) {
+  loadKept();
+}
+
+void CurrencyManager::loadKept() {
+  const auto date = platform_.userDefaults->dateForKey(kRefreshKey);
+  lastRefresh_ = date.value_or(platform_.now());
+  if (const auto kept = platform_.userDefaults->objectForKey(kRatesKey)) {
+    auto table = rateTableOf(*kept);
+    if (table) {
+      exchangeRates_ = *std::move(table);
+    } else {
+      platform_.log.line(fmt::format("==get currency rate: those kept are not used: {}", table.error()));
+    }
+  }
+  // Of rates without a date nobody knows the age.
+  if (exchangeRates_.empty() || !date) forceRefresh();
+}
+
+bool CurrencyManager::isOld(Date now) const {
+  return !exchangeRates_.empty() && now > lastRefresh_.plusSeconds(kOldAfter);
+}
+
+void CurrencyManager::refreshIfNeeded() {
+  const Date now = platform_.now();
+  if (now > lastRefresh_.plusSeconds(kRefreshAfter) || lastRefresh_ > now) forceRefresh();
+}
+
+void CurrencyManager::forceRefresh() {
+  if (refreshing_) return;
+  const auto services = RateServices::of(*platform_.userDefaults);
+  if (services.tableUrl().empty() && services.secondTableUrl().empty()) {
+    failure_ = noService();
+    return;
+  }
+  refreshing_ = true;
+  refreshQueue_.dispatch([this] { refreshExchangeRates(); });
+}
+
+bool CurrencyManager::waitForRefresh(std::chrono::milliseconds time) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  for (;;) {
+    platform_.mainQueue.runPending();
+    if (!refreshing_) return true;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    if (left.count() <= 0) return false;
+    refreshQueue_.drainWithin(left);
+  }
+}
+
+void CurrencyManager::refreshExchangeRates() {
+  const auto services = RateServices::of(*platform_.userDefaults);
+  std::optional<RateTable> found;
+  std::optional<Refusal> why;
+  for (const auto& url : {services.tableUrl(), services.secondTableUrl()}) {
+    if (url.empty()) continue;
+    auto table = askedOf(url);
+    if (!table) {
+      why = why ? refuse("{}; {}", *why, table.error()).value() : std::move(table.error());
+    } else if (found) {
+      table->merge(*found);
+      found = *std::move(table);
+    } else {
+      found = *std::move(table);
+    }
+  }
+  platform_.mainQueue.dispatch(
+      [weak = std::weak_ptr(self_), found = std::move(found), why = std::move(why)]() mutable {
+        const auto self = weak.lock();
+        if (!self) return;
+        CurrencyManager& manager = **self;
+        manager.refreshing_ = false;
+        if (found) {
+          manager.finishRefreshWithExchangeRates(*std::move(found));
+        } else {
+          manager.failure_ = why ? std::move(*why) : noService();
+        }
+      });
+}
+
+std::optional<RateTable> CurrencyManager::refreshExchangeRatesOn(const std::string& url) {
+  auto table = askedOf(url);
+  if (!table) return std::nullopt;
+  return *std::move(table);
+}
+
+Result<RateTable> CurrencyManager::askedOf(const std::string& url) {
+  const auto failed = [&](const Refusal& why) {
+    platform_.log.line(fmt::format("==get currency rate: {}", why));
+    return tl::make_unexpected(why);
+  };
+  const auto reply = platform_.http->get(url);
+  if (!reply) return failed(reply.error());
+  auto table = readRateReply(reply->body);
+  if (!table) {
+    if (!trimBlanks(reply->body).empty()) {
+      platform_.log.line(
+          fmt::format("==get currency rate ERROR rateJson:{} url:{}", excerpt(reply->body), url));
+    }
+    return failed(refuse("{}: {}", RateServices::hostOf(url), table.error()).value());
+  }
+  platform_.log.line(fmt::format("==get currency rate Succesful rateJson:{} url:{}", table->size(), url));
+  return table;
+}
+
+void CurrencyManager::finishRefreshWithExchangeRates(RateTable table) {
+  lastRefresh_ = platform_.now();
+  exchangeRates_ = std::move(table);
+  exchangeRates_.try_emplace(std::string(baseCurrency), 1.0F);
+  conversionDict_.clear();
+  failure_.reset();
+  auto& defaults = *platform_.userDefaults;
+  defaults.setDate(lastRefresh_, kRefreshKey);
+  defaults.setObject(jsonOf(exchangeRates_), kRatesKey);
+  if (const auto kept = defaults.synchronize(); !kept)
+    platform_.log.line(fmt::format("==get currency rate: the rates are not kept: {}", kept.error()));
+  platform_.notifications.post(notification::kExchangeRateRefreshFinished);
+}
+
+std::optional<float> CurrencyManager::pairRate(std::string_view from, std::string_view toCurrency) const {
+  const auto of = exchangeRates_.find(from);
+  const auto to = exchangeRates_.find(toCurrency);
+  if (of == exchangeRates_.end() || to == exchangeRates_.end()) return std::nullopt;
+  if (from == baseCurrency) return to->second;
+  const float rate = to->second / of->second;
+  if (!std::isfinite(rate) || rate <= 0) return std::nullopt;
+  return rate;
+}
+
+float CurrencyManager::exchangeRateFromCurrency(std::string_view from, std::string_view toCurrency) {
+  if (from == toCurrency) return 1;
+  std::string pair;
+  pair.append(from).append(" ").append(toCurrency);
+  if (const auto known = conversionDict_.find(pair); known != conversionDict_.end()) return known->second;
+  const auto rate = pairRate(from, toCurrency);
+  if (!rate) return 1;
+  return conversionDict_.emplace(std::move(pair), *rate).first->second;
+}
+
+bool CurrencyManager::knowsRate(std::string_view from, std::string_view toCurrency) const {
+  return from == toCurrency || pairRate(from, toCurrency).has_value();
+}
+
+Result<float> CurrencyManager::exchangeRateFromCurrency(Platform& platform, std::string_view from,
+                                                        std::string_view toCurrency) {
+  for (const auto code : {from, toCurrency}) {
+    if (!isCodeOfCurrency(code)) return refuse("'{}' is no currency's code; one looks like USD", code);
+  }
+  if (from == toCurrency) return 1.0F;
+  const std::string url = RateServices::of(*platform.userDefaults).pairUrl(from);
+  if (url.empty()) return tl::make_unexpected(noService());
+  const auto reply = platform.http->get(url);
+  if (!reply) return tl::make_unexpected(reply.error());
+  const auto rate = readRateOf(reply->body, toCurrency);
+  if (!rate) return refuse("{}: {}", RateServices::hostOf(url), rate.error());
+  return *rate;
+}
+
+double converted(double amount, double rate, int digits) {
+  const double product = amount * rate;
+  const double unit = std::pow(10, std::clamp(digits, 0, 12));
+  const double rounded = std::round(withFifteenDigits(product * unit)) / unit;
+  return std::isfinite(rounded) ? rounded : product;
+}
+
+}  // namespace moniva

@@ -1,0 +1,125 @@
+#include "currency/locale_utils.h"
+
+#include <unicode/locid.h>
+#include <unicode/strenum.h>
+#include <unicode/timezone.h>
+#include <unicode/ucurr.h>
+#include <unicode/unistr.h>
+
+#include <array>
+#include <memory>
+
+#include "calendar/locale_name.h"
+
+namespace moniva {
+namespace {
+
+constexpr std::string_view kWholeWorld = "001";
+
+/// The locale of that name; the neutral one for a name nobody knows and for the portable ones, "C" and
+/// "POSIX", which ICU takes for American.
+icu::Locale knownLocale(std::string_view name) {
+  const auto known = localeName(name);
+  if (!known) return icu::Locale::getRoot();
+  const icu::Locale locale(known->c_str());
+  return std::string_view(locale.getVariant()) == "POSIX" ? icu::Locale::getRoot() : locale;
+}
+
+/// The currency paid with in the locale's country; "" without one.
+std::string currencyIn(const icu::Locale& locale) {
+  if (*locale.getCountry() == '\0') return "";
+  std::array<char16_t, 4> code{};
+  UErrorCode status = U_ZERO_ERROR;
+  const int32_t length = ucurr_forLocale(locale.getName(), code.data(), int32_t{4}, &status);
+  if (U_FAILURE(status) || length != 3) return "";
+  return {code.begin(), code.begin() + length};
+}
+
+std::map<std::string, std::string, std::less<>> makeZoneMap() {
+  UErrorCode status = U_ZERO_ERROR;
+  const std::unique_ptr<icu::StringEnumeration> zones(
+      icu::TimeZone::createTimeZoneIDEnumeration(UCAL_ZONE_TYPE_ANY, nullptr, nullptr, status));
+  std::map<std::string, std::string, std::less<>> currencies;
+  std::map<std::string, std::string, std::less<>> ofCountries;
+  while (U_SUCCESS(status)) {
+    const icu::UnicodeString* zone = zones->snext(status);
+    if (zone == nullptr) break;
+    std::array<char, 4> country{};
+    UErrorCode noCountry = U_ZERO_ERROR;
+    icu::TimeZone::getRegion(*zone, country.data(), int32_t{4}, noCountry);
+    if (U_FAILURE(noCountry) || country.data() == kWholeWorld) continue;
+    auto [known, isNew] = ofCountries.try_emplace(country.data());
+    if (isNew) known->second = currencyIn(icu::Locale("und", country.data()));
+    std::string name;
+    if (!known->second.empty()) currencies.emplace(zone->toUTF8String(name), known->second);
+  }
+  return currencies;
+}
+
+/// The currency of the time zone's country; "" where it has none.
+std::string currencyOfZone(const std::string& zone) {
+  const auto& known = LocaleUtils::timeZoneToCurrencyMap();
+  const auto found = known.find(zone);
+  return found == known.end() ? std::string() : found->second;
+}
+
+}  // namespace
+
+std::string symbolOfCurrency(std::string_view locale, std::string_view code) {
+  const icu::UnicodeString wide =
+      icu::UnicodeString::fromUTF8({code.data(), static_cast<int32_t>(code.size())});
+  icu::UnicodeString terminated = wide;
+  UErrorCode status = U_ZERO_ERROR;
+  int32_t length = 0;
+  const char16_t* symbol = ucurr_getName(terminated.getTerminatedBuffer(), knownLocale(locale).getName(),
+                                         UCURR_SYMBOL_NAME, nullptr, &length, &status);
+  if (U_FAILURE(status) || symbol == nullptr) return std::string(code);
+  std::string text;
+  return icu::UnicodeString(symbol, length).toUTF8String(text);
+}
+
+std::string LocaleUtils::getCountryCode(std::string_view locale) {
+  const std::string country = knownLocale(locale).getCountry();
+  // Three digits are a part of the world: "es_419" is Latin America's Spanish.
+  return country.size() == 2 ? country : "";
+}
+
+std::string LocaleUtils::getLanguageCode(std::string_view locale) {
+  return knownLocale(locale).getLanguage();
+}
+
+std::string LocaleUtils::getCurrencyCode(std::string_view locale) {
+  return currencyIn(knownLocale(locale));
+}
+
+std::string LocaleUtils::getCurrencySymbol(std::string_view locale) {
+  const std::string code = getCurrencyCode(locale);
+  return code.empty() ? code : symbolOfCurrency(locale, code);
+}
+
+const std::map<std::string, std::string, std::less<>>& LocaleUtils::timeZoneToCurrencyMap() {
+  static const auto map = makeZoneMap();
+  return map;
+}
+
+std::string LocaleUtils::currencyCodeFromSystemTimeZone(Platform& platform) {
+  const std::string& zone = platform.calendar->zone();
+  if (auto currency = currencyOfZone(zone); !currency.empty()) return currency;
+  platform.log.line(fmt::format("警告：找不到时区 {} 对应的货币代码，使用默认货币 USD", zone));
+  return "USD";
+}
+
+std::string LocaleUtils::guessedCurrency(Platform& platform) {
+  const std::string& name = platform.calendar->locale();
+  if (auto currency = getCurrencyCode(name); !currency.empty()) return currency;
+  if (auto currency = currencyOfZone(platform.calendar->zone()); !currency.empty()) return currency;
+  icu::Locale locale = knownLocale(name);
+  UErrorCode status = U_ZERO_ERROR;
+  locale.addLikelySubtags(status);
+  if (*knownLocale(name).getLanguage() != '\0' && U_SUCCESS(status)) {
+    if (auto currency = currencyIn(locale); !currency.empty()) return currency;
+  }
+  return currencyCodeFromSystemTimeZone(platform);
+}
+
+}  // namespace moniva
