@@ -336,6 +336,8 @@ Result<HttpReply> CurlHttpClient::get(const std::string& url, const HttpLimits& 
       if (host != first) return refuse("{} sent on: {}", first, refusal.value());
       return refusal;
     }
+    // libcurl takes headers that break off for an answer.
+    if (!arrival.headersAreHere) return refuseCode(CURLE_PARTIAL_FILE, host, exchange, arrival);
     const std::string location = arrival.reply.header("location");
     if (!arrival.isRedirect() || location.empty()) {
       if (arrival.reply.status / 100 == 2) return std::move(arrival.reply);
