@@ -20,10 +20,9 @@ Result<CurrencyAdded> addCurrency(MVAppRoot& root, std::string_view code) {
               root.editStamp(), root.itsUDID(), code);
     if (!written) return tl::make_unexpected(written.error());
     if (db.changes() > 0) return CurrencyAdded::revived;
-    written =
-        write(root,
-              "INSERT INTO category (title, parent, editDate, type, edit_ipid) VALUES(?,'_currency',?,?,?)",
-              code, root.editStamp(), 0, root.itsUDID());
+    written = write(
+        root, "INSERT INTO category (title, parent, editDate, type, edit_ipid) VALUES(?,'_currency',?,?,?)",
+        code, root.editStamp(), 0, root.itsUDID());
     return written ? Result<CurrencyAdded>(CurrencyAdded::added) : tl::make_unexpected(written.error());
   });
 }
@@ -50,13 +49,14 @@ Result<std::map<std::string, CurrencyUse, std::less<>>> currencyUses(MVAppRoot& 
         "select currency, sum(kind = ?), sum(kind = ?) from account where deleted = 0 and isGroup is not 1"
         " and currency != '' group by currency",
         {kBookKind, kAccountKind});
-    while (run.next()) uses[run.text(0)] = {run.integer(1), run.integer(2), 0};
+    while (run.next()) uses[std::string(run.text(0))] = {run.integer(1), run.integer(2), 0};
     if (!run.ok()) return tl::make_unexpected(db->refusal());
   }
-  Run run = db->query(fmt::format("select currency2, count(*) from transactions where currency2 != '' and {}"
-                                  " group by currency2",
-                                  kRecordsInUse));
-  while (run.next()) uses[run.text(0)].records = run.integer(1);
+  Run run =
+      db->query(fmt::format("select currency2, count(*) from transactions where currency2 != '' and {}"
+                            " group by currency2",
+                            kRecordsInUse));
+  while (run.next()) uses[std::string(run.text(0))].records = run.integer(1);
   if (!run.ok()) return tl::make_unexpected(db->refusal());
   return uses;
 }

@@ -129,6 +129,7 @@ std::span<const CommandText> commandTexts() {
              transferTexts(),
              repeatTexts(),
              debtTexts(),
+             currencyTexts(),
              spendTexts(),
              planTexts(),
              listTexts(),

@@ -2,7 +2,6 @@
 
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
-#include <unicode/ucurr.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 
 #include "base/text.h"
 #include "currency/currency_manager.h"
+#include "currency/locale_utils.h"
 #include "ui/cli/did_you_mean.h"
 
 namespace moniva {
@@ -90,14 +90,7 @@ CurrencyName currencyNamed(Session& session, const std::string& code) {
 }
 
 std::string currencySign(Session& session, const std::string& code) {
-  UErrorCode status = U_ZERO_ERROR;
-  icu::UnicodeString wide(code.c_str(), static_cast<int32_t>(code.size()), US_INV);
-  int32_t length = 0;
-  const char16_t* sign = ucurr_getName(wide.getTerminatedBuffer(), session.calendar().locale().c_str(),
-                                       UCURR_SYMBOL_NAME, nullptr, &length, &status);
-  if (U_FAILURE(status) || sign == nullptr) return code;
-  std::string utf8;
-  return icu::UnicodeString(sign, length).toUTF8String(utf8);
+  return symbolOfCurrency(session.calendar().locale(), code);
 }
 
 std::vector<std::string> currenciesLike(Session& session, const std::vector<std::string>& codes,

@@ -29,13 +29,13 @@ bool isAmong(const Codes& codes, const std::string& code) {
   return std::ranges::find(codes, code) != codes.end();
 }
 
-Codes ownList(Session& session) {
+Codes listOfOwn(Session& session) {
   auto codes = DoDB::getCurrencyList(session.root());
   if (codes.empty()) throw CommandError(CommandError::kRefused, refusalOfStore(session.root()).value());
   return codes;
 }
 
-json::object jsonOf(Session& session, const std::string& code, const CurrencyUse& use, bool isListed) {
+json::object jsonOfListed(Session& session, const std::string& code, const CurrencyUse& use, bool isListed) {
   return {{"code", code},
           {"name", currencyNamed(session, code).name},
           {"symbol", currencySign(session, code)},
@@ -49,25 +49,27 @@ json::object jsonOf(Session& session, const std::string& code, const CurrencyUse
 /// "CHF (Swiss Franc), SEK (Swedish Krona)".
 std::string namesOf(Session& session, const Codes& codes) {
   Codes names;
-  for (const auto& code : codes) names.push_back(session.text("{} ({})", code, currencyNamed(session, code).name));
+  for (const auto& code : codes)
+    names.push_back(session.text("{} ({})", code, currencyNamed(session, code).name));
   return fmt::format("{}", fmt::join(names, ", "));
 }
 
 void listCurrencies(Session& session, const CurrencyListOptions& options) {
-  const auto list = ownList(session);
+  const auto list = listOfOwn(session);
   auto uses = done(currencyUses(session.root()));
   const auto known = options.all ? CurrencyManager::currenciesInTender(session.now()) : list;
   const auto codes = currenciesLike(session, known, options.text);
   if (session.options().json) {
     json::array rows;
-    for (const auto& code : codes) rows.push_back(jsonOf(session, code, uses[code], isAmong(list, code)));
+    for (const auto& code : codes) rows.push_back(jsonOfListed(session, code, uses[code], isAmong(list, code)));
     return session.printJson(rows);
   }
   if (codes.empty()) {
     throw options.all ? refused("no currency has '{}' in its code or name", printable(options.text))
-                      : refused("no currency of your list has '{}' in its code or name; see: moniva currency "
-                                "list --all",
-                                printable(options.text));
+                      : refused(
+                            "no currency of your list has '{}' in its code or name; see: moniva currency "
+                            "list --all",
+                            printable(options.text));
   }
   std::vector<Column> columns{{.title = session.text("Currency"), .isWhole = true},
                               {.title = session.text("Name")},
@@ -107,10 +109,10 @@ void listCurrencies(Session& session, const CurrencyListOptions& options) {
 void answerList(Session& session, const Codes& codes, const std::string& sentence) {
   session.root().markRecentEditDate();
   if (!session.options().json) return session.answer(sentence);
-  const auto list = ownList(session);
+  const auto list = listOfOwn(session);
   auto uses = done(currencyUses(session.root()));
   json::array rows;
-  for (const auto& code : codes) rows.push_back(jsonOf(session, code, uses[code], isAmong(list, code)));
+  for (const auto& code : codes) rows.push_back(jsonOfListed(session, code, uses[code], isAmong(list, code)));
   session.printJson(rows);
 }
 
@@ -134,7 +136,7 @@ void addCurrencies(Session& session, const Codes& typed) {
 }
 
 void removeCurrencies(Session& session, const Codes& typed) {
-  const auto list = ownList(session);
+  const auto list = listOfOwn(session);
   for (const auto& code : typed) {
     if (isAmong(list, code)) continue;
     if (const auto meant = didYouMean(code, list))
