@@ -61,7 +61,8 @@ void listCurrencies(Session& session, const CurrencyListOptions& options) {
   const auto codes = currenciesLike(session, known, options.text);
   if (session.options().json) {
     json::array rows;
-    for (const auto& code : codes) rows.push_back(jsonOfListed(session, code, uses[code], isAmong(list, code)));
+    for (const auto& code : codes)
+      rows.push_back(jsonOfListed(session, code, uses[code], isAmong(list, code)));
     return session.printJson(rows);
   }
   if (codes.empty()) {

@@ -40,7 +40,7 @@ std::string shortRate(Session& session, double rate) {
 
 double rateOrEnd(Session& session, const std::string& from, const std::string& to) {
   if (const auto rate = rateKnown(session, from, to)) return *rate;
-  throw refused("{}; fetch them with: moniva rate refresh", noRate(session, from, to));
+  throw CommandError(CommandError::kRefused, noRate(session, from, to));
 }
 
 json::object jsonOfRates(Session& session, json::array rates) {
@@ -105,7 +105,7 @@ void showRatePair(Session& session, const RateShowOptions& options) {
   const std::string from = currencyCodeTyped(session, options.from);
   const std::string to =
       options.to.empty() ? session.defaultCurrency() : currencyCodeTyped(session, options.to);
-  if (from == to) throw notUnderstood("{} is {} itself; name another currency", to, from);
+  if (from == to) throw notUnderstood("{} would be compared with itself; name another currency", from);
   double rate = 0;
   double back = 0;
   if (options.direct) {
