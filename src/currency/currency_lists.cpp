@@ -1,9 +1,11 @@
 #include <unicode/ucurr.h>
 #include <unicode/uenum.h>
+#include <unicode/uloc.h>
 
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <set>
 
 #include "currency/amount_format.h"
 #include "currency/currency_manager.h"
@@ -43,11 +45,15 @@ const std::vector<std::string>& CurrencyManager::availableCurrencies() {
 
 std::vector<std::string> CurrencyManager::currenciesInTender(Date now) {
   constexpr double kMilliseconds = 1000;
-  std::vector<std::string> codes = codesOf(UCURR_COMMON | UCURR_NON_DEPRECATED);
   const double day = now.secondsSince1970 * kMilliseconds;
+  std::set<std::string, std::less<>> ofCountries;
+  for (const char* const* country = uloc_getISOCountries(); *country != nullptr; ++country)
+    ofCountries.insert(LocaleUtils::getCurrencyCode(fmt::format("en_{}", *country)));
+  std::vector<std::string> codes = codesOf(UCURR_COMMON | UCURR_NON_DEPRECATED);
+  // ICU's dates alone do not do: where several countries pay or paid with one currency they are those of any.
   std::erase_if(codes, [&](const std::string& code) {
     UErrorCode status = U_ZERO_ERROR;
-    return ucurr_isAvailable(wideCode(code).data(), day, day, &status) == 0 || U_FAILURE(status) != 0;
+    return !ofCountries.contains(code) && ucurr_isAvailable(wideCode(code).data(), day, day, &status) == 0;
   });
   return codes;
 }

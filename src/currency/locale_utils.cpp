@@ -15,6 +15,7 @@ namespace moniva {
 namespace {
 
 constexpr std::string_view kWholeWorld = "001";
+constexpr std::string_view kNoCurrency = "XXX";
 
 /// The locale of that name; the neutral one for a name nobody knows and for the portable ones, "C" and
 /// "POSIX", which ICU takes for American.
@@ -25,14 +26,15 @@ icu::Locale knownLocale(std::string_view name) {
   return std::string_view(locale.getVariant()) == "POSIX" ? icu::Locale::getRoot() : locale;
 }
 
-/// The currency paid with in the locale's country; "" without one.
+/// The currency paid with in the locale's country; "" without one, and where none is (Antarctica has "XXX").
 std::string currencyIn(const icu::Locale& locale) {
   if (*locale.getCountry() == '\0') return "";
   std::array<char16_t, 4> code{};
   UErrorCode status = U_ZERO_ERROR;
   const int32_t length = ucurr_forLocale(locale.getName(), code.data(), int32_t{4}, &status);
   if (U_FAILURE(status) || length != 3) return "";
-  return {code.begin(), code.begin() + length};
+  const std::string currency(code.begin(), code.begin() + length);
+  return currency == kNoCurrency ? "" : currency;
 }
 
 std::map<std::string, std::string, std::less<>> makeZoneMap() {

@@ -25,6 +25,7 @@ std::optional<float> rateOf(const json::value& value) {
 }
 
 std::string shown(const json::value& value) {
+  if (value.is_number()) return fmt::format("{}", value.to_number<double>());
   return excerpt(json::serialize(value), 20);
 }
 

@@ -1,12 +1,13 @@
 #include "platform/posix/gd_images.h"
 
-#include <dlfcn.h>
 #include <gd.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
+
+#include "platform/posix/loaded_library.h"
 
 namespace moniva {
 namespace {
@@ -15,9 +16,8 @@ constexpr const char* kLibrary = "libgd.so.3";
 constexpr int kWhite = 0xFFFFFF;
 constexpr int kQuality = 85;
 
-/// The functions of the library that are used, and why they could not be had if so.
-struct GdLibrary {
-  std::string missing;
+/// The functions of the library that are used.
+struct GdLibrary : LoadedLibrary {
   decltype(&gdSetErrorMethod) setErrorMethod = nullptr;
   decltype(&gdImageCreateFromJpegPtr) fromJpeg = nullptr;
   decltype(&gdImageCreateFromPngPtr) fromPng = nullptr;
@@ -30,8 +30,7 @@ struct GdLibrary {
   decltype(&gdImageDestroy) destroy = nullptr;
   decltype(&gdFree) release = nullptr;
 
-  GdLibrary() {
-    handle_ = ::dlopen(kLibrary, RTLD_NOW | RTLD_LOCAL);
+  GdLibrary() : LoadedLibrary(kLibrary) {
     find("gdSetErrorMethod", setErrorMethod);
     find("gdImageCreateFromJpegPtr", fromJpeg);
     find("gdImageCreateFromPngPtr", fromPng);
@@ -44,28 +43,17 @@ struct GdLibrary {
     find("gdImageDestroy", destroy);
     find("gdFree", release);
     // What is wrong is told by the answers; the library would print it as well.
-    if (missing.empty()) setErrorMethod([](int, const char*, va_list) {});
+    if (missing().empty()) setErrorMethod([](int, const char*, va_list) {});
   }
-
- private:
-  template <class Function>
-  void find(const char* name, Function& function) {
-    function = handle_ != nullptr ? reinterpret_cast<Function>(::dlsym(handle_, name)) : nullptr;
-    if (function != nullptr || !missing.empty()) return;
-    const char* why = ::dlerror();
-    missing = why != nullptr ? why : name;
-  }
-
-  void* handle_ = nullptr;
 };
 
-const GdLibrary& library() {
+const GdLibrary& gd() {
   static const GdLibrary loaded;
   return loaded;
 }
 
 struct DestroyPicture {
-  void operator()(gdImage* picture) const { library().destroy(picture); }
+  void operator()(gdImage* picture) const { gd().destroy(picture); }
 };
 using Picture = std::unique_ptr<gdImage, DestroyPicture>;
 
@@ -74,13 +62,13 @@ Picture decoded(ImageKind kind, std::string_view bytes) {
   void* data = const_cast<char*>(bytes.data());
   switch (kind) {
     case ImageKind::jpeg:
-      return Picture(library().fromJpeg(size, data));
+      return Picture(gd().fromJpeg(size, data));
     case ImageKind::png:
-      return Picture(library().fromPng(size, data));
+      return Picture(gd().fromPng(size, data));
     case ImageKind::gif:
-      return Picture(library().fromGif(size, data));
+      return Picture(gd().fromGif(size, data));
     case ImageKind::webp:
-      return Picture(library().fromWebp(size, data));
+      return Picture(gd().fromWebp(size, data));
   }
   return nullptr;
 }
@@ -90,10 +78,10 @@ Picture reducedOf(gdImage& picture) {
   const double scale = std::min(1.0, double{kReducedSide} / std::max(picture.sx, picture.sy));
   const int width = std::max(1, static_cast<int>(std::lround(picture.sx * scale)));
   const int height = std::max(1, static_cast<int>(std::lround(picture.sy * scale)));
-  Picture reduced(library().createTrueColor(width, height));
+  Picture reduced(gd().createTrueColor(width, height));
   if (!reduced) return nullptr;
-  library().filledRectangle(reduced.get(), 0, 0, width - 1, height - 1, kWhite);
-  library().copyResampled(reduced.get(), &picture, 0, 0, 0, 0, width, height, picture.sx, picture.sy);
+  gd().filledRectangle(reduced.get(), 0, 0, width - 1, height - 1, kWhite);
+  gd().copyResampled(reduced.get(), &picture, 0, 0, 0, 0, width, height, picture.sx, picture.sy);
   return reduced;
 }
 
@@ -103,7 +91,7 @@ Picture upright(Picture picture, int orientation) {
   const int width = picture->sx;
   const int height = picture->sy;
   const bool lies = orientation >= 5;
-  Picture turned(library().createTrueColor(lies ? height : width, lies ? width : height));
+  Picture turned(gd().createTrueColor(lies ? height : width, lies ? width : height));
   if (!turned) return nullptr;
   const bool fromRight = orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
   const bool fromBelow = orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
@@ -122,15 +110,15 @@ Picture upright(Picture picture, int orientation) {
 Result<Image> GdImages::read(std::string_view bytes) {
   const auto head = readImageHead(bytes);
   if (!head) return tl::make_unexpected(head.error());
-  if (!library().missing.empty()) return refuse("it cannot be read: {}", library().missing);
+  if (!gd().missing().empty()) return refuse("it cannot be read: {}", gd().missing());
   const Picture picture = decoded(head->kind, bytes);
   if (!picture) return refuse("it is damaged or ends too soon");
   Picture reduced = reducedOf(*picture);
   if (reduced) reduced = upright(std::move(reduced), head->orientation);
   if (!reduced) return refuse("there is no memory to read it");
   int size = 0;
-  const std::unique_ptr<void, decltype(&gdFree)> jpeg(library().jpegOf(reduced.get(), &size, kQuality),
-                                                      library().release);
+  const std::unique_ptr<void, decltype(&gdFree)> jpeg(gd().jpegOf(reduced.get(), &size, kQuality),
+                                                      gd().release);
   if (!jpeg) return refuse("there is no memory to read it");
   return Image{*head, std::string(static_cast<const char*>(jpeg.get()), static_cast<std::size_t>(size))};
 }

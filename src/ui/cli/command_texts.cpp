@@ -70,9 +70,10 @@ std::span<const CommandText> commandTexts() {
       {"doctor",
        "look the store over",
        "Looks at the file and at what its records say of each other, and changes nothing. The exit status "
-       "tells whether"
-       " all is well.",
+       "tells whether all is well. With --clock it asks a web server for the time instead, and says by how "
+       "much the clock of this device is fast or slow; a minute is too much.",
        {{"moniva doctor", "look everything over"},
+        {"moniva doctor --clock", "see whether the clock of this device is right"},
         {"moniva doctor --set-aside", "keep a damaged data file under a dated name and begin a new store"}}},
       {"upgrade",
        "bring a store of an older version up to date",
@@ -129,6 +130,7 @@ std::span<const CommandText> commandTexts() {
              transferTexts(),
              repeatTexts(),
              debtTexts(),
+             currencyTexts(),
              spendTexts(),
              planTexts(),
              listTexts(),

@@ -12,6 +12,7 @@
 #include "model/moniva_account.h"
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
+#include "platform/posix/curl_http_client.h"
 #include "platform/posix/file_user_defaults.h"
 #include "platform/posix/gd_images.h"
 #include "platform/posix/host.h"
@@ -134,6 +135,7 @@ void Session::prepare() {
   }
   platform_->random = std::make_unique<SystemRandom>();
   platform_->images = std::make_unique<GdImages>();
+  platform_->http = std::make_unique<CurlHttpClient>();
   if (options_.verbose) {
     platform_->log.setSink(
         [this](std::string_view line) { terminal_.err << errStyle_.dim(printable(line)) << '\n'; });
@@ -209,6 +211,8 @@ void Session::launch() {
 }
 
 void Session::leave() {
+  // What is still asked of a network is not waited for.
+  if (platform_) platform_->http->cancel();
   if (!launched_) return;
   launched_ = false;
   const std::string fault = db_->fileFault();
