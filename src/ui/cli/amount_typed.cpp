@@ -17,6 +17,8 @@ namespace {
 /// What may be typed as an amount.
 enum class Sign { aboveZero, zeroToo, any };
 
+constexpr std::size_t kCodeLength = 3;
+
 /// An amount and the code that stands beside it.
 struct TextOfMoney {
   std::string number;
@@ -30,11 +32,10 @@ bool isLetter(char c) {
 /// Takes a code off the end or the beginning. Letters that touch the number are one only when there are
 /// three.
 TextOfMoney textOfMoney(std::string_view text) {
-  constexpr std::size_t kCodeLength = 3;
   text = trimBlanks(text);
   const auto isCode = [](std::string_view letters, std::string_view number) {
     const bool isApart = trimBlanks(number) != number;
-    return !letters.empty() && !number.empty() && (isApart || letters.size() == kCodeLength);
+    return !letters.empty() && !number.empty() && (isApart || isCurrencyCode(letters));
   };
   const auto money = [](std::string_view letters, std::string_view number) {
     return TextOfMoney{std::string(trimBlanks(number)), std::string(letters)};
@@ -103,7 +104,6 @@ double valueTyped(Session& session, const std::string& text, const std::string& 
                                             : typed(reader.read(text));
   const double rounded = roundedTo(amount, currencyDigits(currency));
   const auto plain = [&] { return session.amounts().formatPlain(rounded, currency); };
-  if (isExpression) session.say(session.text("{} is {}.", printable(text), plain()));
   if (sign == Sign::aboveZero && amount <= 0) {
     throw isExpression ? notUnderstood("an amount must be above zero; {} is {}", printable(text), plain())
                        : notUnderstood("an amount must be above zero; '{}' is not", printable(text));
@@ -111,10 +111,12 @@ double valueTyped(Session& session, const std::string& text, const std::string& 
   if (sign == Sign::zeroToo && amount < 0) {
     throw notUnderstood("the amount must not be below zero; {} is {}", printable(text), plain());
   }
-  if (isSame(rounded, amount)) return rounded;
-  if (!options.round) throw tooManyDecimals(text, currency, mayRound);
+  const bool isExact = isSame(rounded, amount);
+  if (!isExact && !options.round) throw tooManyDecimals(text, currency, mayRound);
   if (rounded <= 0 && amount > 0) throw notUnderstood("'{}' rounds to nothing", printable(text));
-  if (!isExpression) {
+  if (isExpression) {
+    session.say(session.text("{} is {}.", printable(text), plain()));
+  } else if (!isExact) {
     session.say(session.text("{} is taken for {}.", session.amounts().formatWithCode(rounded, currency),
                              printable(text)));
   }
@@ -222,17 +224,19 @@ EntryAmount entryAmountTyped(Session& session, const std::string& text, const st
   return entry;
 }
 
-std::string amountWords(const std::vector<std::string>& words) {
-  if (words.empty()) return {};
-  if (words.size() == 1) return words.front();
-  const auto isCode = [](const std::string& word) {
-    return !word.empty() && std::ranges::all_of(word, isLetter);
-  };
-  if (std::ranges::none_of(words, isCode)) {
-    throw notUnderstood("'{}' is no currency's code; an amount is one word, such as 12.50 or 20 USD",
-                        printable(words.back()));
+bool isWordOfCode(const std::string& word) {
+  return word.size() == kCodeLength && std::ranges::all_of(word, isLetter);
+}
+
+std::string amountWithCode(const std::string& amount, const std::string& word) {
+  if (word.empty()) return amount;
+  const auto isLetters = [](const std::string& text) { return std::ranges::all_of(text, isLetter); };
+  if (amount.empty() || (!isLetters(amount) && !isLetters(word))) {
+    throw notUnderstood(
+        "'{}' is no currency's code; an amount is one word, such as 12.50, or two, such as 20 USD",
+        printable(word));
   }
-  return words.front() + " " + words.back();
+  return fmt::format("{} {}", amount, word);
 }
 
 void prepareRates(Session& session, const std::string& amount, const std::string& own,

@@ -1,9 +1,7 @@
 #pragma once
 
 #include <CLI/App.hpp>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include "ui/cli/session.h"
 
@@ -51,9 +49,11 @@ struct EntryAmount {
 EntryAmount entryAmountTyped(Session& session, const std::string& text, const std::string& currency,
                              const AmountOptions& options = {}, const EntryAmount& before = {});
 
-/// The words of an option that takes "12.50" or "20 USD" as one text; "" for none. Ends the command for two
-/// words of which none is a currency's code.
-std::string amountWords(const std::vector<std::string>& words);
+/// Whether the word is written like a currency's code; no record can be typed like that.
+bool isWordOfCode(const std::string& word);
+/// The amount with the word typed behind it: "20 USD"; that may be blank. Ends the command where none of the
+/// two is a code.
+std::string amountWithCode(const std::string& amount, const std::string& word);
 /// To be called before the store is changed: fetches exchange rates where the amount is in another currency
 /// than `own`, so that nobody waits for the network with the store locked.
 void prepareRates(Session& session, const std::string& amount, const std::string& own,

@@ -14,8 +14,9 @@ namespace moniva {
 namespace {
 
 struct SpendAddOptions {
-  std::vector<std::string> amount;  ///< one word, or two with a currency's code
-  std::vector<std::string> amountNamed;
+  std::string amount;
+  std::string code;                             ///< behind it
+  std::string amountNamed;                      ///< by --amount
   std::pair<std::string, std::string> foreign;  ///< amount and code; empty for none
   bool reimburse = false;
   std::vector<std::string> photos;
@@ -28,6 +29,19 @@ std::string addedText(Session& session, const RecordTexts& texts, bool income) {
   const auto amount = texts.amount();
   return (income ? session.text("Added income {}", amount) : session.text("Added an expense {}", amount)) +
          texts.details();
+}
+
+/// The amount as one text: of "20 USD", of --amount 20 USD.
+std::string amountOf(const SpendAddOptions& options) {
+  if (options.amountNamed.empty()) {
+    if (options.amount.empty()) throw notUnderstood("say the amount, such as: moniva spend add 12.50");
+    return amountWithCode(options.amount, options.code);
+  }
+  if (!options.code.empty() || (!options.amount.empty() && !isWordOfCode(options.amount))) {
+    throw notUnderstood("say the amount once: '{}' or '{}'", printable(options.amountNamed),
+                        printable(options.amount));
+  }
+  return amountWithCode(options.amountNamed, options.amount);
 }
 
 /// Fills in the amount, with what it was in another currency; answers the sentence about that.
@@ -83,8 +97,7 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   }
   for (const auto& path : options.photos) spend.addImages.push_back(imageFileTyped(path));
 
-  const auto amount = amountWords(options.amount.empty() ? options.amountNamed : options.amount);
-  if (amount.empty()) throw notUnderstood("AMOUNT is required");
+  const auto amount = amountOf(options);
   prepareRates(session, amount, session.defaultCurrency(), fields.amounts);
   std::string seed;
   std::string note;
@@ -113,11 +126,9 @@ void addSpendCommands(CommandLine& line) {
   spend->require_subcommand(1);
   CLI::App* add = line.add(*spend, "add");
   auto options = std::make_shared<SpendAddOptions>();
-  const auto amount = [&](const char* name, std::vector<std::string>& words, const char* help) {
-    return add->add_option(name, words, help)->expected(1, 2)->type_name("AMOUNT");
-  };
-  amount("AMOUNT", options->amount, "The amount, above zero: a number, a sum such as 12.50+3, or 20 USD")
-      ->excludes(amount("--amount", options->amountNamed, "The amount, as an option"));
+  add->add_option("AMOUNT", options->amount, "The amount, above zero, such as 12.50 or 12.50+3");
+  add->add_option("CODE", options->code, "Its currency, when it is another than the record's, such as USD");
+  add->add_option("--amount", options->amountNamed, "The amount, as an option")->type_name("AMOUNT");
   addCategoryFields(*add, options->fields);
   addAccountFields(*add, options->fields, true);
   addEntryFields(*add, options->fields);

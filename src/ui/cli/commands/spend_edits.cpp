@@ -13,6 +13,7 @@ namespace {
 /// What may be typed for a record that is there. What is not given stays as it is.
 struct SpendEdit {
   std::string eid;
+  std::string code;  ///< behind the amount
   std::optional<std::string> amount;
   std::pair<std::string, std::string> foreign;
   bool noForeign = false;
@@ -66,7 +67,7 @@ void writeAmounts(Session& session, Spend& spend, const SpendEdit& edit, double 
 std::string changeAmounts(Session& session, Spend& spend, const SpendEdit& edit, const std::string& before) {
   const bool keepsForeign = edit.foreign.first.empty() && !edit.noForeign;
   if (!edit.amounts.rate.empty() && (!edit.amount || !keepsForeign)) {
-    throw notUnderstood("--rate belongs to an --amount in another currency, such as \"20 USD\"");
+    throw notUnderstood("--rate belongs to an --amount in another currency, such as 20 USD");
   }
   if (!edit.amount && keepsForeign) return {};
   double amount = spend.amount;
@@ -168,11 +169,12 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
   CLI::App* app = line.add(spend, "edit");
   auto edit = std::make_shared<SpendEdit>();
   app->add_option("EID", edit->eid, "The record: its eid, or the end of it")->required();
+  app->add_option("CODE", edit->code, "The currency of --amount, when it is another than the record's");
   // An option that sets, and the flag that takes off.
   const auto pair = [&](CLI::Option* set, const char* flag, bool& off, const char* help) {
     app->add_flag(flag, off, help)->excludes(set);
   };
-  app->add_option("--amount", edit->amount, "The amount, above zero, such as 12.50 or \"20 USD\"")
+  app->add_option("--amount", edit->amount, "The amount, above zero, such as 12.50 or 20 USD")
       ->type_name("AMOUNT");
   addRateOption(*app, edit->amounts);
   pair(app->add_option("--foreign", edit->foreign, "What it was in another currency: amount and code")
@@ -198,7 +200,13 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
   pair(reimburse, "--no-reimburse", edit->noReimburse, toTranslate("Not to be reimbursed"));
   app->add_flag("--create", edit->create, "Make the category or subcategory when it is new");
   addRoundOption(*app, edit->amounts);
-  line.onRun(app, [edit](Session& session) { editSpend(session, *edit); });
+  line.onRun(app, [edit](Session& session) {
+    // "--amount 20 USD EID": the parser cannot know what of it is which.
+    if (isWordOfCode(edit->eid)) std::swap(edit->eid, edit->code);
+    if (edit->amount) edit->amount = amountWithCode(*edit->amount, edit->code);
+    if (!edit->amount && !edit->code.empty()) throw notUnderstood("'{}' goes with --amount", edit->code);
+    editSpend(session, *edit);
+  });
 }
 
 void markSpend(Session& session, const std::string& text, bool paid) {
