@@ -239,10 +239,10 @@ std::string amountWithCode(const std::string& amount, const std::string& word) {
   return fmt::format("{} {}", amount, word);
 }
 
-void prepareRates(Session& session, const std::string& amount, const std::string& own,
-                  const AmountOptions& options) {
+void prepareRates(Session& session, const std::string& amount, const AmountOptions& options,
+                  const std::function<bool(const std::string& code)>& needsRate) {
   const auto code = textOfMoney(amount).code;
-  if (options.rate.empty() && isCurrencyCode(code) && code != own) freshenRates(session);
+  if (options.rate.empty() && isCurrencyCode(code) && needsRate(code)) freshenRates(session);
 }
 
 }  // namespace moniva

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/App.hpp>
+#include <functional>
 #include <string>
 
 #include "ui/cli/session.h"
@@ -54,9 +55,9 @@ bool isWordOfCode(const std::string& word);
 /// The amount with the word typed behind it: "20 USD"; that may be blank. Ends the command where none of the
 /// two is a code.
 std::string amountWithCode(const std::string& amount, const std::string& word);
-/// To be called before the store is changed: fetches exchange rates where the amount is in another currency
-/// than `own`, so that nobody waits for the network with the store locked.
-void prepareRates(Session& session, const std::string& amount, const std::string& own,
-                  const AmountOptions& options);
+/// To be called before the store is changed: fetches exchange rates where the amount is in a currency that
+/// needs one, so that nobody waits for the network with the store locked.
+void prepareRates(Session& session, const std::string& amount, const AmountOptions& options,
+                  const std::function<bool(const std::string& code)>& needsRate);
 
 }  // namespace moniva

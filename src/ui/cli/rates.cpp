@@ -30,11 +30,12 @@ void freshenRates(Session& session) {
   if (!isFirst && !rates.refreshFailure()) rates.refreshIfNeeded();
   if (!rates.isRefreshing()) return;
   const auto most = isFirst ? kFirstPatience : kPatience;
+  constexpr std::chrono::seconds kSecond{1};
   constexpr milliseconds kSlice{100};
   Progress progress(session.progressPlace(), Session::watch, session.text("Fetching exchange rates"),
-                    static_cast<std::uint64_t>(most / kSlice));
+                    static_cast<std::uint64_t>(most / kSecond));
   for (auto waited = kSlice; waited <= most && !rates.waitForRefresh(kSlice); waited += kSlice)
-    progress.advance();
+    progress.moveTo(static_cast<std::uint64_t>(waited / kSecond));
 }
 
 void sayWhereOld(Session& session) {

@@ -98,7 +98,12 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   for (const auto& path : options.photos) spend.addImages.push_back(imageFileTyped(path));
 
   const auto amount = amountOf(options);
-  prepareRates(session, amount, session.defaultCurrency(), fields.amounts);
+  prepareRates(session, amount, fields.amounts, [&](const std::string& code) {
+    const auto& payer = !fields.payments.empty() ? fields.payments.front().first : fields.account;
+    return code != (payer.empty() ? bookNamed(session, fields.book, Meant::open)
+                                  : accountNamed(session, payer, Meant::open))
+                       .currency;
+  });
   std::string seed;
   std::string note;
   changeStore(session, [&] {

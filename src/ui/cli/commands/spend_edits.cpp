@@ -128,11 +128,12 @@ void requireNoPart(const RecordWhole& whole, const std::string& eid) {
 
 void editSpend(Session& session, const SpendEdit& edit) {
   if (edit.isEmpty()) throw notUnderstood("say what to change, such as --amount 12.50 or --note \"...\"");
-  if (edit.amount) {
-    const auto present = spendOf(session, recordTyped(session, edit.eid));
-    const auto& known = present.foreignCurrency;
-    prepareRates(session, *edit.amount, known.empty() ? session.defaultCurrency() : known, edit.amounts);
-  }
+  prepareRates(session, edit.amount.value_or(""), edit.amounts, [&](const std::string& code) {
+    if (edit.account) return code != accountNamed(session, *edit.account, Meant::open).currency;
+    const auto eid = recordTyped(session, edit.eid);
+    return code != spendOf(session, eid).foreignCurrency &&
+           code != currencyOf(session, wholeRecord(session, eid));
+  });
   std::string eid;
   std::string note;
   changeStore(session, [&] {

@@ -184,7 +184,9 @@ void useTemplate(Session& session, const TemplateOptions& options) {
   Transfer transfer(root);
   Spend spend(root);
   std::string note;
-  prepareRates(session, options.amount, session.defaultCurrency(), options.amounts);
+  prepareRates(session, options.amount, options.amounts, [&](const std::string& code) {
+    return code != TemplateTexts(session, templateTyped(session, options.title)).currency;
+  });
   changeStore(session, [&] {
     kept = templateTyped(session, options.title);
     if (kept.isTransfer()) {
