@@ -87,6 +87,11 @@ std::string changeAmounts(Session& session, Spend& spend, const SpendEdit& edit,
       return entry.note(session, currency);
     }
     amount = entry.amount;
+    // What it was in a currency that is its own by now would only contradict it.
+    if (keepsForeign && spend.foreignCurrency == currency) {
+      done(spend.updateAmount(amount, 0, ""));
+      return {};
+    }
   }
   writeAmounts(session, spend, edit, amount);
   return {};
