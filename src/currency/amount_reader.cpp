@@ -213,10 +213,12 @@ bool AmountReader::isExpression(std::string_view text) const {
 Result<std::vector<AmountToken>> AmountReader::tokens(std::string_view text) const {
   std::vector<AmountToken> tokens;
   const auto shown = [&] { return excerpt(trimBlanks(text)); };
+  const auto sign = endOfSign(text);
   for (std::size_t from = 0;;) {
-    const auto next = nextOperator(text, from == 0 ? endOfSign(text) : from);
+    const auto next = nextOperator(text, from == 0 ? sign : from);
     const auto piece = text.substr(from, next.at == std::string_view::npos ? next.at : next.at - from);
-    if (trimBlanks(piece).empty()) {
+    const bool isBlank = trimBlanks(from == 0 ? text.substr(sign, piece.size() - sign) : piece).empty();
+    if (isBlank) {
       if (next.at == std::string_view::npos && tokens.empty()) return refuse("the amount is empty");
       if (next.at == std::string_view::npos) {
         return refuse("'{}' ends with '{}', where an amount should follow", shown(), tokens.back().text);

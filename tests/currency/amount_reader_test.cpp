@@ -101,6 +101,7 @@ TEST(AmountReader, takesExpressionsApart) {
       {"en_US", "7", "7:0", "one number is one, too"},
       {"en_US", "3+", "'3+' ends with '+'", "nothing behind"},
       {"en_US", "3+ *4", "'*' at character 4", "two operators"},
+      {"en_US", "+*", "'*' at character 2", "a sign and no number"},
       {"en_US", "×4", "'×' at character 1", "nothing in front"},
       {"en_US", "3+-4", "'-' at character 3", "only the first number has a sign"},
       {"en_US", "€+12..5", "'€' is not an amount", "the first fault"},

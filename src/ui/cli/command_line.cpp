@@ -125,6 +125,8 @@ CommandLine::CommandLine(const Style& helpStyle)
   addPhotoCommands(*this);
   addTemplateCommands(*this);
   addDebtCommands(*this);
+  addCurrencyCommands(*this);
+  addRateCommands(*this);
   addRecordCommands(*this);
   addImportCommand(*this);
   addExportCommands(*this);

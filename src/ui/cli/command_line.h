@@ -73,6 +73,8 @@ void addDueCommand(CommandLine& line);
 void addPhotoCommands(CommandLine& line);
 void addTemplateCommands(CommandLine& line);
 void addDebtCommands(CommandLine& line);
+void addCurrencyCommands(CommandLine& line);
+void addRateCommands(CommandLine& line);
 void addRecordCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addExportCommands(CommandLine& line);

@@ -2,14 +2,15 @@
 
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
-#include <unicode/ucurr.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
 
 #include "base/text.h"
 #include "currency/currency_manager.h"
+#include "currency/locale_utils.h"
 #include "ui/cli/did_you_mean.h"
 
 namespace moniva {
@@ -40,6 +41,7 @@ std::vector<std::string> wordsIn(const std::string& name) {
 /// What a currency may be called.
 struct Called {
   std::string code;
+  bool isNear = false;  ///< the own one, or of the person's list
   std::string sign;
   std::vector<std::string> names;
   std::vector<std::string> words;
@@ -53,11 +55,14 @@ std::vector<Called> currenciesCalled(Session& session) {
     codes.emplace_back(CurrencyManager::baseCurrency);
     for (auto& code : DoDB::getCurrencyList(session.root())) codes.push_back(std::move(code));
   }
+  const std::size_t near = codes.size();
+  for (auto& code : CurrencyManager::currenciesInTender(session.now())) codes.push_back(std::move(code));
   for (const auto& code : CurrencyManager::availableCurrencies()) codes.push_back(code);
   std::vector<Called> list;
-  for (auto& code : codes) {
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    const std::string& code = codes[i];
     if (!isCurrencyCode(code) || std::ranges::find(list, code, &Called::code) != list.end()) continue;
-    Called called{code, currencySign(session, code), {}, {}};
+    Called called{code, i < near, currencySign(session, code), {}, {}};
     for (const std::string& locale : {session.calendar().locale(), std::string("en")}) {
       called.names.push_back(withoutAccents(currencyDisplayName(code, locale)));
       for (auto& word : wordsIn(called.names.back())) called.words.push_back(std::move(word));
@@ -67,20 +72,12 @@ std::vector<Called> currenciesCalled(Session& session) {
   return list;
 }
 
-/// Of the words the one nearest to the text, and whose it is.
-std::optional<std::string> nearestOf(std::string_view text, const std::vector<Called>& list,
-                                     std::vector<std::string> (*words)(const Called&)) {
+/// Of the texts by which currencies are called the one nearest to what was typed.
+std::optional<std::string> nearestOf(std::string_view wanted, const std::vector<Called>& list,
+                                     std::vector<std::string> Called::*texts) {
   std::vector<std::string> all;
-  std::vector<std::string> whose;
-  for (const auto& called : list) {
-    for (auto& word : words(called)) {
-      all.push_back(std::move(word));
-      whose.push_back(called.code);
-    }
-  }
-  const auto near = didYouMean(text, all);
-  if (!near) return std::nullopt;
-  return whose[static_cast<std::size_t>(std::ranges::find(all, *near) - all.begin())];
+  for (const auto& called : list) std::ranges::copy(called.*texts, std::back_inserter(all));
+  return didYouMean(wanted, all);
 }
 
 }  // namespace
@@ -90,14 +87,7 @@ CurrencyName currencyNamed(Session& session, const std::string& code) {
 }
 
 std::string currencySign(Session& session, const std::string& code) {
-  UErrorCode status = U_ZERO_ERROR;
-  icu::UnicodeString wide(code.c_str(), static_cast<int32_t>(code.size()), US_INV);
-  int32_t length = 0;
-  const char16_t* sign = ucurr_getName(wide.getTerminatedBuffer(), session.calendar().locale().c_str(),
-                                       UCURR_SYMBOL_NAME, nullptr, &length, &status);
-  if (U_FAILURE(status) || sign == nullptr) return code;
-  std::string utf8;
-  return icu::UnicodeString(sign, length).toUTF8String(utf8);
+  return symbolOfCurrency(session.calendar().locale(), code);
 }
 
 std::vector<std::string> currenciesLike(Session& session, const std::vector<std::string>& codes,
@@ -120,22 +110,32 @@ std::optional<CurrencyName> currencyMeant(Session& session, std::string_view tex
   const std::string wanted = withoutAccents(trimBlanks(text));
   if (wanted.empty()) return std::nullopt;
   const auto list = currenciesCalled(session);
-  const auto has = [&](const std::vector<std::string>& names) {
-    return std::ranges::find(names, wanted) != names.end();
+  const auto first = [&](auto&& isMeant) -> std::optional<CurrencyName> {
+    const auto found = std::ranges::find_if(list, isMeant);
+    return found == list.end() ? std::nullopt : std::optional(currencyNamed(session, found->code));
   };
-  const std::function<bool(const Called&)> rules[] = {
-      [&](const Called& called) { return isSameWord(called.code, wanted); },
-      [&](const Called& called) { return called.sign == trimBlanks(text); },
-      [&](const Called& called) { return has(called.names); },
-      [&](const Called& called) { return has(called.words); }};
-  for (const auto& rule : rules) {
-    const auto found = std::ranges::find_if(list, rule);
-    if (found != list.end()) return currencyNamed(session, found->code);
-  }
-  auto near = nearestOf(wanted, list, [](const Called& called) { return std::vector{called.code}; });
-  if (!near) near = nearestOf(wanted, list, [](const Called& called) { return called.names; });
-  if (!near) near = nearestOf(wanted, list, [](const Called& called) { return called.words; });
-  return near ? std::optional(currencyNamed(session, *near)) : std::nullopt;
+  const auto has = [](const std::vector<std::string>& texts, const std::string& one) {
+    return std::ranges::find(texts, one) != texts.end();
+  };
+  // A word that several have says nothing where none of them is near.
+  const auto byWord = [&](const std::string& word) -> std::optional<CurrencyName> {
+    const auto isMeant = [&](const Called& called) { return has(called.words, word); };
+    const auto found = std::ranges::find_if(list, isMeant);
+    if (found == list.end() || (!found->isNear && std::ranges::count_if(list, isMeant) > 1))
+      return std::nullopt;
+    return currencyNamed(session, found->code);
+  };
+  if (auto meant = first([&](const Called& called) { return isSameWord(called.code, wanted); })) return meant;
+  if (auto meant = first([&](const Called& called) { return called.sign == trimBlanks(text); })) return meant;
+  if (auto meant = first([&](const Called& called) { return has(called.names, wanted); })) return meant;
+  if (auto meant = byWord(wanted)) return meant;
+  std::vector<std::string> codes;
+  for (const auto& called : list) codes.push_back(called.code);
+  if (const auto code = didYouMean(wanted, codes)) return currencyNamed(session, *code);
+  if (const auto name = nearestOf(wanted, list, &Called::names))
+    return first([&](const Called& called) { return has(called.names, *name); });
+  const auto word = nearestOf(wanted, list, &Called::words);
+  return word ? byWord(*word) : std::nullopt;
 }
 
 }  // namespace moniva

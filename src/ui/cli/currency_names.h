@@ -25,7 +25,8 @@ std::vector<std::string> currenciesLike(Session& session, const std::vector<std:
                                         std::string_view text);
 
 /// The currency probably meant by what is no code: by its code in small letters, its sign, its name or a word
-/// of that, or nearly so. Of several the own one is taken, then those of the person's list.
+/// of that, or nearly so. Of several the own one is taken, then those of the list; a word that other ones
+/// share means none.
 std::optional<CurrencyName> currencyMeant(Session& session, std::string_view text);
 
 }  // namespace moniva

@@ -30,11 +30,12 @@ void freshenRates(Session& session) {
   if (!isFirst && !rates.refreshFailure()) rates.refreshIfNeeded();
   if (!rates.isRefreshing()) return;
   const auto most = isFirst ? kFirstPatience : kPatience;
+  constexpr std::chrono::seconds kSecond{1};
   constexpr milliseconds kSlice{100};
   Progress progress(session.progressPlace(), Session::watch, session.text("Fetching exchange rates"),
-                    static_cast<std::uint64_t>(most / kSlice));
+                    static_cast<std::uint64_t>(most / kSecond));
   for (auto waited = kSlice; waited <= most && !rates.waitForRefresh(kSlice); waited += kSlice)
-    progress.advance();
+    progress.moveTo(static_cast<std::uint64_t>(waited / kSecond));
 }
 
 void sayWhereOld(Session& session) {
@@ -53,21 +54,25 @@ std::optional<double> rateKnown(Session& session, const std::string& from, const
   return decimalOf(rates.exchangeRateFromCurrency(from, to));
 }
 
-Refusal noRate(Session& session, const std::string& from, const std::string& to) {
+Refusal noRate(Session& session, const std::string& from, const std::string& to, bool takesRate) {
   const CurrencyManager& rates = session.rates();
+  const auto services = RateServices::of(*session.platform().userDefaults);
+  const bool isOff = services.primary.empty() && services.secondary.empty();
+  Phrase goOn = isOff ? phrase("take rates from a file with: moniva rate load FILE")
+                      : phrase("fetch rates with: moniva rate refresh");
+  if (takesRate) goOn = phrase("give the rate with --rate, or {}", goOn);
   if (!rates.exchangeRates().empty()) {
     const bool isFromMissing = !rates.exchangeRates().contains(from);
-    return Refusal(phrase("no exchange rate of {} is known", isFromMissing ? from : to));
+    return Refusal(phrase("no exchange rate of {} is known; {}", isFromMissing ? from : to, goOn));
   }
-  if (const auto& failure = rates.refreshFailure())
-    return Refusal(phrase("no exchange rates are known ({})", *failure));
-  return Refusal(phrase("no exchange rates are known"));
+  const auto& failure = rates.refreshFailure();
+  return Refusal(failure ? phrase("no exchange rates are known ({}); {}", *failure, goOn)
+                         : phrase("no exchange rates are known; {}", goOn));
 }
 
 double rateBetween(Session& session, const std::string& from, const std::string& to) {
   if (const auto rate = rateKnown(session, from, to)) return *rate;
-  throw refused("{}; give the rate with --rate, or fetch them with: moniva rate refresh",
-                noRate(session, from, to));
+  throw CommandError(CommandError::kRefused, noRate(session, from, to, true));
 }
 
 std::string rateText(Session& session, double rate) {

@@ -16,8 +16,8 @@ double rateBetween(Session& session, const std::string& from, const std::string&
 
 /// The same for the commands about rates themselves: nothing where no rate is known.
 std::optional<double> rateKnown(Session& session, const std::string& from, const std::string& to);
-/// Why there is no rate between them: "no exchange rates are known".
-Refusal noRate(Session& session, const std::string& from, const std::string& to);
+/// Why there is no rate between them, and how to go on: by --rate too for a command that takes it.
+Refusal noRate(Session& session, const std::string& from, const std::string& to, bool takesRate = false);
 /// Fetches rates where those known are more than half a day old, as `rateBetween` does.
 void freshenRates(Session& session);
 /// Says once that the rates are older than thirty days, where they are.
