@@ -31,15 +31,14 @@ std::optional<std::array<char16_t, 4>> isoText(std::string_view code) {
   return text;
 }
 
-/// The locale of that name, or a bogus one.
+}  // namespace
+
 icu::Locale localeNamed(std::string_view name) {
   if (name.empty() || name == "C" || name == "POSIX" || name.starts_with("C.")) return icu::Locale::getRoot();
   icu::Locale locale = icu::Locale::createCanonical(std::string(name).c_str());
   if (*locale.getISO3Language() == '\0') locale.setToBogus();
   return locale;
 }
-
-}  // namespace
 
 Result<AmountFormat> AmountFormat::make(std::string_view localeName) {
   icu::Locale locale = localeNamed(localeName);

@@ -11,6 +11,9 @@
 
 namespace moniva {
 
+/// The locale of that name; the neutral one for "", "C" and "POSIX", a bogus one where nobody speaks it.
+icu::Locale localeNamed(std::string_view name);
+
 /// Amounts as a person of one locale reads them: the locale's digits and grouping, the currency's number of
 /// decimals, halves rounded away from zero. Zero carries no sign, also when it was -0.001 before rounding.
 /// A code that is no currency of ICU's ("POINTS", "") is shown as it stands after a two-decimal number.

@@ -13,7 +13,11 @@ std::vector<CommandText> spendTexts() {
         {"moniva spend edit 5f0c1a2b --amount 13.50", "put one right"}}},
       {"spend add",
        "record an expense, or income",
-       "The amount stands without a sign: it is an expense, or with --income income. A date without a time "
+       "The amount stands without a sign: it is an expense, or with --income income. It may be a sum, "
+       "which is worked out from left to right. In another currency than the account's it is converted at "
+       "the "
+       "rate known, or at that of --rate; the record keeps both.\n\n"
+       "A date without a time "
        "means that day"
        " at the present time of day; a record whose day lies ahead is pending until then.\n\n"
        "With --pay it is paid from several accounts; what they leave is still to be paid.\n\n"
@@ -22,6 +26,8 @@ std::vector<CommandText> spendTexts() {
        "due by today is added at once.",
        {{"moniva spend add 12.50 -c Food -s Bakery --vendor \"Bäckerei Lang\" -a Cash", "an expense"},
         {"moniva spend add 2950 --income -c Salary --payer Weber -a Checking -d 2024-02-01", "income"},
+        {"moniva spend add 12.50+3×4 -c Food", "a sum: 62"},
+        {"moniva spend add 20 USD -c Travel -a \"Credit card\"", "converted at the rate known"},
         {"moniva spend add 18.40 --foreign 20 USD -c Travel -a \"Credit card\"", "paid in another currency"},
         {"moniva spend add 90 -c Clothes --pay Cash 20 --pay Checking 50",
          "from two accounts, 20 yet to be paid"},
@@ -29,10 +35,13 @@ std::vector<CommandText> spendTexts() {
         {"moniva spend add 850 -c Rent -a Checking --repeat monthly --until 2027-12-31", "each month"}}},
       {"spend edit",
        "change an expense or income",
-       "What is not named stays as it is. In a record with payments the only payment follows the amount and "
+       "What is not named stays as it is. An amount in the foreign currency that the record has already is "
+       "converted at the record's own rate, unless there is a --rate. In a record with payments the only "
+       "payment follows the amount and "
        "the account; where there are several, what is still to be paid follows, and accounts are changed "
        "with: moniva payment edit.",
        {{"moniva spend edit 5f0c1a2b --amount 13.50 -c Food/Bakery", ""},
+        {"moniva spend edit 5f0c1a2b --amount 25 USD", "at its own rate, or at the rate known"},
         {"moniva spend edit 5f0c1a2b --no-vendor --note \"with Anna\"", ""},
         {"moniva spend edit 5f0c1a2b -d yesterday -a Cash", ""}}},
       {"spend paid",

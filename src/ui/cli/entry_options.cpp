@@ -1,11 +1,7 @@
 #include "ui/cli/entry_options.h"
 
-#include <cmath>
-
-#include "base/amount.h"
 #include "base/text.h"
 #include "calendar/parse_date.h"
-#include "currency/amount_format.h"
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "model/vendor.h"
@@ -36,31 +32,6 @@ Refusal noSubcategory(const std::string& title, const std::string& above,
 }
 
 }  // namespace
-
-void addRoundOption(CLI::App& command, AmountOptions& options) {
-  command.add_flag("--round", options.round, "Round an amount with more decimals than its currency has");
-}
-
-double amountTyped(Session& session, const std::string& text, const std::string& currency,
-                   const AmountOptions& options) {
-  const double amount = typed(parseAmount(text));
-  if (amount <= 0) throw notUnderstood("an amount must be above zero; '{}' is not", printable(text));
-  const int digits = currencyDigits(currency);
-  const double scale = std::pow(10.0, digits);
-  const double rounded = std::round(amount * scale) / scale;
-  if (std::abs(rounded - amount) > 1e-9 * std::max(1.0, amount)) {
-    if (!options.round) {
-      throw notUnderstood("{} is counted in {} decimals, and '{}' has more; --round rounds it", currency,
-                          digits, printable(text));
-    }
-    if (rounded <= 0) throw notUnderstood("'{}' rounds to nothing", printable(text));
-    session.say(session.text("{} is taken for {}.", session.amounts().formatWithCode(rounded, currency),
-                             printable(text)));
-    return rounded;
-  }
-  if (auto checked = checkAmount(amount); !checked) throw CommandError(CommandError::kUsage, checked.error());
-  return amount;
-}
 
 Date momentTyped(Session& session, const std::string& text) {
   if (text.empty()) return session.now();

@@ -8,34 +8,11 @@
 #include "model/moniva_account.h"
 #include "model/mv_category.h"
 #include "model/photos.h"
+#include "ui/cli/amount_typed.h"
 #include "ui/cli/session.h"
 
 /// What the commands for records have in common: amounts, moments, categories, vendors and records as typed.
 namespace moniva {
-
-/// How an amount may be typed: "--round" allows more decimals than its currency has.
-struct AmountOptions {
-  bool round = false;
-  /// What one of the foreign currency is in the record's, as typed; "" for the rate known.
-  std::string rate;
-};
-void addRoundOption(CLI::App& command, AmountOptions& options);
-
-/// The amount typed, above zero, in the currency of the code. Ends the command for what is no amount, is
-/// zero, or has more decimals than the currency, unless it may be rounded, which the person is told.
-double amountTyped(Session& session, const std::string& text, const std::string& currency,
-                   const AmountOptions& options = {});
-/// The amount of a record that may keep what it was in another currency: "12.50", "10+2.50", "20 USD".
-struct EntryAmount {
-  double amount = 0;  ///< above zero, in the record's currency
-  double foreignAmount = 0;
-  std::string foreignCurrency;  ///< "" for none
-  double rate = 0;              ///< what one of the foreign currency was taken for; 0 for none
-};
-/// Reads it; a foreign amount is converted at the rate typed with --rate, else at the rate known, and the
-/// person is told. Ends the command as amountTyped does, and where no rate is known.
-EntryAmount entryAmountTyped(Session& session, const std::string& text, const std::string& currency,
-                             const AmountOptions& options = {});
 
 /// The moment a record is made for: typed with a time, or that day at the present time of day; the present
 /// for a blank text. Ends the command for what is no date and for years before 1900 or after 2200.

@@ -235,6 +235,11 @@ std::string Session::filled(const std::string& translation, fmt::string_view eng
   }
 }
 
+const AmountReader& Session::amountReader() {
+  if (!amountReader_) amountReader_.emplace(platform_->calendar->locale());
+  return *amountReader_;
+}
+
 std::string Session::defaultCurrency() const {
   return guessesCurrency() ? LocaleUtils::guessedCurrency(*platform_) : root_->monivaAccount->currency;
 }

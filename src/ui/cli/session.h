@@ -12,6 +12,7 @@
 
 #include "app/main_app_delegate.h"
 #include "currency/amount_format.h"
+#include "currency/amount_reader.h"
 #include "currency/currency_manager.h"
 #include "ui/cli/progress.h"
 #include "ui/cli/style.h"
@@ -91,6 +92,8 @@ class Session {
   }
   const Style& style() const { return style_; }
   const AmountFormat& amounts() const { return *amounts_; }
+  /// Reads amounts by the marks and digits of the person's locale.
+  const AmountReader& amountReader();
   /// How this session says the program's texts.
   Translate translate() const {
     return [this](std::string_view english) { return platform_->localized(english); };
@@ -161,6 +164,7 @@ class Session {
   Style errStyle_;
   std::unique_ptr<Platform> platform_;
   std::optional<AmountFormat> amounts_;
+  std::optional<AmountReader> amountReader_;
   std::unique_ptr<CurrencyManager> rates_;
   std::set<std::string> said_;
   std::unique_ptr<DoDB> db_;

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <boost/json.hpp>
 
-#include "base/amount.h"
 #include "model/account_balance.h"
 #include "model/account_dates.h"
 #include "model/transaction_type.h"
@@ -50,8 +49,9 @@ void addAccount(Session& session, const AccountAddOptions& options) {
   account.setType(keptFor(accountTypeWords(), options.type));
   account.currency = currencyTyped(session, options.currency);
   const auto in = takenCurrencyText(session, options.currency, account.currency);
-  const double opening =
-      options.openingBalance.empty() ? 0 : typed(parseSignedAmount(options.openingBalance));
+  const double opening = options.openingBalance.empty()
+                             ? 0
+                             : signedAmountTyped(session, options.openingBalance, account.currency);
   account.beginBalance = opening;
   account.note = asTyped(options.note.value_or(""), "the note");
   const auto answer = done(atomically(root, [&](Connection&) -> Result<std::string> {

@@ -1,8 +1,8 @@
-#include "base/amount.h"
 #include "calendar/book_periods.h"
 #include "model/account_balance.h"
 #include "model/transaction_type.h"
 #include "storage/writes.h"
+#include "ui/cli/amount_typed.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/period_options.h"
@@ -36,7 +36,7 @@ std::string setCurrency(Session& session, MonivaAccount& row, const std::string&
 }
 
 std::string setOpeningBalance(Session& session, MonivaAccount& row, const std::string& text) {
-  const double amount = typed(parseSignedAmount(text));
+  const double amount = signedAmountTyped(session, text, row.currency);
   done(row.updateBeginBalance(amount));
   return session.text("'{}' began with {}; its balance is {} now.", row.title,
                       session.amounts().format(amount, row.currency), balanceText(session, row));

@@ -2,13 +2,13 @@
 #include <boost/json.hpp>
 #include <cmath>
 
-#include "base/amount.h"
 #include "model/account_balance.h"
 #include "model/account_groups.h"
 #include "model/transaction_type.h"
 #include "model/transfer.h"
 #include "recurrence/series_standing.h"
 #include "storage/writes.h"
+#include "ui/cli/amount_typed.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/did_you_mean.h"
@@ -198,7 +198,7 @@ void recountBalances(Session& session, int aKind, const std::string& name, bool 
 }
 
 std::string correctBalance(Session& session, MonivaAccount& row, const std::string& text) {
-  const double wanted = typed(parseSignedAmount(text));
+  const double wanted = signedAmountTyped(session, text, row.currency);
   requireOpen(row);
   const double booked = done(correctBalanceTo(row, wanted));
   const std::string balance = session.amounts().format(wanted, row.currency);

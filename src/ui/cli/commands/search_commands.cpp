@@ -1,6 +1,5 @@
 #include <boost/json.hpp>
 
-#include "base/amount.h"
 #include "reports/keyword_forms.h"
 #include "reports/search.h"
 #include "ui/cli/command_error.h"
@@ -55,7 +54,7 @@ SearchQuery queryTypedFor(Session& session, const SearchOptions& options) {
   query.keyword = options.saved > 0 ? savedText(session, options.saved) : joinedWords(options.words);
   if (query.keyword.empty() && !options.words.empty()) throw notUnderstood("the text to look for is blank");
   typed(checkKeyword(query.keyword));
-  if (!options.amount.empty()) query.amount = typed(parseAmount(options.amount));
+  if (!options.amount.empty()) query.amount = figureTyped(session, options.amount);
   if (!options.book.empty()) query.account = bookNamed(session, options.book, Meant::groupsToo);
   if (!options.account.empty()) query.account = accountNamed(session, options.account, Meant::groupsToo);
   if (!options.from.empty()) query.from = boundTyped(session, options.from, false);

@@ -15,6 +15,8 @@ namespace {
 
 struct SpendAddOptions {
   std::string amount;
+  std::string code;                             ///< behind it
+  std::string amountNamed;                      ///< by --amount
   std::pair<std::string, std::string> foreign;  ///< amount and code; empty for none
   bool reimburse = false;
   std::vector<std::string> photos;
@@ -29,7 +31,41 @@ std::string addedText(Session& session, const RecordTexts& texts, bool income) {
          texts.details();
 }
 
-void answerSeries(Session& session, const Spend& first, const std::string& seed, bool income) {
+/// The amount as one text: of "20 USD", of --amount 20 USD.
+std::string amountOf(const SpendAddOptions& options) {
+  if (options.amountNamed.empty()) {
+    if (options.amount.empty()) throw notUnderstood("say the amount, such as: moniva spend add 12.50");
+    return amountWithCode(options.amount, options.code);
+  }
+  if (!options.code.empty() || (!options.amount.empty() && !isWordOfCode(options.amount))) {
+    throw notUnderstood("say the amount once: '{}' or '{}'", printable(options.amountNamed),
+                        printable(options.amount));
+  }
+  return amountWithCode(options.amountNamed, options.amount);
+}
+
+/// Fills in the amount, with what it was in another currency; answers the sentence about that.
+std::string fillAmount(Session& session, const SpendAddOptions& options, const std::string& typedAmount,
+                       const std::string& currency, Spend& spend) {
+  const auto& amounts = options.fields.amounts;
+  const auto& [foreign, code] = options.foreign;
+  if (foreign.empty() && code.empty()) {
+    const auto entry = entryAmountTyped(session, typedAmount, currency, amounts);
+    spend.amount = entry.amount;
+    spend.foreignAmount = entry.foreignAmount;
+    spend.foreignCurrency = entry.foreignCurrency;
+    return entry.note(session, currency);
+  }
+  if (!amounts.rate.empty())
+    throw notUnderstood("--foreign says both amounts, which leaves nothing to --rate");
+  spend.amount = amountTyped(session, typedAmount, currency, amounts);
+  spend.foreignCurrency = currencyCodeTyped(session, code);
+  spend.foreignAmount = amountTyped(session, foreign, spend.foreignCurrency, amounts);
+  return {};
+}
+
+void answerSeries(Session& session, const Spend& first, const std::string& seed, bool income,
+                  const std::string& note) {
   const NewSeries series(session, seed);
   if (series.liesAhead()) return series.answerAhead();
   RecordNames names(session.root());
@@ -40,7 +76,7 @@ void answerSeries(Session& session, const Spend& first, const std::string& seed,
     return session.printJson(object);
   }
   const RecordTexts texts(session, names, whole);
-  session.answer(addedText(session, texts, income) + series.course() + texts.currencyNotes());
+  session.answer(addedText(session, texts, income) + series.course() + note + texts.currencyNotes());
 }
 
 void addSpend(Session& session, const SpendAddOptions& options) {
@@ -61,14 +97,13 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   }
   for (const auto& path : options.photos) spend.addImages.push_back(imageFileTyped(path));
 
+  const auto amount = amountOf(options);
+  prepareRates(session, amount, session.defaultCurrency(), fields.amounts);
   std::string seed;
+  std::string note;
   changeStore(session, [&] {
     const auto names = fillEntry(session, fields, spend);
-    spend.amount = amountTyped(session, options.amount, names.currency, fields.amounts);
-    if (const auto& [amount, code] = options.foreign; !amount.empty() || !code.empty()) {
-      spend.foreignCurrency = currencyCodeTyped(session, code);
-      spend.foreignAmount = amountTyped(session, amount, code, fields.amounts);
-    }
+    note = fillAmount(session, options, amount, names.currency, spend);
     if (repeats) {
       seed = done(recordRepeating(root, spend));
       return;
@@ -78,9 +113,9 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     done(spend.addWithPayments(payments));
     if (!spend.addImages.empty()) done(saveImages(root, spend.addImages, spend.eid));
   });
-  if (repeats) return answerSeries(session, spend, seed, fields.income);
+  if (repeats) return answerSeries(session, spend, seed, fields.income, note);
   answerChanged(session, spend.eid, [&](const RecordTexts& texts) {
-    return addedText(session, texts, fields.income) + texts.stillOpen();
+    return addedText(session, texts, fields.income) + texts.stillOpen() + note;
   });
 }
 
@@ -91,12 +126,13 @@ void addSpendCommands(CommandLine& line) {
   spend->require_subcommand(1);
   CLI::App* add = line.add(*spend, "add");
   auto options = std::make_shared<SpendAddOptions>();
-  add->add_option("AMOUNT", options->amount,
-                  "The amount, above zero, such as 12.50 (the decimal mark is '.')")
-      ->required();
+  add->add_option("AMOUNT", options->amount, "The amount, above zero, such as 12.50 or 12.50+3");
+  add->add_option("CODE", options->code, "Its currency, when it is another than the record's, such as USD");
+  add->add_option("--amount", options->amountNamed, "The amount, as an option")->type_name("AMOUNT");
   addCategoryFields(*add, options->fields);
   addAccountFields(*add, options->fields, true);
   addEntryFields(*add, options->fields);
+  addRateOption(*add, options->fields.amounts);
   add->add_option("--foreign", options->foreign,
                   "What it was in another currency: amount and code, such as 20 USD")
       ->type_name("AMOUNT CODE");

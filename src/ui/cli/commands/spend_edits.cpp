@@ -13,6 +13,7 @@ namespace {
 /// What may be typed for a record that is there. What is not given stays as it is.
 struct SpendEdit {
   std::string eid;
+  std::string code;  ///< behind the amount
   std::optional<std::string> amount;
   std::pair<std::string, std::string> foreign;
   bool noForeign = false;
@@ -33,7 +34,8 @@ struct SpendEdit {
   AmountOptions amounts;
 
   bool isEmpty() const {
-    const bool flags = noForeign || noCategory || noVendor || noAccount || noBook || reimburse || noReimburse;
+    const bool flags = noForeign || noCategory || noVendor || noAccount || noBook || reimburse ||
+                       noReimburse || !amounts.rate.empty();
     return !flags && !amount && foreign.first.empty() && !category && !subcategory && !vendor && !account &&
            !book && !date && !note;
   }
@@ -53,18 +55,41 @@ void changeAccount(Session& session, Spend& spend, const SpendEdit& edit, int ty
   done(spend.updateAccount(account.pk));
 }
 
-void changeAmounts(Session& session, Spend& spend, const SpendEdit& edit) {
-  if (!edit.amount && edit.foreign.first.empty() && !edit.noForeign) return;
-  double amount = spend.amount;
-  if (edit.amount) {
-    // The account may be another one by now.
-    const auto currency = currencyOf(session, wholeRecord(session, spend.eid));
-    amount = amountTyped(session, *edit.amount, currency, edit.amounts);
-  }
+void writeAmounts(Session& session, Spend& spend, const SpendEdit& edit, double amount) {
   if (edit.noForeign) return done(spend.updateAmount(amount, 0, ""));
   if (edit.foreign.first.empty()) return done(spend.updateAmount(amount));
   const auto code = currencyCodeTyped(session, edit.foreign.second);
   done(spend.updateAmount(amount, amountTyped(session, edit.foreign.first, code, edit.amounts), code));
+}
+
+/// Answers the sentence about a conversion. `before` is the currency of the record before its account was
+/// changed.
+std::string changeAmounts(Session& session, Spend& spend, const SpendEdit& edit, const std::string& before) {
+  const bool keepsForeign = edit.foreign.first.empty() && !edit.noForeign;
+  if (!edit.amounts.rate.empty() && (!edit.amount || !keepsForeign)) {
+    throw notUnderstood("--rate belongs to an --amount in another currency, such as 20 USD");
+  }
+  if (!edit.amount && keepsForeign) return {};
+  double amount = spend.amount;
+  if (edit.amount) {
+    // The account may be another one by now.
+    const auto currency = currencyOf(session, wholeRecord(session, spend.eid));
+    const EntryAmount had{.amount = spend.amount,
+                          .foreignAmount = spend.foreignAmount,
+                          .foreignCurrency = currency == before ? spend.foreignCurrency : std::string()};
+    const auto entry = entryAmountTyped(session, *edit.amount, currency, edit.amounts, had);
+    if (entry.isForeign() && !keepsForeign) {
+      throw notUnderstood("--amount says what it was in {}; leave out --foreign and --no-foreign",
+                          entry.foreignCurrency);
+    }
+    if (entry.isForeign()) {
+      done(spend.updateAmount(entry.amount, entry.foreignAmount, entry.foreignCurrency));
+      return entry.note(session, currency);
+    }
+    amount = entry.amount;
+  }
+  writeAmounts(session, spend, edit, amount);
+  return {};
 }
 
 void changeBook(Session& session, Spend& spend, const SpendEdit& edit) {
@@ -103,13 +128,20 @@ void requireNoPart(const RecordWhole& whole, const std::string& eid) {
 
 void editSpend(Session& session, const SpendEdit& edit) {
   if (edit.isEmpty()) throw notUnderstood("say what to change, such as --amount 12.50 or --note \"...\"");
+  if (edit.amount) {
+    const auto present = spendOf(session, recordTyped(session, edit.eid));
+    const auto& known = present.foreignCurrency;
+    prepareRates(session, *edit.amount, known.empty() ? session.defaultCurrency() : known, edit.amounts);
+  }
   std::string eid;
+  std::string note;
   changeStore(session, [&] {
     const auto whole = wholeTyped(session, edit.eid, &eid);
     requireNoPart(whole, eid);
     Spend spend = spendOf(session, eid);
+    const auto currency = currencyOf(session, whole);
     changeAccount(session, spend, edit, whole.type());
-    changeAmounts(session, spend, edit);
+    note = changeAmounts(session, spend, edit, currency);
     changeBook(session, spend, edit);
     changeCategory(session, spend, edit, whole.type());
     if (edit.vendor) {
@@ -129,7 +161,7 @@ void editSpend(Session& session, const SpendEdit& edit) {
     if (edit.reimburse || edit.noReimburse) done(spend.updateReimburse(edit.reimburse));
   });
   answerChanged(session, eid, [&](const RecordTexts& texts) {
-    return session.text("Changed. It is now {}", texts.now(eid));
+    return session.text("Changed. It is now {}", texts.now(eid)) + note;
   });
 }
 
@@ -137,11 +169,14 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
   CLI::App* app = line.add(spend, "edit");
   auto edit = std::make_shared<SpendEdit>();
   app->add_option("EID", edit->eid, "The record: its eid, or the end of it")->required();
+  app->add_option("CODE", edit->code, "The currency of --amount, when it is another than the record's");
   // An option that sets, and the flag that takes off.
   const auto pair = [&](CLI::Option* set, const char* flag, bool& off, const char* help) {
     app->add_flag(flag, off, help)->excludes(set);
   };
-  app->add_option("--amount", edit->amount, "The amount, above zero")->type_name("AMOUNT");
+  app->add_option("--amount", edit->amount, "The amount, above zero, such as 12.50 or 20 USD")
+      ->type_name("AMOUNT");
+  addRateOption(*app, edit->amounts);
   pair(app->add_option("--foreign", edit->foreign, "What it was in another currency: amount and code")
            ->type_name("AMOUNT CODE"),
        "--no-foreign", edit->noForeign, toTranslate("In no other currency"));
@@ -165,7 +200,13 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
   pair(reimburse, "--no-reimburse", edit->noReimburse, toTranslate("Not to be reimbursed"));
   app->add_flag("--create", edit->create, "Make the category or subcategory when it is new");
   addRoundOption(*app, edit->amounts);
-  line.onRun(app, [edit](Session& session) { editSpend(session, *edit); });
+  line.onRun(app, [edit](Session& session) {
+    // "--amount 20 USD EID": the parser cannot know what of it is which.
+    if (isWordOfCode(edit->eid)) std::swap(edit->eid, edit->code);
+    if (edit->amount) edit->amount = amountWithCode(*edit->amount, edit->code);
+    if (!edit->amount && !edit->code.empty()) throw notUnderstood("'{}' goes with --amount", edit->code);
+    editSpend(session, *edit);
+  });
 }
 
 void markSpend(Session& session, const std::string& text, bool paid) {

@@ -158,19 +158,24 @@ void useForTransfer(Session& session, const TemplateOptions& options, RecordTemp
   done(kept.use(transfer));
 }
 
-void useForSpend(Session& session, const TemplateOptions& options, RecordTemplate& kept, Spend& spend) {
+std::string useForSpend(Session& session, const TemplateOptions& options, RecordTemplate& kept,
+                        Spend& spend) {
   if (!options.toAmount.empty()) throw refused("'{}' is no template of a transfer", printable(kept.title));
+  std::string note;
   spend = done(kept.spend());
   spend.datetime = momentTyped(session, options.date);
   spend.paid = isPaidAt(spend.datetime, session.now());
   if (!options.amount.empty()) {
-    spend.amount =
-        amountTyped(session, options.amount, TemplateTexts(session, kept).currency, options.amounts);
-    // What it was in another currency is not known for another amount.
-    spend.foreignAmount = 0;
-    spend.foreignCurrency.clear();
+    const auto currency = TemplateTexts(session, kept).currency;
+    const auto entry = entryAmountTyped(session, options.amount, currency, options.amounts);
+    spend.amount = entry.amount;
+    // What it was in another currency is not known for another amount, unless that is what was typed.
+    spend.foreignAmount = entry.foreignAmount;
+    spend.foreignCurrency = entry.foreignCurrency;
+    note = entry.note(session, currency);
   }
   done(kept.use(spend));
+  return note;
 }
 
 void useTemplate(Session& session, const TemplateOptions& options) {
@@ -178,12 +183,14 @@ void useTemplate(Session& session, const TemplateOptions& options) {
   RecordTemplate kept(root);
   Transfer transfer(root);
   Spend spend(root);
+  std::string note;
+  prepareRates(session, options.amount, session.defaultCurrency(), options.amounts);
   changeStore(session, [&] {
     kept = templateTyped(session, options.title);
     if (kept.isTransfer()) {
       useForTransfer(session, options, kept, transfer);
     } else {
-      useForSpend(session, options, kept, spend);
+      note = useForSpend(session, options, kept, spend);
     }
   });
   if (session.options().json) {
@@ -199,9 +206,11 @@ void useTemplate(Session& session, const TemplateOptions& options) {
   }
   const std::string amount = session.amounts().format(spend.amount, TemplateTexts(session, kept).currency);
   const std::string day = dayOf(session, spend.datetime, spend.paid);
-  session.answer(spend.type == kind::kIncome
-                     ? session.text("Added income {} by the template '{}', on {}.", amount, title, day)
-                     : session.text("Added an expense {} by the template '{}', on {}.", amount, title, day));
+  session.answer(
+      (spend.type == kind::kIncome
+           ? session.text("Added income {} by the template '{}', on {}.", amount, title, day)
+           : session.text("Added an expense {} by the template '{}', on {}.", amount, title, day)) +
+      note);
 }
 
 void renameTemplate(Session& session, const TemplateOptions& options) {
@@ -318,6 +327,7 @@ void addTemplateCommands(CommandLine& line) {
         ->type_name("AMOUNT");
     use->add_option("-d,--date", options->date, "When (else now)")->type_name("DATE");
     addRoundOption(*use, options->amounts);
+    addRateOption(*use, options->amounts);
   }
   {
     const auto [rename, options] = named("rename", renameTemplate, kTitle);

@@ -1,4 +1,3 @@
-#include "base/amount.h"
 #include "calendar/parse_date.h"
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
@@ -36,8 +35,7 @@ struct TransferOptions {
 
 /// A fee may be nothing, unlike any other amount.
 double feeTyped(Session& session, const TransferOptions& options, const std::string& currency) {
-  if (options.fee.empty() || typed(parseAmount(options.fee)) == 0) return 0;
-  return amountTyped(session, options.fee, currency, options.amounts);
+  return options.fee.empty() ? 0 : amountOrNothingTyped(session, options.fee, currency, options.amounts);
 }
 
 CommandError needsToAmount(const MonivaAccount& from, const MonivaAccount& to) {
@@ -290,8 +288,7 @@ void addTransferCommands(CommandLine& line) {
   };
   {
     const auto [add, options] = command("add", addTransfer);
-    add->add_option("AMOUNT", options->amount,
-                    "What is moved, such as 12.50 (the decimal mark is '.'); a fee comes on top")
+    add->add_option("AMOUNT", options->amount, "What is moved, such as 12.50; a fee comes on top")
         ->required();
     add->add_option("FROM", options->from, "Name of the account the money leaves")->required();
     add->add_option("TO", options->to, "Name of the account it arrives in")->required();
