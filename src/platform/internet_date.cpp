@@ -53,7 +53,8 @@ std::optional<Date> parseHttpDate(std::string_view text) {
   const auto days = first + day - 1;
   // 1 January 1970 was a Thursday.
   if (days >= next || floorRemainder(days + 4, 7) != *weekday) return std::nullopt;
-  return Date{static_cast<double>(days * kSecondsPerDay + hour * 3'600 + minute * 60 + second)};
+  const int seconds = (hour * 60 + minute) * 60 + second;
+  return Date{static_cast<double>(days * kSecondsPerDay + seconds)};
 }
 
 std::string networkTimeServer(const Platform& platform) {

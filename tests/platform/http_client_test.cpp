@@ -65,17 +65,19 @@ TEST(CurlHttpClient, endsWhateverAServerDoes) {
        "127.0.0.1 answers with more than 2000 bytes"},
       {"small until it is unpacked", Script::raw(kHead + "Content-Encoding: gzip\r\n\r\n" + gzipBomb()),
        "127.0.0.1 answers with more than 2000 bytes"},
-      {"never answers", Script::silence(), "127.0.0.1 did not answer within 0.25 seconds"},
+      {"never answers", Script::silence(), "127.0.0.1 did not answer in time"},
       {"stops in the middle", Script::raw(kHead + "Content-Length: 9\r\n\r\ncut", Then::stall),
-       "127.0.0.1 did not answer within 0.25 seconds"},
+       "127.0.0.1 did not answer in time"},
       {"a byte now and then", Script{{{kHead + "\r\n"}, {"x", 20ms}}, Then::repeatLast},
-       "127.0.0.1 did not answer within 0.25 seconds"},
+       "127.0.0.1 did not answer in time"},
   };
   LoopbackServer server;
   CurlHttpClient client;
   for (const auto& [why, script, expected] : cases) {
+    // Time is short only where it is to run out: machines may be busy.
     server.on("/it", script);
-    const auto got = outcome(client, server.url("/it"), {.total = 250ms, .bytes = 2'000});
+    const bool stalls = std::string_view(expected).find("in time") != std::string_view::npos;
+    const auto got = outcome(client, server.url("/it"), {.total = stalls ? 250ms : 15'000ms, .bytes = 2'000});
     EXPECT_EQ(got.substr(0, std::string(expected).size()), expected) << why << ": " << got;
   }
 }
@@ -120,7 +122,7 @@ TEST(CurlHttpClient, followsRedirectsThatItWouldAskItself) {
     EXPECT_EQ(outcome(client, to.starts_with('/') ? server.url(to) : server.url("/it")), expected) << why;
   }
   EXPECT_EQ(outcome(client, server.url("/slow"), {.total = 150ms, .redirects = 1'000}),
-            "127.0.0.1 did not answer within 0.15 seconds")
+            "127.0.0.1 did not answer in time")
       << "the time is that of all of them";
   EXPECT_EQ(client.get(server.url("/3"), {})->header("location"), "") << "the last answer's headers";
   EXPECT_EQ(client.get(server.url("/3"), {})->header("date"), "now");
