@@ -2,17 +2,24 @@
 # Makes sure the Debian packages a step needs are there, and installs those that are not.
 #   packages.sh build   what building and running the program takes
 #   packages.sh check   what proving the project takes besides
+#   packages.sh long    what its longer proofs take besides
 set -euo pipefail
 
 build=(cmake ninja-build g++ libsqlite3-dev libicu-dev libfmt-dev libboost-json1.81-dev libcli11-dev libexpected-dev
   libcsv-dev libboost-locale1.81-dev gettext libgd-dev libcurl4-openssl-dev ca-certificates)
 check=(clang-format-14 clang-tidy-14 libgtest-dev librapidcheck-dev libbenchmark-dev sqlite3 groff zsh fish
+<<<<<<< HEAD
   hledger ledger libssl-dev)
+=======
+  hledger ledger)
+long=(clang-14 libclang-rt-14-dev)
+>>>>>>> B
 
 case "${1:-}" in
   build) wanted=("${build[@]}") ;;
   check) wanted=("${build[@]}" "${check[@]}") ;;
-  *) echo "usage: packages.sh build|check" >&2; exit 2 ;;
+  long) wanted=("${build[@]}" "${check[@]}" "${long[@]}") ;;
+  *) echo "usage: packages.sh build|check|long" >&2; exit 2 ;;
 esac
 
 if ! command -v dpkg-query >/dev/null; then
