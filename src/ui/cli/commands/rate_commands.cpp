@@ -66,8 +66,7 @@ std::vector<std::string> currenciesToShow(Session& session, const std::string& o
       if (use.books + use.accounts > 0) codes.push_back(code);
     }
     std::ranges::sort(codes);
-    const auto twice = std::ranges::unique(codes);
-    codes.erase(twice.begin(), twice.end());
+    codes.erase(std::unique(codes.begin(), codes.end()), codes.end());
   }
   std::erase(codes, own);
   return codes;
