@@ -8,7 +8,7 @@ set -euo pipefail
 build=(cmake ninja-build g++ libsqlite3-dev libicu-dev libfmt-dev libboost-json1.81-dev libcli11-dev libexpected-dev
   libcsv-dev libboost-locale1.81-dev gettext libgd-dev libcurl4-openssl-dev ca-certificates)
 check=(clang-format-14 clang-tidy-14 libgtest-dev librapidcheck-dev libbenchmark-dev sqlite3 groff zsh fish
-  hledger ledger)
+  hledger ledger libssl-dev)
 long=(clang-14 libclang-rt-14-dev)
 
 case "${1:-}" in

@@ -3,6 +3,7 @@
 
 #include "app/do_db_updater.h"
 #include "app/upgrade_support.h"
+#include "currency/locale_utils.h"
 #include "model/moniva_account.h"
 #include "platform/files.h"
 #include "storage/store_files.h"
@@ -61,7 +62,7 @@ Result<std::vector<std::string>> currenciesInUse(Connection& db, std::string_vie
 }
 
 /// The commonest currency of rows of `account`: of live books where the store had any, else of all rows, else
-/// USD.
+/// the one a person here most likely counts in.
 Result<std::string> commonestCurrency(MVAppRoot& root, bool hadBooks) {
   const auto codes = loadedTexts(
       root,
@@ -69,7 +70,7 @@ Result<std::string> commonestCurrency(MVAppRoot& root, bool hadBooks) {
       " group by currency order by count(*) desc, currency limit 1",
       {hadBooks ? 1 : 0});
   if (!codes) return tl::make_unexpected(codes.error());
-  return codes->empty() ? std::string("USD") : codes->front();
+  return codes->empty() ? LocaleUtils::guessedCurrency(root.platform()) : codes->front();
 }
 
 bool isTitleTaken(Connection& db, std::string_view title, int kind) {

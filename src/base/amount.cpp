@@ -9,25 +9,27 @@
 namespace moniva {
 namespace {
 
-constexpr std::size_t mostDigits = 15;
 constexpr std::string_view minusSign = "\u2212";
 
-enum class Fault { none, empty, notDigits, badGroups, tooManyDigits };
-
-/// A reading without a sentence: surveys read each text twice and expect half of the readings to fail.
-struct Reading {
-  double value = 0;
-  Fault fault = Fault::none;
-};
+using Fault = AmountFault;
+using Reading = AmountReading;
 
 constexpr bool isDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
+/// '.' and ',' in the two roles.
+AmountForm formWith(char decimalMark) {
+  const bool comma = decimalMark == ',';
+  return {.decimalMark = comma ? "," : ".", .groupMark = comma ? "." : ","};
+}
+
 /// The separator of thousands that `text` starts with, or nothing.
-std::string_view groupMarkAt(std::string_view text, char decimalMark) {
+std::string_view groupMarkAt(std::string_view text, const AmountForm& form) {
   constexpr std::array<std::string_view, 6> marks = {"'", " ", "\u2019", "\u00A0", "\u202F", "\u2009"};
-  if (text.front() == (decimalMark == ',' ? '.' : ',')) return text.substr(0, 1);
+  if (form.groupSize == 0) return {};
+  if (!form.groupMark.empty() && text.starts_with(form.groupMark))
+    return text.substr(0, form.groupMark.size());
   for (const auto mark : marks) {
     if (text.starts_with(mark)) return text.substr(0, mark.size());
   }
@@ -35,27 +37,29 @@ std::string_view groupMarkAt(std::string_view text, char decimalMark) {
 }
 
 /// Moves the grouped whole part from the front of `text` to `digits`.
-Fault takeWholePart(std::string_view& text, char decimalMark, std::string& digits) {
+Fault takeWholePart(std::string_view& text, const AmountForm& form, std::string& digits) {
+  const auto lastSize = static_cast<std::size_t>(form.groupSize);
+  const auto furtherSize = static_cast<std::size_t>(form.furtherGroupSize);
   std::string_view groupMark;
   std::size_t inGroup = 0;
-  while (!text.empty() && text.front() != decimalMark) {
+  while (!text.empty() && !text.starts_with(form.decimalMark)) {
     if (isDigit(text.front())) {
       digits += text.front();
       ++inGroup;
       text.remove_prefix(1);
       continue;
     }
-    const auto mark = groupMarkAt(text, decimalMark);
+    const auto mark = groupMarkAt(text, form);
     if (mark.empty()) return Fault::notDigits;
     const bool first = groupMark.empty();
-    const bool wellFormed =
-        first ? inGroup >= 1 && inGroup <= 3 && digits.front() != '0' : inGroup == 3 && mark == groupMark;
+    const bool wellFormed = first ? inGroup >= 1 && inGroup <= furtherSize && digits.front() != '0'
+                                  : inGroup == furtherSize && mark == groupMark;
     if (!wellFormed) return Fault::badGroups;
     groupMark = mark;
     inGroup = 0;
     text.remove_prefix(mark.size());
   }
-  return groupMark.empty() || inGroup == 3 ? Fault::none : Fault::badGroups;
+  return groupMark.empty() || inGroup == lastSize ? Fault::none : Fault::badGroups;
 }
 
 /// How many digits a double has to keep: zeros that only place the number do not count.
@@ -69,20 +73,21 @@ std::size_t significantDigits(const std::string& number) {
   return counted.size() - static_cast<std::size_t>(std::count(counted.begin(), counted.end(), '.'));
 }
 
-Reading read(std::string_view text, char decimalMark) {
+Reading read(std::string_view text, const AmountForm& form) {
   text = trimBlanks(text);
   if (text.empty()) return {0, Fault::empty};
   std::string number;
-  if (const auto fault = takeWholePart(text, decimalMark, number); fault != Fault::none) return {0, fault};
+  if (const auto fault = takeWholePart(text, form, number); fault != Fault::none) return {0, fault};
   if (number.empty()) number = "0";
+  Reading reading;
   if (!text.empty()) {
-    text.remove_prefix(1);
+    text.remove_prefix(form.decimalMark.size());
+    reading.decimals = static_cast<int>(std::min<std::size_t>(text.size(), 1'000'000));
     if (text.empty() || !std::all_of(text.begin(), text.end(), isDigit)) return {0, Fault::notDigits};
     number += '.';
     number += text;
   }
-  if (significantDigits(number) > mostDigits) return {0, Fault::tooManyDigits};
-  Reading reading;
+  if (significantDigits(number) > kMostAmountDigits) return {0, Fault::tooManyDigits};
   const auto end = number.data() + number.size();
   if (std::from_chars(number.data(), end, reading.value).ec != std::errc{}) {
     return {0, Fault::tooManyDigits};
@@ -105,11 +110,7 @@ int takeSign(std::string_view& text) {
 }
 
 Reading readSigned(std::string_view text, char decimalMark) {
-  const int sign = takeSign(text);
-  auto reading = read(text, decimalMark);
-  // Only -0 would come of negating a zero, and "-0" on a statement is printed like a typing error.
-  if (sign < 0 && reading.value != 0) reading.value = -reading.value;
-  return reading;
+  return readAmount(text, formWith(decimalMark), true);
 }
 
 Result<double> sentenceFor(const Reading& reading, std::string_view text, char decimalMark) {
@@ -126,20 +127,28 @@ Result<double> sentenceFor(const Reading& reading, std::string_view text, char d
           "'{}' is not an amount: '{}' is the decimal mark here, and thousands go in groups of three", shown,
           decimalMark);
     case Fault::tooManyDigits:
-      return refuse("'{}' has more than {} digits, too many to be kept exactly", shown, mostDigits);
+      return refuse("'{}' has more than {} digits, too many to be kept exactly", shown, kMostAmountDigits);
   }
   return reading.value;
 }
 
 }  // namespace
 
+AmountReading readAmount(std::string_view text, const AmountForm& form, bool withSign) {
+  const int sign = withSign ? takeSign(text) : 0;
+  auto reading = read(text, form);
+  // Only -0 would come of negating a zero, and "-0" on a statement is printed like a typing error.
+  if (sign < 0 && reading.value != 0) reading.value = -reading.value;
+  return reading;
+}
+
 Result<double> parseAmount(std::string_view text, char decimalMark) {
   auto unsignedText = text;
-  if (takeSign(unsignedText) != 0 && read(unsignedText, decimalMark).fault == Fault::none) {
+  if (takeSign(unsignedText) != 0 && read(unsignedText, formWith(decimalMark)).fault == Fault::none) {
     return refuse("'{}' has a sign: an amount goes without one, its direction comes from the kind of record",
                   excerpt(trimBlanks(text)));
   }
-  return sentenceFor(read(text, decimalMark), text, decimalMark);
+  return sentenceFor(read(text, formWith(decimalMark)), text, decimalMark);
 }
 
 Result<double> parseSignedAmount(std::string_view text, char decimalMark) {

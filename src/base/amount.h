@@ -18,6 +18,29 @@ namespace moniva {
 /// which a double has no room. The locale of the process plays no part.
 Result<double> parseAmount(std::string_view text, char decimalMark = '.');
 
+/// How amounts are written somewhere.
+struct AmountForm {
+  std::string_view decimalMark = ".";
+  std::string_view groupMark = ",";  ///< one beside apostrophes and spaces; "" for none
+  int groupSize = 3;                 ///< digits of the group before the decimal mark; 0 where nothing groups
+  int furtherGroupSize = 3;          ///< digits of the groups before that
+};
+
+enum class AmountFault { none, empty, notDigits, badGroups, tooManyDigits };
+
+/// A reading without a sentence, for who reads a text in several ways and expects some of them to fail.
+struct AmountReading {
+  double value = 0;
+  AmountFault fault = AmountFault::none;
+  int decimals = 0;  ///< digits after the mark, noughts at the end too
+};
+
+/// Reads as parseAmount does, in another form; with a sign where that is allowed.
+AmountReading readAmount(std::string_view text, const AmountForm& form, bool withSign);
+
+/// Digits a double has room for.
+inline constexpr int kMostAmountDigits = 15;
+
 /// The same for columns that give the direction by a sign: "-12.50", "+3", and U+2212 for the minus.
 Result<double> parseSignedAmount(std::string_view text, char decimalMark = '.');
 

@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "currency/amount_reader.h"
@@ -11,15 +12,19 @@ namespace moniva {
 
 /// What the keypad shows after one key.
 struct KeypadStep {
-  std::string key;      ///< "7", "•", "+", "-", "×", "÷", "⌫"
+  std::string key;      ///< as of press()
   std::string display;  ///< its display text
   double result = 0;
 };
 
-/// Presses the keys of the expression on the pad, which has been set up and is empty, and evaluates it: the
-/// value. Each key is added to `steps` where they are asked for. Refused before any key is pressed: a number
-/// with more decimals than the pad takes, or more digits than a double keeps. The value may be infinite or no
-/// number after a division by zero; that is the caller's to refuse.
+/// Presses the key of that name: "0" to "9", "•", "+", "-", "×", "÷", "⌫" (deletes a character), "C" (deletes
+/// all of them), "=" (evaluates). Whether there is one.
+bool press(CalculateNumberPadView& pad, std::string_view key);
+
+/// Presses the keys of the expression on the pad, which has been set up and is empty, and evaluates it ("=",
+/// the last of the steps): the value. Each key is added to `steps` where they are asked for. Refused before
+/// any key is pressed: a number with more decimals than the pad takes, or more digits than a double keeps.
+/// The value may be infinite or no number after a division by zero; that is the caller's to refuse.
 Result<double> pressed(CalculateNumberPadView& pad, std::span<const AmountToken> tokens,
                        std::vector<KeypadStep>* steps = nullptr);
 

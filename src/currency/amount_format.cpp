@@ -33,15 +33,14 @@ std::optional<std::array<char16_t, 4>> isoText(std::string_view code) {
   return text;
 }
 
-/// The locale of that name, or a bogus one.
+}  // namespace
+
 icu::Locale localeNamed(std::string_view name) {
   if (name.empty() || name == "C" || name == "POSIX" || name.starts_with("C.")) return icu::Locale::getRoot();
   icu::Locale locale = icu::Locale::createCanonical(std::string(name).c_str());
   if (*locale.getISO3Language() == '\0') locale.setToBogus();
   return locale;
 }
-
-}  // namespace
 
 Result<AmountFormat> AmountFormat::make(std::string_view localeName) {
   icu::Locale locale = localeNamed(localeName);
@@ -58,6 +57,19 @@ std::string AmountFormat::format(double amount, std::string_view currencyCode) c
 
 std::string AmountFormat::formatSigned(double amount, std::string_view currencyCode) const {
   return print(amount, currencyCode, Form::signedSymbol);
+}
+
+std::string AmountFormat::formatNumber(double number, int decimals) const {
+  UErrorCode status = U_ZERO_ERROR;
+  std::string text;
+  icu::number::NumberFormatter::withLocale(locale_)
+      .roundingMode(UNUM_ROUND_HALFUP)
+      .precision(icu::number::Precision::fixedFraction(decimals))
+      .sign(UNUM_SIGN_NEGATIVE)
+      .formatDouble(number, status)
+      .toString(status)
+      .toUTF8String(text);
+  return text;
 }
 
 std::string AmountFormat::formatPercent(double percent, bool isSigned) const {

@@ -11,6 +11,9 @@
 
 namespace moniva {
 
+/// The locale of that name; the neutral one for "", "C" and "POSIX", a bogus one where nobody speaks it.
+icu::Locale localeNamed(std::string_view name);
+
 /// Amounts as a person of one locale reads them: the locale's digits and grouping, the currency's number of
 /// decimals, halves rounded away from zero. Zero carries no sign, also when it was -0.001 before rounding.
 /// A code that is no currency of ICU's ("POINTS", "") is shown as it stands after a two-decimal number.
@@ -27,6 +30,8 @@ class AmountFormat {
   std::string format(double amount, std::string_view currencyCode) const;
   /// The same with "+" before what is above zero.
   std::string formatSigned(double amount, std::string_view currencyCode) const;
+  /// A number with as many decimals: "1,234.500".
+  std::string formatNumber(double number, int decimals) const;
   /// Per cent with one decimal, "+" before what is above zero where `isSigned`: "49,7 %".
   std::string formatPercent(double percent, bool isSigned) const;
   /// With the currency's code instead of the symbol: "USD 1,234.50", "1.234,50 EUR".

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/amount.h"
 #include "base/result.h"
 
 namespace moniva {
@@ -40,10 +41,22 @@ class AmountReader {
   const std::string& decimalMark() const { return decimalMark_; }
 
  private:
+  /// A way in which the locale's people write numbers.
+  struct Form {
+    std::string decimalMark;
+    std::string groupMark;
+    int groupSize;
+    int furtherGroupSize;
+  };
+
+  void addForm(std::string decimalMark, std::string groupMark, int groupSize, int furtherGroupSize);
+  AmountReading readAs(const Form& form, std::string_view digits, bool withSign) const;
+  Result<AmountToken> number(std::string_view text, bool withSign) const;
+  tl::unexpected<Refusal> refusalOf(std::string_view text, std::string_view digits, bool withSign) const;
+  std::string written(const AmountReading& reading) const;
+
   std::string decimalMark_;
-  std::vector<std::string> groupMarks_;
-  int groupSize_ = 3;         ///< of the digits next to the decimal mark
-  int furtherGroupSize_ = 3;  ///< of the groups before: 2 in India
+  std::vector<Form> forms_;  ///< the locale's own first
 };
 
 }  // namespace moniva

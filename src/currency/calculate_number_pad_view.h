@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,8 @@ namespace moniva {
 class CalculateNumberPadView {
  public:
   static constexpr int kMostDigits = 6;
+  /// Digits of a number a double keeps; none is taken beyond them.
+  static constexpr std::ptrdiff_t kMostSignificant = 15;
   static constexpr std::string_view kAutoFillKey = "AutoFillDecimalDot";
   static constexpr std::string_view kStyleKey = "numberKeypadStyle";
 
@@ -82,8 +85,13 @@ class CalculateNumberPadView {
   int numberKeyboardType() const { return numberKeyboardType_; }
 
  private:
+  void clickKey() const;
+  /// The value of the expression becomes the left operand.
+  void evaluate();
   std::string& operand() { return operator_.empty() ? left_ : right_; }
   void setOperator(char sign);
+  /// What the expression comes to, and what of that is told: as evaluating leaves it.
+  double combined() const;
   double value() const;
 
   std::string left_;

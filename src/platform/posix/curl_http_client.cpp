@@ -7,6 +7,7 @@
 #include <charconv>
 #include <memory>
 #include <optional>
+#include <type_traits>
 
 #include "platform/posix/loaded_library.h"
 
@@ -242,7 +243,7 @@ class Exchange {
  private:
   template <class Value>
   void set(CURLoption option, Value value) {
-    static_assert(sizeof(Value) == sizeof(long), "libcurl reads a long");
+    static_assert(!std::is_same_v<Value, int>, "libcurl reads a long");
     sound_ = curl().setOption(easy_.get(), option, value) == CURLE_OK && sound_;
   }
 
@@ -252,9 +253,8 @@ class Exchange {
   bool sound_ = true;
 };
 
-tl::unexpected<Refusal> refuseTime(const std::string& host, const HttpLimits& limits) {
-  return refuse("{} did not answer within {:g} seconds", host,
-                std::chrono::duration<double>(limits.total).count());
+tl::unexpected<Refusal> refuseTime(const std::string& host) {
+  return refuse("{} did not answer in time", host);
 }
 
 /// The failure in words for a person.
@@ -265,7 +265,7 @@ tl::unexpected<Refusal> refuseCode(CURLcode code, const std::string& host, const
   }
   switch (code) {
     case CURLE_OPERATION_TIMEDOUT:
-      return refuseTime(host, arrival.limits);
+      return refuseTime(host);
     case CURLE_COULDNT_RESOLVE_HOST:
       return refuse("{} was not found: there is no such name, or no network", host);
     case CURLE_COULDNT_RESOLVE_PROXY:
@@ -322,7 +322,7 @@ Result<HttpReply> CurlHttpClient::get(const std::string& url, const HttpLimits& 
   for (int redirects = 0;; ++redirects) {
     const std::string host = address.host();
     const auto left = std::chrono::duration_cast<Milliseconds>(end - std::chrono::steady_clock::now());
-    if (left.count() <= 0) return refuseTime(host, limits);
+    if (left.count() <= 0) return refuseTime(host);
     Arrival arrival{limits, {}};
     Exchange exchange;
     if (!exchange.prepare(address, authorities_, left, arrival)) {
@@ -336,6 +336,8 @@ Result<HttpReply> CurlHttpClient::get(const std::string& url, const HttpLimits& 
       if (host != first) return refuse("{} sent on: {}", first, refusal.value());
       return refusal;
     }
+    // libcurl takes headers that break off for an answer.
+    if (!arrival.headersAreHere) return refuseCode(CURLE_PARTIAL_FILE, host, exchange, arrival);
     const std::string location = arrival.reply.header("location");
     if (!arrival.isRedirect() || location.empty()) {
       if (arrival.reply.status / 100 == 2) return std::move(arrival.reply);

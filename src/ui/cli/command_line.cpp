@@ -133,6 +133,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addBreakdownCommand(*this);
   addSearchCommands(*this);
   addExplainCommand(*this);
+  addCalcCommand(*this);
   addDoctorCommand(*this);
   addUpgradeCommand(*this);
   addRepairCommand(*this);

@@ -81,6 +81,7 @@ void addListCommands(CommandLine& line);
 void addBreakdownCommand(CommandLine& line);
 void addSearchCommands(CommandLine& line);
 void addExplainCommand(CommandLine& line);
+void addCalcCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 void addUpgradeCommand(CommandLine& line);
 void addRepairCommand(CommandLine& line);

@@ -67,12 +67,30 @@ std::span<const CommandText> commandTexts() {
        {{"moniva export csv records.csv", "everything"},
         {"moniva export csv --from 2024-01-01 -b Household --separator semicolon --bom records.csv",
          "for a spreadsheet program of Central Europe"}}},
+      {"calc",
+       "calculate with amounts on a keypad",
+       "The keypad that amounts are typed on: + - × ÷ (or * and /), strictly from left to right and without "
+       "precedence, so 2+3×4 gives 20. Each result is rounded to the decimals of the currency, halves away "
+       "from zero; something divided by zero is shown as ∞. The currency is that of --currency, else the one "
+       "most people here count in; no store is needed.\n\n"
+       "Without an EXPRESSION keys are read one by one: on a terminal one line shows the display and what it "
+       "comes to until q or Ctrl-D ends it, otherwise a line is printed for each key. Keys are the digits, a "
+       "decimal mark, the operators, = or Enter, Backspace, which takes the last character back, and Delete "
+       "or "
+       "C, which takes all.",
+       {{"moniva calc 12.50+3×4", "62.00: from left to right"},
+        {"moniva calc --currency JPY \"1000 / 3\"", "in whole yen"},
+        {"moniva calc --steps 12.50+3", "key by key"},
+        {"moniva calc -- -5+20", "an expression that begins with a minus"},
+        {"moniva calc", "type the keys"},
+        {"moniva calc --auto-fill 1250+300", "digits as on a cash register"}}},
       {"doctor",
        "look the store over",
        "Looks at the file and at what its records say of each other, and changes nothing. The exit status "
-       "tells whether"
-       " all is well.",
+       "tells whether all is well. With --clock it asks a web server for the time instead, and says by how "
+       "much the clock of this device is fast or slow; a minute is too much.",
        {{"moniva doctor", "look everything over"},
+        {"moniva doctor --clock", "see whether the clock of this device is right"},
         {"moniva doctor --set-aside", "keep a damaged data file under a dated name and begin a new store"}}},
       {"upgrade",
        "bring a store of an older version up to date",

@@ -62,11 +62,6 @@ double amountTyped(Session& session, const std::string& text, const std::string&
   return amount;
 }
 
-std::string foreignCurrencyTyped(const std::string& code) {
-  if (isCurrencyCode(code)) return code;
-  throw notUnderstood("'{}' is no currency; codes have three capital letters, such as USD", printable(code));
-}
-
 Date momentTyped(Session& session, const std::string& text) {
   if (text.empty()) return session.now();
   const auto parsed = typed(parseDate(text, session.calendar(), session.now()));

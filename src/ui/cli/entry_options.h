@@ -36,8 +36,6 @@ struct EntryAmount {
 /// person is told. Ends the command as amountTyped does, and where no rate is known.
 EntryAmount entryAmountTyped(Session& session, const std::string& text, const std::string& currency,
                              const AmountOptions& options = {});
-/// A currency's code as typed; ends the command for what is none.
-std::string foreignCurrencyTyped(const std::string& code);
 
 /// The moment a record is made for: typed with a time, or that day at the present time of day; the present
 /// for a blank text. Ends the command for what is no date and for years before 1900 or after 2200.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "ui/cli/session.h"
@@ -12,6 +13,15 @@ namespace moniva {
 /// known are used. Says on standard error when they are older than thirty days. Ends the command, with how to
 /// go on (--rate, rate refresh), where no rate is known.
 double rateBetween(Session& session, const std::string& from, const std::string& to);
+
+/// The same for the commands about rates themselves: nothing where no rate is known.
+std::optional<double> rateKnown(Session& session, const std::string& from, const std::string& to);
+/// Why there is no rate between them: "no exchange rates are known".
+Refusal noRate(Session& session, const std::string& from, const std::string& to);
+/// Fetches rates where those known are more than half a day old, as `rateBetween` does.
+void freshenRates(Session& session);
+/// Says once that the rates are older than thirty days, where they are.
+void sayWhereOld(Session& session);
 
 /// "0.9206": a rate with as many digits as it has, in the person's locale.
 std::string rateText(Session& session, double rate);

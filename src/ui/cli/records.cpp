@@ -5,12 +5,14 @@
 #include <iterator>
 
 #include "calendar/date_texts.h"
+#include "currency/locale_utils.h"
 #include "model/entry_checks.h"
 #include "model/mv_category.h"
 #include "model/transaction_type.h"
 #include "model/vendor_query.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/did_you_mean.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/text_width.h"
 #include "ui/cli/typed_text.h"
 
@@ -260,15 +262,21 @@ std::string dateText(Session& session, Date date) {
                      civil.minute);
 }
 
-std::string currencyTyped(const Session& session, const std::string& code) {
-  if (code.empty()) return session.defaultCurrency();
-  if (isCurrencyCode(code)) return code;
-  throw notUnderstood("'{}' is no currency; codes have three capital letters, such as EUR", code);
+std::string currencyTyped(Session& session, const std::string& code) {
+  return code.empty() ? session.defaultCurrency() : currencyCodeTyped(session, code);
+}
+
+std::string takenCurrencyText(Session& session, const std::string& typedCode, const std::string& code) {
+  if (!typedCode.empty() || !session.guessesCurrency()) return code;
+  if (!LocaleUtils::getCurrencyCode(session.calendar().locale()).empty())
+    return session.text("{} (by your locale's country)", code);
+  if (LocaleUtils::timeZoneToCurrencyMap().contains(session.calendar().zone()))
+    return session.text("{} (by your time zone's country)", code);
+  return session.text("{} (a guess)", code);
 }
 
 std::string ownCurrency(Session& session) {
-  const auto& book = session.root().monivaAccount;
-  return book && !book->currency.empty() ? book->currency : session.defaultCurrency();
+  return session.defaultCurrency();
 }
 
 MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant) {

@@ -32,8 +32,11 @@ std::string dateText(Session& session, Date date);
 
 /// The currency of money that goes through no account and belongs to no book.
 std::string ownCurrency(Session& session);
-/// A code typed for a currency, or the default one for none. Ends the command for what is no currency.
-std::string currencyTyped(const Session& session, const std::string& code);
+/// A code typed for the currency of something new, or the default one for none. Ends the command for what is
+/// no currency.
+std::string currencyTyped(Session& session, const std::string& code);
+/// The code of that currency as the answer tells it: with how it was guessed, where it was.
+std::string takenCurrencyText(Session& session, const std::string& typedCode, const std::string& code);
 
 /// What a name may mean: one book or account; one that takes new records; or a group as well.
 enum class Meant { single, open, groupsToo };

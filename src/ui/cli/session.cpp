@@ -9,8 +9,10 @@
 #include "calendar/parse_date.h"
 #include "calendar/zone.h"
 #include "currency/locale_utils.h"
+#include "model/moniva_account.h"
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
+#include "platform/posix/curl_http_client.h"
 #include "platform/posix/file_user_defaults.h"
 #include "platform/posix/gd_images.h"
 #include "platform/posix/host.h"
@@ -133,6 +135,7 @@ void Session::prepare() {
   }
   platform_->random = std::make_unique<SystemRandom>();
   platform_->images = std::make_unique<GdImages>();
+  platform_->http = std::make_unique<CurlHttpClient>();
   if (options_.verbose) {
     platform_->log.setSink(
         [this](std::string_view line) { terminal_.err << errStyle_.dim(printable(line)) << '\n'; });
@@ -208,6 +211,8 @@ void Session::launch() {
 }
 
 void Session::leave() {
+  // What is still asked of a network is not waited for.
+  if (platform_) platform_->http->cancel();
   if (!launched_) return;
   launched_ = false;
   const std::string fault = db_->fileFault();
@@ -231,7 +236,16 @@ std::string Session::filled(const std::string& translation, fmt::string_view eng
 }
 
 std::string Session::defaultCurrency() const {
-  return LocaleUtils::guessedCurrency(*platform_);
+  return guessesCurrency() ? LocaleUtils::guessedCurrency(*platform_) : root_->monivaAccount->currency;
+}
+
+bool Session::guessesCurrency() const {
+  return !root_ || !root_->monivaAccount || root_->monivaAccount->currency.empty();
+}
+
+CurrencyManager& Session::rates() {
+  if (!rates_) rates_ = std::make_unique<CurrencyManager>(*platform_);
+  return *rates_;
 }
 
 void Session::answer(std::string_view line) {
@@ -240,6 +254,10 @@ void Session::answer(std::string_view line) {
 
 void Session::say(std::string_view message) {
   if (!options_.quiet) complain(message);
+}
+
+void Session::sayOnce(const std::string& message) {
+  if (said_.insert(message).second) say(message);
 }
 
 void Session::complain(std::string_view message) {

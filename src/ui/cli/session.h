@@ -7,10 +7,12 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "app/main_app_delegate.h"
 #include "currency/amount_format.h"
+#include "currency/currency_manager.h"
 #include "ui/cli/progress.h"
 #include "ui/cli/style.h"
 
@@ -75,6 +77,8 @@ class Session {
   const GlobalOptions& options() const { return options_; }
   Platform& platform() { return *platform_; }
   MVAppRoot& root() { return *root_; }
+  /// Whether this command has a store: some have none.
+  bool hasStore() const { return root_ != nullptr; }
   MainAppDelegate& app() { return *app_; }
   const Calendar& calendar() const { return *platform_->calendar; }
   Date now() const { return platform_->now(); }
@@ -117,12 +121,20 @@ class Session {
                                                      {several.data(), several.size()}, n),
                   n == 1 ? single : several, fmt::make_format_args(first, rest...));
   }
-  /// The currency of new books and accounts when none is named.
+  /// The currency of new books and accounts, and of money that goes through no account and belongs to no
+  /// book, when none is named: the current book's, else the one a person here most likely counts in.
   std::string defaultCurrency() const;
+  /// Whether that is a guess, for want of a book.
+  bool guessesCurrency() const;
+  /// The exchange rates of this device. To be asked for by a command that needs them only: where there are
+  /// none yet, they begin to be fetched.
+  CurrencyManager& rates();
   /// The answer of a command that changed something: one line on standard output.
   void answer(std::string_view line);
   /// A line for the person on standard error; nothing with --quiet.
   void say(std::string_view message);
+  /// The same once in a run.
+  void sayOnce(const std::string& message);
   /// A line about what is wrong, on standard error, with --quiet too.
   void complain(std::string_view message);
   /// Prints one JSON value to standard output.
@@ -149,6 +161,8 @@ class Session {
   Style errStyle_;
   std::unique_ptr<Platform> platform_;
   std::optional<AmountFormat> amounts_;
+  std::unique_ptr<CurrencyManager> rates_;
+  std::set<std::string> said_;
   std::unique_ptr<DoDB> db_;
   std::unique_ptr<Host> host_;
   std::unique_ptr<MVAppRoot> root_;

@@ -12,6 +12,7 @@
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/report_commands.h"
 #include "ui/cli/entry_options.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/records.h"
 #include "ui/cli/table.h"
 #include "ui/cli/typed_text.h"
@@ -48,6 +49,7 @@ void addAccount(Session& session, const AccountAddOptions& options) {
   account.title = wellFormed(options.name, "the name");
   account.setType(keptFor(accountTypeWords(), options.type));
   account.currency = currencyTyped(session, options.currency);
+  const auto in = takenCurrencyText(session, options.currency, account.currency);
   const double opening =
       options.openingBalance.empty() ? 0 : typed(parseSignedAmount(options.openingBalance));
   account.beginBalance = opening;
@@ -57,7 +59,7 @@ void addAccount(Session& session, const AccountAddOptions& options) {
     const bool isBack = done(account.add()) == MonivaAccount::Added::revived;
     const std::string also = isBack ? writeTyped(session, account, options, opening) : "";
     if (!countTheTotalBalance(account)) return refusalOfStore(root);
-    if (!isBack) return session.text("Added the account '{}' in {}.", account.title, account.currency);
+    if (!isBack) return session.text("Added the account '{}' in {}.", account.title, in);
     return session.text("The deleted account '{}' is back with {}.", account.title,
                         ownRecordsText(session, account)) +
            also;
@@ -132,7 +134,7 @@ constexpr AccountUse kAccountUses[] = {{"pay", &AccountQuery::accountsArrayForPa
 
 void listAccountsFor(Session& session, const AccountListOptions& options) {
   AccountQuery query(session.root());
-  if (!options.currency.empty()) query.currency = foreignCurrencyTyped(options.currency);
+  if (!options.currency.empty()) query.currency = currencyCodeTyped(session, options.currency);
   const auto use = std::ranges::find(kAccountUses, options.use, &AccountUse::word);
   const auto accounts =
       done(use == std::end(kAccountUses) ? query.accountWithoutGroupArray() : (query.*use->list)());
@@ -156,7 +158,8 @@ void addAccountCommands(CommandLine& line) {
   add->add_option("--type", options->type, "Kind of account (else saving)")
       ->type_name("KIND")
       ->check(oneOf(wordsOf(accountTypeWords())));
-  add->add_option("--currency", options->currency, "Currency of the account (else that of the locale)")
+  add->add_option("--currency", options->currency,
+                  "Currency of the account (else the current book's, or the one of your country)")
       ->type_name("CODE");
   add->add_option("--opening-balance", options->openingBalance, "What was in it at the beginning")
       ->type_name("AMOUNT");

@@ -6,6 +6,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/period_options.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/typed_text.h"
 
 namespace moniva {
@@ -28,9 +29,7 @@ std::string setNote(Session& session, MonivaAccount& row, const std::string& not
 }
 
 std::string setCurrency(Session& session, MonivaAccount& row, const std::string& code) {
-  if (!isCurrencyCode(code)) {
-    throw notUnderstood("'{}' is no currency; codes have three capital letters, such as EUR", code);
-  }
+  currencyCodeTyped(session, code);
   if (code == row.currency) throw refused("'{}' is kept in {} already", row.title, code);
   const std::string also = changeCurrency(session, row, code);
   return session.text("'{}' is kept in {} now; its amounts stand as they were.", row.title, code) + also;

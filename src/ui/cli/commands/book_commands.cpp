@@ -29,6 +29,7 @@ void addBook(Session& session, const BookAddOptions& options) {
   book.title = wellFormed(options.name, "the name");
   book.setType("_Book");
   book.currency = currencyTyped(session, options.currency);
+  const auto in = takenCurrencyText(session, options.currency, book.currency);
   book.note = asTyped(options.note.value_or(""), "the note");
   bool isFirst = false;
   const auto answer = done(atomically(root, [&](Connection&) -> Result<std::string> {
@@ -47,7 +48,7 @@ void addBook(Session& session, const BookAddOptions& options) {
     // A new book's week begins as weeks do where the user lives; one that comes back keeps its own.
     if (starts.weekStartsOn == 0) starts.weekStartsOn = session.calendar().firstWeekday();
     writeStarts(book, starts);
-    return session.text("Added the book '{}' in {}.", book.title, book.currency);
+    return session.text("Added the book '{}' in {}.", book.title, in);
   }));
   root.markRecentEditDate();
   if (isFirst) {
@@ -127,7 +128,8 @@ void addBookCommands(CommandLine& line) {
   CLI::App* add = line.add(*book, "add");
   auto options = std::make_shared<BookAddOptions>();
   add->add_option("NAME", options->name, "Name of the book")->required();
-  add->add_option("--currency", options->currency, "Currency of the book (else that of the locale)")
+  add->add_option("--currency", options->currency,
+                  "Currency of the book (else the current book's, or the one of your country)")
       ->type_name("CODE");
   add->add_option("--note", options->note, "A note")->type_name("TEXT");
   addPeriodOptions(*add, options->starts);

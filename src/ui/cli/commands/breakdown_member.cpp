@@ -11,6 +11,7 @@
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/entry_options.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/records.h"
 
 namespace moniva {
@@ -82,7 +83,7 @@ TransReportSummary memberNamed(Session& session, const BreakdownAsked& asked, co
       member.title = member.paymentAccount->title;
       break;
     case BreakdownBy::currency:
-      member.currency = member.title = foreignCurrencyTyped(name);
+      member.currency = member.title = currencyCodeTyped(session, name);
       break;
   }
   return member;

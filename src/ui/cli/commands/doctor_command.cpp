@@ -1,14 +1,28 @@
 #include "app/doctor.h"
 
 #include <boost/json.hpp>
+#include <cmath>
 
+#include "platform/internet_date.h"
 #include "storage/store_files.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
+#include "ui/cli/records.h"
 #include "ui/cli/table.h"
 
 namespace moniva {
 namespace {
+
+/// Seconds between two clocks that mean nothing: what a server says is whole seconds old when it arrives.
+constexpr double kSameTime = 2;
+/// Seconds from which a clock puts records on the wrong day too often.
+constexpr double kWrongTime = 60;
+
+struct DoctorOptions {
+  bool aside = false;
+  bool clock = false;
+  std::string server;
+};
 
 void examine(Session& session) {
   const auto findings = examineStore(session.root());
@@ -34,6 +48,40 @@ void examine(Session& session) {
   if (ill > 0) {
     throw refused("{} of {} checks found something wrong", ill, findings.size());
   }
+}
+
+/// "3 minutes": a span of time in the unit that suits it.
+std::string spanText(Session& session, double seconds) {
+  const auto in = [seconds](double unit) { return std::int64_t{std::llround(seconds / unit)}; };
+  if (seconds < 60) return session.count("{} second", "{} seconds", in(1));
+  if (seconds < 3'600) return session.count("{} minute", "{} minutes", in(60));
+  if (seconds < 2 * 86'400) return session.count("{} hour", "{} hours", in(3'600));
+  return session.count("{} day", "{} days", in(86'400));
+}
+
+/// Compares the clock with that of a web server, which is asked from then on if it was named and answers.
+void examineClock(Session& session, const std::string& server) {
+  auto& platform = session.platform();
+  const auto check = done(checkInternetDate(platform, server));
+  if (!server.empty()) {
+    platform.userDefaults->setString(server, kNetworkTimeServerKey);
+    done(platform.userDefaults->synchronize());
+  }
+  const double ahead = check.seconds();
+  const std::string span = spanText(session, std::abs(ahead));
+  if (session.options().json) {
+    session.printJson(boost::json::object{{"server", check.server},
+                                          {"internetDate", isoDate(session, check.internetDate)},
+                                          {"deviceDate", isoDate(session, check.deviceDate)},
+                                          {"seconds", ahead}});
+  } else if (std::abs(ahead) <= kSameTime) {
+    session.answer(session.text("The clock of this device is right, says {}.", check.server));
+  } else if (ahead > 0) {
+    session.answer(session.text("The clock of this device is {} fast, says {}.", span, check.server));
+  } else {
+    session.answer(session.text("The clock of this device is {} slow, says {}.", span, check.server));
+  }
+  if (std::abs(ahead) > kWrongTime) throw refused("the clock of this device is wrong; set it right");
 }
 
 /// Sets a data file that cannot be used aside, without opening it as a store first; the next start makes a
@@ -62,14 +110,24 @@ void setAside(Session& session) {
 
 void addDoctorCommand(CommandLine& line) {
   CLI::App* doctor = line.add(line.app(), "doctor");
-  auto aside = std::make_shared<bool>(false);
-  doctor->add_flag("--set-aside", *aside,
-                   "Set a damaged data file aside, so that the next command begins a new store");
+  auto options = std::make_shared<DoctorOptions>();
+  CLI::Option* aside =
+      doctor->add_flag("--set-aside", options->aside,
+                       "Set a damaged data file aside, so that the next command begins a new store");
+  CLI::Option* clock =
+      doctor->add_flag("--clock", options->clock, "Compare the clock of this device with a web server's")
+          ->excludes(aside);
+  doctor
+      ->add_option("--server", options->server,
+                   "The address of the web server to ask; it is kept for the next time if it answers")
+      ->needs(clock)
+      ->type_name("URL");
   line.onRun(
       doctor,
-      [aside](Session& session) {
-        if (*aside) return setAside(session);
+      [options](Session& session) {
+        if (options->aside) return setAside(session);
         session.launch();
+        if (options->clock) return examineClock(session, options->server);
         examine(session);
       },
       false);

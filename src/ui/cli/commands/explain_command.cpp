@@ -10,6 +10,7 @@
 #include "ui/cli/csv_out.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/json_out.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/record_texts.h"
 #include "ui/cli/records.h"
 #include "ui/cli/report_target.h"
@@ -83,7 +84,7 @@ void takeMember(Session& session, const ExplainOptions& options, Asked& asked) {
         isNone ? std::string() : member(BreakdownBy::account, options.paidFrom).paymentAccount->pk;
     asked.title = isNone ? session.text("no account") : options.paidFrom;
   } else {
-    query.currency = asked.currency = foreignCurrencyTyped(options.currency);
+    query.currency = asked.currency = currencyCodeTyped(session, options.currency);
     asked.title = options.currency;
   }
   const bool isIncome = query.transactionType == kind::kIncome;

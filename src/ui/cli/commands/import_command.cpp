@@ -3,7 +3,6 @@
 #include <boost/json.hpp>
 
 #include "calendar/date_texts.h"
-#include "currency/amount_format.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/records.h"
@@ -173,7 +172,7 @@ void addImportCommand(CommandLine& line) {
   command->add_flag("--skip-bad", options->skipBad, "Take the good rows although others are bad");
   command
       ->add_option("--currency", options->currency,
-                   "Currency of new books and accounts (else that of the locale)")
+                   "Currency of new books and accounts (else the current book's, or the one of your country)")
       ->type_name("CODE");
   command->add_option("--decimal", options->decimalMark, "The decimal mark of the file (else found out)")
       ->type_name("MARK")
@@ -183,17 +182,12 @@ void addImportCommand(CommandLine& line) {
       ->type_name("ORDER")
       ->check(oneOf({"auto", "day-first", "month-first"}));
   line.onRun(command, [options](Session& session) {
-    if (!options->currency.empty() && !isCurrencyCode(options->currency)) {
-      throw notUnderstood("'{}' is no currency; codes have three capital letters, such as EUR",
-                          printable(options->currency));
-    }
-    ImportRequest request{
-        .reading = {.decimalMark = kDecimalMarks.at(options->decimalMark),
-                    .dateOrder = kDateOrders.at(options->dateOrder)},
-        .skipBad = options->skipBad,
-        .dryRun = options->dryRun,
-        .currency = options->currency.empty() ? session.defaultCurrency() : options->currency,
-        .progress = nullptr};
+    ImportRequest request{.reading = {.decimalMark = kDecimalMarks.at(options->decimalMark),
+                                      .dateOrder = kDateOrders.at(options->dateOrder)},
+                          .skipBad = options->skipBad,
+                          .dryRun = options->dryRun,
+                          .currency = currencyTyped(session, options->currency),
+                          .progress = nullptr};
     const auto outcome = runImport(session, [&](auto progress) {
       request.progress = std::move(progress);
       return importFile(session.root(), options->file, request);

@@ -7,6 +7,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/report_commands.h"
 #include "ui/cli/entry_options.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
 #include "ui/cli/transaction_rows.h"
@@ -110,7 +111,7 @@ void reportOfAccountsIn(Session& session, const ReportOptions& options, const Pa
   if (options.period.empty() || !session.calendar().isSameDay(period.first, period.last)) {
     throw notUnderstood("--accounts-in is for one day; name it");
   }
-  const std::string code = foreignCurrencyTyped(options.accountsIn);
+  const std::string code = currencyCodeTyped(session, options.accountsIn);
   auto summary = done(TransactionReport::getSummaryForCurrency(session.root(), code, period.first));
   summary.transactions =
       done(TransactionReport::getTransactionListForCurrency(session.root(), code, period.first));

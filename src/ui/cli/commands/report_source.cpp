@@ -6,6 +6,7 @@
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/entry_options.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/records.h"
 #include "ui/cli/stop_on_interrupt.h"
 
@@ -58,7 +59,7 @@ ReportSource::ReportSource(Session& session, const MonivaAccount& of, const Repo
   report_.setTransactionType(typeTyped(of, options.type));
   report_.setIncludePending(options.pending);
   if (!options.category.empty()) report_.setCategory(reportCategory(session, options.category, options.type));
-  if (!currency_.empty()) foreignCurrencyTyped(currency_);
+  if (!currency_.empty()) currencyCodeTyped(session, currency_);
   if (!options.vendor.empty()) {
     const bool isIncome = options.type == "income";
     vendor_ = options.vendor == "none" || Vendor::isNoVendorTitle(session.root(), options.vendor)

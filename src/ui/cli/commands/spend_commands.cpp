@@ -6,6 +6,7 @@
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/commands/repeat_fields.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/records.h"
 #include "ui/cli/typed_text.h"
 
@@ -65,7 +66,7 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     const auto names = fillEntry(session, fields, spend);
     spend.amount = amountTyped(session, options.amount, names.currency, fields.amounts);
     if (const auto& [amount, code] = options.foreign; !amount.empty() || !code.empty()) {
-      spend.foreignCurrency = foreignCurrencyTyped(code);
+      spend.foreignCurrency = currencyCodeTyped(session, code);
       spend.foreignAmount = amountTyped(session, amount, code, fields.amounts);
     }
     if (repeats) {

@@ -2,6 +2,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/commands/spend_commands.h"
+#include "ui/cli/rates.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
 #include "ui/cli/typed_text.h"
@@ -62,7 +63,7 @@ void changeAmounts(Session& session, Spend& spend, const SpendEdit& edit) {
   }
   if (edit.noForeign) return done(spend.updateAmount(amount, 0, ""));
   if (edit.foreign.first.empty()) return done(spend.updateAmount(amount));
-  const auto code = foreignCurrencyTyped(edit.foreign.second);
+  const auto code = currencyCodeTyped(session, edit.foreign.second);
   done(spend.updateAmount(amount, amountTyped(session, edit.foreign.first, code, edit.amounts), code));
 }
 

@@ -1,0 +1,95 @@
+#include "ui/cli/rates.h"
+
+#include <unicode/numberformatter.h>
+
+#include <chrono>
+
+#include "calendar/date_texts.h"
+#include "currency/currency_manager.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/currency_names.h"
+#include "ui/cli/text_width.h"
+
+namespace moniva {
+namespace {
+
+using std::chrono::milliseconds;
+
+/// How long a conversion waits for newer rates, and for the first ones.
+constexpr milliseconds kPatience{3'000};
+constexpr milliseconds kFirstPatience{15'000};
+/// Digits of a rate that a double keeps.
+constexpr int kRateDigits = 15;
+
+}  // namespace
+
+void freshenRates(Session& session) {
+  CurrencyManager& rates = session.rates();
+  const bool isFirst = rates.exchangeRates().empty();
+  // One that failed in this run would only be waited for once more.
+  if (!isFirst && !rates.refreshFailure()) rates.refreshIfNeeded();
+  if (!rates.isRefreshing()) return;
+  const auto most = isFirst ? kFirstPatience : kPatience;
+  constexpr milliseconds kSlice{100};
+  Progress progress(session.progressPlace(), Session::watch, session.text("Fetching exchange rates"),
+                    static_cast<std::uint64_t>(most / kSlice));
+  for (auto waited = kSlice; waited <= most && !rates.waitForRefresh(kSlice); waited += kSlice)
+    progress.advance();
+}
+
+void sayWhereOld(Session& session) {
+  const CurrencyManager& rates = session.rates();
+  if (rates.exchangeRates().empty() || !rates.isOld(session.now())) return;
+  session.sayOnce(session.text("The exchange rates are of {}; newer ones: moniva rate refresh",
+                               stringOfDateMediumStyle(session.calendar(), rates.lastRefresh())));
+}
+
+std::optional<double> rateKnown(Session& session, const std::string& from, const std::string& to) {
+  if (from == to) return 1.0;
+  freshenRates(session);
+  CurrencyManager& rates = session.rates();
+  if (!rates.knowsRate(from, to)) return std::nullopt;
+  sayWhereOld(session);
+  return decimalOf(rates.exchangeRateFromCurrency(from, to));
+}
+
+Refusal noRate(Session& session, const std::string& from, const std::string& to) {
+  const CurrencyManager& rates = session.rates();
+  if (!rates.exchangeRates().empty()) {
+    const bool isFromMissing = !rates.exchangeRates().contains(from);
+    return Refusal(phrase("no exchange rate of {} is known", isFromMissing ? from : to));
+  }
+  if (const auto& failure = rates.refreshFailure())
+    return Refusal(phrase("no exchange rates are known ({})", *failure));
+  return Refusal(phrase("no exchange rates are known"));
+}
+
+double rateBetween(Session& session, const std::string& from, const std::string& to) {
+  if (const auto rate = rateKnown(session, from, to)) return *rate;
+  throw refused("{}; give the rate with --rate, or fetch them with: moniva rate refresh",
+                noRate(session, from, to));
+}
+
+std::string rateText(Session& session, double rate) {
+  UErrorCode status = U_ZERO_ERROR;
+  std::string text;
+  icu::number::NumberFormatter::withLocale(icu::Locale(session.calendar().locale().c_str()))
+      .precision(icu::number::Precision::maxSignificantDigits(kRateDigits))
+      .formatDouble(rate, status)
+      .toString(status)
+      .toUTF8String(text);
+  return U_FAILURE(status) ? fmt::format("{}", rate) : text;
+}
+
+std::string currencyCodeTyped(Session& session, const std::string& text) {
+  if (isCurrencyCode(text)) return text;
+  if (const auto meant = currencyMeant(session, text)) {
+    throw notUnderstood("'{}' is no currency's code; did you mean {} ({})?", printable(text), meant->code,
+                        meant->name);
+  }
+  throw notUnderstood(
+      "'{}' is no currency; codes have three capital letters, such as EUR (see: moniva currency list --all)",
+      printable(text));
+}
+
+}  // namespace moniva
