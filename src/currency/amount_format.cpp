@@ -9,6 +9,8 @@
 #include <optional>
 #include <utility>
 
+#include "currency/currency_manager.h"
+
 namespace moniva {
 namespace {
 
@@ -132,11 +134,18 @@ bool isCurrencyCode(std::string_view text) {
 }
 
 int currencyDigits(std::string_view currencyCode) {
-  const auto iso = isoText(currencyCode);
-  if (!iso) return usualDigits;
-  UErrorCode status = U_ZERO_ERROR;
-  const int digits = ucurr_getDefaultFractionDigits(iso->data(), &status);
-  return U_SUCCESS(status) ? digits : usualDigits;
+  // Those that are not counted in hundredths, as asking ICU takes longer than writing an amount.
+  static const auto unusual = [] {
+    std::map<std::string, int, std::less<>> digitsOf;
+    for (const auto& code : CurrencyManager::availableCurrencies()) {
+      UErrorCode status = U_ZERO_ERROR;
+      const int digits = ucurr_getDefaultFractionDigits(isoText(code)->data(), &status);
+      if (U_SUCCESS(status) && digits != usualDigits) digitsOf.emplace(code, digits);
+    }
+    return digitsOf;
+  }();
+  const auto found = unusual.find(currencyCode);
+  return found == unusual.end() ? usualDigits : found->second;
 }
 
 }  // namespace moniva

@@ -194,9 +194,16 @@ Result<float> CurrencyManager::exchangeRateFromCurrency(Platform& platform, std:
 }
 
 double converted(double amount, double rate, int digits) {
+  constexpr std::array<double, 13> kUnits = {1,   1e1, 1e2, 1e3,  1e4,  1e5, 1e6,
+                                             1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
   const double product = amount * rate;
-  const double unit = std::pow(10, std::clamp(digits, 0, 12));
-  const double rounded = std::round(withFifteenDigits(product * unit)) / unit;
+  const double unit = kUnits[static_cast<std::size_t>(std::clamp(digits, 0, 12))];
+  double counted = product * unit;
+  // Noise tells only where a half is near; the usual amount is spared the long way.
+  constexpr double kNoiseless = 1e8;
+  const bool isNearHalf = std::abs(std::abs(counted - std::trunc(counted)) - 0.5) < 1e-5;
+  if (isNearHalf || std::abs(counted) > kNoiseless) counted = withFifteenDigits(counted);
+  const double rounded = std::round(counted) / unit;
   return std::isfinite(rounded) ? rounded : product;
 }
 

@@ -36,7 +36,7 @@ Result<RateTable> tableOf(const json::object& rates) {
     if (!isCodeOfCurrency(code)) continue;
     const auto rate = rateOf(value);
     if (!rate) return refuse("the rate of {} is {}, where a number above zero has to be", code, shown(value));
-    table.emplace(code, *rate);
+    table.emplace_hint(table.end(), code, *rate);
   }
   const auto dollar = table.try_emplace(std::string(kDollar), 1.0F).first;
   if (dollar->second != 1.0F) return refuse("the rates are not those of the US dollar");
