@@ -3,6 +3,9 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
 
 #include "base/text.h"
 #include "currency/amount_format.h"
@@ -38,6 +41,7 @@ struct Share {
   std::string eid;  ///< of the item; of what no item needed, of the account's first payment
   std::string account;
   Decimal amount;
+  Decimal foreign = {};  ///< of what the item was in a foreign currency
 };
 
 std::string wordFor(const ExportRow& row) {
@@ -115,6 +119,30 @@ std::vector<Share> sharesOf(const TransactionGroup& group, bool settled) {
   return shares;
 }
 
+double numberOf(const Decimal& amount) {
+  const std::string text = amount.text(0);
+  double number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
+/// Divides what the item was in a foreign currency among its shares: they come to the whole of it.
+void shareForeign(std::vector<Share>& shares, const ExportRow& item, const Decimal& foreign) {
+  const double rate = numberOf(foreign) / numberOf(item.amount);
+  const double scale = std::pow(10.0, currencyDigits(item.currency2));
+  Decimal told;
+  Decimal shared;
+  for (auto& share : shares) {
+    if (share.eid != item.eid) continue;
+    told += share.amount;
+    // Up to here, so that what rounding takes from one the next one gets, and the last the rest.
+    const auto upTo =
+        told == item.amount ? foreign : *Decimal::of(std::round(numberOf(told) * rate * scale) / scale);
+    share.foreign = upTo + -shared;
+    shared = upTo;
+  }
+}
+
 /// One table in progress.
 class CsvExport {
  public:
@@ -182,12 +210,18 @@ class CsvExport {
       groupPaid_ = row.paid;
       shares_ = sharesOf(*group, row.paid);
     }
+    const auto foreign = foreignOf(row);
+    if (foreign && !row.isPayment) shareForeign(shares_, row, *foreign);
     for (const auto& share : shares_) {
       if (share.eid != row.eid) continue;
       auto line = lineOf(row, share.account, share.amount);
       if (row.isPayment) line.type = wordForPayment(share.amount);
-      // Of a foreign amount nobody said how it is shared.
-      if (share.amount != row.amount) line.foreignAmount = line.foreignCurrency = "";
+      if (share.amount != row.amount) {
+        // Where nothing is left of it the line has none.
+        const bool isForeign = !share.foreign.isZero();
+        line.foreignAmount = isForeign ? amountText(share.foreign, row.currency2) : "";
+        line.foreignCurrency = isForeign ? row.currency2 : "";
+      }
       add(row.book, share.account, "", line);
     }
     return {};
@@ -217,8 +251,7 @@ class CsvExport {
     line.vendor = whoOf(row);
     line.currency = currencyOf(payer, row.book);
     line.amount = amountText(sum, line.currency);
-    const auto foreign = Decimal::of(row.amount2);
-    if (!row.currency2.empty() && foreign && !foreign->isZero()) {
+    if (const auto foreign = foreignOf(row)) {
       line.foreignAmount = amountText(*foreign, row.currency2);
       line.foreignCurrency = row.currency2;
     }
@@ -226,6 +259,12 @@ class CsvExport {
     line.paid = row.paid ? "1" : "0";
     line.transferEID = row.group;
     return line;
+  }
+
+  /// What the row was in a foreign currency.
+  static std::optional<Decimal> foreignOf(const ExportRow& row) {
+    const auto foreign = Decimal::of(row.amount2);
+    return row.currency2.empty() || !foreign || foreign->isZero() ? std::nullopt : foreign;
   }
 
   /// Adds the line where it is of the book or account asked for.

@@ -59,12 +59,15 @@ std::vector<Searched> kindsOf(SearchIn in) {
   return {kRecords, kTransfers, kDebts, kPayments, kCosts};
 }
 
-/// The amounts that a text may mean: "12,5" one, "1,234" two.
-std::vector<double> amountsIn(const std::string& text) {
+/// The amounts that the text may mean: "12,5" one, "1,234" two.
+std::vector<double> amountsIn(const SearchQuery& query) {
   std::vector<double> amounts;
+  const auto add = [&](double amount) {
+    if (std::ranges::find(amounts, amount) == amounts.end()) amounts.push_back(amount);
+  };
+  if (query.keywordAmount) add(*query.keywordAmount);
   for (const char mark : {'.', ','}) {
-    const auto amount = parseAmount(text, mark);
-    if (amount && (amounts.empty() || amounts.front() != *amount)) amounts.push_back(*amount);
+    if (const auto amount = parseAmount(query.keyword, mark)) add(*amount);
   }
   return amounts;
 }
@@ -78,7 +81,7 @@ class SearchCondition {
       patterns_.push_back(likePattern(form));
     }
     for (const auto& pattern : patterns_) patternSlots_.push_back(slot(pattern));
-    for (const double amount : amountsIn(query.keyword)) amountSlots_.push_back(slot(amount));
+    for (const double amount : amountsIn(query)) amountSlots_.push_back(slot(amount));
     if (query.account) accountSlot_ = slot(query.account->pk);
     compose();
   }

@@ -14,7 +14,8 @@
 ///
 /// A text is looked for in any place of a note, of the titles of the category and of the one above it, and of
 /// the vendor, in the forms that keywordForms() gives; a record is found as well by its exact amount where
-/// the text is a number ("12.5" or "12,5"). Found are keys of rows of `transactions`.
+/// the text is a number ("12.5" or "12,5", and whatever the front end reads it for). Found are keys of rows
+/// of `transactions`.
 ///
 /// All refuse, with nothing found: a text that checkKeyword() refuses, an end before the beginning, a page
 /// before the first or without room, and a store that cannot be read.
@@ -52,6 +53,8 @@ struct SearchQuery {
   std::optional<SearchPlace> after = {};  ///< begins behind that place
   /// Whether items without a category are looked at too.
   bool uncategorised = false;
+  /// What the text is as an amount of the person's locale; its digits and marks are not known here.
+  std::optional<double> keywordAmount = {};
 };
 
 struct SearchPage {

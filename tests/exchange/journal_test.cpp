@@ -362,7 +362,8 @@ TEST(Journal, leavesOutWhatItTellsOfAndKeepsTwoApart) {
   EXPECT_FALSE(exportCsv(store.root, {}, {}, sink));
 }
 
-/// Balances and months of both stores, by the titles of accounts and books.
+/// Balances, months and what was paid in a foreign currency of both stores, by the titles of accounts and
+/// books.
 std::string totals(Ledger& store) {
   std::string text;
   for (const auto& account : store.holders) {
@@ -376,6 +377,12 @@ std::string totals(Ledger& store) {
                           month.expenseAmount);
     }
   }
+  Run foreign = store.connection().query(
+      "select total(amount2) from transactions where deleted = 0 and paid = 1 and bid = 20 and type in (11, "
+      "12)"
+      " and currency2 = 'GBP'");
+  EXPECT_TRUE(foreign.next());
+  text += fmt::format("GBP {:.2f}\n", foreign.real(0));
   return text;
 }
 

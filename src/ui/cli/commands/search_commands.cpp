@@ -54,6 +54,7 @@ SearchQuery queryTypedFor(Session& session, const SearchOptions& options) {
   query.keyword = options.saved > 0 ? savedText(session, options.saved) : joinedWords(options.words);
   if (query.keyword.empty() && !options.words.empty()) throw notUnderstood("the text to look for is blank");
   typed(checkKeyword(query.keyword));
+  if (const auto amount = session.amountReader().read(query.keyword)) query.keywordAmount = *amount;
   if (!options.amount.empty()) query.amount = figureTyped(session, options.amount);
   if (!options.book.empty()) query.account = bookNamed(session, options.book, Meant::groupsToo);
   if (!options.account.empty()) query.account = accountNamed(session, options.account, Meant::groupsToo);
