@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <iterator>
 #include <utility>
@@ -66,9 +68,10 @@ bool press(CalculateNumberPadView& pad, std::string_view key) {
 }
 
 int decimalsThatCount(const AmountToken& number) {
-  const std::string text = digitsOf(number, number.decimals);
-  const auto point = text.find('.');
-  return point == std::string::npos ? 0 : static_cast<int>(text.find_last_not_of('0') - point);
+  std::array<char, 400> digits{};
+  auto* const end = std::to_chars(digits.begin(), digits.end(), number.number, std::chars_format::fixed).ptr;
+  auto* const point = std::find(digits.begin(), end, '.');
+  return point == end ? 0 : static_cast<int>(end - point - 1);
 }
 
 Result<double> pressed(CalculateNumberPadView& pad, std::span<const AmountToken> tokens,

@@ -9,6 +9,7 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "base/text.h"
@@ -47,22 +48,32 @@ struct Operator {
   AmountToken::Kind kind;
 };
 
-constexpr std::array<Operator, 7> operators = {{{"+", AmountToken::Kind::add},
-                                                {"-", AmountToken::Kind::subtract},
-                                                {"\u2212", AmountToken::Kind::subtract},
-                                                {"*", AmountToken::Kind::multiply},
-                                                {"\u00D7", AmountToken::Kind::multiply},
-                                                {"/", AmountToken::Kind::divide},
-                                                {"\u00F7", AmountToken::Kind::divide}}};
+// The last ones are those of keys alone.
+constexpr std::array<Operator, 10> operators = {{{"+", AmountToken::Kind::add},
+                                                 {"-", AmountToken::Kind::subtract},
+                                                 {"\u2212", AmountToken::Kind::subtract},
+                                                 {"*", AmountToken::Kind::multiply},
+                                                 {"\u00D7", AmountToken::Kind::multiply},
+                                                 {"/", AmountToken::Kind::divide},
+                                                 {"\u00F7", AmountToken::Kind::divide},
+                                                 {"x", AmountToken::Kind::multiply},
+                                                 {"X", AmountToken::Kind::multiply},
+                                                 {":", AmountToken::Kind::divide}}};
+constexpr std::size_t kOfKeysAlone = 3;
+
+std::span<const Operator> operatorsOf(ExpressionForm form) {
+  const std::span<const Operator> all(operators);
+  return form == ExpressionForm::keys ? all : all.first(all.size() - kOfKeysAlone);
+}
 
 struct Found {
   std::size_t at = std::string_view::npos;
   Operator sign{};
 };
 
-Found nextOperator(std::string_view text, std::size_t from) {
+Found nextOperator(std::string_view text, std::size_t from, ExpressionForm form) {
   for (std::size_t at = from; at < text.size(); ++at) {
-    for (const auto& sign : operators) {
+    for (const auto& sign : operatorsOf(form)) {
       if (text.substr(at).starts_with(sign.text)) return {at, sign};
     }
   }
@@ -71,7 +82,7 @@ Found nextOperator(std::string_view text, std::size_t from) {
 
 /// Where the sign before the first number ends, and the blanks and marks around it; 0 where there is none.
 std::size_t endOfSign(std::string_view text) {
-  const auto first = nextOperator(text, 0);
+  const auto first = nextOperator(text, 0, ExpressionForm::amount);
   if (first.at == std::string_view::npos || first.sign.kind == AmountToken::Kind::multiply ||
       first.sign.kind == AmountToken::Kind::divide) {
     return 0;
@@ -160,7 +171,10 @@ tl::unexpected<Refusal> AmountReader::refusalOf(std::string_view text, std::stri
   }
   for (const auto& form : forms_) {
     const auto fault = readAs(form, digits, withSign).fault;
-    if (fault == AmountFault::empty) return refuse("the amount is empty");
+    if (fault == AmountFault::empty) {
+      return trimBlanks(digits).empty() ? refuse("the amount is empty")
+                                        : refuse("'{}' is a sign without an amount", shown);
+    }
     if (fault == AmountFault::tooManyDigits) {
       return refuse("'{}' has more than {} digits, too many to be kept exactly", shown, kMostAmountDigits);
     }
@@ -206,32 +220,41 @@ Result<double> AmountReader::readSigned(std::string_view text) const {
 }
 
 bool AmountReader::isExpression(std::string_view text) const {
-  return nextOperator(text, endOfSign(text)).at != std::string_view::npos;
+  return nextOperator(text, endOfSign(text), ExpressionForm::amount).at != std::string_view::npos;
 }
 
-Result<std::vector<AmountToken>> AmountReader::tokens(std::string_view text) const {
+bool AmountReader::isDecimalMark(std::string_view sign) const {
+  const auto isMark = [&](const Form& form) { return form.decimalMark == sign; };
+  const auto groups = [&](const Form& form) { return form.groupMark == sign; };
+  return sign == decimalMark_ ||
+         (std::ranges::any_of(forms_, isMark) && std::ranges::none_of(forms_, groups));
+}
+
+Result<std::vector<AmountToken>> AmountReader::tokens(std::string_view text, ExpressionForm form) const {
   std::vector<AmountToken> tokens;
   const auto shown = [&] { return excerpt(trimBlanks(text)); };
   const auto sign = endOfSign(text);
   for (std::size_t from = 0;;) {
-    const auto next = nextOperator(text, from == 0 ? sign : from);
+    const auto next = nextOperator(text, from == 0 ? sign : from, form);
     const auto piece = text.substr(from, next.at == std::string_view::npos ? next.at : next.at - from);
     const bool isBlank = trimBlanks(from == 0 ? text.substr(sign, piece.size() - sign) : piece).empty();
-    if (isBlank) {
-      if (next.at == std::string_view::npos && tokens.empty()) return refuse("the amount is empty");
-      if (next.at == std::string_view::npos) {
-        return refuse("'{}' ends with '{}', where an amount should follow", shown(), tokens.back().text);
-      }
+    if (isBlank && !tokens.empty() && next.at == std::string_view::npos) {
+      return refuse("'{}' ends with '{}', where an amount should follow", shown(), tokens.back().text);
+    }
+    const bool replaces = isBlank && !tokens.empty() && form == ExpressionForm::keys;
+    if (isBlank && !replaces && next.at != std::string_view::npos) {
       return refuse("'{}' has '{}' at character {}, where an amount should be", shown(), next.sign.text,
                     placeOf(text, next.at));
     }
-    auto token = number(piece, tokens.empty());
-    if (!token && piece.size() == text.size()) return tl::make_unexpected(token.error());
-    if (!token) {
-      const auto begin = from + static_cast<std::size_t>(trimBlanks(piece).data() - piece.data());
-      return refuse("{} (at character {} of '{}')", token.error(), placeOf(text, begin), shown());
+    if (!replaces) {
+      auto token = number(piece, tokens.empty());
+      if (!token && piece.size() == text.size()) return tl::make_unexpected(token.error());
+      if (!token) {
+        const auto begin = from + static_cast<std::size_t>(trimBlanks(piece).data() - piece.data());
+        return refuse("{} (at character {} of '{}')", token.error(), placeOf(text, begin), shown());
+      }
+      tokens.push_back(std::move(*token));
     }
-    tokens.push_back(std::move(*token));
     if (next.at == std::string_view::npos) return tokens;
     tokens.push_back({.kind = next.sign.kind, .text = std::string(next.sign.text)});
     from = next.at + next.sign.text.size();

@@ -21,6 +21,10 @@ struct AmountToken {
 /// Whether the sign only says in which direction text runs; amounts are printed with some, and read without.
 bool isDirectionMark(char32_t c);
 
+/// Who wrote an expression: a person for an amount, or one who presses the keys of the keypad, where 'x' and
+/// ':' are operators too and an operator takes the place of the one before it.
+enum class ExpressionForm { amount, keys };
+
 /// Reads amounts as people of one locale type them: its decimal mark, its separators of thousands, its
 /// digits. Plain digits with '.' before a fraction and nothing between thousands are understood in every
 /// locale. What may be two different numbers ("1.234" in German) is refused, with both.
@@ -38,10 +42,14 @@ class AmountReader {
   bool isExpression(std::string_view text) const;
   /// The numbers and operators ("+", "-", "−", "*", "×", "/", "÷") of an expression, in turn, a number first
   /// and last; a number that begins the text may have a sign. Refused, with the place, for anything else.
-  Result<std::vector<AmountToken>> tokens(std::string_view text) const;
+  /// Of keys, operators follow each other as they were typed.
+  Result<std::vector<AmountToken>> tokens(std::string_view text,
+                                          ExpressionForm form = ExpressionForm::amount) const;
 
   /// The decimal mark of the locale, in UTF-8.
   const std::string& decimalMark() const { return decimalMark_; }
+  /// Whether the sign can only be a decimal mark here: the locale's, or another that nobody groups with.
+  bool isDecimalMark(std::string_view sign) const;
 
  private:
   /// A way in which the locale's people write numbers.

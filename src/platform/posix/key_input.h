@@ -21,8 +21,7 @@ class KeyInput {
   /// Whether that is so.
   bool isKeyByKey() const { return isKeyByKey_; }
   /// A sign in UTF-8 (bytes that are none as they come), or all that a terminal sends for a key such as
-  /// Delete
-  /// ("\x1b[3~"). Nothing at the end.
+  /// Delete ("\x1b[3~"). Nothing at the end.
   std::optional<std::string> next();
 
  private:

@@ -74,10 +74,11 @@ std::span<const CommandText> commandTexts() {
        "from zero; something divided by zero is shown as ∞. The currency is that of --currency, else the one "
        "most people here count in; no store is needed.\n\n"
        "Without an EXPRESSION keys are read one by one: on a terminal one line shows the display and what it "
-       "comes to until q or Ctrl-D ends it, otherwise a line is printed for each key. Keys are the digits, a "
-       "decimal mark, the operators, = or Enter, Backspace, which takes the last character back, and Delete "
-       "or "
-       "C, which takes all.",
+       "comes to until q or Ctrl-D ends it. Otherwise a line is printed for each key, every line of the "
+       "input "
+       "is an expression of its own, and a key that would be dropped is refused. Keys are the digits, a "
+       "decimal mark, the operators (x and : too), = or Enter, Backspace, which takes the last character "
+       "back, and Delete or C, which takes all. An operator takes the place of the one before it.",
        {{"moniva calc 12.50+3×4", "62.00: from left to right"},
         {"moniva calc --currency JPY \"1000 / 3\"", "in whole yen"},
         {"moniva calc --steps 12.50+3", "key by key"},

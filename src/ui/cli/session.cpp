@@ -165,12 +165,16 @@ const fs::path& Session::dataFolder() {
   return documents;
 }
 
+std::unique_ptr<UserDefaults> Session::settingsOfDevice() {
+  auto defaults = done(FileUserDefaults::open(dataFolder() / "settings.json", now()));
+  if (!defaults->notice().empty()) say(defaults->notice());
+  return defaults;
+}
+
 void Session::launchLocked() {
   const auto& documents = dataFolder();
   done(makeWritableFolder(documents));
-  auto defaults = done(FileUserDefaults::open(documents / "settings.json", now()));
-  if (!defaults->notice().empty()) say(defaults->notice());
-  platform_->userDefaults = std::move(defaults);
+  platform_->userDefaults = settingsOfDevice();
   installUncaughtExceptionHandler(documents, [] { return SystemClock().now(); });
   db_ = std::make_unique<DoDB>(*platform_);
   host_ = std::make_unique<Host>(*this);

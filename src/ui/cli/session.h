@@ -64,6 +64,8 @@ class Session {
   void prepare();
   /// The folder the store is in; ends the command when nobody says which.
   const std::filesystem::path& dataFolder();
+  /// The settings of the device, which are kept there, read anew; ends the command where they cannot be.
+  std::unique_ptr<UserDefaults> settingsOfDevice();
   /// Leaves what belongs to the day to a later launch: the command is about the store as it is.
   void holdDaysWorkBack() { holdsDaysWorkBack_ = true; }
   /// Launches: makes or opens the store and does what is due.

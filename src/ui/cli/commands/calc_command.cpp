@@ -6,10 +6,11 @@
 #include <boost/json.hpp>
 #include <map>
 #include <optional>
+#include <ranges>
+#include <span>
 
 #include "base/text.h"
 #include "currency/amount_expression.h"
-#include "platform/posix/file_user_defaults.h"
 #include "platform/posix/key_input.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
@@ -34,7 +35,6 @@ struct Calculation {
   Session& session;
   const CalcOptions& options;
   CalculateNumberPadView pad;
-  std::string decimalMark;
   std::vector<KeypadStep> steps;
 
   bool showsEachKey() const { return !options.steps && !session.options().json; }
@@ -43,12 +43,9 @@ struct Calculation {
 /// The keypad as the settings of the device have it, where there are any. No store is needed.
 CalculateNumberPadView padOfDevice(Session& session) {
   try {
-    const auto defaults = FileUserDefaults::open(session.dataFolder() / "settings.json", session.now());
-    if (!defaults) return {};
-    if (!(*defaults)->notice().empty()) session.say((*defaults)->notice());
-    return CalculateNumberPadView(**defaults);
+    return CalculateNumberPadView(*session.settingsOfDevice());
   } catch (const CommandError&) {
-    return {};  // nobody says where the data is
+    return {};  // nobody says where the data is, or it cannot be read
   }
 }
 
@@ -61,17 +58,17 @@ std::string amountText(const Calculation& run, double amount) {
 /// The display as a person reads it, with the signs of the keys and the locale's decimal mark.
 std::string displayText(const Calculation& run, const std::string& display) {
   std::string text;
-  for (const char c : display)
-    text += c == '*' ? "×" : c == '/' ? "÷" : c == '.' ? run.decimalMark : std::string(1, c);
+  const auto& mark = run.session.amountReader().decimalMark();
+  for (const char c : display) text += c == '*' ? "×" : c == '/' ? "÷" : c == '.' ? mark : std::string(1, c);
   return text;
 }
 
-/// "12.50+3 = 15.50", and the display alone where it is no expression yet.
+/// "12.50+3 = 15.50": the display and what it comes to, once where the two are the same; "0" for nothing.
 std::string lineOf(const Calculation& run) {
-  const auto& pad = run.pad;
-  const auto shown = displayText(run, pad.displayText());
-  return pad.rightOperand().empty() ? shown
-                                    : fmt::format("{} = {}", shown, amountText(run, pad.resultAmount()));
+  const auto shown = displayText(run, run.pad.displayText());
+  if (shown.empty()) return "0";
+  const auto result = amountText(run, run.pad.resultAmount());
+  return shown == result ? shown : fmt::format("{} = {}", shown, result);
 }
 
 void pressKey(Calculation& run, std::string_view key) {
@@ -96,14 +93,62 @@ std::string keyMeant(std::string_view typed, std::string_view decimalMark) {
   return digit < 0 ? "" : std::to_string(digit);
 }
 
-/// Presses a key of the input, which stands at that place; ends the command where it is none.
-void pressTyped(Calculation& run, std::string_view typed, std::size_t place) {
-  if (typed == " " || typed == "\t") return;
-  const auto key = keyMeant(typed, run.decimalMark);
-  if (key.empty())
-    throw notUnderstood("'{}' is no key of the calculator (character {})", printable(typed), place);
-  pressKey(run, key);
-}
+/// Presses keys that come from a file, another program or the command line, where nobody watches what becomes
+/// of them: each line is an expression of its own, and a key that would be dropped ends the command.
+class KeysTyped {
+ public:
+  explicit KeysTyped(Calculation& run) : run_(run), reader_(run.session.amountReader()) {}
+
+  void take(std::string_view typed) {
+    ++character_;
+    if (typed == "\n") return endLine();
+    if (typed == " " || typed == "\t" || typed == "\r") return;
+    if ((typed == "." || typed == ",") && !reader_.isDecimalMark(typed)) {
+      throw notUnderstood("'{}' is no key here, where '{}' is the decimal mark (line {}, character {})",
+                          typed, reader_.decimalMark(), line_, character_);
+    }
+    const auto key = keyMeant(typed, reader_.decimalMark());
+    if (key.empty()) {
+      throw notUnderstood("'{}' is no key of the calculator (line {}, character {})", printable(typed), line_,
+                          character_);
+    }
+    if (isLineNew_ && !run_.steps.empty()) pressKey(run_, "C");
+    isLineNew_ = false;
+    const auto before = run_.pad.displayText();
+    pressKey(run_, key);
+    if (isMissed(key, before)) {
+      throw notUnderstood("the calculator has no place for '{}' there (line {}, character {})",
+                          printable(typed), line_, character_);
+    }
+  }
+
+  void endLine() {
+    if (!isLineNew_ && run_.steps.back().key != "=") pressKey(run_, "=");
+    isLineNew_ = true;
+    ++line_;
+    character_ = 0;
+  }
+
+ private:
+  /// Whether the key did not do what who typed it meant. Noughts before a number are nothing to miss, nor is
+  /// an operator that is there already; a point means something else where digits fill the decimals.
+  bool isMissed(std::string_view key, std::string_view before) const {
+    const auto& pad = run_.pad;
+    if (key == "⌫" || key == "C" || key == "=") return false;
+    if (key == "•" && pad.autoFillDecimalEnable()) return true;
+    if (pad.displayText() != before) return false;
+    const auto& operand = pad.operatorText().empty() ? pad.leftOperand() : pad.rightOperand();
+    if (key == "0") return operand.find_first_of("123456789") != std::string::npos;
+    const bool isOperator = key == "+" || key == "-" || key == "×" || key == "÷";
+    return !isOperator || pad.operatorText().empty();
+  }
+
+  Calculation& run_;
+  const AmountReader& reader_;
+  bool isLineNew_ = true;
+  std::size_t line_ = 1;
+  std::size_t character_ = 0;
+};
 
 /// The text without as many of its first signs.
 std::string_view withoutFirst(std::string_view text, std::size_t count) {
@@ -129,6 +174,7 @@ void useOnTerminal(Calculation& run, KeyInput& input, std::ostream& out, std::si
   };
   run.session.say(
       run.session.text("Digits, + - × ÷, = or Enter; Backspace takes one back, Delete all; q ends."));
+  draw();
   int exitCode = 0;
   while (const auto typed = input.next()) {
     if (*typed == "q" || *typed == "Q" || *typed == "\x04") break;
@@ -136,7 +182,7 @@ void useOnTerminal(Calculation& run, KeyInput& input, std::ostream& out, std::si
       exitCode = CommandError::kInterrupted;
       break;
     }
-    const auto key = keyMeant(*typed, run.decimalMark);
+    const auto key = keyMeant(*typed, run.session.amountReader().decimalMark());
     if (key.empty()) continue;
     pressKey(run, key);
     draw();
@@ -147,30 +193,44 @@ void useOnTerminal(Calculation& run, KeyInput& input, std::ostream& out, std::si
 
 /// Keys from a file or another program: a line for each.
 void readKeys(Calculation& run, KeyInput& input) {
-  for (std::size_t place = 1;; ++place) {
-    const auto typed = input.next();
-    if (!typed) break;
+  KeysTyped keys(run);
+  while (const auto typed = input.next()) {
     const auto before = run.steps.size();
-    pressTyped(run, *typed, place);
+    keys.take(*typed);
     if (run.showsEachKey() && run.steps.size() > before) run.session.out() << lineOf(run) << std::endl;
   }
-  if (run.steps.empty()) throw notUnderstood("there is nothing to calculate; see: moniva calc --help");
+}
+
+/// Says what of an expression was calculated where operators took the place of others.
+void tellReplaced(Session& session, const std::string& expression, std::span<const AmountToken> tokens) {
+  std::string kept;
+  bool isReplaced = false;
+  for (std::size_t i = 0; i < tokens.size(); ++i) {
+    const bool isOperator = tokens[i].kind != AmountToken::Kind::number;
+    if (isOperator && tokens[i + 1].kind != AmountToken::Kind::number) {
+      isReplaced = true;
+    } else {
+      kept += tokens[i].text;
+    }
+  }
+  if (isReplaced)
+    session.say(session.text("{} is calculated as {}.", printable(expression), printable(kept)));
 }
 
 /// An expression as typed: its numbers as the locale writes them.
 void calculate(Calculation& run, const std::string& expression) {
   if (run.options.autoFill) {
-    std::string_view left = expression;
-    for (std::size_t place = 1; !left.empty(); ++place) {
+    KeysTyped keys(run);
+    for (std::string_view left = expression; !left.empty();) {
       const auto rest = withoutFirst(left, 1);
-      pressTyped(run, left.substr(0, left.size() - rest.size()), place);
+      keys.take(left.substr(0, left.size() - rest.size()));
       left = rest;
     }
-    pressKey(run, "=");
-    return;
+    return keys.endLine();
   }
-  const auto tokens = typed(AmountReader(run.session.calendar().locale()).tokens(expression));
-  const auto most = std::ranges::max(tokens, {}, &AmountToken::decimals).decimals;
+  const auto tokens = typed(run.session.amountReader().tokens(expression, ExpressionForm::keys));
+  tellReplaced(run.session, expression, tokens);
+  const int most = std::ranges::max(tokens | std::views::transform(decimalsThatCount));
   const auto value = pressed(run.pad, tokens, &run.steps);
   if (!value && run.options.currency.empty() && most > run.pad.decimalDigits() &&
       most <= CalculateNumberPadView::kMostDigits) {
@@ -202,8 +262,7 @@ boost::json::object jsonOf(const Calculation& run, const std::string& currency) 
 }
 
 void runCalc(Session& session, const CalcOptions& options) {
-  Calculation run{
-      session, options, padOfDevice(session), AmountReader(session.calendar().locale()).decimalMark(), {}};
+  Calculation run{session, options, padOfDevice(session), {}};
   std::string currency = options.currency.empty() ? "" : currencyCodeTyped(session, options.currency);
   if (options.decimals) {
     run.pad.setDecimalDigits(*options.decimals);
@@ -213,21 +272,26 @@ void runCalc(Session& session, const CalcOptions& options) {
   }
   if (options.autoFill || options.noAutoFill) run.pad.setAutoFillDecimalEnable(options.autoFill);
 
+  bool onTerminal = false;
   if (!options.words.empty()) {
     calculate(run, fmt::format("{}", fmt::join(options.words, " ")));
-    if (run.showsEachKey()) session.answer(amountText(run, run.pad.resultAmount()));
   } else {
     // With --json the line is drawn beside the answer, which stays whole.
     const auto& terminal = session.terminal();
     const bool json = session.options().json;
     KeyInput input(STDIN_FILENO, json ? terminal.errIsTerminal : terminal.outIsTerminal);
-    if (input.isKeyByKey()) {
+    onTerminal = input.isKeyByKey();
+    if (onTerminal) {
       useOnTerminal(run, input, json ? terminal.err : terminal.out,
                     json ? terminal.errWidth : session.width());
     } else {
       readKeys(run, input);
     }
   }
+  if (run.steps.empty() && !onTerminal) {
+    throw notUnderstood("there is nothing to calculate; see: moniva calc --help");
+  }
+  if (!options.words.empty() && run.showsEachKey()) session.answer(amountText(run, run.pad.resultAmount()));
   if (session.options().json) {
     session.printJson(jsonOf(run, currency));
   } else if (options.steps) {
