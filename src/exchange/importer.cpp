@@ -8,6 +8,7 @@
 #include "currency/amount_format.h"
 #include "currency/currency_manager.h"
 #include "exchange/account_currencies.h"
+#include "exchange/csv_export.h"
 #include "exchange/import_names.h"
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
@@ -66,7 +67,8 @@ class Importer {
         now_(root.now()),
         names_(root, request.currency),
         currencies_(root, request.currency),
-        upkeep_(root) {
+        upkeep_(root),
+        isOwnExport_(isExportedTable(reader.columns().ignored())) {
     outcome.rows = reader.rowCount();
     outcome.ignoredHeadings = reader.columns().ignored();
     seen_.expect(outcome.rows);
@@ -244,8 +246,10 @@ class Importer {
       return false;
     };
     const auto isCounted = [&](ImportField field, double amount, const std::string& currency) {
+      if (const auto checked = checkAmount(amount); !checked)
+        return bad(field, amount, [&](const std::string&) { return *checked.error().phrase; });
       const int digits = currencyDigits(currency);
-      return currency.empty() || converted(amount, 1, digits) == amount ||
+      return isOwnExport_ || currency.empty() || converted(amount, 1, digits) == amount ||
              bad(field, amount, [&](const std::string& text) {
                return phrase("{} is counted in {} decimals, and '{}' has more", currency, digits, text);
              });
@@ -259,7 +263,7 @@ class Importer {
     }
     if (!record.foreignAmount) return true;
     if (!isCounted(ImportField::foreignAmount, *record.foreignAmount, record.foreignCurrency)) return false;
-    return record.foreignCurrency != currency || *record.foreignAmount == record.amount ||
+    return isOwnExport_ || record.foreignCurrency != currency || *record.foreignAmount == record.amount ||
            bad(ImportField::foreignAmount, *record.foreignAmount, [&](const std::string&) {
              return phrase("the record itself is kept in {}, with another amount", currency);
            });
@@ -331,6 +335,7 @@ class Importer {
   AccountCurrencies currencies_;
   EntryUpkeep upkeep_;
   SeenRows seen_;
+  bool isOwnExport_;
 };
 
 }  // namespace

@@ -18,8 +18,6 @@ using std::chrono::milliseconds;
 /// How long a conversion waits for newer rates, and for the first ones.
 constexpr milliseconds kPatience{3'000};
 constexpr milliseconds kFirstPatience{15'000};
-/// Of the currencies that one word may mean, how many a message lists.
-constexpr std::size_t kMostMeant = 5;
 /// Digits of a rate that a double keeps.
 constexpr int kRateDigits = 15;
 
@@ -90,13 +88,14 @@ std::string rateText(Session& session, double rate) {
 
 std::string currencyCodeTyped(Session& session, const std::string& text) {
   if (isCurrencyCode(text)) return text;
+  constexpr std::size_t kMostListed = 5;
   const auto meant = currenciesMeant(session, text);
   const auto& list = meant.currencies;
   if (list.size() == 1) {
     throw notUnderstood("'{}' is no currency's code; did you mean {} ({})?", printable(text), list[0].code,
                         list[0].name);
   }
-  if (list.size() > kMostMeant) {
+  if (list.size() > kMostListed) {
     throw notUnderstood(
         "'{}' is no currency's code; several are called so, see: moniva currency list --all {}",
         printable(text), printable(meant.word));
