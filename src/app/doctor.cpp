@@ -5,6 +5,7 @@
 #include "app/do_db_updater.h"
 #include "app/further_repairs.h"
 #include "app/run_once.h"
+#include "currency/currency_manager.h"
 #include "model/account_balance.h"
 #include "model/entry_checks.h"
 #include "model/photos.h"
@@ -97,11 +98,32 @@ constexpr std::array kCounts = {
     Count{toTranslate("keys of vendors"),
           "select count(*) from category where type in (6, 9) and coalesce(oldTitle, '') = ''",
           toTranslate("{} vendor without a key"), toTranslate("{} vendors without a key")},
-    Count{toTranslate("settings"),
-          "select count(*) from (select key from monivaSys group by key having count(*) > 1)",
-          toTranslate("{} setting with more than one value (the newest counts)"),
-          toTranslate("{} settings with more than one value (the newest counts)")},
 };
+
+constexpr Count kSettings{toTranslate("settings"),
+                          "select count(*) from (select key from monivaSys group by key having count(*) > 1)",
+                          toTranslate("{} setting with more than one value (the newest counts)"),
+                          toTranslate("{} settings with more than one value (the newest counts)")};
+
+DoctorFinding counted(Connection& db, const Count& count) {
+  const Phrase check(count.check, std::string(count.check));
+  Run run = db.query(count.sql);
+  if (!run.next()) return {check, false, Phrase::quoted(db.lastErrorMessage())};
+  const auto number = run.integer(0);
+  const std::string_view form = number == 1 ? count.one : count.several;
+  return {check, number == 0,
+          number == 0 ? Phrase("") : Phrase(form, fmt::format(fmt::runtime(form), number), {number})};
+}
+
+/// Settings of the store, and of those of the device what can be damaged without a word.
+DoctorFinding examineSettings(MVAppRoot& root, Connection& db) {
+  DoctorFinding finding = counted(db, kSettings);
+  const auto rates = CurrencyManager::keptRates(*root.platform().userDefaults);
+  if (rates) return finding;
+  const Phrase damage = phrase(
+      "the exchange rates kept are not used: {}; fetch others with: moniva rate refresh", rates.error());
+  return {finding.check, false, finding.well ? damage : phrase("{}; {}", finding.found, damage)};
+}
 
 /// Photos in use without a file, and files that no photo in use names, which do no harm.
 void examinePhotos(MVAppRoot& root, Connection& db, std::vector<DoctorFinding>& findings) {
@@ -182,19 +204,8 @@ std::vector<DoctorFinding> examineStore(MVAppRoot& root) {
          : due == 1 ? phrase("{} repair has not been looked at yet; see: moniva repair --dry-run", due)
                     : phrase("{} repairs have not been looked at yet; see: moniva repair --dry-run", due)});
   }
-  for (const Count& count : kCounts) {
-    const Phrase check(count.check, std::string(count.check));
-    Run run = db->query(count.sql);
-    if (!run.next()) {
-      findings.push_back({check, false, Phrase::quoted(db->lastErrorMessage())});
-      continue;
-    }
-    const auto number = run.integer(0);
-    const std::string_view form = number == 1 ? count.one : count.several;
-    findings.push_back(
-        {check, number == 0,
-         number == 0 ? Phrase("") : Phrase(form, fmt::format(fmt::runtime(form), number), {number})});
-  }
+  for (const Count& count : kCounts) findings.push_back(counted(*db, count));
+  findings.push_back(examineSettings(root, *db));
   findings.push_back(examineBalances(root));
   examinePhotos(root, *db, findings);
   {

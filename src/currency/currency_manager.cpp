@@ -42,16 +42,18 @@ CurrencyManager::CurrencyManager(Platform& platform) : platform_(platform) {
 void CurrencyManager::loadKept() {
   const auto date = platform_.userDefaults->dateForKey(kRefreshKey);
   lastRefresh_ = date.value_or(platform_.now());
-  if (const auto kept = platform_.userDefaults->objectForKey(kRatesKey)) {
-    auto table = rateTableOf(*kept);
-    if (table) {
-      exchangeRates_ = *std::move(table);
-    } else {
-      platform_.log.line(fmt::format("==get currency rate: those kept are not used: {}", table.error()));
-    }
+  if (auto kept = keptRates(*platform_.userDefaults)) {
+    exchangeRates_ = *std::move(kept);
+  } else {
+    platform_.log.line(fmt::format("==get currency rate: those kept are not used: {}", kept.error()));
   }
   // Of rates without a date nobody knows the age.
   if (exchangeRates_.empty() || !date) forceRefresh();
+}
+
+Result<RateTable> CurrencyManager::keptRates(const UserDefaults& defaults) {
+  const auto kept = defaults.objectForKey(kRatesKey);
+  return kept ? rateTableOf(*kept) : RateTable();
 }
 
 bool CurrencyManager::isOld(Date now) const {

@@ -62,6 +62,8 @@ class CurrencyManager {
   Date lastRefresh() const { return lastRefresh_; }
   /// Empty where none was ever fetched.
   const RateTable& exchangeRates() const { return exchangeRates_; }
+  /// The table kept in the settings; an empty one where none is kept. Refused where what is kept is none.
+  static Result<RateTable> keptRates(const UserDefaults& defaults);
   /// Whether there is a table and it is older than kOldAfter at that moment.
   bool isOld(Date now) const;
 

@@ -3,9 +3,11 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <string_view>
 
 #include "base/text.h"
 #include "currency/amount_format.h"
@@ -329,6 +331,12 @@ Result<ExportOutcome> exportCsv(MVAppRoot& root, const ExportRequest& request, c
   CsvExport table(root, *db, request, form, sink);
   if (auto written = table.write(); !written) return tl::make_unexpected(written.error());
   return table.outcome;
+}
+
+bool isExportedTable(std::span<const std::string> headings) {
+  return std::ranges::all_of(std::array{"eid", "transferEID"}, [&](std::string_view heading) {
+    return std::ranges::find(headings, heading) != headings.end();
+  });
 }
 
 }  // namespace moniva

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <span>
+#include <string>
+
 #include "exchange/export_rows.h"
 
 namespace moniva {
@@ -24,5 +27,8 @@ struct CsvForm {
 /// moves no money. Refused as `exportJournal` is.
 Result<ExportOutcome> exportCsv(MVAppRoot& root, const ExportRequest& request, const CsvForm& form,
                                 const ExportSink& sink);
+
+/// Whether a table with these headings that an import has no use for is one that was exported so.
+bool isExportedTable(std::span<const std::string> headings);
 
 }  // namespace moniva

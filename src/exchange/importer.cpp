@@ -5,7 +5,10 @@
 #include <unordered_map>
 
 #include "base/text.h"
+#include "currency/amount_format.h"
+#include "currency/currency_manager.h"
 #include "exchange/account_currencies.h"
+#include "exchange/csv_export.h"
 #include "exchange/import_names.h"
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
@@ -64,7 +67,8 @@ class Importer {
         now_(root.now()),
         names_(root, request.currency),
         currencies_(root, request.currency),
-        upkeep_(root) {
+        upkeep_(root),
+        isOwnExport_(isExportedTable(reader.columns().ignored())) {
     outcome.rows = reader.rowCount();
     outcome.ignoredHeadings = reader.columns().ignored();
     seen_.expect(outcome.rows);
@@ -125,7 +129,7 @@ class Importer {
     Identity identity = identify(record);
     const bool known = isThere(identity.eid);
     // A row that is bad must leave nothing behind, so all is asked before anything is made for it.
-    if (!known && !fitsItsAccounts(record)) {
+    if (!known && !(fitsItsAccounts(record) && fitsItsCurrencies(record))) {
       ++outcome.badRows;
       return {};
     }
@@ -234,6 +238,37 @@ class Importer {
     return true;
   }
 
+  /// Whether the row's amounts are ones of their currencies; if not, it is noted why.
+  bool fitsItsCurrencies(const ImportRecord& record) {
+    const auto bad = [&](ImportField field, double amount, auto&& reason) {
+      const std::string text = fmt::format("{}", amount);
+      note(reader_.problemWith(record.line, field, text, reason(text)));
+      return false;
+    };
+    const auto isCounted = [&](ImportField field, double amount, const std::string& currency) {
+      if (const auto checked = checkAmount(amount); !checked)
+        return bad(field, amount, [&](const std::string&) { return *checked.error().phrase; });
+      const int digits = currencyDigits(currency);
+      return isOwnExport_ || currency.empty() || converted(amount, 1, digits) == amount ||
+             bad(field, amount, [&](const std::string& text) {
+               return phrase("{} is counted in {} decimals, and '{}' has more", currency, digits, text);
+             });
+    };
+    const std::string& currency =
+        record.account.empty() ? currencies_.ofBook(record.book) : currencies_.of(record.account);
+    if (!isCounted(ImportField::amount, record.amount, currency)) return false;
+    if (record.kind == ImportKind::transfer) {
+      return !record.toAmount ||
+             isCounted(ImportField::toAmount, *record.toAmount, currencies_.of(record.toAccount));
+    }
+    if (!record.foreignAmount) return true;
+    if (!isCounted(ImportField::foreignAmount, *record.foreignAmount, record.foreignCurrency)) return false;
+    return isOwnExport_ || record.foreignCurrency != currency || *record.foreignAmount == record.amount ||
+           bad(ImportField::foreignAmount, *record.foreignAmount, [&](const std::string&) {
+             return phrase("the record itself is kept in {}, with another amount", currency);
+           });
+  }
+
   Result<> takeSpend(const ImportRecord& record, Identity identity, Date date) {
     Spend spend(root_);
     spend.type = record.kind == ImportKind::income ? kind::kIncome : kind::kExpense;
@@ -254,8 +289,11 @@ class Importer {
     spend.category = std::move(category->category);
     spend.subcategory = std::move(category->subcategory);
     spend.vendor = std::move(*vendor);
-    spend.foreignCurrency = record.foreignCurrency;
-    spend.foreignAmount = record.foreignAmount.value_or(0);
+    // In the record's own currency the foreign amount says the same once more.
+    if (record.foreignCurrency != (*account != nullptr ? **account : **book).currency) {
+      spend.foreignCurrency = record.foreignCurrency;
+      spend.foreignAmount = record.foreignAmount.value_or(0);
+    }
     return keep(spend, record.kind == ImportKind::income ? outcome.addedIncome : outcome.addedExpenses);
   }
 
@@ -297,6 +335,7 @@ class Importer {
   AccountCurrencies currencies_;
   EntryUpkeep upkeep_;
   SeenRows seen_;
+  bool isOwnExport_;
 };
 
 }  // namespace

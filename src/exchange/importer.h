@@ -64,8 +64,10 @@ struct ImportOutcome {
 ///
 /// A row that names a group, a closed book or account, or an account that does not track it is bad. Accounts
 /// keep one currency: a row that states another one than its account's is bad, and so is a transfer between
-/// currencies without the amount that arrives, or within one with another amount. Which currency a new
-/// account has is settled over all rows (AccountCurrencies).
+/// currencies without the amount that arrives, or within one with another amount. Bad too are amounts with
+/// more decimals than their currency has, and a foreign one in the record's own currency that is another
+/// amount; but a table this program exported is taken as it is, as shares of plans end at cents in any
+/// currency. Which currency a new account has is settled over all rows (AccountCurrencies).
 ///
 /// Refused, with nothing written, when the file cannot be read as a table of records or the store refuses a
 /// write. Bad rows are no refusal: they are in the outcome.

@@ -22,6 +22,10 @@ Result<std::optional<std::string>> readFileIfPresent(const std::filesystem::path
 /// leaves the old file or the new one, whole.
 Result<> writeFileWhole(const std::filesystem::path& path, std::string_view bytes);
 
+/// Removes what `writeFileWhole` of programs that were killed left beside the path. For who holds the lock of
+/// the file.
+void removeLeftovers(const std::filesystem::path& path);
+
 /// Copies a file to a path where there is none, whole or not at all. When a file appeared at the path in the
 /// meantime (another program was faster) that one stays; the answer says whether the copy was made.
 Result<bool> copyFileIfAbsent(const std::filesystem::path& from, const std::filesystem::path& to);

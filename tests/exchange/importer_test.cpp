@@ -144,6 +144,52 @@ TEST(ImportFile, leavesNothingBehindOfABadRow) {
   EXPECT_FALSE(again->written) << "there was nothing to write";
 }
 
+TEST(ImportFile, takesAmountsOfTheirCurrencies) {
+  struct Case {
+    std::string_view row;
+    std::string problem;  ///< of line 2; "" for a row that is taken
+    std::string_view why;
+  };
+  const auto tooFine = [](std::string_view place, std::string_view code, int digits,
+                          std::string_view amount) {
+    return fmt::format("2:{} '{}' {} is counted in {} decimals, and '{}' has more\n", place, amount, code,
+                       digits, amount);
+  };
+  const std::vector<Case> cases = {
+      {"expense,Cash,,10.505,,,", tooFine("5 Amount", "EUR", 2, "10.505"), "the account's currency"},
+      {"expense,,,10.505,,,", tooFine("5 Amount", "USD", 2, "10.505"),
+       "without an account the book's, a new one"},
+      {"expense,New,,8.575,,,", tooFine("5 Amount", "USD", 2, "8.575"), "that of one still to be made"},
+      {"expense,Cash,,999999999999.99,,,", "", "as large and fine as it gets"},
+      {"expense,Cash,,1000000000001,,,",
+       "2:5 Amount '1000000000001' an amount of 1000000000001 is beyond all measure\n", "too large"},
+      {"expense,Yen,,10.5,,,", tooFine("5 Amount", "JPY", 0, "10.5"), "none at all"},
+      {"expense,Dinar,,10.505,,,", "", "three"},
+      {"transfer,Cash,Yen,5,10.5,,", tooFine("6 To amount", "JPY", 0, "10.5"), "what arrives"},
+      {"expense,Cash,,5,,20.123,JPY", tooFine("7 Foreign amount", "JPY", 0, "20.123"), "what it was abroad"},
+      {"expense,Cash,,5,,6,EUR",
+       "2:7 Foreign amount '6' the record itself is kept in EUR, with another amount\n", "two amounts"},
+      {"expense,Cash,,5,,5,EUR", "", "the same said twice"},
+  };
+  for (const auto& [row, problem, why] : cases) {
+    Bank bank;
+    for (const auto& [title, code] : {std::pair("Yen", "JPY"), std::pair("Dinar", "KWD")}) {
+      const std::string pk = bank.account(title).pk;
+      ASSERT_TRUE(bank.sql("update account set currency = ? where oldTitle = ?", {code, pk}));
+    }
+    const auto import = [&](std::string_view headings, std::string_view last) {
+      return bank.import(fmt::format("Date,Type,Account,To account,Amount,To amount,Foreign amount,"
+                                     "Foreign currency{}\n2024-02-01,{}{}\n2024-02-02,income,,,0.25,,,{}\n",
+                                     headings, row, last, last),
+                         true);
+    };
+    EXPECT_EQ(problemsOf(import("", "").value()), problem) << why;
+    EXPECT_EQ(bank.number("select count(*) from transactions where currency2 = 'EUR'"), 0) << why;
+    if (problem.find("measure") != std::string::npos) continue;
+    EXPECT_EQ(import(",eid,transferEID", ",,").value().badRows, 0U) << why << ", in a table of our own";
+  }
+}
+
 TEST(ImportFile, passesOverWhatTakesNoRecordsAndTellsWhatIsBack) {
   Bank bank;
   MonivaAccount trip = bank.book("Trip");

@@ -146,6 +146,15 @@ TEST(FileUserDefaults, aKilledWriterLeavesTheOldFileOrTheNewOne) {
     const auto after = opened(file);
     ASSERT_EQ(after->notice(), "");
     ASSERT_TRUE(after->stringForKey("text").value_or("").starts_with(big));
+
+    const auto leftover = folder / ("settings.json.new-" + std::to_string(child));
+    const auto living = folder / ("settings.json.new-" + std::to_string(::getppid()));
+    const auto other = folder / ("settings.json.new-" + std::to_string(child) + "-mine");
+    for (const auto& beside : {leftover, living, other}) putBytes(beside, "{");
+    after->setString("1", "next");
+    ASSERT_TRUE(after->synchronize());
+    EXPECT_FALSE(std::filesystem::exists(leftover)) << "the next one to write clears up";
+    EXPECT_TRUE(std::filesystem::exists(living) && std::filesystem::exists(other));
   }
 }
 

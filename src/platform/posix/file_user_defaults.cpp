@@ -64,6 +64,7 @@ Result<> FileUserDefaults::write() {
     out += boost::json::serialize(boost::json::value(key)) + ": " + boost::json::serialize(value);
   }
   out += "\n}\n";
+  removeLeftovers(path_);
   if (auto written = writeFileWhole(path_, out); !written) return written;
   changes_.clear();
   return {};

@@ -27,6 +27,7 @@ class FileUserDefaults final : public UserDefaults {
   /// Takes in what the file holds now; what was changed here and not synchronized wins. With the file's lock
   /// held.
   Result<> merge();
+  /// With the file's lock held.
   Result<> write();
 
   std::filesystem::path path_;

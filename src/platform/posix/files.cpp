@@ -1,15 +1,18 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <ctime>
 #include <system_error>
+#include <vector>
 
 namespace moniva {
 namespace {
@@ -56,9 +59,22 @@ void syncFolderOf(const fs::path& path) {
   if (fd.get() >= 0) ::fsync(fd.get());
 }
 
+constexpr std::string_view kBeside = ".new-";
+
 /// The name under which this process makes a file before it is renamed to the path.
 fs::path besideName(const fs::path& path) {
-  return path.string() + ".new-" + std::to_string(::getpid());
+  return fmt::format("{}{}{}", path.string(), kBeside, ::getpid());
+}
+
+/// Whether the name is one under which a process that is gone made a file beside the path.
+bool isLeftover(const fs::path& path, const std::string& name) {
+  const std::string beginning = path.filename().string() + std::string(kBeside);
+  if (!name.starts_with(beginning)) return false;
+  pid_t process = 0;
+  const char* end = name.data() + name.size();
+  const auto number = std::from_chars(name.data() + beginning.size(), end, process);
+  return number.ec == std::errc() && number.ptr == end && process > 0 && ::kill(process, 0) != 0 &&
+         errno == ESRCH;
 }
 
 /// Renames to a path where there is none; answers the system's error, EEXIST where something is. Unlike a
@@ -118,6 +134,16 @@ Result<> writeFileWhole(const fs::path& path, std::string_view bytes) {
   auto moved = renameInto(*temporary, path);
   if (!moved) ::unlink(temporary->c_str());
   return moved;
+}
+
+void removeLeftovers(const fs::path& path) {
+  std::error_code error;
+  std::vector<fs::path> leftovers;
+  for (fs::directory_iterator entry(path.has_parent_path() ? path.parent_path() : ".", error), end;
+       !error && entry != end; entry.increment(error)) {
+    if (isLeftover(path, entry->path().filename().string())) leftovers.push_back(entry->path());
+  }
+  for (const auto& leftover : leftovers) ::unlink(leftover.c_str());
 }
 
 Result<bool> copyFileIfAbsent(const fs::path& from, const fs::path& to) {

@@ -2,6 +2,7 @@
 
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
+#include <unicode/ucurr.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
@@ -31,6 +32,18 @@ std::string withoutAccents(std::string_view text) {
   return plain.foldCase().toUTF8String(utf8);
 }
 
+/// "kr": the sign without what tells it from others.
+std::string shortSignOf(const std::string& code, const std::string& locale) {
+  const auto wide = icu::UnicodeString::fromUTF8(code);
+  UErrorCode status = U_ZERO_ERROR;
+  int32_t length = 0;
+  const char16_t* sign = ucurr_getName(icu::UnicodeString(wide).getTerminatedBuffer(), locale.c_str(),
+                                       UCURR_NARROW_SYMBOL_NAME, nullptr, &length, &status);
+  std::string text;
+  if (U_FAILURE(status) || sign == nullptr) return text;
+  return withoutAccents(icu::UnicodeString(sign, length).toUTF8String(text));
+}
+
 std::vector<std::string> wordsIn(const std::string& name) {
   std::istringstream rest(name);
   std::vector<std::string> words;
@@ -38,11 +51,15 @@ std::vector<std::string> wordsIn(const std::string& name) {
   return words;
 }
 
+/// How likely a person means a currency.
+enum class Standing { near, inTender, former };
+
 /// What a currency may be called.
 struct Called {
   std::string code;
-  bool isNear = false;  ///< the own one, or of the person's list
-  std::string sign;
+  Standing standing = Standing::former;  ///< near: the own one, or of the person's list
+  std::string sign;                      ///< in the person's locale
+  std::string shortSign;                 ///< as at home, which several may share: "kr"
   std::vector<std::string> names;
   std::vector<std::string> words;
 };
@@ -57,13 +74,16 @@ std::vector<Called> currenciesCalled(Session& session) {
   }
   const std::size_t near = codes.size();
   for (auto& code : CurrencyManager::currenciesInTender(session.now())) codes.push_back(std::move(code));
+  const std::size_t known = codes.size();
   for (const auto& code : CurrencyManager::availableCurrencies()) codes.push_back(code);
+  const std::string& own = session.calendar().locale();
   std::vector<Called> list;
   for (std::size_t i = 0; i < codes.size(); ++i) {
     const std::string& code = codes[i];
     if (!isCurrencyCode(code) || std::ranges::find(list, code, &Called::code) != list.end()) continue;
-    Called called{code, i < near, currencySign(session, code), {}, {}};
-    for (const std::string& locale : {session.calendar().locale(), std::string("en")}) {
+    const auto standing = i < near ? Standing::near : i < known ? Standing::inTender : Standing::former;
+    Called called{code, standing, currencySign(session, code), shortSignOf(code, own), {}, {}};
+    for (const std::string& locale : {own, std::string("en")}) {
       called.names.push_back(withoutAccents(currencyDisplayName(code, locale)));
       for (auto& word : wordsIn(called.names.back())) called.words.push_back(std::move(word));
     }
@@ -72,11 +92,29 @@ std::vector<Called> currenciesCalled(Session& session) {
   return list;
 }
 
-/// Of the texts by which currencies are called the one nearest to what was typed.
+/// Those that are called so: the first one near, else all in tender, else all there were.
+template <class IsCalled>
+std::vector<std::string> calledSo(const std::vector<Called>& list, const IsCalled& isCalled) {
+  std::vector<std::string> codes;
+  for (const auto standing : {Standing::near, Standing::inTender, Standing::former}) {
+    for (const auto& called : list) {
+      if (called.standing != standing || !isCalled(called)) continue;
+      codes.push_back(called.code);
+      if (standing == Standing::near) break;
+    }
+    if (!codes.empty()) break;
+  }
+  return codes;
+}
+
+/// Of the texts by which currencies in use are called the one nearest to what was typed.
+template <class TextsOf>
 std::optional<std::string> nearestOf(std::string_view wanted, const std::vector<Called>& list,
-                                     std::vector<std::string> Called::*texts) {
+                                     const TextsOf& textsOf) {
   std::vector<std::string> all;
-  for (const auto& called : list) std::ranges::copy(called.*texts, std::back_inserter(all));
+  for (const auto& called : list) {
+    if (called.standing != Standing::former) std::ranges::copy(textsOf(called), std::back_inserter(all));
+  }
   return didYouMean(wanted, all);
 }
 
@@ -106,36 +144,43 @@ std::vector<std::string> currenciesLike(Session& session, const std::vector<std:
   return found;
 }
 
-std::optional<CurrencyName> currencyMeant(Session& session, std::string_view text) {
+CurrenciesMeant currenciesMeant(Session& session, std::string_view text) {
   const std::string wanted = withoutAccents(trimBlanks(text));
-  if (wanted.empty()) return std::nullopt;
+  if (wanted.empty()) return {};
   const auto list = currenciesCalled(session);
-  const auto first = [&](auto&& isMeant) -> std::optional<CurrencyName> {
-    const auto found = std::ranges::find_if(list, isMeant);
-    return found == list.end() ? std::nullopt : std::optional(currencyNamed(session, found->code));
-  };
   const auto has = [](const std::vector<std::string>& texts, const std::string& one) {
     return std::ranges::find(texts, one) != texts.end();
   };
-  // A word that several have says nothing where none of them is near.
-  const auto byWord = [&](const std::string& word) -> std::optional<CurrencyName> {
-    const auto isMeant = [&](const Called& called) { return has(called.words, word); };
-    const auto found = std::ranges::find_if(list, isMeant);
-    if (found == list.end() || (!found->isNear && std::ranges::count_if(list, isMeant) > 1))
-      return std::nullopt;
-    return currencyNamed(session, found->code);
+  const auto meant = [&](const std::string& word, auto&& isCalled) {
+    CurrenciesMeant found{word, {}};
+    for (const auto& code : calledSo(list, isCalled))
+      found.currencies.push_back(currencyNamed(session, code));
+    return found;
   };
-  if (auto meant = first([&](const Called& called) { return isSameWord(called.code, wanted); })) return meant;
-  if (auto meant = first([&](const Called& called) { return called.sign == trimBlanks(text); })) return meant;
-  if (auto meant = first([&](const Called& called) { return has(called.names, wanted); })) return meant;
-  if (auto meant = byWord(wanted)) return meant;
-  std::vector<std::string> codes;
-  for (const auto& called : list) codes.push_back(called.code);
-  if (const auto code = didYouMean(wanted, codes)) return currencyNamed(session, *code);
-  if (const auto name = nearestOf(wanted, list, &Called::names))
-    return first([&](const Called& called) { return has(called.names, *name); });
-  const auto word = nearestOf(wanted, list, &Called::words);
-  return word ? byWord(*word) : std::nullopt;
+  const auto named = [&](const std::string& word) {
+    for (const auto texts : {&Called::names, &Called::words}) {
+      auto found = meant(word, [&](const Called& called) { return has(called.*texts, word); });
+      if (!found.currencies.empty()) return found;
+    }
+    return CurrenciesMeant();
+  };
+  const auto coded = [&](const std::string& code) {
+    return meant(wanted, [&](const Called& called) { return isSameWord(called.code, code); });
+  };
+  if (auto found = coded(wanted); !found.currencies.empty()) return found;
+  const auto isSigned = [&](const Called& called) { return called.sign == trimBlanks(text); };
+  if (auto found = meant(wanted, isSigned); !found.currencies.empty()) return found;
+  if (auto found = named(wanted); !found.currencies.empty()) return found;
+  const auto isSignedShort = [&](const Called& called) { return called.shortSign == wanted; };
+  if (auto found = meant(wanted, isSignedShort); !found.currencies.empty()) return found;
+
+  const auto codeOf = [](const Called& called) { return std::vector{called.code}; };
+  if (const auto code = nearestOf(wanted, list, codeOf)) return coded(*code);
+  for (const auto texts : {&Called::names, &Called::words}) {
+    const auto textsOf = [&](const Called& called) { return called.*texts; };
+    if (const auto word = nearestOf(wanted, list, textsOf)) return named(*word);
+  }
+  return {};
 }
 
 }  // namespace moniva

@@ -24,9 +24,15 @@ std::string currencySign(Session& session, const std::string& code);
 std::vector<std::string> currenciesLike(Session& session, const std::vector<std::string>& codes,
                                         std::string_view text);
 
-/// The currency probably meant by what is no code: by its code in small letters, its sign, its name or a word
-/// of that, or nearly so. Of several the own one is taken, then those of the list; a word that other ones
-/// share means none.
-std::optional<CurrencyName> currencyMeant(Session& session, std::string_view text);
+/// What may be meant by a text that is no code.
+struct CurrenciesMeant {
+  std::string word;  ///< what they are called by: as typed, or nearly so
+  std::vector<CurrencyName> currencies;
+};
+
+/// The currencies probably meant by what is no code: by a code in small letters, a sign, a name or a word of
+/// that, or nearly so. Of those called so the own one is meant, then the first of the person's list, then all
+/// in tender, then former ones; what is misspelt means no former one.
+CurrenciesMeant currenciesMeant(Session& session, std::string_view text);
 
 }  // namespace moniva

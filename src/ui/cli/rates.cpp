@@ -88,9 +88,24 @@ std::string rateText(Session& session, double rate) {
 
 std::string currencyCodeTyped(Session& session, const std::string& text) {
   if (isCurrencyCode(text)) return text;
-  if (const auto meant = currencyMeant(session, text)) {
-    throw notUnderstood("'{}' is no currency's code; did you mean {} ({})?", printable(text), meant->code,
-                        meant->name);
+  constexpr std::size_t kMostListed = 5;
+  const auto meant = currenciesMeant(session, text);
+  const auto& list = meant.currencies;
+  if (list.size() == 1) {
+    throw notUnderstood("'{}' is no currency's code; did you mean {} ({})?", printable(text), list[0].code,
+                        list[0].name);
+  }
+  if (list.size() > kMostListed) {
+    throw notUnderstood(
+        "'{}' is no currency's code; several are called so, see: moniva currency list --all {}",
+        printable(text), printable(meant.word));
+  }
+  if (!list.empty()) {
+    std::string others;
+    for (std::size_t i = 0; i + 1 < list.size(); ++i)
+      others += fmt::format("{}{} ({})", i == 0 ? "" : ", ", list[i].code, list[i].name);
+    throw notUnderstood("'{}' is no currency's code; it may be {} or {} ({})", printable(text), others,
+                        list.back().code, list.back().name);
   }
   throw notUnderstood(
       "'{}' is no currency; codes have three capital letters, such as EUR (see: moniva currency list --all)",
