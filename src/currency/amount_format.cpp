@@ -60,16 +60,11 @@ std::string AmountFormat::formatSigned(double amount, std::string_view currencyC
 }
 
 std::string AmountFormat::formatNumber(double number, int decimals) const {
-  UErrorCode status = U_ZERO_ERROR;
-  std::string text;
-  icu::number::NumberFormatter::withLocale(locale_)
-      .roundingMode(UNUM_ROUND_HALFUP)
-      .precision(icu::number::Precision::fixedFraction(decimals))
-      .sign(UNUM_SIGN_NEGATIVE)
-      .formatDouble(number, status)
-      .toString(status)
-      .toUTF8String(text);
-  return text;
+  return printNumber(number, Count::decimals, decimals);
+}
+
+std::string AmountFormat::formatSignificant(double number, int digits) const {
+  return printNumber(number, Count::significantDigits, digits);
 }
 
 std::string AmountFormat::formatPercent(double percent, bool isSigned) const {
@@ -108,6 +103,23 @@ std::string AmountFormat::print(double amount, std::string_view currencyCode, Fo
   formatter.number.formatDouble(amount, status).toString(status).toUTF8String(text);
   if (U_FAILURE(status)) return fmt::format("{}{}", amount, formatter.suffix);
   return text + formatter.suffix;
+}
+
+std::string AmountFormat::printNumber(double number, Count count, int digits) const {
+  auto found = numbers_.find({count, digits});
+  if (found == numbers_.end()) {
+    const auto base =
+        NumberFormatter::withLocale(locale_).roundingMode(UNUM_ROUND_HALFUP).sign(UNUM_SIGN_NEGATIVE);
+    found = numbers_
+                .emplace(std::pair(count, digits),
+                         count == Count::decimals ? base.precision(Precision::fixedFraction(digits))
+                                                  : base.precision(Precision::maxSignificantDigits(digits)))
+                .first;
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  std::string text;
+  found->second.formatDouble(number, status).toString(status).toUTF8String(text);
+  return U_FAILURE(status) ? fmt::format("{}", number) : text;
 }
 
 AmountFormat::Formatter AmountFormat::build(std::string_view currencyCode, Form form) const {

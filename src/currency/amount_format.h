@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/result.h"
 
@@ -32,6 +33,9 @@ class AmountFormat {
   std::string formatSigned(double amount, std::string_view currencyCode) const;
   /// A number with as many decimals: "1,234.500".
   std::string formatNumber(double number, int decimals) const;
+  /// A number with that many digits at most, and no more than it has: "0.9206", "1,234,570" of 1234567 with
+  /// six.
+  std::string formatSignificant(double number, int digits) const;
   /// Per cent with one decimal, "+" before what is above zero where `isSigned`: "49,7 %".
   std::string formatPercent(double percent, bool isSigned) const;
   /// With the currency's code instead of the symbol: "USD 1,234.50", "1.234,50 EUR".
@@ -48,10 +52,14 @@ class AmountFormat {
 
   explicit AmountFormat(icu::Locale locale);
   std::string print(double amount, std::string_view currencyCode, Form form) const;
+  /// A number without a currency, by the kept formatter of that precision.
+  enum class Count { decimals, significantDigits };
+  std::string printNumber(double number, Count count, int digits) const;
   Formatter build(std::string_view currencyCode, Form form) const;
 
   icu::Locale locale_;
   mutable std::map<std::string, Formatter, std::less<>> formatters_[4];  ///< by Form, then by code
+  mutable std::map<std::pair<Count, int>, icu::number::LocalizedNumberFormatter> numbers_;
 };
 
 /// Whether the text is a currency's ISO code, today's or a former one, in capitals.

@@ -124,8 +124,7 @@ class CurrencyManager {
   WorkQueue refreshQueue_;
 };
 
-/// `amount` times the rate as it is shown (decimalOf), rounded half away from zero to that many decimals (0
-/// to 12). As exact as fifteen digits are; what is not finite stays so.
+/// `amount` times the rate as it is shown (decimalOf), `rounded` to that many decimals.
 double converted(double amount, double rate, int digits);
 
 }  // namespace moniva
