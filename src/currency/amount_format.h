@@ -12,9 +12,6 @@
 
 namespace moniva {
 
-/// The locale of that name; the neutral one for "", "C" and "POSIX", a bogus one where nobody speaks it.
-icu::Locale localeNamed(std::string_view name);
-
 /// Amounts as a person of one locale reads them: the locale's digits and grouping, the currency's number of
 /// decimals, halves rounded away from zero. Zero carries no sign, also when it was -0.001 before rounding.
 /// A code that is no currency of ICU's ("POINTS", "") is shown as it stands after a two-decimal number.
@@ -23,8 +20,8 @@ icu::Locale localeNamed(std::string_view name);
 /// Formatters are made once per currency and kept, so use one object from one thread at a time.
 class AmountFormat {
  public:
-  /// For a locale such as "de_DE", "pt-BR" or "en_US.UTF-8"; "", "C" and "POSIX" give the neutral format of
-  /// no country. Refuses a name whose language nobody speaks.
+  /// For a locale such as "de_DE", "pt-BR" or "en_US.UTF-8"; "C" and "POSIX" give the neutral format of no
+  /// country. Refuses what `localeNamed` does.
   static Result<AmountFormat> make(std::string_view localeName);
 
   /// With the currency's symbol where the locale puts it: "$1,234.50", "1.234,50 €".
@@ -61,11 +58,5 @@ class AmountFormat {
   mutable std::map<std::string, Formatter, std::less<>> formatters_[4];  ///< by Form, then by code
   mutable std::map<std::pair<Count, int>, icu::number::LocalizedNumberFormatter> numbers_;
 };
-
-/// Whether the text is a currency's ISO code, today's or a former one, in capitals.
-bool isCurrencyCode(std::string_view text);
-
-/// Decimals the currency is counted in: 2 for USD, 0 for JPY, 3 for KWD; 2 for a code that is not known.
-int currencyDigits(std::string_view currencyCode);
 
 }  // namespace moniva

@@ -10,7 +10,7 @@
 #include <limits>
 
 #include "base/decimal.h"
-#include "currency/amount_format.h"
+#include "currency/currency_codes.h"
 
 namespace moniva {
 namespace {

@@ -171,7 +171,7 @@ bool CurrencyManager::knowsRate(std::string_view from, std::string_view toCurren
 Result<float> CurrencyManager::exchangeRateFromCurrency(Platform& platform, std::string_view from,
                                                         std::string_view toCurrency) {
   for (const auto code : {from, toCurrency}) {
-    if (!isCodeOfCurrency(code)) return refuse("'{}' is no currency's code; one looks like USD", code);
+    if (!looksLikeCode(code)) return refuse("'{}' is no currency's code; one looks like USD", code);
   }
   if (from == toCurrency) return 1.0F;
   const std::string url = RateServices::of(*platform.userDefaults).pairUrl(from);
@@ -181,6 +181,23 @@ Result<float> CurrencyManager::exchangeRateFromCurrency(Platform& platform, std:
   const auto rate = readRateOf(reply->body, toCurrency);
   if (!rate) return refuse("{}: {}", RateServices::hostOf(url), rate.error());
   return *rate;
+}
+
+const std::vector<std::string>& CurrencyManager::noDecimalDigitsCurrencies() {
+  static const std::vector<std::string> without = [] {
+    std::vector<std::string> codes = availableCurrencies();
+    std::erase_if(codes, [](const std::string& code) { return currencyDigits(code) != 0; });
+    return codes;
+  }();
+  return without;
+}
+
+const std::map<std::string, std::string, std::less<>>& CurrencyManager::currencySymbolDict() const {
+  if (currencySymbolDict_.empty()) {
+    for (const auto& code : availableCurrencies())
+      currencySymbolDict_.emplace(code, symbolOfCurrency(platform_.calendar->locale(), code));
+  }
+  return currencySymbolDict_;
 }
 
 double converted(double amount, double rate, int digits) {

@@ -6,6 +6,7 @@
 #include "base/decimal.h"
 #include "base/text.h"
 #include "currency/amount_expression.h"
+#include "currency/currency_codes.h"
 #include "model/entry_checks.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/rates.h"
@@ -215,7 +216,7 @@ EntryAmount entryAmountTyped(Session& session, const std::string& text, const st
   return entry;
 }
 
-bool isWordOfCode(const std::string& word) {
+bool isThreeLetters(const std::string& word) {
   return word.size() == kCodeLength && std::ranges::all_of(word, isLetter);
 }
 
