@@ -113,23 +113,9 @@ Reading readSigned(std::string_view text, char decimalMark) {
   return readAmount(text, formWith(decimalMark), true);
 }
 
-Result<double> sentenceFor(const Reading& reading, std::string_view text, char decimalMark) {
-  const auto shown = excerpt(trimBlanks(text));
-  switch (reading.fault) {
-    case Fault::none:
-      return reading.value;
-    case Fault::empty:
-      return refuse("the amount is empty");
-    case Fault::notDigits:
-      return refuse("'{}' is not an amount: write digits, with '{}' before a fraction", shown, decimalMark);
-    case Fault::badGroups:
-      return refuse(
-          "'{}' is not an amount: '{}' is the decimal mark here, and thousands go in groups of three", shown,
-          decimalMark);
-    case Fault::tooManyDigits:
-      return refuse("'{}' has more than {} digits, too many to be kept exactly", shown, kMostAmountDigits);
-  }
-  return reading.value;
+Result<double> numberOf(const Reading& reading, std::string_view text, char decimalMark) {
+  if (reading.fault == Fault::none) return reading.value;
+  return refusalOfAmount(reading.fault, text, {&decimalMark, 1});
 }
 
 }  // namespace
@@ -145,14 +131,38 @@ AmountReading readAmount(std::string_view text, const AmountForm& form, bool wit
 Result<double> parseAmount(std::string_view text, char decimalMark) {
   auto unsignedText = text;
   if (takeSign(unsignedText) != 0 && read(unsignedText, formWith(decimalMark)).fault == Fault::none) {
-    return refuse("'{}' has a sign: an amount goes without one, its direction comes from the kind of record",
-                  excerpt(trimBlanks(text)));
+    return refusalOfSign(text);
   }
-  return sentenceFor(read(text, formWith(decimalMark)), text, decimalMark);
+  return numberOf(read(text, formWith(decimalMark)), text, decimalMark);
 }
 
 Result<double> parseSignedAmount(std::string_view text, char decimalMark) {
-  return sentenceFor(readSigned(text, decimalMark), text, decimalMark);
+  return numberOf(readSigned(text, decimalMark), text, decimalMark);
+}
+
+tl::unexpected<Refusal> refusalOfAmount(AmountFault fault, std::string_view text,
+                                        std::string_view decimalMark) {
+  const auto shown = excerpt(trimBlanks(text));
+  switch (fault) {
+    case Fault::empty:
+      return refuse("the amount is empty");
+    case Fault::badGroups:
+      return refuse(
+          "'{}' is not an amount: '{}' is the decimal mark here, and its thousands are not grouped as they "
+          "should be",
+          shown, decimalMark);
+    case Fault::tooManyDigits:
+      return refuse("'{}' has more than {} digits, too many to be kept exactly", shown, kMostAmountDigits);
+    case Fault::none:
+    case Fault::notDigits:
+      break;
+  }
+  return refuse("'{}' is not an amount: write digits, with '{}' before a fraction", shown, decimalMark);
+}
+
+tl::unexpected<Refusal> refusalOfSign(std::string_view text) {
+  return refuse("'{}' has a sign: an amount goes without one, its direction comes from the kind of record",
+                excerpt(trimBlanks(text)));
 }
 
 void DecimalMarkSurvey::add(std::string_view text, std::size_t line) {

@@ -17,13 +17,18 @@ namespace moniva {
 /// exponents, hexadecimal, "inf"), groups of another size, a sign, and more than 15 significant digits, for
 /// which a double has no room. The locale of the process plays no part.
 Result<double> parseAmount(std::string_view text, char decimalMark = '.');
+/// The same for columns that give the direction by a sign: "-12.50", "+3", and U+2212 for the minus.
+Result<double> parseSignedAmount(std::string_view text, char decimalMark = '.');
+
+/// Digits a double has room for.
+inline constexpr int kMostAmountDigits = 15;
 
 /// How amounts are written somewhere.
 struct AmountForm {
-  std::string_view decimalMark = ".";
-  std::string_view groupMark = ",";  ///< one beside apostrophes and spaces; "" for none
-  int groupSize = 3;                 ///< digits of the group before the decimal mark; 0 where nothing groups
-  int furtherGroupSize = 3;          ///< digits of the groups before that
+  std::string decimalMark = ".";
+  std::string groupMark = ",";  ///< one beside apostrophes and spaces; "" for none
+  int groupSize = 3;            ///< digits of the group before the decimal mark; 0 where nothing groups
+  int furtherGroupSize = 3;     ///< digits of the groups before that
 };
 
 enum class AmountFault { none, empty, notDigits, badGroups, tooManyDigits };
@@ -38,11 +43,11 @@ struct AmountReading {
 /// Reads as parseAmount does, in another form; with a sign where that is allowed.
 AmountReading readAmount(std::string_view text, const AmountForm& form, bool withSign);
 
-/// Digits a double has room for.
-inline constexpr int kMostAmountDigits = 15;
-
-/// The same for columns that give the direction by a sign: "-12.50", "+3", and U+2212 for the minus.
-Result<double> parseSignedAmount(std::string_view text, char decimalMark = '.');
+/// The sentences for a text that was not read; `decimalMark` is the one expected.
+tl::unexpected<Refusal> refusalOfAmount(AmountFault fault, std::string_view text,
+                                        std::string_view decimalMark);
+/// The same for one that has a sign where none is allowed.
+tl::unexpected<Refusal> refusalOfSign(std::string_view text);
 
 /// How the fractions of a file are written, when a person says so.
 enum class DecimalMark { automatic, point, comma };

@@ -36,4 +36,12 @@ class Decimal {
   Units units_ = 0;
 };
 
+/// The number with its first fifteen digits: what stands behind them is noise of binary fractions.
+double withFifteenDigits(double number);
+
+/// The number with that many decimals (0 to 12), by the digits a person typed to get this double, of which
+/// fifteen count: halves go away from zero (1.005 with two is 1.01), and zero has no sign. From 1e15 on it is
+/// made whole; what is not finite stays so.
+double rounded(double number, int decimals);
+
 }  // namespace moniva

@@ -1,6 +1,5 @@
 #include "calendar/locale_name.h"
 
-#include <unicode/locid.h>
 #include <unicode/ucal.h>
 #include <unicode/uchar.h>
 #include <unicode/uenum.h>
@@ -84,6 +83,13 @@ Result<std::string> localeName(std::string_view typed) {
   if (U_SUCCESS(status) && !calendar.empty() && !isKnownCalendar(calendar))
     return unknown("there is no such calendar");
   return std::string(locale.getName());
+}
+
+Result<icu::Locale> localeNamed(std::string_view typed) {
+  return localeName(typed).map([](const std::string& name) {
+    const icu::Locale locale(name.c_str());
+    return std::string_view(locale.getVariant()) == "POSIX" ? icu::Locale::getRoot() : locale;
+  });
 }
 
 }  // namespace moniva

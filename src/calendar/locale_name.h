@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unicode/locid.h>
+
 #include <string>
 #include <string_view>
 
@@ -12,5 +14,8 @@ namespace moniva {
 /// languages, scripts, countries and calendars are refused: a typing error would otherwise change how every
 /// date is read.
 Result<std::string> localeName(std::string_view typed);
+/// The locale of such a name, for what is of a country: the portable ones, "C" and "POSIX", are the neutral
+/// one, though ICU takes them for American. Refused as above.
+Result<icu::Locale> localeNamed(std::string_view typed);
 
 }  // namespace moniva

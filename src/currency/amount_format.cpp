@@ -1,15 +1,10 @@
 #include "currency/amount_format.h"
 
-#include <unicode/ucurr.h>
-
-#include <algorithm>
-#include <array>
 #include <cmath>
-#include <functional>
-#include <optional>
 #include <utility>
 
-#include "currency/currency_manager.h"
+#include "calendar/locale_name.h"
+#include "currency/currency_codes.h"
 
 namespace moniva {
 namespace {
@@ -18,35 +13,10 @@ using icu::number::Notation;
 using icu::number::NumberFormatter;
 using icu::number::Precision;
 
-constexpr int usualDigits = 2;
-
-/// A code as ICU takes it; nothing for what is not three ASCII letters, which ICU would refuse.
-std::optional<std::array<char16_t, 4>> isoText(std::string_view code) {
-  if (code.size() != 3) return std::nullopt;
-  std::array<char16_t, 4> text{};
-  for (std::size_t i = 0; i < 3; ++i) {
-    const char letter = code[i];
-    const bool isLetter = (letter >= 'A' && letter <= 'Z') || (letter >= 'a' && letter <= 'z');
-    if (!isLetter) return std::nullopt;
-    text[i] = static_cast<char16_t>(letter);
-  }
-  return text;
-}
-
 }  // namespace
 
-icu::Locale localeNamed(std::string_view name) {
-  if (name.empty() || name == "C" || name == "POSIX" || name.starts_with("C.")) return icu::Locale::getRoot();
-  icu::Locale locale = icu::Locale::createCanonical(std::string(name).c_str());
-  if (*locale.getISO3Language() == '\0') locale.setToBogus();
-  return locale;
-}
-
 Result<AmountFormat> AmountFormat::make(std::string_view localeName) {
-  icu::Locale locale = localeNamed(localeName);
-  if (locale.isBogus())
-    return refuse("'{}' is no locale known here; one looks like en_US or de_DE", localeName);
-  return AmountFormat(std::move(locale));
+  return localeNamed(localeName).map([](icu::Locale locale) { return AmountFormat(std::move(locale)); });
 }
 
 AmountFormat::AmountFormat(icu::Locale locale) : locale_(std::move(locale)) {}
@@ -60,16 +30,11 @@ std::string AmountFormat::formatSigned(double amount, std::string_view currencyC
 }
 
 std::string AmountFormat::formatNumber(double number, int decimals) const {
-  UErrorCode status = U_ZERO_ERROR;
-  std::string text;
-  icu::number::NumberFormatter::withLocale(locale_)
-      .roundingMode(UNUM_ROUND_HALFUP)
-      .precision(icu::number::Precision::fixedFraction(decimals))
-      .sign(UNUM_SIGN_NEGATIVE)
-      .formatDouble(number, status)
-      .toString(status)
-      .toUTF8String(text);
-  return text;
+  return printNumber(number, Count::decimals, decimals);
+}
+
+std::string AmountFormat::formatSignificant(double number, int digits) const {
+  return printNumber(number, Count::significantDigits, digits);
 }
 
 std::string AmountFormat::formatPercent(double percent, bool isSigned) const {
@@ -110,6 +75,23 @@ std::string AmountFormat::print(double amount, std::string_view currencyCode, Fo
   return text + formatter.suffix;
 }
 
+std::string AmountFormat::printNumber(double number, Count count, int digits) const {
+  auto found = numbers_.find({count, digits});
+  if (found == numbers_.end()) {
+    const auto base =
+        NumberFormatter::withLocale(locale_).roundingMode(UNUM_ROUND_HALFUP).sign(UNUM_SIGN_NEGATIVE);
+    found = numbers_
+                .emplace(std::pair(count, digits),
+                         count == Count::decimals ? base.precision(Precision::fixedFraction(digits))
+                                                  : base.precision(Precision::maxSignificantDigits(digits)))
+                .first;
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  std::string text;
+  found->second.formatDouble(number, status).toString(status).toUTF8String(text);
+  return U_FAILURE(status) ? fmt::format("{}", number) : text;
+}
+
 AmountFormat::Formatter AmountFormat::build(std::string_view currencyCode, Form form) const {
   const auto sign = form == Form::signedSymbol ? UNUM_SIGN_EXCEPT_ZERO : UNUM_SIGN_NEGATIVE;
   const auto base = NumberFormatter::withLocale(locale_).roundingMode(UNUM_ROUND_HALFUP).sign(sign);
@@ -123,29 +105,6 @@ AmountFormat::Formatter AmountFormat::build(std::string_view currencyCode, Form 
   const icu::CurrencyUnit unit(iso->data(), status);
   const auto width = form == Form::code ? UNUM_UNIT_WIDTH_ISO_CODE : UNUM_UNIT_WIDTH_SHORT;
   return {base.unit(unit).unitWidth(width), ""};
-}
-
-bool isCurrencyCode(std::string_view text) {
-  const auto isCapital = [](char letter) { return letter >= 'A' && letter <= 'Z'; };
-  const auto iso = isoText(text);
-  if (!iso || !std::all_of(text.begin(), text.end(), isCapital)) return false;
-  UErrorCode status = U_ZERO_ERROR;
-  return ucurr_isAvailable(iso->data(), U_DATE_MIN, U_DATE_MAX, &status) != 0 && U_SUCCESS(status);
-}
-
-int currencyDigits(std::string_view currencyCode) {
-  // Those that are not counted in hundredths, as asking ICU takes longer than writing an amount.
-  static const auto unusual = [] {
-    std::map<std::string, int, std::less<>> digitsOf;
-    for (const auto& code : CurrencyManager::availableCurrencies()) {
-      UErrorCode status = U_ZERO_ERROR;
-      const int digits = ucurr_getDefaultFractionDigits(isoText(code)->data(), &status);
-      if (U_SUCCESS(status) && digits != usualDigits) digitsOf.emplace(code, digits);
-    }
-    return digitsOf;
-  }();
-  const auto found = unusual.find(currencyCode);
-  return found == unusual.end() ? usualDigits : found->second;
 }
 
 }  // namespace moniva

@@ -6,13 +6,11 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/result.h"
 
 namespace moniva {
-
-/// The locale of that name; the neutral one for "", "C" and "POSIX", a bogus one where nobody speaks it.
-icu::Locale localeNamed(std::string_view name);
 
 /// Amounts as a person of one locale reads them: the locale's digits and grouping, the currency's number of
 /// decimals, halves rounded away from zero. Zero carries no sign, also when it was -0.001 before rounding.
@@ -22,8 +20,8 @@ icu::Locale localeNamed(std::string_view name);
 /// Formatters are made once per currency and kept, so use one object from one thread at a time.
 class AmountFormat {
  public:
-  /// For a locale such as "de_DE", "pt-BR" or "en_US.UTF-8"; "", "C" and "POSIX" give the neutral format of
-  /// no country. Refuses a name whose language nobody speaks.
+  /// For a locale such as "de_DE", "pt-BR" or "en_US.UTF-8"; "C" and "POSIX" give the neutral format of no
+  /// country. Refuses what `localeNamed` does.
   static Result<AmountFormat> make(std::string_view localeName);
 
   /// With the currency's symbol where the locale puts it: "$1,234.50", "1.234,50 €".
@@ -32,6 +30,9 @@ class AmountFormat {
   std::string formatSigned(double amount, std::string_view currencyCode) const;
   /// A number with as many decimals: "1,234.500".
   std::string formatNumber(double number, int decimals) const;
+  /// A number with that many digits at most, and no more than it has: "0.9206", "1,234,570" of 1234567 with
+  /// six.
+  std::string formatSignificant(double number, int digits) const;
   /// Per cent with one decimal, "+" before what is above zero where `isSigned`: "49,7 %".
   std::string formatPercent(double percent, bool isSigned) const;
   /// With the currency's code instead of the symbol: "USD 1,234.50", "1.234,50 EUR".
@@ -48,16 +49,14 @@ class AmountFormat {
 
   explicit AmountFormat(icu::Locale locale);
   std::string print(double amount, std::string_view currencyCode, Form form) const;
+  /// A number without a currency, by the kept formatter of that precision.
+  enum class Count { decimals, significantDigits };
+  std::string printNumber(double number, Count count, int digits) const;
   Formatter build(std::string_view currencyCode, Form form) const;
 
   icu::Locale locale_;
   mutable std::map<std::string, Formatter, std::less<>> formatters_[4];  ///< by Form, then by code
+  mutable std::map<std::pair<Count, int>, icu::number::LocalizedNumberFormatter> numbers_;
 };
-
-/// Whether the text is a currency's ISO code, today's or a former one, in capitals.
-bool isCurrencyCode(std::string_view text);
-
-/// Decimals the currency is counted in: 2 for USD, 0 for JPY, 3 for KWD; 2 for a code that is not known.
-int currencyDigits(std::string_view currencyCode);
 
 }  // namespace moniva

@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "base/text.h"
-#include "currency/amount_format.h"
+#include "calendar/locale_name.h"
 
 namespace moniva {
 namespace {
@@ -104,8 +104,7 @@ bool isDirectionMark(char32_t c) {
 }
 
 AmountReader::AmountReader(std::string_view localeName) {
-  icu::Locale locale = localeNamed(localeName);
-  if (locale.isBogus()) locale = icu::Locale::getRoot();
+  const icu::Locale locale = localeNamed(localeName).value_or(icu::Locale::getRoot());
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<icu::NumberFormat> format(icu::NumberFormat::createInstance(locale, status));
   const auto* decimal = dynamic_cast<const icu::DecimalFormat*>(format.get());
@@ -144,15 +143,6 @@ void AmountReader::addForm(std::string decimalMark, std::string groupMark, int g
   if (furtherGroupSize != groupSize) forms_.push_back({decimalMark, groupMark, groupSize, groupSize});
 }
 
-AmountReading AmountReader::readAs(const Form& form, std::string_view digits, bool withSign) const {
-  return readAmount(digits,
-                    {.decimalMark = form.decimalMark,
-                     .groupMark = form.groupMark,
-                     .groupSize = form.groupSize,
-                     .furtherGroupSize = form.furtherGroupSize},
-                    withSign);
-}
-
 std::string AmountReader::written(const AmountReading& reading) const {
   std::string text = fmt::format("{:.{}f}", reading.value, std::min(reading.decimals, kMostAmountDigits));
   if (const auto point = text.find('.'); point != std::string::npos) text.replace(point, 1, decimalMark_);
@@ -161,37 +151,26 @@ std::string AmountReader::written(const AmountReading& reading) const {
 
 tl::unexpected<Refusal> AmountReader::refusalOf(std::string_view text, std::string_view digits,
                                                 bool withSign) const {
-  const auto shown = excerpt(trimBlanks(text));
   const auto readsAs = [&](const Form& form, bool sign) {
-    return readAs(form, digits, sign).fault == AmountFault::none;
+    return readAmount(digits, form, sign).fault == AmountFault::none;
   };
   if (!withSign && std::ranges::any_of(forms_, [&](const Form& form) { return readsAs(form, true); })) {
-    return refuse("'{}' has a sign: an amount goes without one, its direction comes from the kind of record",
-                  shown);
+    return refusalOfSign(text);
   }
   for (const auto& form : forms_) {
-    const auto fault = readAs(form, digits, withSign).fault;
-    if (fault == AmountFault::empty) {
-      return trimBlanks(digits).empty() ? refuse("the amount is empty")
-                                        : refuse("'{}' is a sign without an amount", shown);
-    }
-    if (fault == AmountFault::tooManyDigits) {
-      return refuse("'{}' has more than {} digits, too many to be kept exactly", shown, kMostAmountDigits);
-    }
+    const auto fault = readAmount(digits, form, withSign).fault;
+    if (fault == AmountFault::empty && !trimBlanks(digits).empty())
+      return refuse("'{}' is a sign without an amount", excerpt(trimBlanks(text)));
+    if (fault == AmountFault::empty || fault == AmountFault::tooManyDigits)
+      return refusalOfAmount(fault, text, decimalMark_);
   }
   for (const bool comma : {true, false}) {
     const Form elsewhere{comma ? "," : ".", comma ? "." : ",", 3, 3};
     if (!readsAs(elsewhere, withSign)) continue;
-    return refuse("'{}' is not an amount here: '{}' is the decimal mark, so write {}", shown, decimalMark_,
-                  written(readAs(elsewhere, digits, withSign)));
+    return refuse("'{}' is not an amount here: '{}' is the decimal mark, so write {}",
+                  excerpt(trimBlanks(text)), decimalMark_, written(readAmount(digits, elsewhere, withSign)));
   }
-  if (readAs(forms_.front(), digits, withSign).fault == AmountFault::badGroups) {
-    return refuse(
-        "'{}' is not an amount: '{}' is the decimal mark here, and its thousands are not grouped as they "
-        "should be",
-        shown, decimalMark_);
-  }
-  return refuse("'{}' is not an amount: write digits, with '{}' before a fraction", shown, decimalMark_);
+  return refusalOfAmount(readAmount(digits, forms_.front(), withSign).fault, text, decimalMark_);
 }
 
 Result<AmountToken> AmountReader::number(std::string_view text, bool withSign) const {
@@ -199,7 +178,7 @@ Result<AmountToken> AmountReader::number(std::string_view text, bool withSign) c
   if (!digits) return refuse("'{}' has digits of several scripts", excerpt(trimBlanks(text)));
   std::optional<AmountReading> found;
   for (const auto& form : forms_) {
-    const auto reading = readAs(form, *digits, withSign);
+    const auto reading = readAmount(*digits, form, withSign);
     if (reading.fault != AmountFault::none) continue;
     if (!found) found = reading;
     if (reading.value == found->value) continue;

@@ -52,22 +52,15 @@ class AmountReader {
   bool isDecimalMark(std::string_view sign) const;
 
  private:
-  /// A way in which the locale's people write numbers.
-  struct Form {
-    std::string decimalMark;
-    std::string groupMark;
-    int groupSize;
-    int furtherGroupSize;
-  };
+  using Form = AmountForm;
 
   void addForm(std::string decimalMark, std::string groupMark, int groupSize, int furtherGroupSize);
-  AmountReading readAs(const Form& form, std::string_view digits, bool withSign) const;
   Result<AmountToken> number(std::string_view text, bool withSign) const;
   tl::unexpected<Refusal> refusalOf(std::string_view text, std::string_view digits, bool withSign) const;
   std::string written(const AmountReading& reading) const;
 
   std::string decimalMark_;
-  std::vector<Form> forms_;  ///< the locale's own first
+  std::vector<Form> forms_;  ///< in which its people write numbers, the locale's own first
 };
 
 }  // namespace moniva

@@ -10,7 +10,7 @@
 #include <limits>
 
 #include "base/decimal.h"
-#include "currency/amount_format.h"
+#include "currency/currency_codes.h"
 
 namespace moniva {
 namespace {
@@ -40,14 +40,6 @@ double valueOfOperand(std::string_view operand) {
 std::ptrdiff_t significantDigits(std::string_view operand) {
   const auto first = std::ranges::find_if(operand, [](char c) { return c >= '1' && c <= '9'; });
   return std::count_if(first, operand.end(), isDigit);
-}
-
-/// An amount of zero or above with that many decimals; halves go up.
-std::string roundedText(const Decimal& amount, int digits) {
-  const Decimal half = *Decimal::of(0.5 / std::pow(10.0, digits));
-  std::string text = (amount + half).text(CalculateNumberPadView::kMostDigits);
-  text.resize(text.find('.') + (digits > 0 ? static_cast<std::size_t>(digits) + 1 : 0));
-  return text;
 }
 
 /// A setting that is a number or a yes or no; 0 for what is neither.
@@ -193,7 +185,8 @@ std::string CalculateNumberPadView::removeUselessDecimalZero(double value) const
   const auto size = Decimal::of(std::abs(value));
   if (!size) return fmt::format("{:.0f}", std::round(value));
   std::string text = size->text(0);
-  if (text.find('.') != std::string::npos) text = roundedText(*size, decimalDigits_);
+  if (text.find('.') != std::string::npos)
+    text = fmt::format("{:.{}f}", rounded(std::abs(value), decimalDigits_), decimalDigits_);
   const bool isZero = text.find_first_of("123456789") == std::string::npos;
   return value < 0 && !isZero ? "-" + text : text;
 }

@@ -1,10 +1,9 @@
 #include "currency/currency_manager.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 
+#include "base/decimal.h"
 #include "base/text.h"
 
 namespace moniva {
@@ -12,15 +11,6 @@ namespace {
 
 constexpr std::string_view kRefreshKey = "CurrencyManagerLastRefresh";
 constexpr std::string_view kRatesKey = "CurrencyManagerExchangeRates";
-
-/// The number with fifteen significant digits: what stands behind them is noise of binary fractions.
-double withFifteenDigits(double number) {
-  std::array<char, 32> text{};
-  const auto end =
-      std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::scientific, 14).ptr;
-  std::from_chars(text.data(), end, number);
-  return number;
-}
 
 Refusal noService() {
   return refuse("no service is set that exchange rates could come from").value();
@@ -183,7 +173,7 @@ bool CurrencyManager::knowsRate(std::string_view from, std::string_view toCurren
 Result<float> CurrencyManager::exchangeRateFromCurrency(Platform& platform, std::string_view from,
                                                         std::string_view toCurrency) {
   for (const auto code : {from, toCurrency}) {
-    if (!isCodeOfCurrency(code)) return refuse("'{}' is no currency's code; one looks like USD", code);
+    if (!looksLikeCode(code)) return refuse("'{}' is no currency's code; one looks like USD", code);
   }
   if (from == toCurrency) return 1.0F;
   const std::string url = RateServices::of(*platform.userDefaults).pairUrl(from);
@@ -195,18 +185,25 @@ Result<float> CurrencyManager::exchangeRateFromCurrency(Platform& platform, std:
   return *rate;
 }
 
+const std::vector<std::string>& CurrencyManager::noDecimalDigitsCurrencies() {
+  static const std::vector<std::string> without = [] {
+    std::vector<std::string> codes = availableCurrencies();
+    std::erase_if(codes, [](const std::string& code) { return currencyDigits(code) != 0; });
+    return codes;
+  }();
+  return without;
+}
+
+const std::map<std::string, std::string, std::less<>>& CurrencyManager::currencySymbolDict() const {
+  if (currencySymbolDict_.empty()) {
+    for (const auto& code : availableCurrencies())
+      currencySymbolDict_.emplace(code, symbolOfCurrency(platform_.calendar->locale(), code));
+  }
+  return currencySymbolDict_;
+}
+
 double converted(double amount, double rate, int digits) {
-  constexpr std::array<double, 13> kUnits = {1,   1e1, 1e2, 1e3,  1e4,  1e5, 1e6,
-                                             1e7, 1e8, 1e9, 1e10, 1e11, 1e12};
-  const double product = amount * rate;
-  const double unit = kUnits[static_cast<std::size_t>(std::clamp(digits, 0, 12))];
-  double counted = product * unit;
-  // Noise tells only where a half is near; the usual amount is spared the long way.
-  constexpr double kNoiseless = 1e8;
-  const bool isNearHalf = std::abs(std::abs(counted - std::trunc(counted)) - 0.5) < 1e-5;
-  if (isNearHalf || std::abs(counted) > kNoiseless) counted = withFifteenDigits(counted);
-  const double rounded = std::round(counted) / unit;
-  return std::isfinite(rounded) ? rounded : product;
+  return rounded(amount * rate, digits);
 }
 
 }  // namespace moniva

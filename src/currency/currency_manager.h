@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "calendar/date.h"
+#include "currency/currency_codes.h"
 #include "currency/rate_table.h"
 #include "platform/platform.h"
 
@@ -67,10 +68,9 @@ class CurrencyManager {
   /// Whether there is a table and it is older than kOldAfter at that moment.
   bool isOld(Date now) const;
 
-  /// All ISO 4217 codes ICU knows, former ones too, sorted.
-  static const std::vector<std::string>& availableCurrencies();
-  /// Those of them that are paid with on that day; no metals, units of account and codes for tests.
-  static std::vector<std::string> currenciesInTender(Date now);
+  /// As the functions of the same names.
+  static const std::vector<std::string>& availableCurrencies() { return moniva::availableCurrencies(); }
+  static std::vector<std::string> currenciesInTender(Date now) { return moniva::currenciesInTender(now); }
   /// Those of all that are counted without decimals.
   static const std::vector<std::string>& noDecimalDigitsCurrencies();
   /// Symbols by code as the user's locale writes them; made when first asked for.
@@ -126,8 +126,7 @@ class CurrencyManager {
   WorkQueue refreshQueue_;
 };
 
-/// `amount` times the rate as it is shown (decimalOf), rounded half away from zero to that many decimals (0
-/// to 12). As exact as fifteen digits are; what is not finite stays so.
+/// `amount` times the rate as it is shown (decimalOf), `rounded` to that many decimals.
 double converted(double amount, double rate, int digits);
 
 }  // namespace moniva

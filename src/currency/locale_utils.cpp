@@ -17,13 +17,8 @@ namespace {
 constexpr std::string_view kWholeWorld = "001";
 constexpr std::string_view kNoCurrency = "XXX";
 
-/// The locale of that name; the neutral one for a name nobody knows and for the portable ones, "C" and
-/// "POSIX", which ICU takes for American.
 icu::Locale knownLocale(std::string_view name) {
-  const auto known = localeName(name);
-  if (!known) return icu::Locale::getRoot();
-  const icu::Locale locale(known->c_str());
-  return std::string_view(locale.getVariant()) == "POSIX" ? icu::Locale::getRoot() : locale;
+  return localeNamed(name).value_or(icu::Locale::getRoot());
 }
 
 /// The currency paid with in the locale's country; "" without one, and where none is (Antarctica has "XXX").
@@ -67,19 +62,6 @@ std::string currencyOfZone(const std::string& zone) {
 
 }  // namespace
 
-std::string symbolOfCurrency(std::string_view locale, std::string_view code) {
-  const icu::UnicodeString wide =
-      icu::UnicodeString::fromUTF8({code.data(), static_cast<int32_t>(code.size())});
-  icu::UnicodeString terminated = wide;
-  UErrorCode status = U_ZERO_ERROR;
-  int32_t length = 0;
-  const char16_t* symbol = ucurr_getName(terminated.getTerminatedBuffer(), knownLocale(locale).getName(),
-                                         UCURR_SYMBOL_NAME, nullptr, &length, &status);
-  if (U_FAILURE(status) || symbol == nullptr) return std::string(code);
-  std::string text;
-  return icu::UnicodeString(symbol, length).toUTF8String(text);
-}
-
 std::string LocaleUtils::getCountryCode(std::string_view locale) {
   const std::string country = knownLocale(locale).getCountry();
   // Three digits are a part of the world: "es_419" is Latin America's Spanish.
@@ -111,17 +93,18 @@ std::string LocaleUtils::currencyCodeFromSystemTimeZone(Platform& platform) {
   return "USD";
 }
 
-std::string LocaleUtils::guessedCurrency(Platform& platform) {
-  const std::string& name = platform.calendar->locale();
-  if (auto currency = getCurrencyCode(name); !currency.empty()) return currency;
-  if (auto currency = currencyOfZone(platform.calendar->zone()); !currency.empty()) return currency;
-  icu::Locale locale = knownLocale(name);
+LocaleUtils::Guess LocaleUtils::guess(Platform& platform) {
+  const icu::Locale locale = knownLocale(platform.calendar->locale());
+  if (auto currency = currencyIn(locale); !currency.empty()) return {currency, Guess::By::locale};
+  if (auto currency = currencyOfZone(platform.calendar->zone()); !currency.empty())
+    return {currency, Guess::By::zone};
+  icu::Locale likely = locale;
   UErrorCode status = U_ZERO_ERROR;
-  locale.addLikelySubtags(status);
-  if (*knownLocale(name).getLanguage() != '\0' && U_SUCCESS(status)) {
-    if (auto currency = currencyIn(locale); !currency.empty()) return currency;
+  likely.addLikelySubtags(status);
+  if (*locale.getLanguage() != '\0' && U_SUCCESS(status)) {
+    if (auto currency = currencyIn(likely); !currency.empty()) return {currency, Guess::By::language};
   }
-  return currencyCodeFromSystemTimeZone(platform);
+  return {currencyCodeFromSystemTimeZone(platform), Guess::By::nothing};
 }
 
 }  // namespace moniva

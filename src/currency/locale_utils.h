@@ -28,11 +28,14 @@ class LocaleUtils {
 
   /// The currency a person most likely counts in: of the locale's country, else of the time zone's, else of
   /// the country most speakers of the language live in, else US dollars.
-  static std::string guessedCurrency(Platform& platform);
+  static std::string guessedCurrency(Platform& platform) { return guess(platform).code; }
+  /// The same with what it goes by.
+  struct Guess {
+    enum class By { locale, zone, language, nothing };
+    std::string code;
+    By by;
+  };
+  static Guess guess(Platform& platform);
 };
-
-/// How the locale writes a currency, unlike all others ("US$" in Canada); the code itself where it has no
-/// sign.
-std::string symbolOfCurrency(std::string_view locale, std::string_view code);
 
 }  // namespace moniva

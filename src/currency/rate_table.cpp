@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "base/text.h"
+#include "currency/currency_codes.h"
 
 namespace moniva {
 namespace {
@@ -33,7 +34,7 @@ Result<RateTable> tableOf(const json::object& rates) {
   RateTable table;
   for (const auto& [name, value] : rates) {
     const std::string_view code(name.data(), name.size());
-    if (!isCodeOfCurrency(code)) continue;
+    if (!looksLikeCode(code)) continue;
     const auto rate = rateOf(value);
     if (!rate) return refuse("the rate of {} is {}, where a number above zero has to be", code, shown(value));
     table.emplace_hint(table.end(), code, *rate);
@@ -57,11 +58,6 @@ Result<json::value> ratesOf(std::string_view body, json::storage_ptr memory) {
 }
 
 }  // namespace
-
-bool isCodeOfCurrency(std::string_view text) {
-  return text.size() == 3 &&
-         std::all_of(text.begin(), text.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
-}
 
 Result<RateTable> readRateReply(std::string_view body) {
   json::monotonic_resource memory;

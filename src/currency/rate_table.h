@@ -24,9 +24,6 @@ Result<RateTable> readRateReply(std::string_view body);
 /// One rate of a reply in whatever currency it is based on; of the others nothing is read. Refused as above.
 Result<float> readRateOf(std::string_view body, std::string_view code);
 
-/// Whether the text is written as codes are, three capital letters; not whether there is such a currency.
-bool isCodeOfCurrency(std::string_view text);
-
 /// The table as kept in the settings: an object from code to number, and back by the same rules.
 boost::json::value jsonOf(const RateTable& table);
 Result<RateTable> rateTableOf(const boost::json::value& kept);

@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "base/text.h"
-#include "currency/amount_format.h"
+#include "currency/currency_codes.h"
 #include "exchange/csv_writer.h"
 #include "model/record_names.h"
 #include "model/transaction_item.h"

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "base/text.h"
-#include "currency/amount_format.h"
+#include "currency/currency_codes.h"
 
 namespace moniva {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/text.h"
-#include "currency/amount_format.h"
+#include "currency/currency_codes.h"
 #include "model/account_balance.h"
 
 namespace moniva {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "currency/amount_format.h"
+#include "currency/currency_codes.h"
 #include "model/transaction_type.h"
 
 namespace moniva {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/decimal.h"
 #include "calendar/date_texts.h"
 #include "model/account_balance.h"
 
@@ -10,12 +11,9 @@ namespace moniva {
 
 namespace {
 
-double roundedBySize(double amount, double size) {
-  constexpr double kFifteenDigits = 1e15;
-  double scale = 1e6;
-  while (scale > 100 && std::abs(size) * scale >= kFifteenDigits) scale /= 10;
-  return std::round(amount * scale) / scale;
-}
+/// Of amounts that doubles have room for so many.
+constexpr int kMostDecimals = 6;
+constexpr int kLeastDecimals = 2;
 
 }  // namespace
 
@@ -53,11 +51,16 @@ bool liesAhead(const Calendar& calendar, Date datetime, std::string_view zone, D
 }
 
 double withoutNoise(double amount) {
-  return roundedBySize(amount, amount);
+  return rounded(amount, kMostDecimals);
 }
 
 double difference(double one, double other) {
-  return roundedBySize(one - other, std::max(std::abs(one), std::abs(other)));
+  constexpr double kFifteenDigits = 1e9;  // with six decimals
+  int decimals = kMostDecimals;
+  for (double size = std::max(std::abs(one), std::abs(other));
+       size >= kFifteenDigits && decimals > kLeastDecimals; size /= 10)
+    --decimals;
+  return rounded(one - other, decimals);
 }
 
 }  // namespace moniva

@@ -3,19 +3,31 @@
 #include <unicode/ucurr.h>
 #include <unicode/unistr.h>
 
-namespace moniva {
+#include "calendar/locale_name.h"
 
-std::string currencyDisplayName(std::string_view code, std::string_view locale) {
-  const auto wide =
-      icu::UnicodeString::fromUTF8(icu::StringPiece(code.data(), static_cast<std::int32_t>(code.size())));
+namespace moniva {
+namespace {
+
+std::string nameOfCurrency(std::string_view code, const std::string& locale, UCurrNameStyle style) {
+  auto wide = icu::UnicodeString::fromUTF8({code.data(), static_cast<std::int32_t>(code.size())});
   std::int32_t length = 0;
   UErrorCode status = U_ZERO_ERROR;
-  icu::UnicodeString terminated(wide);
-  const char16_t* name = ucurr_getName(terminated.getTerminatedBuffer(), std::string(locale).c_str(),
-                                       UCURR_LONG_NAME, nullptr, &length, &status);
+  const char16_t* name =
+      ucurr_getName(wide.getTerminatedBuffer(), locale.c_str(), style, nullptr, &length, &status);
   if (U_FAILURE(status) || name == nullptr) return std::string(code);
-  std::string utf8;
-  return icu::UnicodeString(name, length).toUTF8String(utf8);
+  std::string text;
+  return icu::UnicodeString(name, length).toUTF8String(text);
+}
+
+}  // namespace
+
+std::string currencyDisplayName(std::string_view code, std::string_view locale) {
+  return nameOfCurrency(code, std::string(locale), UCURR_LONG_NAME);
+}
+
+std::string symbolOfCurrency(std::string_view locale, std::string_view code) {
+  const auto known = localeNamed(locale);
+  return nameOfCurrency(code, known ? known->getName() : "", UCURR_SYMBOL_NAME);
 }
 
 }  // namespace moniva

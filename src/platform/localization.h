@@ -24,5 +24,8 @@ class Localization {
 
 /// What a currency is called in the language of the locale ("US Dollar"); its code when it has no name.
 std::string currencyDisplayName(std::string_view code, std::string_view locale);
+/// How the locale writes a currency, unlike all others ("US$" in Canada); the code itself where it has no
+/// sign.
+std::string symbolOfCurrency(std::string_view locale, std::string_view code);
 
 }  // namespace moniva

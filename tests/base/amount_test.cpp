@@ -49,12 +49,12 @@ TEST(ParseAmount, refusesEverythingElse) {
            Case{"0x1F", "'0x1F' is not", "hexadecimal"},
            Case{"１２", "is not", "wide digits"},
            Case{"1.5,3", "is not", "a group mark after the fraction started"},
-           Case{"12,50", "groups of three", "a comma is no decimal mark here"},
-           Case{"1234,567", "groups of three", "first group of four"},
-           Case{",123", "groups of three", "no first group"},
-           Case{"1,,234", "groups of three", "empty group"},
-           Case{"0,125", "groups of three", "no one groups after a zero: it is a fraction"},
-           Case{"1,234 567", "groups of three", "two kinds of separators"},
+           Case{"12,50", "not grouped", "a comma is no decimal mark here"},
+           Case{"1234,567", "not grouped", "first group of four"},
+           Case{",123", "not grouped", "no first group"},
+           Case{"1,,234", "not grouped", "empty group"},
+           Case{"0,125", "not grouped", "no one groups after a zero: it is a fraction"},
+           Case{"1,234 567", "not grouped", "two kinds of separators"},
            Case{"1234567890.123456", "more than 15 digits", "a double would round it"},
        }) {
     const auto amount = parseAmount(text);

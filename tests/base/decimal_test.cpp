@@ -4,6 +4,7 @@
 #include <rapidcheck/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "base/amount.h"
 
@@ -32,6 +33,44 @@ TEST(Decimals, areWhatWasTyped) {
     EXPECT_EQ(Decimal::of(number).value().text(places), text) << why;
   }
   for (const double none : {2e15, -2e15, HUGE_VAL, std::nan("")}) EXPECT_FALSE(Decimal::of(none)) << none;
+}
+
+TEST(Rounded, goesByTheDigitsTyped) {
+  const double huge = 1e300;
+  for (const auto& [number, decimals, result, why] : {
+           std::tuple{1.005, 2, 1.01, "a little less than it as a binary fraction"},
+           {-1.005, 2, -1.01, "away from zero below it too"},
+           {1.015, 2, 1.02, "less in binary"},
+           {8.575, 2, 8.58, "less in binary, and once more when multiplied"},
+           {0.285, 2, 0.29, "less in binary"},
+           {1.255, 2, 1.26, "less in binary"},
+           {10.075, 2, 10.08, "less in binary"},
+           {2.675, 2, 2.68, "less in binary"},
+           {1.0049999, 2, 1.0, "below the half"},
+           {2.5, 0, 3.0, "no decimals"},
+           {0.35, 1, 0.4, "one"},
+           {1.0005, 3, 1.001, "three"},
+           {0.0000005, 6, 0.000001, "six"},
+           {1234567890.115, 2, 1234567890.12, "thirteen digits"},
+           {999999999999.995, 2, 1e12, "fifteen"},
+           {123456789012345.67, 2, 123456789012346.0, "the sixteenth digit is noise"},
+           {1e15, 2, 1e15, "whole anyway"},
+           {huge, 6, huge, "any size"},
+           {1e-300, 2, 0.0, "next to nothing"},
+       }) {
+    EXPECT_EQ(rounded(number, decimals), result) << why;
+  }
+  EXPECT_FALSE(std::signbit(rounded(-0.001, 2))) << "zero has no sign";
+  EXPECT_TRUE(std::isnan(rounded(std::nan(""), 2)));
+}
+
+/// What is typed with a five at the end, of up to fifteen digits in all.
+RC_GTEST_PROP(Rounded, goesUpFromAHalf, ()) {
+  const auto decimals = *rc::gen::inRange(0, 7);
+  const auto whole = *rc::gen::inRange<std::int64_t>(0, 99'999'999'999'999);
+  const double unit = std::pow(10.0, decimals);
+  const double half = static_cast<double>(whole * 10 + 5) / (unit * 10);
+  RC_ASSERT(rounded(half, decimals) == static_cast<double>(whole + 1) / unit);
 }
 
 RC_GTEST_PROP(Decimals, addUpExactly, (const std::vector<std::int32_t>& thousandths)) {

@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+#include "currency/currency_codes.h"
+
 namespace moniva {
 namespace {
 

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
 
 #include "currency/amount_format.h"
+#include "currency/currency_codes.h"
 
 namespace moniva {
 namespace {
@@ -69,6 +72,23 @@ TEST(AmountReader, readsAmountsAsTheLocaleWritesThem) {
   EXPECT_NE(negative.error().why.find("has a sign"), std::string::npos);
 }
 
+/// Whether the text has three digits behind its only mark, so that it may be one between thousands.
+bool mayBeGrouped(const std::string& text) {
+  int marks = 0;
+  int digitsBehind = 0;
+  const auto wide = icu::UnicodeString::fromUTF8(text);
+  for (int32_t at = 0; at < wide.length(); at = wide.moveIndex32(at, 1)) {
+    const UChar32 c = wide.char32At(at);
+    if (u_charDigitValue(c) >= 0) {
+      ++digitsBehind;
+    } else if (u_charType(c) != U_FORMAT_CHAR && c != '-' && c != 0x2212) {
+      ++marks;
+      digitsBehind = 0;
+    }
+  }
+  return marks == 1 && digitsBehind == 3;
+}
+
 RC_GTEST_PROP(AmountReader, readsWhatIsPrinted, ()) {
   const auto locale =
       *rc::gen::element("en_US", "de_DE", "de_AT", "de_CH", "fr_FR", "fr_CH", "en_IN", "ar_EG", "fa_IR",
@@ -79,7 +99,7 @@ RC_GTEST_PROP(AmountReader, readsWhatIsPrinted, ()) {
   const auto text = AmountFormat::make(locale).value().formatPlain(amount, code);
   const auto read = AmountReader(locale).readSigned(text);
   if (!read) {
-    RC_ASSERT(read.error().why.find("may be two amounts") != std::string::npos);
+    RC_ASSERT(read.error().why.find("may be two amounts") != std::string::npos && mayBeGrouped(text));
   } else {
     RC_ASSERT(std::abs(*read - amount) < 1e-9 * std::max(1.0, std::abs(amount)));
   }

@@ -48,6 +48,7 @@ TEST(LocaleUtils, guessesFromCountryThenZoneThenLanguage) {
   } cases[] = {
       {"de_CH", "Europe/Berlin", "CHF", "EUR", "the country comes first"},
       {"en_US_POSIX", "Asia/Tokyo", "JPY", "JPY", "no country: the zone's"},
+      {"en", "Europe/Berlin", "EUR", "EUR", "English of no country, which is for who says none"},
       {"en", "Asia/Calcutta", "INR", "INR", "a former name of a zone"},
       {"ja", "UTC", "JPY", "USD", "no zone's country: where the language is spoken"},
       {"en_US_POSIX", "Etc/GMT+5", "USD", "USD", "nothing to go by"},

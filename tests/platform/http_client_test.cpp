@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <future>
+#include <optional>
 
 #include "platform/posix/curl_http_client.h"
 #include "support/tls_identity.h"
@@ -21,6 +22,28 @@ std::string gzipBomb() {
       "\x1f\x8b\x08\0\0\0\0\0\2\3\xed\xc1\x31\1\0\0\0\xc2\xa0\xf5\x4f\x6d\x0d\x0f\xa0"sv;
   return std::string(kBegin) + std::string(90, '\0');
 }
+
+/// While it lives that proxy is the one for every address, whatever the environment says.
+class ProxyForAll {
+ public:
+  explicit ProxyForAll(const char* proxy) {
+    for (const std::string name :
+         {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"}) {
+      const char* before = std::getenv(name.c_str());
+      before_.emplace_back(name, before ? std::optional<std::string>(before) : std::nullopt);
+      ::setenv(name.c_str(), name == "no_proxy" || name == "NO_PROXY" ? "" : proxy, 1);
+    }
+  }
+  ~ProxyForAll() {
+    for (const auto& [name, value] : before_)
+      value ? ::setenv(name.c_str(), value->c_str(), 1) : ::unsetenv(name.c_str());
+  }
+  ProxyForAll(const ProxyForAll&) = delete;
+  ProxyForAll& operator=(const ProxyForAll&) = delete;
+
+ private:
+  std::vector<std::pair<std::string, std::optional<std::string>>> before_;
+};
 
 /// What came of a request, as one line.
 std::string outcome(CurlHttpClient& client, const std::string& url, HttpLimits limits = {}) {
@@ -158,13 +181,10 @@ TEST(CurlHttpClient, asksOnlyWhatIsSafe) {
       {"nobody there", "http://127.0.0.1:1/", "127.0.0.1 cannot be reached"},
   };
   // Requests to this machine go past a proxy.
-  ::setenv("http_proxy", "http://127.0.0.1:1", 1);
-  ::setenv("all_proxy", "http://127.0.0.1:1", 1);
+  const ProxyForAll proxy("http://127.0.0.1:1");
   CurlHttpClient client;
   for (const auto& [why, url, expected] : cases) EXPECT_EQ(outcome(client, url), expected) << why;
   EXPECT_EQ(outcome(client, "https://192.0.2.1/"), "192.0.2.1 cannot be reached") << "others go through it";
-  ::unsetenv("http_proxy");
-  ::unsetenv("all_proxy");
   const auto requests = server.requests();
   ASSERT_EQ(requests.size(), 2U);
   EXPECT_NE(requests[0].find("User-Agent: moniva\r\n"), std::string::npos) << requests[0];

@@ -87,12 +87,12 @@ std::string systemLocale() {
   for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) {
     auto value = environment(name);
     if (!value) continue;
-    // The portable locales name no language; a person who has only those gets the default.
+    // The portable locales name no language; a person who has only those gets English, of no country.
     if (value->rfind("C", 0) == 0 && (value->size() == 1 || (*value)[1] == '.')) break;
     if (*value == "POSIX") break;
     return *value;
   }
-  return "en_US";
+  return "en";
 }
 
 std::filesystem::path temporaryFolder() {

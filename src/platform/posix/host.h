@@ -31,7 +31,8 @@ std::optional<std::string> environmentZone();
 /// The IANA name of the host's own time zone; "UTC" when the host does not say.
 std::string systemZone();
 
-/// The locale the user chose for messages and formats (LC_ALL, LC_TIME, LANG); "en_US" when none is set.
+/// The locale the user chose for messages and formats (LC_ALL, LC_TIME, LANG); "en", of no country, when none
+/// is set.
 std::string systemLocale();
 
 /// Where programs keep files for a while: TMPDIR, else "/tmp". It need not be there.

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "base/decimal.h"
 #include "base/text.h"
 #include "currency/amount_expression.h"
+#include "currency/currency_codes.h"
 #include "model/entry_checks.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/rates.h"
@@ -51,19 +52,10 @@ TextOfMoney textOfMoney(std::string_view text) {
   return money("", text);
 }
 
-double roundedTo(double amount, int digits) {
-  const double scale = std::pow(10.0, digits);
-  return std::round(amount * scale) / scale;
-}
-
-bool isSame(double one, double other) {
-  return std::abs(one - other) <= 4 * std::numeric_limits<double>::epsilon() * std::abs(one);
-}
-
 /// How many decimals the number has, noughts at the end aside.
 int decimalsOf(const AmountToken& token) {
   int decimals = token.decimals;
-  while (decimals > 0 && isSame(roundedTo(token.number, decimals - 1), token.number)) --decimals;
+  while (decimals > 0 && rounded(token.number, decimals - 1) == token.number) --decimals;
   return decimals;
 }
 
@@ -102,8 +94,8 @@ double valueTyped(Session& session, const std::string& text, const std::string& 
   const double amount = isExpression        ? calculated(reader, text, currency, options.round, mayRound)
                         : sign == Sign::any ? typed(reader.readSigned(text))
                                             : typed(reader.read(text));
-  const double rounded = roundedTo(amount, currencyDigits(currency));
-  const auto plain = [&] { return session.amounts().formatPlain(rounded, currency); };
+  const double taken = rounded(amount, currencyDigits(currency));
+  const auto plain = [&] { return session.amounts().formatPlain(taken, currency); };
   if (sign == Sign::aboveZero && amount <= 0) {
     throw isExpression ? notUnderstood("an amount must be above zero; {} is {}", printable(text), plain())
                        : notUnderstood("an amount must be above zero; '{}' is not", printable(text));
@@ -111,16 +103,16 @@ double valueTyped(Session& session, const std::string& text, const std::string& 
   if (sign == Sign::zeroToo && amount < 0) {
     throw notUnderstood("the amount must not be below zero; {} is {}", printable(text), plain());
   }
-  const bool isExact = isSame(rounded, amount);
+  const bool isExact = taken == amount;
   if (!isExact && !options.round) throw tooManyDecimals(text, currency, mayRound);
-  if (rounded <= 0 && amount > 0) throw notUnderstood("'{}' rounds to nothing", printable(text));
+  if (taken <= 0 && amount > 0) throw notUnderstood("'{}' rounds to nothing", printable(text));
   if (isExpression) {
     session.say(session.text("{} is {}.", printable(text), plain()));
   } else if (!isExact) {
-    session.say(session.text("{} is taken for {}.", session.amounts().formatWithCode(rounded, currency),
+    session.say(session.text("{} is taken for {}.", session.amounts().formatWithCode(taken, currency),
                              printable(text)));
   }
-  return rounded;
+  return taken;
 }
 
 void requireSound(double amount) {
@@ -224,7 +216,7 @@ EntryAmount entryAmountTyped(Session& session, const std::string& text, const st
   return entry;
 }
 
-bool isWordOfCode(const std::string& word) {
+bool isThreeLetters(const std::string& word) {
   return word.size() == kCodeLength && std::ranges::all_of(word, isLetter);
 }
 

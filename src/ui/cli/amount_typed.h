@@ -50,8 +50,9 @@ struct EntryAmount {
 EntryAmount entryAmountTyped(Session& session, const std::string& text, const std::string& currency,
                              const AmountOptions& options = {}, const EntryAmount& before = {});
 
-/// Whether the word is written like a currency's code; no record can be typed like that.
-bool isWordOfCode(const std::string& word);
+/// Whether the word is three letters, capitals or not, as currencies' codes are; no record can be typed like
+/// that.
+bool isThreeLetters(const std::string& word);
 /// The amount with the word typed behind it: "20 USD"; that may be blank. Ends the command where none of the
 /// two is a code.
 std::string amountWithCode(const std::string& amount, const std::string& word);

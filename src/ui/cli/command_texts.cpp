@@ -181,7 +181,7 @@ std::vector<ManualEntry> environmentTexts() {
            "~/.local/share)"},
           {"TZ", "the time zone, unless --timezone names one; the system's own where it is not known"},
           {"LC_ALL, LC_TIME, LANG",
-           "the language and region, unless --locale names them; en_US where they are not known"},
+           "the language and region, unless --locale names them; English where they are not known"},
           {"TMPDIR", "the folder the demo makes its store in (else /tmp)"},
           {"NO_COLOR", "when not empty, nothing is coloured"}};
 }

@@ -1,7 +1,5 @@
 #include "ui/cli/rates.h"
 
-#include <unicode/numberformatter.h>
-
 #include <chrono>
 
 #include "calendar/date_texts.h"
@@ -18,8 +16,6 @@ using std::chrono::milliseconds;
 /// How long a conversion waits for newer rates, and for the first ones.
 constexpr milliseconds kPatience{3'000};
 constexpr milliseconds kFirstPatience{15'000};
-/// Digits of a rate that a double keeps.
-constexpr int kRateDigits = 15;
 
 }  // namespace
 
@@ -75,15 +71,8 @@ double rateBetween(Session& session, const std::string& from, const std::string&
   throw CommandError(CommandError::kRefused, noRate(session, from, to, true));
 }
 
-std::string rateText(Session& session, double rate) {
-  UErrorCode status = U_ZERO_ERROR;
-  std::string text;
-  icu::number::NumberFormatter::withLocale(icu::Locale(session.calendar().locale().c_str()))
-      .precision(icu::number::Precision::maxSignificantDigits(kRateDigits))
-      .formatDouble(rate, status)
-      .toString(status)
-      .toUTF8String(text);
-  return U_FAILURE(status) ? fmt::format("{}", rate) : text;
+std::string rateText(Session& session, double rate, int digits) {
+  return session.amounts().formatSignificant(rate, digits);
 }
 
 std::string currencyCodeTyped(Session& session, const std::string& text) {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "base/amount.h"
 #include "ui/cli/session.h"
 
 /// Exchange rates and currencies as commands ask for them.
@@ -23,8 +24,8 @@ void freshenRates(Session& session);
 /// Says once that the rates are older than thirty days, where they are.
 void sayWhereOld(Session& session);
 
-/// "0.9206": a rate with as many digits as it has, in the person's locale.
-std::string rateText(Session& session, double rate);
+/// "0.9206": a rate with that many digits at most (else as many as it has), in the person's locale.
+std::string rateText(Session& session, double rate, int digits = kMostAmountDigits);
 
 /// A currency's code as typed. Ends the command for what is none: one in small letters, an unknown one or a
 /// currency's name is told with the code that was probably meant.

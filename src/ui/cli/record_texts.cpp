@@ -38,7 +38,7 @@ RecordTexts::RecordTexts(Session& session, RecordNames& names, const RecordWhole
     : session_(session),
       names_(names),
       whole_(whole),
-      currency_(currency.empty() ? ownCurrency(session) : std::move(currency)) {}
+      currency_(currency.empty() ? session.defaultCurrency() : std::move(currency)) {}
 
 std::string RecordTexts::money(double amount) const {
   return session_.amounts().format(amount, currency_);

@@ -14,7 +14,7 @@ class RecordTexts {
  public:
   /// Both have to outlive the object.
   RecordTexts(Session& session, RecordNames& names, const RecordWhole& whole);
-  /// The same with amounts in that currency; a blank one stands for ownCurrency().
+  /// The same with amounts in that currency; a blank one stands for the default one.
   RecordTexts(Session& session, RecordNames& names, const RecordWhole& whole, std::string currency);
 
   const RecordWhole& whole() const { return whole_; }

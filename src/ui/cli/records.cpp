@@ -268,15 +268,17 @@ std::string currencyTyped(Session& session, const std::string& code) {
 
 std::string takenCurrencyText(Session& session, const std::string& typedCode, const std::string& code) {
   if (!typedCode.empty() || !session.guessesCurrency()) return code;
-  if (!LocaleUtils::getCurrencyCode(session.calendar().locale()).empty())
-    return session.text("{} (by your locale's country)", code);
-  if (LocaleUtils::timeZoneToCurrencyMap().contains(session.calendar().zone()))
-    return session.text("{} (by your time zone's country)", code);
+  using By = LocaleUtils::Guess::By;
+  switch (LocaleUtils::guess(session.platform()).by) {
+    case By::locale:
+      return session.text("{} (by your locale's country)", code);
+    case By::zone:
+      return session.text("{} (by your time zone's country)", code);
+    case By::language:
+    case By::nothing:
+      break;
+  }
   return session.text("{} (a guess)", code);
-}
-
-std::string ownCurrency(Session& session) {
-  return session.defaultCurrency();
 }
 
 MonivaAccount bookNamed(Session& session, const std::string& name, Meant meant) {

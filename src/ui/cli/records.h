@@ -30,8 +30,6 @@ boost::json::object jsonOf(Session& session, const TransReportSummary& summary);
 /// "Feb 29, 2024 14:30" in the words of the user's locale.
 std::string dateText(Session& session, Date date);
 
-/// The currency of money that goes through no account and belongs to no book.
-std::string ownCurrency(Session& session);
 /// A code typed for the currency of something new, or the default one for none. Ends the command for what is
 /// no currency.
 std::string currencyTyped(Session& session, const std::string& code);

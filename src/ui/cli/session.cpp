@@ -27,7 +27,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kDefaultLocale = "en_US";
+constexpr const char* kDefaultLocale = "en";
 
 std::string stringOr(std::optional<std::string> value) {
   return value.value_or("");

@@ -20,7 +20,7 @@ json::value referred(const std::shared_ptr<const Row>& row) {
 }
 
 std::string currencyOf(Session& session, const MVTransaction& row) {
-  return row.currency.empty() ? ownCurrency(session) : row.currency;
+  return row.currency.empty() ? session.defaultCurrency() : row.currency;
 }
 
 /// The text, of a long one what is around the first hit.

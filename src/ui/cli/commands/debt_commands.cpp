@@ -59,7 +59,7 @@ void addDebt(Session& session, const DebtOptions& options, int type) {
   double amount = 0;
   DebtOutcome outcome;
   changeStore(session, [&] {
-    std::string currency = ownCurrency(session);
+    std::string currency = session.defaultCurrency();
     if (!options.account.empty()) {
       const auto account = accountNamed(session, options.account, Meant::open);
       debt.paymentAccount = account.pk;

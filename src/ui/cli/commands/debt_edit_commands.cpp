@@ -42,7 +42,7 @@ void editDebt(Session& session, const DebtEditOptions& options) {
       debt.currency = account.currency;
     } else if (options.noAccount) {
       debt.paymentAccount.clear();
-      debt.currency = ownCurrency(session);
+      debt.currency = session.defaultCurrency();
     }
     if (debt.currency != before && !options.amount) {
       throw refused("the debt is in {} and would be in {}; say with --amount what it comes to", before,

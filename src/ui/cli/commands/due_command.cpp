@@ -33,7 +33,7 @@ struct DueSum {
 using DueSums = std::map<std::string, DueSum>;
 
 std::string currencyOfDue(Session& session, const MVTransaction& row) {
-  return row.currency.empty() ? ownCurrency(session) : row.currency;
+  return row.currency.empty() ? session.defaultCurrency() : row.currency;
 }
 
 bool isCounted(const MVTransaction& row) {

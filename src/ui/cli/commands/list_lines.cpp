@@ -22,7 +22,7 @@ std::string sumText(const Session& session, const UnpaidDay::Sum& sum) {
 }
 
 std::string sumAmount(Session& session, const UnpaidDay::Sum& sum) {
-  const auto currency = sum.currency.empty() ? ownCurrency(session) : sum.currency;
+  const auto currency = sum.currency.empty() ? session.defaultCurrency() : sum.currency;
   return comesIn(sum.type) ? session.amounts().formatSigned(sum.amount, currency)
                            : session.amounts().format(sum.amount, currency);
 }
@@ -31,7 +31,7 @@ json::array sumsJson(Session& session, const std::vector<UnpaidDay::Sum>& sums) 
   json::array array;
   for (const auto& sum : sums) {
     array.push_back({{"type", sum.type},
-                     {"currency", sum.currency.empty() ? ownCurrency(session) : sum.currency},
+                     {"currency", sum.currency.empty() ? session.defaultCurrency() : sum.currency},
                      {"amount", sum.amount},
                      {"count", sum.count}});
   }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <boost/json.hpp>
-#include <cstdlib>
 
 #include "currency/currency_manager.h"
 #include "model/currency_list.h"
@@ -35,7 +34,7 @@ struct RateConvertOptions {
 
 /// What a table shows of a rate: six digits are enough to compare.
 std::string shortRate(Session& session, double rate) {
-  return rateText(session, std::strtod(fmt::format("{:.6g}", rate).c_str(), nullptr));
+  return rateText(session, rate, 6);
 }
 
 double rateOrEnd(Session& session, const std::string& from, const std::string& to) {

@@ -25,7 +25,7 @@ MVTransaction transactionTyped(Session& session, const std::string& text) {
 }
 
 std::string plainAmountOf(Session& session, const MVTransaction& row) {
-  const auto currency = row.currency.empty() ? ownCurrency(session) : row.currency;
+  const auto currency = row.currency.empty() ? session.defaultCurrency() : row.currency;
   return session.amounts().format(row.amount, currency);
 }
 

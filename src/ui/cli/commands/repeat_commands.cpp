@@ -92,7 +92,7 @@ void addSums(Session& session, Table& table, const SeriesOfRule& group) {
   const auto add = [&](const std::string& name, const std::vector<std::pair<std::string, double>>& sums,
                        bool isIncome) {
     for (const auto& [code, sum] : sums) {
-      const auto currency = code.empty() ? ownCurrency(session) : code;
+      const auto currency = code.empty() ? session.defaultCurrency() : code;
       const auto& amounts = session.amounts();
       table.addRow({"", "", Cell(name, ink::dim), "", "",
                     Cell(isIncome ? amounts.formatSigned(withoutNoise(sum), currency)

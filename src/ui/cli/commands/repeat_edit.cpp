@@ -65,7 +65,7 @@ std::optional<Date> endTyped(Session& session, const std::string& text) {
 /// Who keeps the amounts, by what was typed and by what the series has.
 std::string currencyTyped(Session& session, const SeriesEditOptions& options, const MVTransaction& seed,
                           SeriesChange& change) {
-  std::string currency = seed.currency.empty() ? ownCurrency(session) : seed.currency;
+  std::string currency = seed.currency.empty() ? session.defaultCurrency() : seed.currency;
   std::optional<MonivaAccount> holder;
   if (!options.book.empty()) {
     const auto book = bookNamed(session, options.book, Meant::open);

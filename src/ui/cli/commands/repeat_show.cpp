@@ -43,7 +43,7 @@ SeriesRecords recordsOf(Session& session, const MVTransaction& seed, bool all) {
   done(MVTransaction::transactionsWhere(
       root, "repeat_seed = ? and deleted = 0", arguments, [&](const MVTransaction& row) {
         if (!live.contains(row.eid)) return;
-        const auto code = row.currency.empty() ? ownCurrency(session) : row.currency;
+        const auto code = row.currency.empty() ? session.defaultCurrency() : row.currency;
         records.sums[code] += row.amount;
       }));
   if (!all && records.listed.size() > kShown) {

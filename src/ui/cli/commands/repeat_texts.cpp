@@ -49,7 +49,7 @@ std::string shownRule(const Session& session, const std::string& rule) {
 
 std::string currencyNotes(Session& session, const MVTransaction& row) {
   std::string notes;
-  const auto currency = row.currency.empty() ? ownCurrency(session) : row.currency;
+  const auto currency = row.currency.empty() ? session.defaultCurrency() : row.currency;
   for (const auto& holder : {row.paymentAccount, row.bookAccount}) {
     if (!holder || holder->currency == currency) continue;
     notes += " " + session.text("'{}' is kept in {}; the amount counts there as it stands.",

@@ -37,7 +37,7 @@ std::string amountOf(const SpendAddOptions& options) {
     if (options.amount.empty()) throw notUnderstood("say the amount, such as: moniva spend add 12.50");
     return amountWithCode(options.amount, options.code);
   }
-  if (!options.code.empty() || (!options.amount.empty() && !isWordOfCode(options.amount))) {
+  if (!options.code.empty() || (!options.amount.empty() && !isThreeLetters(options.amount))) {
     throw notUnderstood("say the amount once: '{}' or '{}'", printable(options.amountNamed),
                         printable(options.amount));
   }

@@ -208,7 +208,7 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
   addRoundOption(*app, edit->amounts);
   line.onRun(app, [edit](Session& session) {
     // "--amount 20 USD EID": the parser cannot know what of it is which.
-    if (isWordOfCode(edit->eid)) std::swap(edit->eid, edit->code);
+    if (isThreeLetters(edit->eid)) std::swap(edit->eid, edit->code);
     if (edit->amount) edit->amount = amountWithCode(*edit->amount, edit->code);
     if (!edit->amount && !edit->code.empty()) throw notUnderstood("'{}' goes with --amount", edit->code);
     editSpend(session, *edit);
