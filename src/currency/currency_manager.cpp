@@ -81,6 +81,7 @@ void CurrencyManager::forceRefresh() {
   outrun_ = false;
   takenEarly_ = 0;
   failure_.reset();
+  partFailure_.reset();
   came_ = {};
   refreshQueue_.dispatch([this] { refreshExchangeRates(); });
 }

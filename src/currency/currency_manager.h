@@ -67,6 +67,8 @@ class CurrencyManager {
   /// it only says so in `refreshFailure`.
   void forceRefresh();
   bool isRefreshing() const { return refreshing_; }
+  /// Whether one is under way that nobody has stopped waiting for (`takeWhatCame`).
+  bool isAwaited() const { return refreshing_ && takenEarly_ == 0 && !failure_; }
   /// Runs the main queue until the refresh has ended, at most that long. On the main thread. Whether it has.
   bool waitForRefresh(std::chrono::milliseconds time);
   /// For who waits no longer: takes what one service has answered while the other is still waited for; what

@@ -51,7 +51,7 @@ void freshenRates(Session& session, milliseconds patience, milliseconds firstPat
   // One that failed in this run, or did not answer, would only be waited for once more.
   if (rates.refreshFailure()) return;
   if (!isFirst) rates.refreshIfNeeded();
-  if (!rates.isRefreshing()) return;
+  if (!rates.isAwaited()) return;
   const auto most = isFirst ? firstPatience : patience;
   constexpr std::chrono::seconds kSecond{1};
   constexpr milliseconds kSlice{100};
