@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <future>
 #include <limits>
+#include <thread>
 
 #include "currency/support.h"
 
@@ -57,17 +60,85 @@ TEST_F(CurrencyManagerTest, firstStartFetchesAndKeepsWhatBothHave) {
   EXPECT_EQ(manager.lastRefresh(), machine.platform.now());
   manager.forceRefresh();
   ASSERT_TRUE(ended(manager));
+  std::ranges::sort(http->asked);
   EXPECT_EQ(http->asked, (std::vector{kFirst, kSecond})) << "each once, though asked for again meanwhile";
   EXPECT_EQ(finished, 1);
   EXPECT_EQ(manager.exchangeRates(),
             (RateTable{{"CHF", 0.88F}, {"EUR", 0.92F}, {"JPY", 150.0F}, {"USD", 1.0F}}));
-  EXPECT_EQ(machine.logged(), "==get currency rate Succesful rateJson:3 url:" + kFirst +
-                                  "\n==get currency rate Succesful rateJson:3 url:" + kSecond + "\n");
 
   CurrencyManager second(machine.platform);
   EXPECT_FALSE(second.isRefreshing());
   EXPECT_EQ(second.exchangeRates(), manager.exchangeRates());
   EXPECT_EQ(second.lastRefresh(), manager.lastRefresh());
+}
+
+TEST_F(CurrencyManagerTest, tellsTheLogOfEveryReply) {
+  CurrencyManager manager(machine.platform, FirstFetch::whenAsked);
+  EXPECT_TRUE(!manager.isRefreshing() && http->asked.empty()) << "a table that is loaded needs no network";
+  const struct {
+    const char* body;
+    std::size_t codes;
+    std::string logged;
+    const char* why;
+  } cases[] = {
+      {kFirstReply, 3, "==get currency rate Succesful rateJson:3 url:" + kFirst + "\n", "good"},
+      {" ", 0, "==get currency rate: first.test: the reply is blank\n", "blank"},
+      {"<html>", 0,
+       "==get currency rate ERROR rateJson:<html> url:" + kFirst +
+           "\n==get currency rate: first.test: the reply is no JSON text\n",
+       "broken"},
+  };
+  for (const auto& c : cases) {
+    const auto begin = machine.logged().size();
+    answer(c.body, nullptr);
+    EXPECT_EQ(manager.refreshExchangeRatesOn(kFirst).value_or(RateTable()).size(), c.codes) << c.why;
+    EXPECT_EQ(machine.logged().substr(begin), c.logged) << c.why;
+  }
+}
+
+TEST_F(CurrencyManagerTest, whoWaitsNoLongerTakesWhatCame) {
+  answer(kFirstReply, kSecondReply);
+  std::promise<void> opened;
+  const auto gate = opened.get_future().share();
+  http->before = [gate](const std::string& url) {
+    if (url == kFirst) gate.wait();
+  };
+  CurrencyManager manager(machine.platform);
+  // The second answers while the first is still waited for.
+  while (!manager.takeWhatCame()) std::this_thread::yield();
+  EXPECT_EQ(manager.exchangeRates(), (RateTable{{"CHF", 0.88F}, {"EUR", 0.92F}, {"USD", 1.0F}}));
+  EXPECT_TRUE(manager.isRefreshing() && !manager.isAwaited());
+  opened.set_value();
+  ASSERT_TRUE(ended(manager));
+  EXPECT_EQ(manager.exchangeRates(),
+            (RateTable{{"CHF", 0.88F}, {"EUR", 0.92F}, {"JPY", 150.0F}, {"USD", 1.0F}}));
+  EXPECT_EQ(finished, 2);
+}
+
+TEST_F(CurrencyManagerTest, dropsWhatComesAfterAnotherTable) {
+  answer(kFirstReply, kSecondReply);
+  std::promise<void> opened;
+  http->before = [gate = opened.get_future().share()](const std::string&) { gate.wait(); };
+  CurrencyManager manager(machine.platform);
+  manager.finishRefreshWithExchangeRates({{"GBP", 0.8F}}, "/rates.json");
+  opened.set_value();
+  ASSERT_TRUE(ended(manager));
+  EXPECT_EQ(manager.exchangeRates(), (RateTable{{"GBP", 0.8F}, {"USD", 1.0F}}));
+  EXPECT_EQ(manager.file(), "/rates.json");
+  manager.forceRefresh();
+  ASSERT_TRUE(ended(manager));
+  EXPECT_EQ(manager.exchangeRates().size(), 4U);
+  EXPECT_EQ(manager.file(), "") << "at the same moment, but fetched";
+}
+
+TEST_F(CurrencyManagerTest, isOneForAFrontEndThatSharesIt) {
+  static Machine lasting;
+  lasting.platform.userDefaults->setString("", RateServices::kPrimaryKey);
+  lasting.platform.userDefaults->setString("", RateServices::kSecondaryKey);
+  CurrencyManager* const shared = CurrencyManager::sharedManager(&lasting.platform);
+  ASSERT_NE(shared, nullptr);
+  EXPECT_EQ(CurrencyManager::sharedManager(), shared);
+  EXPECT_EQ(CurrencyManager::sharedManager(&machine.platform), shared) << "the first platform counts";
 }
 
 TEST_F(CurrencyManagerTest, oneOrBothMayFail) {
@@ -77,30 +148,26 @@ TEST_F(CurrencyManagerTest, oneOrBothMayFail) {
     const char* second;
     RateTable table;
     const char* failure;  ///< a part of it
-    const char* logged;   ///< a part of it
+    const char* part;     ///< why one of two failed
     const char* why;
   } cases[] = {
       {kFirstReply,
        nullptr,
        {{"EUR", 0.9F}, {"JPY", 150.0F}, {"USD", 1.0F}},
        "",
-       "no answer of https://second",
+       "no answer of https://second.test/v1/latest?base=USD",
        "the first alone"},
       {nullptr,
        kSecondReply,
        {{"CHF", 0.88F}, {"EUR", 0.92F}, {"USD", 1.0F}},
        "",
-       "no answer of https://first",
+       "no answer of https://first.test/v4/latest/USD",
        "the second alone"},
       {nullptr, nullptr, old, "no answer of https://first.test/v4/latest/USD; no answer of https://second",
        "", "no network"},
       {"<html>", R"({"rates":{"EUR":0}})", old,
-       "first.test: the reply is no JSON text; second.test: the rate of",
-       "==get currency rate ERROR rateJson:<html> url:https://first.test/v4/latest/USD\n==get currency "
-       "rate: ",
-       "replies that are none"},
-      {" ", "", old, "first.test: the reply is blank",
-       "==get currency rate: first.test: the reply is blank\n", "blank replies"},
+       "first.test: the reply is no JSON text; second.test: the rate of", "", "replies that are none"},
+      {" ", "", old, "first.test: the reply is blank; second.test: the reply is blank", "", "blank replies"},
   };
   for (const auto& c : cases) {
     answer(nullptr, R"({"rates":{"GBP":0.8}})");
@@ -122,7 +189,8 @@ TEST_F(CurrencyManagerTest, oneOrBothMayFail) {
     EXPECT_EQ(failure.has_value(), !isNew) << c.why;
     const std::string said = failure ? failure->why : "";
     EXPECT_NE(said.find(c.failure), std::string::npos) << c.why << ": " << said;
-    EXPECT_NE(machine.logged().find(c.logged), std::string::npos) << c.why << machine.logged();
+    const auto& part = manager.partFailure();
+    EXPECT_EQ(part ? part->why : "", c.part) << c.why;
   }
 }
 
@@ -145,11 +213,11 @@ TEST_F(CurrencyManagerTest, refreshesAfterTwelveHoursAndWhenTheClockWentBack) {
     manager.refreshIfNeeded();
     EXPECT_EQ(manager.isRefreshing(), c.asks) << c.why;
     ASSERT_TRUE(ended(manager));
-    EXPECT_FALSE(manager.isOld(manager.lastRefresh().plusSeconds(CurrencyManager::kOldAfter))) << c.why;
+    EXPECT_FALSE(manager.isOld(manager.lastRefresh().plusSeconds(30 * 86'400.0))) << c.why;
   }
   answer(nullptr, nullptr);
   CurrencyManager manager(machine.platform);
-  machine.pass(CurrencyManager::kOldAfter + 1);
+  machine.pass(30 * 86'400.0 + 1);
   EXPECT_TRUE(manager.isOld(machine.platform.now()));
   for (int time = 1; time <= 2; ++time) {
     manager.refreshIfNeeded();
@@ -174,6 +242,7 @@ TEST_F(CurrencyManagerTest, takesWhatIsKeptOnlyWhereItIsSound) {
       {"none", "never", 0, now, true, "neither a table nor a date"},
       {{{"EUR", 0.9}}, nullptr, 2, now, true, "of an age nobody knows"},
   };
+  answer(kFirstReply, kSecondReply);
   for (const auto& c : cases) {
     machine.platform.userDefaults->setObject(c.rates, "CurrencyManagerExchangeRates");
     machine.platform.userDefaults->setObject(c.date, "CurrencyManagerLastRefresh");
@@ -271,6 +340,10 @@ TEST(RateServices, refusesAddressesThatAreNotSafe) {
       {"", true, "not to be asked"},
       {"https://rates.example.org/v1/", true, "the usual"},
       {"http://127.0.0.1:8080", true, "this machine"},
+      {"HTTP://LocalHost:8080", true, "its name, in capitals"},
+      {"https://rates.example.org:65535", true, "the last port"},
+      {"https://rates.example.org:65536", false, "none after it"},
+      {"https://rates.example.org:80a", false, "no number"},
       {"http://[::1]:80/x", true, "this machine in the newer way"},
       {"http://rates.example.org", false, "readable by everybody between"},
       {"http://127.0.0.1.example.org", false, "only looks like this machine"},

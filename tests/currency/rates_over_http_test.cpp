@@ -4,25 +4,12 @@
 #include "currency/support.h"
 #include "platform/posix/curl_http_client.h"
 #include "support/loopback_server.h"
+#include "support/temporary_folder.h"
 
 namespace moniva {
 namespace {
 
 using namespace std::chrono_literals;
-
-/// The real client with less patience.
-class Impatient final : public HttpClient {
- public:
-  Result<HttpReply> get(const std::string& url, const HttpLimits& limits) override {
-    HttpLimits less = limits;
-    less.connect = less.total = 400ms;
-    return client_.get(url, less);
-  }
-  void cancel() override { client_.cancel(); }
-
- private:
-  CurlHttpClient client_;
-};
 
 TEST(RatesOverHttp, areTakenFromAServerThatServes) {
   LoopbackServer server;
@@ -41,44 +28,46 @@ TEST(RatesOverHttp, areTakenFromAServerThatServes) {
 
 TEST(RatesOverHttp, stayAsTheyAreWhateverAServerDoes) {
   const std::string good = R"({"rates":{"EUR":0.9,"JPY":150}})";
-  const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n";
-  const std::string endless = "HTTP/1.1 200 OK\r\n\r\n{\"rates\":{\"EUR\":0.9";
+  const TemporaryFolder folder;
+  putBytes(folder / "rates.json", good);
   const struct {
     Script script;
+    std::string failure;  ///< a part of it
     const char* why;
   } cases[] = {
-      {Script::silence(), "a stall"},
-      {Script::raw(head + good), "cut, though what came could be read"},
-      {{{{head}, {good, 300ms}, {" ", 300ms}}, Script::Then::stall}, "slower than anybody waits"},
-      {{{{endless}, {std::string(65'536, '0')}}, Script::Then::repeatLast}, "a body without end"},
-      {Script::reply(200, "", "Content-Encoding: gzip\r\n"), "nothing, packed"},
-      {Script::raw("\x16\x03\x01 garbage"), "no HTTP"},
-      {Script::json("\xFF\xFE garbage"), "no text"},
-      {Script::reply(500, good), "an error that has rates"},
-      {Script::redirect("file:///etc/hostname"), "a file of this machine"},
-      {Script::redirect("/v4/latest/USD"), "a redirect to itself"},
+      {Script::raw("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + good), "broke off",
+       "cut, though what came could be read"},
+      {{{{"HTTP/1.1 200 OK\r\n\r\n{\"rates\":{\"EUR\":0.9"}, {std::string(65'536, '0')}},
+        Script::Then::repeatLast},
+       "answers with more than",
+       "a body without end"},
+      {Script::json("{\"rates\":{\"EUR\":0.9},\"x\":\"\xFF\"}"), "is no JSON text", "no text"},
+      {Script::reply(500, good), "status 500", "an error that has rates"},
+      {Script::redirect("file://" + (folder / "rates.json").string()), "which is not asked",
+       "a file of this machine that has rates"},
   };
   LoopbackServer server;
   Machine machine;
-  machine.platform.http = std::make_unique<Impatient>();
+  machine.platform.http = std::make_unique<CurlHttpClient>();
   machine.platform.userDefaults->setString(server.url(), RateServices::kPrimaryKey);
   machine.platform.userDefaults->setString("", RateServices::kSecondaryKey);
-  server.on("/v4/latest/USD", Script::json(R"({"rates":{"GBP":0.8}})"));
-  CurrencyManager manager(machine.platform);
-  ASSERT_TRUE(manager.waitForRefresh(10s));
+  CurrencyManager manager(machine.platform, FirstFetch::whenAsked);
   const RateTable old{{"GBP", 0.8F}, {"USD", 1.0F}};
-  ASSERT_EQ(manager.exchangeRates(), old) << machine.logged();
+  manager.finishRefreshWithExchangeRates(old);
   const Date before = manager.lastRefresh();
   for (const auto& c : cases) {
     machine.pass(1);
+    const auto begin = machine.logged().size();
     server.on("/v4/latest/USD", c.script);
     manager.forceRefresh();
-    ASSERT_TRUE(manager.waitForRefresh(10s)) << c.why;
+    ASSERT_TRUE(manager.waitForRefresh(20s)) << c.why;
     EXPECT_EQ(manager.exchangeRates(), old) << c.why;
     EXPECT_EQ(manager.lastRefresh(), before) << c.why;
     ASSERT_TRUE(manager.refreshFailure()) << c.why;
-    EXPECT_NE(manager.refreshFailure()->why.find("127.0.0.1"), std::string::npos) << c.why;
-    EXPECT_NE(machine.logged().find(manager.refreshFailure()->why), std::string::npos) << c.why;
+    const std::string& said = manager.refreshFailure()->why;
+    EXPECT_TRUE(said.starts_with("127.0.0.1")) << said;
+    EXPECT_NE(said.find(c.failure), std::string::npos) << c.why << ": " << said;
+    EXPECT_NE(machine.logged().find(said, begin), std::string::npos) << c.why;
   }
 }
 

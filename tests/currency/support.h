@@ -16,6 +16,7 @@ namespace moniva {
 class ScriptedHttp final : public HttpClient {
  public:
   Result<HttpReply> get(const std::string& url, const HttpLimits&) override {
+    if (before) before(url);
     const std::scoped_lock lock(mutex);
     asked.push_back(url);
     const auto found = bodies.find(url);
@@ -23,6 +24,7 @@ class ScriptedHttp final : public HttpClient {
     return HttpReply{.status = 200, .body = found->second, .headers = {}};
   }
 
+  std::function<void(const std::string& url)> before;  ///< runs before each answer, where it is set
   std::mutex mutex;
   std::map<std::string, std::string> bodies;
   std::vector<std::string> asked;
