@@ -73,7 +73,7 @@ Result<> RateServices::check(const std::string& address) {
   if (authority.find('@') != std::string_view::npos)
     return refuse("'{}' names a user; services are asked without one", address);
   if (address.find_first_of("?#") != std::string::npos)
-    return refuse("'{}' does not end with a path; what is asked for is added to it", address);
+    return refuse("'{}' has a '?' or '#' in it; an address ends with a path, to which what is asked for is added", address);
   if (!isPort(authority.substr(host.size())))
     return refuse("'{}' has no port that there can be; ports go from 1 to 65535", address);
   if (!hasScheme(address, kSecure) && !(hasScheme(address, kPlain) && isThisMachine(host)))

@@ -116,7 +116,7 @@ TEST(CurlHttpClient, followsRedirectsThatItWouldAskItself) {
   server.on("/0", Script::redirect("/1"));
   server.on("/loop", Script::redirect("/loop"));
   server.on("/slow", {{{"HTTP/1.1 302 Found\r\nLocation: /slow\r\n\r\n", 40ms}}});
-  const std::string tooOften = "127.0.0.1 was sent on more than 3 times";
+  const std::string tooOften = "the request to 127.0.0.1 was sent on more than 3 times";
   const auto notAsked = [](const std::string& to) {
     return "127.0.0.1 sends on to '" + to + "', which is not asked";
   };
@@ -137,7 +137,7 @@ TEST(CurlHttpClient, followsRedirectsThatItWouldAskItself) {
       {"with a password", "https://a:b@192.0.2.1/", notAsked("https://a:b@192.0.2.1/")},
       {"no address", "http://[::1", notAsked("http://[::1")},
       {"one to a server with trouble", "http://localhost:1/",
-       "127.0.0.1 sent on: localhost cannot be reached"},
+       "127.0.0.1 sent the request on: localhost cannot be reached"},
   };
   CurlHttpClient client;
   for (const auto& [why, to, expected] : cases) {

@@ -328,7 +328,7 @@ Result<HttpReply> CurlHttpClient::get(const std::string& url, const HttpLimits& 
     if (!code) return refuse("the request to {} was given up", host);
     if (*code != CURLE_OK && arrival.end != Arrival::End::enough) {
       auto refusal = refuseCode(*code, host, exchange, arrival);
-      if (host != first) return refuse("{} sent on: {}", first, refusal.value());
+      if (host != first) return refuse("{} sent the request on: {}", first, refusal.value());
       return refusal;
     }
     // libcurl takes headers that break off for an answer.
@@ -339,7 +339,7 @@ Result<HttpReply> CurlHttpClient::get(const std::string& url, const HttpLimits& 
       return refuse("{} answered with status {}", host, arrival.reply.status);
     }
     if (redirects >= limits.redirects) {
-      return refuse("{} was sent on more than {} times", first, limits.redirects);
+      return refuse("the request to {} was sent on more than {} times", first, limits.redirects);
     }
     const bool secure = address.isSecure();
     if (!address.go(location) || !address.mayBeAsked() || (secure && !address.isSecure())) {

@@ -75,14 +75,13 @@ std::span<const CommandText> commandTexts() {
        "most people here count in; no store is needed.\n\n"
        "Without an EXPRESSION keys are read one by one: on a terminal one line shows the display and what it "
        "comes to until q or Ctrl-D ends it. Otherwise a line is printed for each key, every line of the "
-       "input "
-       "is an expression of its own, and a key that would be dropped is refused. Keys are the digits, a "
+       "input is a sum of its own, and a key that would be dropped is refused. Keys are the digits, a "
        "decimal mark, the operators (x and : too), = or Enter, Backspace, which takes the last character "
        "back, and Delete or C, which takes all. An operator takes the place of the one before it.",
        {{"moniva calc 12.50+3×4", "62.00: from left to right"},
         {"moniva calc --currency JPY \"1000 / 3\"", "in whole yen"},
         {"moniva calc --steps 12.50+3", "key by key"},
-        {"moniva calc -- -5+20", "an expression that begins with a minus"},
+        {"moniva calc -- -5+20", "a sum that begins with a minus"},
         {"moniva calc", "type the keys"},
         {"moniva calc --auto-fill 1250+300", "digits as on a cash register"}}},
       {"doctor",

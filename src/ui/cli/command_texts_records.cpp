@@ -26,7 +26,7 @@ std::vector<CommandText> spendTexts() {
        "due by today is added at once.",
        {{"moniva spend add 12.50 -c Food -s Bakery --vendor \"Bäckerei Lang\" -a Cash", "an expense"},
         {"moniva spend add 2950 --income -c Salary --payer Weber -a Checking -d 2024-02-01", "income"},
-        {"moniva spend add 12.50+3×4 -c Food", "a sum: 62"},
+        {"moniva spend add 12.50+3×4 -c Food", "a sum, from left to right: 62.00"},
         {"moniva spend add 20 USD -c Travel -a \"Credit card\"", "converted at the rate known"},
         {"moniva spend add 18.40 --foreign 20 USD -c Travel -a \"Credit card\"", "paid in another currency"},
         {"moniva spend add 90 -c Clothes --pay Cash 20 --pay Checking 50",

@@ -157,9 +157,9 @@ void addRateCommands(CommandLine& line) {
   CLI::App* show = line.add(*rate, "show");
   auto shown = std::make_shared<RateShowOptions>();
   auto* from = show->add_option("FROM", shown->from, "A currency's code (else those of your list)");
-  show->add_option("TO", shown->to, "Another one (else your own currency)");
+  show->add_option("TO", shown->to, "The code of the other one (else your own currency)");
   show->add_flag("--all", shown->all, "Every rate known")->excludes(from);
-  show->add_flag("--direct", shown->direct, "Ask the first service for it now");
+  show->add_flag("--direct", shown->direct, "Ask the first service for the rate now");
   line.onRun(show, [shown](Session& session) { showRates(session, *shown); });
 
   CLI::App* conversion = line.add(*rate, "convert");
