@@ -28,18 +28,18 @@ std::string_view operatorKey(AmountToken::Kind kind) {
 }
 
 /// The digits of a number and its '.', without its sign.
-std::string digitsOf(const AmountToken& number) {
-  return fmt::format("{:.{}f}", std::abs(number.number), number.decimals);
+std::string digitsOf(const AmountToken& number, int mostDecimals) {
+  return fmt::format("{:.{}f}", std::abs(number.number), std::min(number.decimals, mostDecimals));
 }
 
 Result<> checkDigits(const CalculateNumberPadView& pad, const AmountToken& token) {
-  if (token.decimals > pad.decimalDigits()) {
+  if (decimalsThatCount(token) > pad.decimalDigits()) {
     return pad.decimalDigits() == 0
                ? refuse("'{}' has decimals, and there are none to calculate with", token.text)
                : refuse("'{}' has more decimals than the {} there are to calculate with", token.text,
                         pad.decimalDigits());
   }
-  const std::string digits = digitsOf(token);
+  const std::string digits = digitsOf(token, pad.decimalDigits());
   const auto first = std::ranges::find_if(digits, [](char c) { return c >= '1' && c <= '9'; });
   if (std::count_if(first, digits.end(), [](char c) { return c != '.'; }) >
       CalculateNumberPadView::kMostSignificant) {
@@ -65,6 +65,12 @@ bool press(CalculateNumberPadView& pad, std::string_view key) {
   return true;
 }
 
+int decimalsThatCount(const AmountToken& number) {
+  const std::string text = digitsOf(number, number.decimals);
+  const auto point = text.find('.');
+  return point == std::string::npos ? 0 : static_cast<int>(text.find_last_not_of('0') - point);
+}
+
 Result<double> pressed(CalculateNumberPadView& pad, std::span<const AmountToken> tokens,
                        std::vector<KeypadStep>* steps) {
   for (const auto& token : tokens) {
@@ -84,7 +90,8 @@ Result<double> pressed(CalculateNumberPadView& pad, std::span<const AmountToken>
       continue;
     }
     if (std::signbit(token.number)) pressKey("-");
-    for (const char c : digitsOf(token)) pressKey(c == '.' ? "•" : std::string_view(&c, 1));
+    for (const char c : digitsOf(token, pad.decimalDigits()))
+      pressKey(c == '.' ? "•" : std::string_view(&c, 1));
   }
   pressKey("=");
   pad.setAutoFillDecimalEnable(filledUp);

@@ -19,12 +19,6 @@ namespace {
 
 using Symbols = icu::DecimalFormatSymbols;
 
-/// Marks that only say in which direction text runs.
-bool isDirectionMark(UChar32 c) {
-  return c == 0x61C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) ||
-         (c >= 0x2066 && c <= 0x2069);
-}
-
 /// The text with the digits of any one script as ASCII and without marks of direction; nothing for digits of
 /// several scripts.
 std::optional<std::string> withPlainDigits(std::string_view text) {
@@ -41,7 +35,7 @@ std::optional<std::string> withPlainDigits(std::string_view text) {
       if (zero.value_or(c - digit) != c - digit) return std::nullopt;
       zero = c - digit;
       plain += static_cast<char>('0' + digit);
-    } else if (c < 0 || !isDirectionMark(c)) {
+    } else if (c < 0 || !isDirectionMark(static_cast<char32_t>(c))) {
       plain += text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(at - begin));
     }
   }
@@ -92,6 +86,11 @@ std::size_t placeOf(std::string_view text, std::size_t at) {
 }
 
 }  // namespace
+
+bool isDirectionMark(char32_t c) {
+  return c == 0x61C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) ||
+         (c >= 0x2066 && c <= 0x2069);
+}
 
 AmountReader::AmountReader(std::string_view localeName) {
   icu::Locale locale = localeNamed(localeName);

@@ -18,6 +18,9 @@ struct AmountToken {
   int decimals = 0;   ///< of a number: digits after its mark, noughts at the end too
 };
 
+/// Whether the sign only says in which direction text runs; amounts are printed with some, and read without.
+bool isDirectionMark(char32_t c);
+
 /// Reads amounts as people of one locale type them: its decimal mark, its separators of thousands, its
 /// digits. Plain digits with '.' before a fraction and nothing between thousands are understood in every
 /// locale. What may be two different numbers ("1.234" in German) is refused, with both.
