@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 
 #include "base/decimal.h"
 #include "base/text.h"
@@ -11,6 +12,8 @@ namespace {
 
 constexpr std::string_view kRefreshKey = "CurrencyManagerLastRefresh";
 constexpr std::string_view kRatesKey = "CurrencyManagerExchangeRates";
+/// Where they were loaded from.
+constexpr std::string_view kFileKey = "ExchangeRatesFile";
 
 Refusal noService() {
   return refuse("no service is set that exchange rates could come from").value();
@@ -25,11 +28,11 @@ CurrencyManager* CurrencyManager::sharedManager(Platform* platform) {
   return shared;
 }
 
-CurrencyManager::CurrencyManager(Platform& platform) : platform_(platform) {
-  loadKept();
+CurrencyManager::CurrencyManager(Platform& platform, FirstFetch first) : platform_(platform) {
+  loadKept(first);
 }
 
-void CurrencyManager::loadKept() {
+void CurrencyManager::loadKept(FirstFetch first) {
   const auto date = platform_.userDefaults->dateForKey(kRefreshKey);
   lastRefresh_ = date.value_or(platform_.now());
   if (const auto kept = platform_.userDefaults->objectForKey(kRatesKey)) {
@@ -41,7 +44,11 @@ void CurrencyManager::loadKept() {
     }
   }
   // Of rates without a date nobody knows the age.
-  if (exchangeRates_.empty() || !date) forceRefresh();
+  if (first == FirstFetch::atOnce && (exchangeRates_.empty() || !date)) forceRefresh();
+}
+
+std::string CurrencyManager::file() const {
+  return platform_.userDefaults->stringForKey(kFileKey).value_or("");
 }
 
 bool CurrencyManager::isOld(Date now) const {
@@ -61,6 +68,10 @@ void CurrencyManager::forceRefresh() {
     return;
   }
   refreshing_ = true;
+  outrun_ = false;
+  takenEarly_ = 0;
+  failure_.reset();
+  came_ = {};
   refreshQueue_.dispatch([this] { refreshExchangeRates(); });
 }
 
@@ -75,46 +86,72 @@ bool CurrencyManager::waitForRefresh(std::chrono::milliseconds time) {
   }
 }
 
+bool CurrencyManager::takeWhatCame() {
+  if (!refreshing_ || outrun_) return !failure_;
+  auto [table, number] = whatCame();
+  if (number > takenEarly_) {
+    finishRefreshWithExchangeRates(std::move(table));
+    outrun_ = false;
+    takenEarly_ = number;
+  } else if (number == 0 && !failure_) {
+    failure_ = refuse("no service has answered yet").value();
+  }
+  return number > 0;
+}
+
 void CurrencyManager::refreshExchangeRates() {
   const auto services = RateServices::of(*platform_.userDefaults);
-  std::optional<RateTable> found;
-  std::optional<Refusal> why;
-  for (const auto& url : {services.tableUrl(), services.secondTableUrl()}) {
-    if (url.empty()) continue;
-    auto table = askedOf(url);
-    if (!table) {
-      why = why ? refuse("{}; {}", *why, table.error()).value() : std::move(table.error());
-    } else if (found) {
-      table->merge(*found);
-      found = *std::move(table);
-    } else {
-      found = *std::move(table);
-    }
+  const auto ask = [this](std::size_t service, const std::string& url) {
+    if (url.empty()) return;
+    Answer answer;
+    answer.table = refreshExchangeRatesOn(url, &answer.why);
+    const std::scoped_lock lock(cameMutex_);
+    came_[service] = std::move(answer);
+  };
+  const auto second = std::async(std::launch::async, ask, 1, services.secondTableUrl());
+  ask(0, services.tableUrl());
+  second.wait();
+  platform_.mainQueue.dispatch([weak = std::weak_ptr(self_)] {
+    if (const auto self = weak.lock()) (**self).refreshEnded();
+  });
+}
+
+std::pair<RateTable, int> CurrencyManager::whatCame() {
+  const std::scoped_lock lock(cameMutex_);
+  RateTable table;
+  int number = 0;
+  for (const auto& answer : came_) {
+    if (!answer.table) continue;
+    RateTable over = *answer.table;
+    over.merge(table);
+    table = std::move(over);
+    ++number;
   }
-  platform_.mainQueue.dispatch(
-      [weak = std::weak_ptr(self_), found = std::move(found), why = std::move(why)]() mutable {
-        const auto self = weak.lock();
-        if (!self) return;
-        CurrencyManager& manager = **self;
-        manager.refreshing_ = false;
-        if (found) {
-          manager.finishRefreshWithExchangeRates(*std::move(found));
-        } else {
-          manager.failure_ = why ? std::move(*why) : noService();
-        }
-      });
+  return {std::move(table), number};
 }
 
-std::optional<RateTable> CurrencyManager::refreshExchangeRatesOn(const std::string& url) {
-  auto table = askedOf(url);
-  if (!table) return std::nullopt;
-  return *std::move(table);
+void CurrencyManager::refreshEnded() {
+  refreshing_ = false;
+  if (outrun_) return;
+  auto [table, number] = whatCame();
+  if (number > takenEarly_) finishRefreshWithExchangeRates(std::move(table));
+  std::optional<Refusal> why;
+  for (const auto& answer : came_) {
+    if (answer.why) why = why ? refuse("{}; {}", *why, *answer.why).value() : *answer.why;
+  }
+  if (number > 0) {
+    partFailure_ = std::move(why);
+  } else {
+    failure_ = why ? std::move(why) : noService();
+  }
 }
 
-Result<RateTable> CurrencyManager::askedOf(const std::string& url) {
-  const auto failed = [&](const Refusal& why) {
-    platform_.log.line(fmt::format("==get currency rate: {}", why));
-    return tl::make_unexpected(why);
+std::optional<RateTable> CurrencyManager::refreshExchangeRatesOn(const std::string& url,
+                                                                 std::optional<Refusal>* why) {
+  const auto failed = [&](const Refusal& reason) {
+    platform_.log.line(fmt::format("==get currency rate: {}", reason));
+    if (why != nullptr) *why = reason;
+    return std::nullopt;
   };
   const auto reply = platform_.http->get(url);
   if (!reply) return failed(reply.error());
@@ -127,18 +164,25 @@ Result<RateTable> CurrencyManager::askedOf(const std::string& url) {
     return failed(refuse("{}: {}", RateServices::hostOf(url), table.error()).value());
   }
   platform_.log.line(fmt::format("==get currency rate Succesful rateJson:{} url:{}", table->size(), url));
-  return table;
+  return *std::move(table);
 }
 
-void CurrencyManager::finishRefreshWithExchangeRates(RateTable table) {
+void CurrencyManager::finishRefreshWithExchangeRates(RateTable table, const std::string& file) {
   lastRefresh_ = platform_.now();
   exchangeRates_ = std::move(table);
   exchangeRates_.try_emplace(std::string(baseCurrency), 1.0F);
   conversionDict_.clear();
   failure_.reset();
+  partFailure_.reset();
+  outrun_ = refreshing_;
   auto& defaults = *platform_.userDefaults;
   defaults.setDate(lastRefresh_, kRefreshKey);
   defaults.setObject(jsonOf(exchangeRates_), kRatesKey);
+  if (file.empty()) {
+    defaults.removeObjectForKey(kFileKey);
+  } else {
+    defaults.setString(file, kFileKey);
+  }
   if (const auto kept = defaults.synchronize(); !kept)
     platform_.log.line(fmt::format("==get currency rate: the rates are not kept: {}", kept.error()));
   platform_.notifications.post(notification::kExchangeRateRefreshFinished);

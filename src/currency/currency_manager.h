@@ -1,58 +1,42 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "calendar/date.h"
+#include "currency/rate_services.h"
 #include "currency/rate_table.h"
 #include "platform/platform.h"
 
 namespace moniva {
 
-/// Where exchange rates come from: the beginnings of addresses, "" for a service that is not to be asked.
-/// They are settings of the device.
-struct RateServices {
-  static constexpr std::string_view kPrimaryKey = "ExchangeRateService";
-  static constexpr std::string_view kSecondaryKey = "ExchangeRateSecondaryService";
-  static constexpr std::string_view kUsualPrimary = "https://api.exchangerate-api.com";
-  static constexpr std::string_view kUsualSecondary = "https://api.frankfurter.dev/v1";
-
-  std::string primary;
-  std::string secondary;
-
-  /// What the settings say, else the usual ones.
-  static RateServices of(const UserDefaults& defaults);
-  /// Refuses what is neither "" nor an https address (http only of this machine itself).
-  static Result<> check(const std::string& address);
-
-  // "" for a service that is not to be asked; addresses may end in a slash.
-  std::string tableUrl() const;                      ///< primary + "/v4/latest/USD"
-  std::string pairUrl(std::string_view code) const;  ///< primary + "/v4/latest/%@"
-  std::string secondTableUrl() const;                ///< secondary + "/latest?base=USD"
-  /// Whom a URL asks: "api.exchangerate-api.com".
-  static std::string hostOf(std::string_view url);
-};
+/// Whether a manager made where no table is kept begins to fetch one.
+enum class FirstFetch { atOnce, whenAsked };
 
 /// The exchange rates this device knows, kept in its settings and refreshed in the background. Made where
-/// rates are asked for first: the first one made without a table kept begins to fetch one.
+/// rates are asked for first.
 ///
 /// Belongs to the main thread, where tables are replaced; refreshes run on a thread of their own.
 class CurrencyManager {
  public:
-  static constexpr std::string_view baseCurrency = "USD";
+  static constexpr std::string_view baseCurrency = kBaseCurrency;
   static constexpr double kRefreshAfter = 43'200;  ///< seconds
   static constexpr double kOldAfter =
       30 * 24 * 3600.0;  ///< seconds; older rates are used, and said to be old
 
-  /// The running program's manager. The composition root calls it with the platform; that call makes it,
-  /// once, and every later call gives the same one. Null before.
+  /// For a front end with one platform for its whole life, which has to outlive it; the command line keeps a
+  /// manager of its own in its session. The first call with a platform makes it, and every later call gives
+  /// the same one. Null before.
   static CurrencyManager* sharedManager(Platform* platform = nullptr);
-  explicit CurrencyManager(Platform& platform);
+  explicit CurrencyManager(Platform& platform, FirstFetch first = FirstFetch::atOnce);
   /// Waits for a refresh that is under way; who is in a hurry ends its requests first (`platform.http`).
   ~CurrencyManager() = default;
   CurrencyManager(const CurrencyManager&) = delete;
@@ -62,6 +46,8 @@ class CurrencyManager {
   Date lastRefresh() const { return lastRefresh_; }
   /// Empty where none was ever fetched.
   const RateTable& exchangeRates() const { return exchangeRates_; }
+  /// The file the table was loaded from; "" for one that was fetched.
+  std::string file() const;
   /// Whether there is a table and it is older than kOldAfter at that moment.
   bool isOld(Date now) const;
 
@@ -83,16 +69,25 @@ class CurrencyManager {
   bool isRefreshing() const { return refreshing_; }
   /// Runs the main queue until the refresh has ended, at most that long. On the main thread. Whether it has.
   bool waitForRefresh(std::chrono::milliseconds time);
-  /// Why the last refresh changed nothing; nothing after one that did.
+  /// For who waits no longer: takes what one service has answered while the other is still waited for; what
+  /// the other answers later is taken over it. On the main thread. Whether anything came; where nothing did,
+  /// `refreshFailure` says so until something does.
+  bool takeWhatCame();
+  /// Why the last refresh changed nothing; nothing after one that did, and while one begins.
   const std::optional<Refusal>& refreshFailure() const { return failure_; }
+  /// Why one service gave no rates to a refresh that took those of the other.
+  const std::optional<Refusal>& partFailure() const { return partFailure_; }
 
-  /// The work of a refresh: asks both services, the second's rates over the first's, and hands what came to
-  /// the main thread. Off the main thread.
+  /// The work of a refresh: asks both services at once and hands what came, the second's rates over the
+  /// first's, to the main thread, where it is dropped if another table was taken meanwhile. Off the main
+  /// thread.
   void refreshExchangeRates();
-  /// One service's table; nothing, with the reason in the log, where it gives none.
-  std::optional<RateTable> refreshExchangeRatesOn(const std::string& url);
-  /// Takes the table, keeps it in the settings, posts `kExchangeRateRefreshFinished`. On the main thread.
-  void finishRefreshWithExchangeRates(RateTable table);
+  /// One service's table; nothing, with the reason in the log and in `why`, where it gives none.
+  std::optional<RateTable> refreshExchangeRatesOn(const std::string& url,
+                                                  std::optional<Refusal>* why = nullptr);
+  /// Takes the table, keeps it in the settings, posts `kExchangeRateRefreshFinished`. `file` is where it was
+  /// loaded from, "" for a table that was fetched. On the main thread.
+  void finishRefreshWithExchangeRates(RateTable table, const std::string& file = {});
 
   /// What one of `from` is in `toCurrency`; 1 where they are the same and where one of them is not in the
   /// table (`knowsRate` tells).
@@ -104,9 +99,16 @@ class CurrencyManager {
                                                 std::string_view toCurrency);
 
  private:
-  void loadKept();
-  /// One service's table; each way it can go is told in the log.
-  Result<RateTable> askedOf(const std::string& url);
+  /// What came of a service so far: a table, or why there is none.
+  struct Answer {
+    std::optional<RateTable> table;
+    std::optional<Refusal> why;
+  };
+
+  void loadKept(FirstFetch first);
+  /// The tables that came in one, the second's rates over the first's, and how many they are.
+  std::pair<RateTable, int> whatCame();
+  void refreshEnded();
   /// What is known of one code in the other; nothing where it would not fit in single precision either.
   std::optional<float> pairRate(std::string_view from, std::string_view toCurrency) const;
 
@@ -117,14 +119,19 @@ class CurrencyManager {
   std::map<std::string, float, std::less<>> conversionDict_;
   mutable std::map<std::string, std::string, std::less<>> currencySymbolDict_;
   std::optional<Refusal> failure_;
+  std::optional<Refusal> partFailure_;
   bool refreshing_ = false;
+  bool outrun_ = false;   ///< another table was taken since the refresh began
+  int takenEarly_ = 0;    ///< tables of the refresh under way that are in use already
+  std::mutex cameMutex_;  ///< of came_
+  std::array<Answer, 2> came_;
   /// Gone with the object, so that what was handed to the main queue knows.
   std::shared_ptr<CurrencyManager*> self_ = std::make_shared<CurrencyManager*>(this);
   /// Declared last: its block uses everything above until it has ended.
   WorkQueue refreshQueue_;
 };
 
-/// `amount` times the rate as it is shown (decimalOf), `rounded` to that many decimals.
+/// `amount` times `rate` (a table's goes through decimalOf first), `rounded` to that many decimals.
 double converted(double amount, double rate, int digits);
 
 }  // namespace moniva

@@ -1,8 +1,12 @@
+#include "currency/rate_services.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 
-#include "currency/currency_manager.h"
+#include "currency/rate_table.h"
+#include "platform/http_client.h"
 
 namespace moniva {
 namespace {
@@ -34,10 +38,22 @@ std::string_view withoutPort(std::string_view authority) {
   return authority.substr(0, authority.find(':'));
 }
 
-bool isThisMachine(std::string_view host) {
-  const auto isOfNumber = [](char c) { return c == '.' || (c >= '0' && c <= '9'); };
-  return host == "localhost" || host == "[::1]" ||
-         (host.starts_with("127.") && std::all_of(host.begin(), host.end(), isOfNumber));
+/// Whether what stands behind the host is nothing, or a port there can be.
+bool isPort(std::string_view text) {
+  if (text.empty()) return true;
+  unsigned port = 0;
+  const char* const end = text.data() + text.size();
+  const auto read = std::from_chars(text.data() + 1, end, port);
+  return text[0] == ':' && read.ec == std::errc() && read.ptr == end && port >= 1 && port <= 65'535;
+}
+
+/// Whether the address begins with that scheme, in capitals or not.
+bool hasScheme(std::string_view address, std::string_view scheme) {
+  const auto isSame = [](char c, char small) {
+    return c == small || (c >= 'A' && c <= 'Z' && c - 'A' + 'a' == small);
+  };
+  return address.size() >= scheme.size() && std::equal(scheme.begin(), scheme.end(), address.begin(),
+                                                       [&](char small, char c) { return isSame(c, small); });
 }
 
 }  // namespace
@@ -58,13 +74,15 @@ Result<> RateServices::check(const std::string& address) {
     return refuse("'{}' names a user; services are asked without one", address);
   if (address.find_first_of("?#") != std::string::npos)
     return refuse("'{}' does not end with a path; what is asked for is added to it", address);
-  if (!address.starts_with(kSecure) && !(address.starts_with(kPlain) && isThisMachine(host)))
+  if (!isPort(authority.substr(host.size())))
+    return refuse("'{}' has no port that there can be; ports go from 1 to 65535", address);
+  if (!hasScheme(address, kSecure) && !(hasScheme(address, kPlain) && isThisMachine(host)))
     return refuse("'{}' does not begin with https://", address);
   return {};
 }
 
 std::string RateServices::tableUrl() const {
-  return pairUrl(CurrencyManager::baseCurrency);
+  return pairUrl(kBaseCurrency);
 }
 
 std::string RateServices::pairUrl(std::string_view code) const {
@@ -72,7 +90,7 @@ std::string RateServices::pairUrl(std::string_view code) const {
 }
 
 std::string RateServices::secondTableUrl() const {
-  return joined(secondary, "/latest?base=USD");
+  return joined(secondary, fmt::format("/latest?base={}", kBaseCurrency));
 }
 
 std::string RateServices::hostOf(std::string_view url) {

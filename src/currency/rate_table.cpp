@@ -14,8 +14,6 @@ namespace {
 
 namespace json = boost::json;
 
-constexpr std::string_view kDollar = "USD";
-
 /// A rate that can be reckoned with, in single precision; nothing for what is none.
 std::optional<float> rateOf(const json::value& value) {
   if (!value.is_number()) return std::nullopt;
@@ -38,7 +36,7 @@ Result<RateTable> tableOf(const json::object& rates) {
     if (!rate) return refuse("the rate of {} is {}, where a number above zero has to be", code, shown(value));
     table.emplace_hint(table.end(), code, *rate);
   }
-  const auto dollar = table.try_emplace(std::string(kDollar), 1.0F).first;
+  const auto dollar = table.try_emplace(std::string(kBaseCurrency), 1.0F).first;
   if (dollar->second != 1.0F) return refuse("the rates are not those of the US dollar");
   if (table.size() == 1) return refuse("there is no rate in it");
   return table;

@@ -10,6 +10,9 @@
 
 namespace moniva {
 
+/// The currency that every rate is based on.
+constexpr std::string_view kBaseCurrency = "USD";
+
 /// What one US dollar is in each currency, by ISO 4217 code. Every rate is finite and above zero; the US
 /// dollar itself is there with 1.
 using RateTable = std::map<std::string, float, std::less<>>;

@@ -27,6 +27,10 @@ struct HttpReply {
   }
 };
 
+/// Whether a host is this machine itself: "localhost", "[::1]" and the numbers from 127.0.0.0 on, written as
+/// four. What only begins like one of them is another machine.
+bool isThisMachine(std::string_view host);
+
 /// What one request may take. A server that goes beyond it is given up.
 struct HttpLimits {
   std::chrono::milliseconds connect{5'000};

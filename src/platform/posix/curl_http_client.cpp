@@ -83,16 +83,11 @@ class WebAddress {
   std::string scheme() const { return part(CURLUPART_SCHEME); }
   std::string host() const { return part(CURLUPART_HOST); }
   /// "127.1" and the like have become four numbers when they come out of libcurl.
-  bool isThisMachine() const {
-    const std::string name = host();
-    const bool numbers = name.find_first_not_of("0123456789.") == std::string::npos &&
-                         std::count(name.begin(), name.end(), '.') == 3;
-    return name == "localhost" || name == "[::1]" || (numbers && name.starts_with("127."));
-  }
+  bool isLocal() const { return isThisMachine(host()); }
   bool isSecure() const { return scheme() == "https"; }
   bool hasUser() const { return !part(CURLUPART_USER).empty() || !part(CURLUPART_PASSWORD).empty(); }
   bool mayBeAsked() const {
-    return !hasUser() && !host().empty() && (isSecure() || (scheme() == "http" && isThisMachine()));
+    return !hasUser() && !host().empty() && (isSecure() || (scheme() == "http" && isLocal()));
   }
   CURLU* handle() const { return url_.get(); }
 
@@ -199,7 +194,7 @@ class Exchange {
       set(CURLOPT_CAINFO_BLOB, &blob);
       set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
     }
-    if (address.isThisMachine()) set(CURLOPT_NOPROXY, "*");
+    if (address.isLocal()) set(CURLOPT_NOPROXY, "*");
     set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     set(CURLOPT_NOSIGNAL, 1L);
     // A name that is still being looked up is not waited for.

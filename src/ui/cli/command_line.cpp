@@ -58,12 +58,12 @@ const CLI::Option* findOption(const CLI::App* app, const std::string& name) {
 }
 
 /// The exit code, once all output is written; what could not be is told of.
-int ended(int exitCode, Terminal terminal, const Session& session) {
+int ended(int exitCode, Terminal terminal, Session& session) {
   terminal.out.flush();
   if (terminal.out) return exitCode;
   const Phrase what = exitCode == 0 ? phrase("done, but standard output could not be written")
                                     : phrase("standard output could not be written");
-  terminal.err << "moniva: " << what.in(session.translate()) << '\n';
+  session.complain(fmt::format("moniva: {}", what.in(session.translate())));
   return exitCode == 0 ? CommandError::kRefused : exitCode;
 }
 

@@ -40,7 +40,7 @@ void Progress::moveTo(std::uint64_t done) {
 }
 
 void Progress::finish() {
-  if (drawnAt_ && !finished_) place_.out << clearLine << std::flush;
+  if (drawnAt_ && !finished_) write(clearLine);
   finished_ = true;
 }
 
@@ -59,7 +59,13 @@ void Progress::draw() {
   // A line as wide as the terminal would wrap, and then no longer be drawn over.
   const std::size_t room = place_.width > 1 ? place_.width - 1 : 1;
   const std::string line = truncateToWidth(label_ + "  " + drawing + figures, room);
-  place_.out << clearLine << place_.style.dim(line) << std::flush;
+  write(clearLine + place_.style.dim(line));
+}
+
+void Progress::write(const std::string& text) {
+  const auto lock =
+      place_.mutex != nullptr ? std::unique_lock(*place_.mutex) : std::unique_lock<std::mutex>();
+  place_.out << text << std::flush;
 }
 
 }  // namespace moniva

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -16,6 +17,7 @@ struct ProgressPlace {
   bool shown = false;      ///< the stream is a terminal and the person has not asked for quiet
   std::size_t width = 80;  ///< of the terminal, in cells
   Style style;
+  std::mutex* mutex = nullptr;  ///< held while something is drawn, where other threads write there too
 };
 
 /// A line that tells how far a long task has come, drawn over itself and gone when the task ends:
@@ -44,6 +46,7 @@ class Progress {
 
  private:
   void draw();
+  void write(const std::string& text);
 
   ProgressPlace place_;
   Clock clock_;

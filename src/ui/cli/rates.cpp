@@ -13,52 +13,24 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// How long a conversion waits for newer rates, and for the first ones.
-constexpr milliseconds kPatience{3'000};
-constexpr milliseconds kFirstPatience{15'000};
-
-}  // namespace
-
-void freshenRates(Session& session) {
-  CurrencyManager& rates = session.rates();
-  const bool isFirst = rates.exchangeRates().empty();
-  // One that failed in this run would only be waited for once more.
-  if (!isFirst && !rates.refreshFailure()) rates.refreshIfNeeded();
-  if (!rates.isRefreshing()) return;
-  const auto most = isFirst ? kFirstPatience : kPatience;
-  constexpr std::chrono::seconds kSecond{1};
-  constexpr milliseconds kSlice{100};
-  Progress progress(session.progressPlace(), Session::watch, session.text("Fetching exchange rates"),
-                    static_cast<std::uint64_t>(most / kSecond));
-  for (auto waited = kSlice; waited <= most && !rates.waitForRefresh(kSlice); waited += kSlice)
-    progress.moveTo(static_cast<std::uint64_t>(waited / kSecond));
+bool asksNobody(Session& session) {
+  const auto services = RateServices::of(*session.platform().userDefaults);
+  return services.primary.empty() && services.secondary.empty();
 }
 
-void sayWhereOld(Session& session) {
-  const CurrencyManager& rates = session.rates();
-  if (rates.exchangeRates().empty() || !rates.isOld(session.now())) return;
-  session.sayOnce(session.text("The exchange rates are of {}; newer ones: moniva rate refresh",
-                               stringOfDateMediumStyle(session.calendar(), rates.lastRefresh())));
-}
-
-std::optional<double> rateKnown(Session& session, const std::string& from, const std::string& to) {
-  if (from == to) return 1.0;
-  freshenRates(session);
-  CurrencyManager& rates = session.rates();
-  if (!rates.knowsRate(from, to)) return std::nullopt;
-  sayWhereOld(session);
-  return decimalOf(rates.exchangeRateFromCurrency(from, to));
-}
-
+/// Why there is no rate between them, and how to go on: by --rate too for a command that takes it.
 Refusal noRate(Session& session, const std::string& from, const std::string& to, bool takesRate) {
   const CurrencyManager& rates = session.rates();
-  const auto services = RateServices::of(*session.platform().userDefaults);
-  const bool isOff = services.primary.empty() && services.secondary.empty();
-  Phrase goOn = isOff ? phrase("take rates from a file with: moniva rate load FILE")
-                      : phrase("fetch rates with: moniva rate refresh");
+  Phrase goOn = asksNobody(session) ? phrase("take rates from a file with: moniva rate load FILE")
+                                    : phrase("fetch rates with: moniva rate refresh");
   if (takesRate) goOn = phrase("give the rate with --rate, or {}", goOn);
-  if (!rates.exchangeRates().empty()) {
-    const bool isFromMissing = !rates.exchangeRates().contains(from);
+  const auto& table = rates.exchangeRates();
+  if (table.contains(from) && table.contains(to)) {
+    return Refusal(
+        phrase("the rate between {} and {} is beyond what can be reckoned with; {}", from, to, goOn));
+  }
+  if (!table.empty()) {
+    const bool isFromMissing = !table.contains(from);
     return Refusal(phrase("no exchange rate of {} is known; {}", isFromMissing ? from : to, goOn));
   }
   const auto& failure = rates.refreshFailure();
@@ -66,9 +38,56 @@ Refusal noRate(Session& session, const std::string& from, const std::string& to,
                          : phrase("no exchange rates are known; {}", goOn));
 }
 
-double rateBetween(Session& session, const std::string& from, const std::string& to) {
+}  // namespace
+
+void freshenRates(Session& session, milliseconds patience, milliseconds firstPatience) {
+  CurrencyManager& rates = session.rates();
+  const bool isFirst = rates.exchangeRates().empty();
+  // One that failed in this run, or did not answer, would only be waited for once more.
+  if (rates.refreshFailure()) return;
+  if (!isFirst) rates.refreshIfNeeded();
+  if (!rates.isRefreshing()) return;
+  const auto most = isFirst ? firstPatience : patience;
+  constexpr std::chrono::seconds kSecond{1};
+  constexpr milliseconds kSlice{100};
+  Progress progress(session.progressPlace(), Session::watch, session.text("Fetching exchange rates"),
+                    static_cast<std::uint64_t>(most / kSecond));
+  for (auto waited = kSlice; waited <= most && !rates.waitForRefresh(kSlice); waited += kSlice)
+    progress.moveTo(static_cast<std::uint64_t>(waited / kSecond));
+  progress.finish();
+  if (rates.takeWhatCame() || isFirst) return;
+  session.sayOnce(session.text("The exchange rates could not be brought up to date; those of {} are used.",
+                               ratesDay(session)));
+}
+
+std::string ratesDay(Session& session) {
+  return stringOfDateMediumStyle(session.calendar(), session.rates().lastRefresh());
+}
+
+std::string rateDayText(Session& session) {
+  return session.text("of {}", ratesDay(session));
+}
+
+void sayWhereOld(Session& session) {
+  const CurrencyManager& rates = session.rates();
+  // Where they were tried to be brought up to date in vain, that was said.
+  const bool isTold = rates.refreshFailure() && !asksNobody(session);
+  if (isTold || !rates.isOld(session.now())) return;
+  session.sayOnce(
+      session.text("The exchange rates are of {}; newer ones: moniva rate refresh", ratesDay(session)));
+}
+
+std::optional<double> rateKnown(Session& session, const std::string& from, const std::string& to) {
+  if (from == to) return 1.0;
+  CurrencyManager& rates = session.rates();
+  if (!rates.knowsRate(from, to)) return std::nullopt;
+  sayWhereOld(session);
+  return decimalOf(rates.exchangeRateFromCurrency(from, to));
+}
+
+double rateBetween(Session& session, const std::string& from, const std::string& to, bool takesRate) {
   if (const auto rate = rateKnown(session, from, to)) return *rate;
-  throw CommandError(CommandError::kRefused, noRate(session, from, to, true));
+  throw CommandError(CommandError::kRefused, noRate(session, from, to, takesRate));
 }
 
 std::string rateText(Session& session, double rate, int digits) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -9,21 +10,25 @@
 /// Exchange rates and currencies as commands ask for them.
 namespace moniva {
 
-/// What one of `from` is in `to` for a person who asked for a conversion. Rates more than half a day old are
-/// fetched first where that takes no more than a moment; where it does, and where there is no network, those
-/// known are used. Says on standard error when they are older than thirty days. Ends the command, with how to
-/// go on (--rate, rate refresh), where no rate is known.
-double rateBetween(Session& session, const std::string& from, const std::string& to);
+/// Fetches rates where those known are more than half a day old, and waits that long at most, `firstPatience`
+/// where there are none yet. Takes what came by then; where nothing did, says so and leaves those known in
+/// use. Waits once in a run for services that do not answer. Never with the store locked for a change.
+void freshenRates(Session& session, std::chrono::milliseconds patience = std::chrono::seconds(3),
+                  std::chrono::milliseconds firstPatience = std::chrono::seconds(15));
 
-/// The same for the commands about rates themselves: nothing where no rate is known.
+/// What one of `from` is in `to` by the rates known; nothing is fetched (`freshenRates` before it does). Says
+/// on standard error when they are older than thirty days. Ends the command where no rate is known, with how
+/// to go on: by --rate too for a command that takes it.
+double rateBetween(Session& session, const std::string& from, const std::string& to, bool takesRate = true);
+/// The same; nothing where no rate is known.
 std::optional<double> rateKnown(Session& session, const std::string& from, const std::string& to);
-/// Why there is no rate between them, and how to go on: by --rate too for a command that takes it.
-Refusal noRate(Session& session, const std::string& from, const std::string& to, bool takesRate = false);
-/// Fetches rates where those known are more than half a day old, as `rateBetween` does.
-void freshenRates(Session& session);
 /// Says once that the rates are older than thirty days, where they are.
 void sayWhereOld(Session& session);
 
+/// "Nov 21, 2026": the day of the rates in use.
+std::string ratesDay(Session& session);
+/// The same for sentences that tell a rate: "of Nov 21, 2026".
+std::string rateDayText(Session& session);
 /// "0.9206": a rate with that many digits at most (else as many as it has), in the person's locale.
 std::string rateText(Session& session, double rate, int digits = kMostAmountDigits);
 

@@ -137,8 +137,10 @@ void Session::prepare() {
   platform_->images = std::make_unique<GdImages>();
   platform_->http = std::make_unique<CurlHttpClient>();
   if (options_.verbose) {
-    platform_->log.setSink(
-        [this](std::string_view line) { terminal_.err << errStyle_.dim(printable(line)) << '\n'; });
+    platform_->log.setSink([this](std::string_view line) {
+      const std::scoped_lock lock(errMutex_);
+      terminal_.err << errStyle_.dim(printable(line)) << '\n';
+    });
   }
 }
 
@@ -248,8 +250,8 @@ bool Session::guessesCurrency() const {
   return !root_ || !root_->monivaAccount || root_->monivaAccount->currency.empty();
 }
 
-CurrencyManager& Session::rates() {
-  if (!rates_) rates_ = std::make_unique<CurrencyManager>(*platform_);
+CurrencyManager& Session::rates(FirstFetch first) {
+  if (!rates_) rates_ = std::make_unique<CurrencyManager>(*platform_, first);
   return *rates_;
 }
 
@@ -266,6 +268,7 @@ void Session::sayOnce(const std::string& message) {
 }
 
 void Session::complain(std::string_view message) {
+  const std::scoped_lock lock(errMutex_);
   terminal_.err << printableLines(message) << '\n';
 }
 
@@ -277,7 +280,8 @@ ProgressPlace Session::progressPlace() {
   return {.out = terminal_.err,
           .shown = terminal_.errIsTerminal && !options_.quiet,
           .width = terminal_.errWidth,
-          .style = errStyle_};
+          .style = errStyle_,
+          .mutex = &errMutex_};
 }
 
 double Session::watch() {

@@ -6,6 +6,7 @@
 #include <iosfwd>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -130,8 +131,8 @@ class Session {
   /// Whether that is a guess, for want of a book.
   bool guessesCurrency() const;
   /// The exchange rates of this device. To be asked for by a command that needs them only: where there are
-  /// none yet, they begin to be fetched.
-  CurrencyManager& rates();
+  /// none yet, they begin to be fetched, unless the first to ask says otherwise.
+  CurrencyManager& rates(FirstFetch first = FirstFetch::atOnce);
   /// The answer of a command that changed something: one line on standard output.
   void answer(std::string_view line);
   /// A line for the person on standard error; nothing with --quiet.
@@ -160,6 +161,8 @@ class Session {
 
   GlobalOptions options_;
   Terminal terminal_;
+  /// Of terminal_.err: requests under way write their log from threads of their own.
+  std::mutex errMutex_;
   Style style_;
   Style errStyle_;
   std::unique_ptr<Platform> platform_;

@@ -29,6 +29,14 @@ bool isAmong(const Codes& codes, const std::string& code) {
   return std::ranges::find(codes, code) != codes.end();
 }
 
+Codes withoutRepeats(const Codes& codes) {
+  Codes once;
+  for (const auto& code : codes) {
+    if (!isAmong(once, code)) once.push_back(code);
+  }
+  return once;
+}
+
 Codes listOfOwn(Session& session) {
   auto codes = DoDB::getCurrencyList(session.root());
   if (codes.empty()) throw CommandError(CommandError::kRefused, refusalOfStore(session.root()).value());
@@ -125,7 +133,7 @@ void addCurrencies(Session& session, const Codes& typed) {
     for (const auto& code : typed) {
       const auto what = addCurrency(session.root(), code);
       if (!what) return tl::make_unexpected(what.error());
-      if (!isAmong(added, code)) (*what == CurrencyAdded::present ? present : added).push_back(code);
+      (*what == CurrencyAdded::present ? present : added).push_back(code);
     }
     return {};
   }));
@@ -174,7 +182,8 @@ void addCurrencyCommands(CommandLine& line) {
     auto codes = std::make_shared<Codes>();
     change->add_option("CODE", *codes, "Codes, such as CHF")->required();
     line.onRun(change, [codes, adds](Session& session) {
-      return adds ? addCurrencies(session, *codes) : removeCurrencies(session, *codes);
+      const auto once = withoutRepeats(*codes);
+      return adds ? addCurrencies(session, once) : removeCurrencies(session, once);
     });
   }
 }

@@ -126,6 +126,8 @@ void addDoctorCommand(CommandLine& line) {
       doctor,
       [options](Session& session) {
         if (options->aside) return setAside(session);
+        if (options->clock && !session.options().now.empty())
+          throw notUnderstood("--clock looks at the clock of this device; leave out --now");
         session.launch();
         if (options->clock) return examineClock(session, options->server);
         examine(session);

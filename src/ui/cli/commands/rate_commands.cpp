@@ -37,20 +37,14 @@ std::string shortRate(Session& session, double rate) {
   return rateText(session, rate, 6);
 }
 
-double rateOrEnd(Session& session, const std::string& from, const std::string& to) {
-  if (const auto rate = rateKnown(session, from, to)) return *rate;
-  throw CommandError(CommandError::kRefused, noRate(session, from, to));
+json::object jsonOfPairs(Session& session, json::array pairs) {
+  auto object = jsonOfSource(session);
+  object["pairs"] = std::move(pairs);
+  return object;
 }
 
-json::object jsonOfRates(Session& session, json::array rates) {
-  auto& manager = session.rates();
-  return {{"lastRefresh", isoDate(session, manager.lastRefresh())},
-          {"isOld", manager.isOld(session.now())},
-          {"file", loadedFrom(session)},
-          {"exchangeRates", std::move(rates)}};
-}
-
-json::object jsonOfPair(const std::string& from, const std::string& to, double rate) {
+/// `rate` is null where it is not known.
+json::object jsonOfPair(const std::string& from, const std::string& to, const json::value& rate) {
   return {{"from", from}, {"to", to}, {"rate", rate}};
 }
 
@@ -75,7 +69,8 @@ void showRateTable(Session& session, bool all) {
   const std::string own = session.defaultCurrency();
   freshenRates(session);
   auto& rates = session.rates();
-  if (rates.exchangeRates().empty()) rateOrEnd(session, own, own == "USD" ? "EUR" : "USD");
+  // Ends the command.
+  if (rates.exchangeRates().empty()) rateBetween(session, own, own == "USD" ? "EUR" : "USD", false);
   sayWhereOld(session);
   json::array list;
   Table table({{.title = session.text("Currency"), .isWhole = true},
@@ -83,18 +78,14 @@ void showRateTable(Session& session, bool all) {
                {.title = session.text("1 {} is", own), .align = Align::right},
                {.title = session.text("1 of it is"), .align = Align::right}});
   const auto cell = [&](const std::string& from, const std::string& to) {
-    const double rate = decimalOf(rates.exchangeRateFromCurrency(from, to));
-    list.push_back(jsonOfPair(from, to, rate));
-    return Cell(fmt::format("{} {}", shortRate(session, rate), to));
+    const auto rate = rateKnown(session, from, to);
+    list.push_back(jsonOfPair(from, to, rate ? json::value(*rate) : json::value()));
+    return rate ? Cell(fmt::format("{} {}", shortRate(session, *rate), to))
+                : Cell(session.text("not known"), ink::dim);
   };
-  for (const auto& code : currenciesToShow(session, own, all)) {
-    if (rates.knowsRate(own, code) && rates.knowsRate(code, own)) {
-      table.addRow({code, currencyNamed(session, code).name, cell(own, code), cell(code, own)});
-    } else {
-      table.addRow({code, currencyNamed(session, code).name, Cell(session.text("not known"), ink::dim)});
-    }
-  }
-  if (session.options().json) return session.printJson(jsonOfRates(session, std::move(list)));
+  for (const auto& code : currenciesToShow(session, own, all))
+    table.addRow({code, currencyNamed(session, code).name, cell(own, code), cell(code, own)});
+  if (session.options().json) return session.printJson(jsonOfPairs(session, std::move(list)));
   session.out() << table.render(session.style(), session.width());
   session.answer(sourceText(session));
 }
@@ -110,12 +101,13 @@ void showRatePair(Session& session, const RateShowOptions& options) {
     rate = decimalOf(done(CurrencyManager::exchangeRateFromCurrency(session.platform(), from, to)));
     back = decimalOf(static_cast<float>(1 / rate));
   } else {
-    rate = rateOrEnd(session, from, to);
-    back = rateOrEnd(session, to, from);
+    freshenRates(session);
+    rate = rateBetween(session, from, to, false);
+    back = rateBetween(session, to, from, false);
   }
   if (session.options().json) {
     if (options.direct) return session.printJson(jsonOfPair(from, to, rate));
-    return session.printJson(jsonOfRates(session, {jsonOfPair(from, to, rate), jsonOfPair(to, from, back)}));
+    return session.printJson(jsonOfPairs(session, {jsonOfPair(from, to, rate), jsonOfPair(to, from, back)}));
   }
   const auto sentence = session.text("1 {} is {} {}, and 1 {} is {} {}.", from, rateText(session, rate), to,
                                      to, shortRate(session, back), from);
@@ -133,13 +125,16 @@ void convertAmount(Session& session, const RateConvertOptions& options) {
   const std::string to =
       options.to.empty() ? session.defaultCurrency() : currencyCodeTyped(session, options.to);
   const double amount = amountTyped(session, options.amount, from, options.amounts);
-  const double rate = rateOrEnd(session, from, to);
+  if (from != to) freshenRates(session);
+  const double rate = rateBetween(session, from, to, false);
   const double result = converted(amount, rate, currencyDigits(to));
   if (session.options().json) {
     auto object = jsonOfPair(from, to, rate);
     object["amount"] = amount;
     object["converted"] = result;
-    object["lastRefresh"] = isoDate(session, session.rates().lastRefresh());
+    if (from != to) {
+      for (auto& member : jsonOfSource(session)) object[member.key()] = std::move(member.value());
+    }
     return session.printJson(object);
   }
   const auto& amounts = session.amounts();
@@ -148,9 +143,9 @@ void convertAmount(Session& session, const RateConvertOptions& options) {
                                        amounts.formatWithCode(amount, from),
                                        amounts.formatWithCode(result, to)));
   }
-  session.answer(session.text("{} is {}, at {} of {}.", amounts.formatWithCode(amount, from),
+  session.answer(session.text("{} is {}. The rate is {}, {}.", amounts.formatWithCode(amount, from),
                               amounts.formatWithCode(result, to), rateText(session, rate),
-                              ratesDay(session)));
+                              rateDayText(session)));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <boost/json/object.hpp>
 #include <string>
 
 #include "ui/cli/command_line.h"
@@ -7,10 +8,8 @@
 /// What the commands about exchange rates share: where rates come from, and of when they are.
 namespace moniva {
 
-/// The file the rates in use were loaded from; "" for rates that were fetched.
-std::string loadedFrom(Session& session);
-/// "Nov 21, 2026": the day of the rates in use.
-std::string ratesDay(Session& session);
+/// What the JSON of every command about rates begins with: their moment, whether they are old, their file.
+boost::json::object jsonOfSource(Session& session);
 /// "Fetched on Nov 21, 2026 12:00.", or which file they were loaded from.
 std::string sourceText(Session& session);
 

@@ -1,7 +1,6 @@
 #include <boost/json.hpp>
 #include <filesystem>
 
-#include "calendar/date_texts.h"
 #include "currency/currency_manager.h"
 #include "platform/files.h"
 #include "ui/cli/command_error.h"
@@ -17,18 +16,19 @@ namespace {
 
 namespace json = boost::json;
 
-/// Where the rates of that time were loaded from, in the settings of the device.
-constexpr std::string_view kFileKey = "ExchangeRatesFile";
-constexpr std::string_view kFileTimeKey = "ExchangeRatesFileDate";
 /// What a file of rates may have at most; one of all currencies has a few thousand bytes.
 constexpr std::uintmax_t kMostBytes = 1 << 20;
 constexpr const char* kOff = "off";
 
-json::object jsonOfNewRates(Session& session) {
-  const auto& rates = session.rates();
-  return {{"lastRefresh", isoDate(session, rates.lastRefresh())},
-          {"file", loadedFrom(session)},
-          {"exchangeRates", jsonOf(rates.exchangeRates())}};
+/// Makes sure that the rates just taken are kept, which the manager itself only tries, and tells of them;
+/// `failure` is why one service gave none.
+void answerNewRates(Session& session, const std::optional<Refusal>& failure, const std::string& sentence) {
+  done(session.platform().userDefaults->synchronize());
+  if (!session.options().json) return session.answer(sentence);
+  auto object = jsonOfSource(session);
+  object["failure"] = failure ? failure->why : "";
+  object["exchangeRates"] = jsonOf(session.rates().exchangeRates());
+  session.printJson(object);
 }
 
 void refreshRates(Session& session) {
@@ -36,8 +36,7 @@ void refreshRates(Session& session) {
   const StopOnInterrupt stop;
   rates.forceRefresh();
   {
-    // Both services one after the other, each for as long as a request may take.
-    const auto most = 2 * HttpLimits().total;
+    const auto most = HttpLimits().total;
     const double begin = Session::watch();
     Progress progress(session.progressPlace(), Session::watch, session.text("Fetching exchange rates"),
                       static_cast<std::uint64_t>(most / std::chrono::seconds(1)));
@@ -53,9 +52,12 @@ void refreshRates(Session& session) {
         ? refused("no exchange rates could be fetched: {}", *failure)
         : refused("no exchange rates could be fetched: {}; those of {} stay", *failure, ratesDay(session));
   }
-  if (session.options().json) return session.printJson(jsonOfNewRates(session));
+  const auto& failure = rates.partFailure();
+  if (failure)
+    session.say(session.text("One service gave no rates: {}.", failure->phrase->in(session.translate())));
   const auto number = static_cast<std::int64_t>(rates.exchangeRates().size());
-  session.answer(session.count("Fetched {} exchange rate.", "Fetched {} exchange rates.", number));
+  answerNewRates(session, failure,
+                 session.count("Fetched {} exchange rate.", "Fetched {} exchange rates.", number));
 }
 
 void loadRates(Session& session, const std::string& path) {
@@ -70,15 +72,11 @@ void loadRates(Session& session, const std::string& path) {
   if (!bytes) throw refused("there is no file '{}'", shown);
   auto table = readRateReply(*bytes);
   if (!table) throw refused("'{}' has no exchange rates: {}", shown, table.error());
-  CurrencyManager& rates = session.rates();
-  rates.finishRefreshWithExchangeRates(*std::move(table));
-  auto& defaults = *session.platform().userDefaults;
-  defaults.setString(std::filesystem::absolute(path, error).string(), kFileKey);
-  defaults.setDate(rates.lastRefresh(), kFileTimeKey);
-  done(defaults.synchronize());
-  if (session.options().json) return session.printJson(jsonOfNewRates(session));
+  CurrencyManager& rates = session.rates(FirstFetch::whenAsked);
+  rates.finishRefreshWithExchangeRates(*std::move(table), std::filesystem::absolute(path, error).string());
   const auto number = static_cast<std::int64_t>(rates.exchangeRates().size());
-  session.answer(session.count("Took {} exchange rate from '{}'.", "Took {} exchange rates from '{}'.",
+  answerNewRates(session, {},
+                 session.count("Took {} exchange rate from '{}'.", "Took {} exchange rates from '{}'.",
                                number, number, shown));
 }
 
@@ -127,20 +125,16 @@ void changeServices(Session& session, const ServiceOptions& options) {
 
 }  // namespace
 
-std::string loadedFrom(Session& session) {
-  const auto& defaults = *session.platform().userDefaults;
-  // Rates fetched since have a time of their own.
-  if (defaults.dateForKey(kFileTimeKey) != session.rates().lastRefresh()) return {};
-  return defaults.stringForKey(kFileKey).value_or("");
-}
-
-std::string ratesDay(Session& session) {
-  return stringOfDateMediumStyle(session.calendar(), session.rates().lastRefresh());
+json::object jsonOfSource(Session& session) {
+  auto& rates = session.rates();
+  return {{"lastRefresh", isoDate(session, rates.lastRefresh())},
+          {"isOld", rates.isOld(session.now())},
+          {"file", rates.file()}};
 }
 
 std::string sourceText(Session& session) {
   const auto when = dateText(session, session.rates().lastRefresh());
-  const auto file = loadedFrom(session);
+  const auto file = session.rates().file();
   return file.empty() ? session.text("Fetched on {}.", when)
                       : session.text("Taken from '{}' on {}.", printable(file), when);
 }
