@@ -83,7 +83,8 @@ struct PlacedRecord {
 
   /// What it came to, with what came back of it since, which is what its foreign figure was for.
   EntryAmount had() const {
-    EntryAmount amounts{.amount = spend.amount};
+    EntryAmount amounts;
+    amounts.amount = spend.amount;
     for (const auto& refund : done(spend.refunds())) amounts.amount -= refund.amount;
     amounts.amount = withoutNoise(amounts.amount);
     if (currency != before) return amounts;
