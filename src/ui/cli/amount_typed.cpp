@@ -7,7 +7,6 @@
 
 #include "base/decimal.h"
 #include "base/text.h"
-#include "calendar/date_texts.h"
 #include "currency/amount_expression.h"
 #include "currency/currency_manager.h"
 #include "model/entry_checks.h"
