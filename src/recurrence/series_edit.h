@@ -19,6 +19,8 @@ enum class Reach { one, following, all };
 /// checked as by the editors of records.
 struct SeriesChange {
   std::optional<double> amount;        ///< of a transfer what is moved, its charge on top as it is
+  double foreignAmount = 0;            ///< what that is in another currency
+  std::string foreignCurrency;         ///< blank for none: another amount drops what there was
   std::optional<double> arrives;       ///< of a transfer across currencies
   std::optional<std::string> account;  ///< of a transfer the one the money leaves
   std::optional<std::string> to;       ///< of a transfer the one it arrives in

@@ -55,7 +55,9 @@ Result<> changeSpendRecord(Spend& spend, const SeriesChange& change) {
   const auto account = [&](const std::string& key) { return spend.updateAccount(key); };
   const auto amount = [&](double wanted) {
     // What it was in another currency was of the former amount.
-    return spend.foreignCurrency.empty() ? spend.updateAmount(wanted) : spend.updateAmount(wanted, 0, "");
+    return spend.foreignCurrency.empty() && change.foreignCurrency.empty()
+               ? spend.updateAmount(wanted)
+               : spend.updateAmount(wanted, change.foreignAmount, change.foreignCurrency);
   };
   const auto book = [&](const std::string& key) { return spend.updateBook(key); };
   const auto category = [&](const std::pair<std::string, std::string>& keys) {
@@ -124,6 +126,12 @@ Result<> checkChange(const MVTransaction& seed, const SeriesChange& change) {
     if (!amount) continue;
     if (auto checked = checkAmount(*amount); !checked) return checked;
   }
+  if (!change.foreignCurrency.empty()) {
+    if (auto checked = checkAmount(change.foreignAmount); !checked) return checked;
+    if (makesTransfers(seed) || seed.isPayment) {
+      return refuse("only expenses and income keep what they were in another currency");
+    }
+  }
   for (const auto& date : {change.date, change.end}) {
     if (!date || *date == Date{}) continue;
     if (auto checked = checkRecordDate(calendar, *date); !checked) return checked;
@@ -178,11 +186,12 @@ Result<> changeSeed(MVAppRoot& root, const MVTransaction& seed, const std::strin
     return write(root, sql, value, root.editStamp(), root.itsUDID(), eid);
   };
   const auto amount = [&](double wanted) {
-    return set(
-        "update transactions set amount = ?, amount2 = 0, currency2 = '', ipid = case when deleted = 0 then "
-        "'' else ipid end, editDate = ?, edit_ipid"
-        " = ? where eid = ?",
-        wanted);
+    return write(
+        root,
+        "update transactions set amount = ?, amount2 = ?, currency2 = ?, ipid = case when deleted = 0 "
+        "then '' else ipid end, editDate = ?, edit_ipid = ? where eid = ?",
+        wanted, change.foreignCurrency.empty() ? 0 : change.foreignAmount, change.foreignCurrency,
+        root.editStamp(), root.itsUDID(), eid);
   };
   const auto account = [&](const std::string& key) -> Result<> {
     if (auto checked = checkAccountKey(root, key, type); !checked) return checked;

@@ -1,5 +1,7 @@
 #include "ui/cli/amount_typed.h"
 
+#include <unicode/utf8.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -7,8 +9,10 @@
 #include "base/text.h"
 #include "currency/amount_expression.h"
 #include "currency/currency_codes.h"
+#include "currency/currency_manager.h"
 #include "model/entry_checks.h"
 #include "ui/cli/command_error.h"
+#include "ui/cli/command_line.h"
 #include "ui/cli/rates.h"
 #include "ui/cli/text_width.h"
 
@@ -30,10 +34,26 @@ bool isLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
+/// Amounts that were printed may have marks of direction around them.
+std::string withoutDirectionMarks(std::string_view text) {
+  std::string plain;
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  const auto length = static_cast<std::int32_t>(text.size());
+  for (std::int32_t at = 0; at < length;) {
+    const auto begin = at;
+    UChar32 c = 0;
+    U8_NEXT(bytes, at, length, c);
+    if (c < 0 || !isDirectionMark(static_cast<char32_t>(c)))
+      plain += text.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(at - begin));
+  }
+  return plain;
+}
+
 /// Takes a code off the end or the beginning. Letters that touch the number are one only when there are
 /// three.
-TextOfMoney textOfMoney(std::string_view text) {
-  text = trimBlanks(text);
+TextOfMoney textOfMoney(std::string_view typedText) {
+  const auto plain = withoutDirectionMarks(typedText);
+  const auto text = trimBlanks(plain);
   const auto isCode = [](std::string_view letters, std::string_view number) {
     const bool isApart = trimBlanks(number) != number;
     return !letters.empty() && !number.empty() && (isApart || isCurrencyCode(letters));
@@ -52,13 +72,6 @@ TextOfMoney textOfMoney(std::string_view text) {
   return money("", text);
 }
 
-/// How many decimals the number has, noughts at the end aside.
-int decimalsOf(const AmountToken& token) {
-  int decimals = token.decimals;
-  while (decimals > 0 && rounded(token.number, decimals - 1) == token.number) --decimals;
-  return decimals;
-}
-
 CommandError tooManyDecimals(const std::string& text, const std::string& currency, bool mayRound) {
   const int digits = currencyDigits(currency);
   return mayRound ? notUnderstood("{} is counted in {} decimals, and '{}' has more; --round rounds it",
@@ -67,18 +80,14 @@ CommandError tooManyDecimals(const std::string& text, const std::string& currenc
                                   printable(text));
 }
 
-/// The value of an expression on a keypad with those decimals; with more where they may be rounded.
-double calculated(const AmountReader& reader, const std::string& text, const std::string& currency,
-                  bool rounds, bool mayRound) {
-  auto tokens = typed(reader.tokens(text));
+/// The number with the most decimals that count.
+const AmountToken& finest(const std::vector<AmountToken>& tokens) {
+  return *std::ranges::max_element(tokens, {}, decimalsThatCount);
+}
+
+/// The value of an expression on a keypad with so many decimals.
+double calculated(const std::string& text, const std::vector<AmountToken>& tokens, int digits) {
   CalculateNumberPadView pad;
-  int digits = currencyDigits(currency);
-  for (auto& token : tokens) {
-    token.decimals = decimalsOf(token);
-    if (token.decimals <= digits) continue;
-    if (!rounds) throw tooManyDecimals(token.text, currency, mayRound);
-    digits = std::min(token.decimals, CalculateNumberPadView::kMostDigits);
-  }
   pad.setDecimalDigits(digits);
   const double value = typed(pressed(pad, tokens));
   if (!std::isfinite(value)) throw notUnderstood("{} comes to no amount", printable(text));
@@ -91,10 +100,19 @@ double valueTyped(Session& session, const std::string& text, const std::string& 
   const AmountReader& reader = session.amountReader();
   const bool isExpression = reader.isExpression(text);
   const bool mayRound = sign != Sign::any;
-  const double amount = isExpression        ? calculated(reader, text, currency, options.round, mayRound)
-                        : sign == Sign::any ? typed(reader.readSigned(text))
-                                            : typed(reader.read(text));
-  const double taken = rounded(amount, currencyDigits(currency));
+  const int digits = currencyDigits(currency);
+  double amount = 0;
+  if (isExpression) {
+    const auto tokens = typed(reader.tokens(text));
+    const auto& number = finest(tokens);
+    if (!options.round && decimalsThatCount(number) > digits)
+      throw tooManyDecimals(number.text, currency, mayRound);
+    // What is rounded in the end is not rounded on the way.
+    amount = calculated(text, tokens, options.round ? CalculateNumberPadView::kMostDigits : digits);
+  } else {
+    amount = typed(sign == Sign::any ? reader.readSigned(text) : reader.read(text));
+  }
+  const double taken = rounded(amount, digits);
   const auto plain = [&] { return session.amounts().formatPlain(taken, currency); };
   if (sign == Sign::aboveZero && amount <= 0) {
     throw isExpression ? notUnderstood("an amount must be above zero; {} is {}", printable(text), plain())
@@ -109,8 +127,8 @@ double valueTyped(Session& session, const std::string& text, const std::string& 
   if (isExpression) {
     session.say(session.text("{} is {}.", printable(text), plain()));
   } else if (!isExact) {
-    session.say(session.text("{} is taken for {}.", session.amounts().formatWithCode(taken, currency),
-                             printable(text)));
+    session.say(session.text("{} is rounded to {}.", printable(text),
+                             session.amounts().formatWithCode(taken, currency)));
   }
   return taken;
 }
@@ -130,10 +148,43 @@ std::string inCurrency(Session& session, const std::string& text, const std::str
       printable(text), code, currency, printable(money.number), code, currency);
 }
 
+/// A rate may be a calculation too ("1÷1.08"), from left to right; nothing of it is rounded.
 double rateTyped(Session& session, const std::string& text) {
-  const double rate = typed(session.amountReader().read(text));
+  using Kind = AmountToken::Kind;
+  const auto tokens = typed(session.amountReader().tokens(text));
+  double rate = tokens.front().number;
+  for (std::size_t at = 2; at < tokens.size(); at += 2) {
+    const double next = tokens[at].number;
+    const Kind kind = tokens[at - 1].kind;
+    rate = kind == Kind::add        ? rate + next
+           : kind == Kind::subtract ? rate - next
+           : kind == Kind::multiply ? rate * next
+                                    : rate / next;
+  }
+  if (!std::isfinite(rate)) throw notUnderstood("{} comes to no rate", printable(text));
   if (rate <= 0) throw notUnderstood("a rate must be above zero; '{}' is not", printable(text));
   return rate;
+}
+
+/// The rate between the two figures of the record: the one known, where it makes one of the other, as it has
+/// more digits than two rounded amounts have between them. Ends the command where they say too little for
+/// the new figure.
+double ownRate(Session& session, const EntryAmount& before, double figure, const std::string& currency) {
+  constexpr double kUnitsEnough = 100;
+  constexpr double kTimesNear = 10;
+  const auto& code = before.foreignCurrency;
+  const int digits = currencyDigits(currency);
+  CurrencyManager& rates = session.rates();
+  if (rates.knowsRate(code, currency)) {
+    const double known = decimalOf(rates.exchangeRateFromCurrency(code, currency));
+    if (converted(before.foreignAmount, known, digits) == before.amount) return known;
+  }
+  const bool saysEnough = before.amount * std::pow(10, digits) >= kUnitsEnough;
+  if (saysEnough || figure <= kTimesNear * before.foreignAmount) return before.amount / before.foreignAmount;
+  const auto& amounts = session.amounts();
+  throw refused("{} for {} tells too little of a rate for {}; say it with --rate",
+                amounts.formatWithCode(before.amount, currency),
+                amounts.formatWithCode(before.foreignAmount, code), amounts.formatWithCode(figure, code));
 }
 
 }  // namespace
@@ -146,7 +197,8 @@ void addRateOption(CLI::App& command, AmountOptions& options) {
   command
       .add_option("--rate", options.rate,
                   "What one of the foreign currency is in the record's (else the rate known)")
-      ->type_name("RATE");
+      ->type_name("RATE")
+      ->check(notEmpty());
 }
 
 double amountTyped(Session& session, const std::string& text, const std::string& currency,
@@ -166,24 +218,33 @@ double amountOrNothingTyped(Session& session, const std::string& text, const std
 }
 
 double signedAmountTyped(Session& session, const std::string& text, const std::string& currency) {
-  return valueTyped(session, inCurrency(session, text, currency), currency, Sign::any, {});
+  const double amount = valueTyped(session, inCurrency(session, text, currency), currency, Sign::any, {});
+  if (amount != 0) requireSound(std::abs(amount));
+  return amount;
 }
 
 double figureTyped(Session& session, const std::string& text) {
   const AmountReader& reader = session.amountReader();
   if (!reader.isExpression(text)) return typed(reader.read(text));
-  const double value = calculated(reader, text, "", true, false);
-  session.say(session.text("{} is {}.", printable(text), session.amounts().formatPlain(value, "")));
+  const auto tokens = typed(reader.tokens(text));
+  const int digits = std::max(currencyDigits(""), decimalsThatCount(finest(tokens)));
+  const double value = calculated(text, tokens, digits);
+  session.say(session.text("{} is {}.", printable(text), rateText(session, value)));
   return value;
 }
 
-std::string EntryAmount::note(Session& session, const std::string& currency) const {
+std::string EntryAmount::note(Session& session) const {
   if (!isForeign()) return {};
-  const auto paid = session.amounts().formatWithCode(foreignAmount, foreignCurrency);
-  const auto comesTo = session.amounts().formatWithCode(amount, currency);
-  const auto each = rateText(session, rate);
-  return " " + (atOwnRate ? session.text("{} at the record's own rate of {} is {}.", paid, each, comesTo)
-                          : session.text("{} at {} is {}.", paid, each, comesTo));
+  const auto shown = rateText(session, rate);
+  switch (rateBy) {
+    case RateBy::record:
+      return " " + session.text("The rate is {}, the record's own.", shown);
+    case RateBy::person:
+      return " " + session.text("The rate is {}, as given.", shown);
+    case RateBy::table:
+      break;
+  }
+  return " " + session.text("The rate is {}, {}.", shown, rateDayText(session));
 }
 
 EntryAmount entryAmountTyped(Session& session, const std::string& text, const std::string& currency,
@@ -202,10 +263,15 @@ EntryAmount entryAmountTyped(Session& session, const std::string& text, const st
   }
   entry.foreignAmount = amountTyped(session, money.number, code, options);
   entry.foreignCurrency = code;
-  entry.atOwnRate = options.rate.empty() && before.foreignCurrency == code && before.foreignAmount > 0;
-  entry.rate = entry.atOwnRate        ? before.amount / before.foreignAmount
-               : options.rate.empty() ? rateBetween(session, code, currency)
-                                      : rateTyped(session, options.rate);
+  if (!options.rate.empty()) {
+    entry.rateBy = RateBy::person;
+    entry.rate = rateTyped(session, options.rate);
+  } else if (before.hasRateOf(code)) {
+    entry.rateBy = RateBy::record;
+    entry.rate = ownRate(session, before, entry.foreignAmount, currency);
+  } else {
+    entry.rate = rateBetween(session, code, currency);
+  }
   entry.amount = converted(entry.foreignAmount, entry.rate, currencyDigits(currency));
   if (entry.amount == 0) {
     throw refused("{} at {} comes to nothing in {}",
@@ -229,6 +295,22 @@ std::string amountWithCode(const std::string& amount, const std::string& word) {
         printable(word));
   }
   return fmt::format("{} {}", amount, word);
+}
+
+std::string foreignTyped(Session& session, const std::string& text, const std::string& currency) {
+  auto code = currencyCodeTyped(session, text);
+  if (code == currency) throw notUnderstood("--foreign is for another currency than {}", currency);
+  return code;
+}
+
+void takeCode(std::string& name, std::string& code, std::string& amount) {
+  if (code.empty()) return;
+  const auto likeness = [](const std::string& word) {
+    return isCurrencyCode(word) ? 2 : isWordOfCode(word) ? 1 : 0;
+  };
+  if (likeness(name) > likeness(code)) std::swap(name, code);
+  if (amount.empty()) throw notUnderstood("'{}' goes with --amount", printable(code));
+  amount = amountWithCode(amount, code);
 }
 
 void prepareRates(Session& session, const std::string& amount, const AmountOptions& options,

@@ -29,6 +29,7 @@ std::vector<CommandText> repeatTexts() {
        "series there; its records stay, and with another day they move along. Where the series itself is "
        "named, its next record is meant.",
        {{"moniva repeat edit 1a2b3c4d --following --amount 520", "the rent went up"},
+        {"moniva repeat edit 1a2b3c4d --following --amount 30 USD", ""},
         {"moniva repeat edit 1a2b3c4d --this --date 2024-03-04", "paid later, this once"},
         {"moniva repeat edit 1a2b3c4d --following --rule Quarterly", "less often from here on"},
         {"moniva repeat edit 1a2b3c4d --all --category Rent --until 2025-12-31", ""}}},

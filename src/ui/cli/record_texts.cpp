@@ -46,8 +46,8 @@ std::string RecordTexts::money(double amount) const {
 
 std::string RecordTexts::amount() const {
   std::string text = money(whole_.total());
-  if (const auto& row = whole_.head; !row.foreignCurrency.empty() && whole_.group.items.size() == 1) {
-    text += fmt::format(" ({})", session_.amounts().formatWithCode(row.amount2, row.foreignCurrency));
+  if (const auto& row = whole_.head; whole_.group.items.size() == 1) {
+    text += foreignText(session_, row.amount2, row.foreignCurrency);
   }
   return text;
 }
@@ -229,6 +229,10 @@ std::string RecordTexts::currencyNotes() const {
   }
   const auto notes = texts.joined(" ");
   return notes.empty() ? notes : " " + notes;
+}
+
+std::string foreignText(Session& session, double amount, const std::string& code) {
+  return code.empty() ? std::string() : fmt::format(" ({})", session.amounts().formatWithCode(amount, code));
 }
 
 RecordWhole wholeRecord(Session& session, const std::string& eid) {

@@ -65,6 +65,8 @@ class RecordTexts {
 /// The record that the row typed is part of, by its `eid`; ends the command where there is none, with what it
 /// is instead.
 RecordWhole wholeRecord(Session& session, const std::string& eid);
+/// " (USD 20.00)": what an amount was in another currency; "" for none.
+std::string foreignText(Session& session, double amount, const std::string& code);
 /// "Jun 15, 2024".
 std::string shortDate(Session& session, Date date);
 

@@ -45,18 +45,15 @@ CLI::Option* addDryRun(CLI::App& command, bool& dryRun) {
   return command.add_flag("--dry-run", dryRun, "Show what it would be, and write nothing");
 }
 
-EntryNames fillEntry(Session& session, const EntryFields& fields, Spend& spend) {
-  spend.type = fields.income ? kind::kIncome : kind::kExpense;
+EntryNames namesTyped(Session& session, const EntryFields& fields) {
   EntryNames names{bookNamed(session, fields.book, Meant::open), std::nullopt, {}, {}};
-  spend.book = names.book.pk;
   const auto open = [&](const std::string& title) {
     auto account = accountNamed(session, title, Meant::open);
-    done(checkTracked(account, spend.type));
+    done(checkTracked(account, fields.income ? kind::kIncome : kind::kExpense));
     return account;
   };
   if (!fields.account.empty()) {
     names.account = open(fields.account);
-    spend.account = names.account->pk;
     names.currency = names.account->currency;
   }
   bool common = true;
@@ -66,6 +63,14 @@ EntryNames fillEntry(Session& session, const EntryFields& fields, Spend& spend) 
   }
   if (!names.payers.empty() && common) names.currency = names.payers.front().currency;
   if (names.currency.empty()) names.currency = names.book.currency;
+  return names;
+}
+
+EntryNames fillEntry(Session& session, const EntryFields& fields, Spend& spend) {
+  auto names = namesTyped(session, fields);
+  spend.type = fields.income ? kind::kIncome : kind::kExpense;
+  spend.book = names.book.pk;
+  if (names.account) spend.account = names.account->pk;
   const auto category =
       categoryChosen(session, fields.category, fields.subcategory, spend.type, names.book, fields.create);
   if (category) {
@@ -114,7 +119,8 @@ Spend spendOf(Session& session, const std::string& eid) {
 
 std::string currencyOf(Session& session, const RecordWhole& whole) {
   RecordNames names(session.root());
-  return whole.currency(names);
+  auto currency = whole.currency(names);
+  return currency.empty() ? session.defaultCurrency() : currency;
 }
 
 std::string settledSoonText(Session& session, const RecordWhole& whole) {

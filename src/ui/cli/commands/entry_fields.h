@@ -41,7 +41,7 @@ inline constexpr const char* kNotPaidYet =
     toTranslate("Not paid yet; what has an account is settled by itself once its day has come");
 CLI::Option* addDryRun(CLI::App& command, bool& dryRun);
 
-/// The names of a new record, looked up: to be called within the change that writes it.
+/// The book and the accounts of a new record, looked up.
 struct EntryNames {
   MonivaAccount book;
   std::optional<MonivaAccount> account;
@@ -50,7 +50,10 @@ struct EntryNames {
   /// book.
   std::string currency;
 };
-/// Fills in what was typed but for amounts; ends the command for names and dates that will not do.
+/// Looks them up; ends the command for names that will not do.
+EntryNames namesTyped(Session& session, const EntryFields& fields);
+/// Fills in what was typed but for amounts, within the change that writes it; ends the command for names and
+/// dates that will not do.
 EntryNames fillEntry(Session& session, const EntryFields& fields, Spend& spend);
 /// The payments typed; the whole `total` from the one account where that was typed instead.
 std::vector<Payment> paymentsTyped(Session& session, const EntryFields& fields, const EntryNames& names,
@@ -60,7 +63,7 @@ std::vector<Payment> paymentsTyped(Session& session, const EntryFields& fields, 
 RecordWhole wholeTyped(Session& session, const std::string& text, std::string* eid = nullptr);
 /// The editor of the row; ends the command where there is none.
 Spend spendOf(Session& session, const std::string& eid);
-/// A currency for amounts of the record.
+/// The currency of the record's amounts: the default one where neither account nor book tells.
 std::string currencyOf(Session& session, const RecordWhole& whole);
 
 /// What to know of a record marked as pending that the next day's work will settle again: " Its day has come,

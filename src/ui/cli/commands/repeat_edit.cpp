@@ -11,6 +11,7 @@
 #include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/commands/list_lines.h"
 #include "ui/cli/commands/repeat_texts.h"
+#include "ui/cli/record_texts.h"
 #include "ui/cli/records.h"
 #include "ui/cli/transaction_rows.h"
 #include "ui/cli/typed_text.h"
@@ -25,6 +26,7 @@ struct SeriesEditOptions {
   bool following = false;
   bool all = false;
   std::string amount;
+  std::string code;  ///< behind it
   std::string toAmount;
   std::string account;
   std::string to;
@@ -44,7 +46,7 @@ struct SeriesEditOptions {
   bool isEmpty() const {
     return amount.empty() && toAmount.empty() && account.empty() && to.empty() && book.empty() &&
            category.empty() && subcategory.empty() && vendor.empty() && !note && rule.empty() &&
-           until.empty() && date.empty();
+           until.empty() && date.empty() && amounts.rate.empty();
   }
 };
 
@@ -60,6 +62,11 @@ Reach reachTyped(const SeriesEditOptions& options) {
 std::optional<Date> endTyped(Session& session, const std::string& text) {
   if (text.empty()) return std::nullopt;
   return text == "never" ? Date{} : dayTyped(session, text);
+}
+
+/// Whether its records can have an amount in another currency too.
+bool keepsForeign(const MVTransaction& seed) {
+  return !seed.paymentAccountB && !seed.isPayment;
 }
 
 /// Who keeps the amounts, by what was typed and by what the series has.
@@ -107,7 +114,38 @@ void fileTyped(Session& session, const SeriesEditOptions& options, const MVTrans
   if (!options.vendor.empty()) change.vendor = vendorChosen(session, options.vendor, type);
 }
 
-SeriesChange changeTyped(Session& session, const SeriesEditOptions& options, const MVTransaction& seed) {
+/// What the series has had, for the rate between the two.
+EntryAmount amountOfSeries(const MVTransaction& seed, const std::string& currency) {
+  if (currency != seed.currency) return {};
+  return {
+      .amount = seed.amount, .foreignAmount = seed.foreignAmount, .foreignCurrency = seed.foreignCurrency};
+}
+
+/// Fills in the amount; answers the sentence about a conversion.
+std::string amountTypedInto(Session& session, const SeriesEditOptions& options, const MVTransaction& seed,
+                            const std::string& currency, SeriesChange& change) {
+  if (options.amount.empty()) {
+    if (options.amounts.rate.empty()) return {};
+    throw notUnderstood("--rate belongs to an --amount in another currency, such as 20 USD");
+  }
+  if (!keepsForeign(seed)) {
+    if (!options.amounts.rate.empty()) {
+      throw refused("only expenses and income keep what they were in another currency");
+    }
+    change.amount = amountTyped(session, options.amount, currency, options.amounts);
+    return {};
+  }
+  const auto entry =
+      entryAmountTyped(session, options.amount, currency, options.amounts, amountOfSeries(seed, currency));
+  change.amount = entry.amount;
+  change.foreignAmount = entry.foreignAmount;
+  change.foreignCurrency = entry.foreignCurrency;
+  return entry.note(session);
+}
+
+/// `note` is set to the sentence about a conversion.
+SeriesChange changeTyped(Session& session, const SeriesEditOptions& options, const MVTransaction& seed,
+                         std::string& note) {
   SeriesChange change;
   const bool isTransfer = seed.paymentAccountB != nullptr;
   if (isTransfer && (!options.category.empty() || !options.subcategory.empty() || !options.vendor.empty() ||
@@ -115,9 +153,7 @@ SeriesChange changeTyped(Session& session, const SeriesEditOptions& options, con
     throw refused("a transfer has no book, category or vendor");
   }
   const auto currency = currencyTyped(session, options, seed, change);
-  if (!options.amount.empty()) {
-    change.amount = amountTyped(session, options.amount, currency, options.amounts);
-  }
+  note = amountTypedInto(session, options, seed, currency, change);
   if (!options.toAmount.empty()) {
     if (!isTransfer) throw refused("only a transfer goes to another account");
     change.arrives = amountTyped(session, options.toAmount, seed.paymentAccountB->currency, options.amounts);
@@ -176,9 +212,9 @@ std::int64_t pendingOf(Session& session, const SeriesOutcome& outcome) {
   return pending;
 }
 
-/// `unsettled` records have become pending, as their new day lies ahead.
+/// `unsettled` records have become pending, as their new day lies ahead; `note` is about a conversion.
 void answerEdit(Session& session, Reach reach, const std::string& eid, const SeriesOutcome& outcome,
-                std::int64_t unsettled) {
+                std::int64_t unsettled, const std::string& note) {
   const auto seed = rowNow(session, outcome.seed);
   if (session.options().json) {
     auto object = seriesJson(session, seed);
@@ -194,11 +230,12 @@ void answerEdit(Session& session, Reach reach, const std::string& eid, const Ser
   if (reach == Reach::one) {
     const auto row = rowNow(session, eid);
     const auto with = withText(row);
-    return session.answer(session.text("Changed this record alone. It is now {}, {}{}, on {}.",
-                                       amountText(session, row), whatText(session, row),
-                                       with.empty() ? with : ", " + with,
-                                       dayOf(session, row.datetime, row.paid)) +
-                          currencyNotes(session, row));
+    return session.answer(
+        session.text("Changed this record alone. It is now {}, {}{}, on {}.",
+                     amountText(session, row) + foreignText(session, row.foreignAmount, row.foreignCurrency),
+                     whatText(session, row), with.empty() ? with : ", " + with,
+                     dayOf(session, row.datetime, row.paid)) +
+        note + currencyNotes(session, row));
   }
   const auto what = seriesText(session, seed);
   std::string line =
@@ -215,13 +252,22 @@ void answerEdit(Session& session, Reach reach, const std::string& eid, const Ser
     line += " " + session.count("{} record is pending until its day.",
                                 "{} records are pending until their day.", unsettled);
   }
-  session.answer(line + courseText(session, seed, outcome) + currencyNotes(session, seed));
+  session.answer(line + courseText(session, seed, outcome) + note + currencyNotes(session, seed));
 }
 
-void editSeriesTyped(Session& session, const SeriesEditOptions& options) {
+void editSeriesTyped(Session& session, const SeriesEditOptions& words) {
+  auto options = words;
+  takeCode(options.record, options.code, options.amount);
   const Reach reach = reachTyped(options);
   if (options.isEmpty()) throw notUnderstood("say what to change, such as --amount 12.50 or --rule Weekly");
+  prepareRates(session, options.amount, options.amounts, [&](const std::string& code) {
+    const auto seed = seriesTyped(session, options.record);
+    SeriesChange change;
+    const auto currency = currencyTyped(session, options, seed, change);
+    return keepsForeign(seed) && code != currency && !amountOfSeries(seed, currency).hasRateOf(code);
+  });
   std::string eid;
+  std::string note;
   SeriesOutcome outcome;
   std::int64_t unsettled = 0;
   changeOrTry(
@@ -229,10 +275,10 @@ void editSeriesTyped(Session& session, const SeriesEditOptions& options) {
       [&] {
         const auto seed = seriesTyped(session, options.record, &eid);
         unsettled = -done(pendingRecordsOf(session.root(), seed.eid));
-        outcome = done(editSeries(session.root(), eid, reach, changeTyped(session, options, seed)));
+        outcome = done(editSeries(session.root(), eid, reach, changeTyped(session, options, seed, note)));
         unsettled += pendingOf(session, outcome);
       },
-      [&] { answerEdit(session, reach, eid, outcome, std::max<std::int64_t>(unsettled, 0)); });
+      [&] { answerEdit(session, reach, eid, outcome, std::max<std::int64_t>(unsettled, 0), note); });
 }
 
 void resumeTyped(Session& session, const SeriesEditOptions& options) {
@@ -271,6 +317,7 @@ void addRepeatEdit(CommandLine& line, CLI::App& family) {
   edit->add_option("RECORD", options->record,
                    "A record of the series, or the series itself, which stands for its next record")
       ->required();
+  edit->add_option("CODE", options->code, "The currency of --amount, when it is another than the record's");
   auto* one = edit->add_flag("--this", options->one, "Change this record alone");
   auto* following = edit->add_flag("--following", options->following, "This record and those after it");
   edit->add_flag("--all", options->all, "All records of the series, past ones too")
@@ -299,6 +346,7 @@ void addRepeatEdit(CommandLine& line, CLI::App& family) {
   set("-d,--date", options->date, toTranslate("The day of this record, by which those after it go"), "DATE");
   edit->add_flag("--create", options->create, "Make the category or subcategory when it is new");
   addRoundOption(*edit, options->amounts);
+  addRateOption(*edit, options->amounts);
   addDryRun(*edit, options->dryRun);
   line.onRun(edit, [options](Session& session) { editSeriesTyped(session, *options); });
 

@@ -10,6 +10,7 @@
 #include "ui/cli/commands/list_lines.h"
 #include "ui/cli/did_you_mean.h"
 #include "ui/cli/entry_options.h"
+#include "ui/cli/record_texts.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
 #include "ui/cli/transaction_rows.h"
@@ -61,7 +62,7 @@ std::string currencyNotes(Session& session, const MVTransaction& row) {
 std::string seriesText(Session& session, const MVTransaction& seed) {
   std::string text = excerpt(whatText(session, seed));
   if (const auto with = withText(seed); !with.empty()) text += ", " + excerpt(with);
-  text += ", " + amountText(session, seed);
+  text += ", " + amountText(session, seed) + foreignText(session, seed.foreignAmount, seed.foreignCurrency);
   if (const auto rule = ruleText(session, seed.repeat); !rule.empty()) text += ", " + rule;
   return text;
 }

@@ -6,7 +6,6 @@
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/commands/repeat_fields.h"
-#include "ui/cli/rates.h"
 #include "ui/cli/records.h"
 #include "ui/cli/typed_text.h"
 
@@ -54,12 +53,12 @@ std::string fillAmount(Session& session, const SpendAddOptions& options, const s
     spend.amount = entry.amount;
     spend.foreignAmount = entry.foreignAmount;
     spend.foreignCurrency = entry.foreignCurrency;
-    return entry.note(session, currency);
+    return entry.note(session);
   }
   if (!amounts.rate.empty())
     throw notUnderstood("--foreign says both amounts, which leaves nothing to --rate");
   spend.amount = amountTyped(session, typedAmount, currency, amounts);
-  spend.foreignCurrency = currencyCodeTyped(session, code);
+  spend.foreignCurrency = foreignTyped(session, code, currency);
   spend.foreignAmount = amountTyped(session, foreign, spend.foreignCurrency, amounts);
   return {};
 }
@@ -98,12 +97,8 @@ void addSpend(Session& session, const SpendAddOptions& options) {
   for (const auto& path : options.photos) spend.addImages.push_back(imageFileTyped(path));
 
   const auto amount = amountOf(options);
-  prepareRates(session, amount, fields.amounts, [&](const std::string& code) {
-    const auto& payer = !fields.payments.empty() ? fields.payments.front().first : fields.account;
-    return code != (payer.empty() ? bookNamed(session, fields.book, Meant::open)
-                                  : accountNamed(session, payer, Meant::open))
-                       .currency;
-  });
+  prepareRates(session, amount, fields.amounts,
+               [&](const std::string& code) { return code != namesTyped(session, fields).currency; });
   std::string seed;
   std::string note;
   changeStore(session, [&] {
@@ -133,14 +128,17 @@ void addSpendCommands(CommandLine& line) {
   auto options = std::make_shared<SpendAddOptions>();
   add->add_option("AMOUNT", options->amount, "The amount, above zero, such as 12.50 or 12.50+3");
   add->add_option("CODE", options->code, "Its currency, when it is another than the record's, such as USD");
-  add->add_option("--amount", options->amountNamed, "The amount, as an option")->type_name("AMOUNT");
+  add->add_option("--amount", options->amountNamed, "The amount, as an option")
+      ->type_name("AMOUNT")
+      ->check(notEmpty());
   addCategoryFields(*add, options->fields);
   addAccountFields(*add, options->fields, true);
   addEntryFields(*add, options->fields);
   addRateOption(*add, options->fields.amounts);
   add->add_option("--foreign", options->foreign,
                   "What it was in another currency: amount and code, such as 20 USD")
-      ->type_name("AMOUNT CODE");
+      ->type_name("AMOUNT CODE")
+      ->check(notEmpty());
   add->add_flag("--pending", options->fields.pending, kNotPaidYet);
   add->add_flag("--reimburse", options->reimburse, "To be reimbursed");
   add->add_option("--photo", options->photos, "An image to attach, such as the receipt")

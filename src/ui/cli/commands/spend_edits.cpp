@@ -2,7 +2,6 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/entry_fields.h"
 #include "ui/cli/commands/spend_commands.h"
-#include "ui/cli/rates.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
 #include "ui/cli/typed_text.h"
@@ -55,52 +54,103 @@ void changeAccount(Session& session, Spend& spend, const SpendEdit& edit, int ty
   done(spend.updateAccount(account.pk));
 }
 
-void writeAmounts(Session& session, Spend& spend, const SpendEdit& edit, double amount) {
-  if (edit.noForeign) return done(spend.updateAmount(amount, 0, ""));
-  if (edit.foreign.first.empty()) return done(spend.updateAmount(amount));
-  const auto code = currencyCodeTyped(session, edit.foreign.second);
-  done(spend.updateAmount(amount, amountTyped(session, edit.foreign.first, code, edit.amounts), code));
+void changeBook(Session& session, Spend& spend, const SpendEdit& edit) {
+  if (edit.noBook) return done(spend.updateBook(""));
+  if (!edit.book) return;
+  done(spend.updateBook(bookNamed(session, nameGiven(*edit.book, "--no-book"), Meant::open).pk));
 }
 
-/// Answers the sentence about a conversion. `before` is the currency of the record before its account was
-/// changed.
-std::string changeAmounts(Session& session, Spend& spend, const SpendEdit& edit, const std::string& before) {
+/// Ends the command for a row that paid for a record, or came back of it: that has commands of its own.
+void requireNoPart(const RecordWhole& whole, const std::string& eid) {
+  if (!whole.isCompound()) return;
+  const auto& payments = whole.group.payments;
+  const auto part = std::ranges::find(payments, eid, &TransactionItem::eid);
+  if (part == payments.end()) return;
+  throw part->isRefund() ? refused("this is a refund; change it with: moniva refund edit {}", shortEid(eid))
+  : part->isRest()
+      ? refused("this is what is still to be paid; pay it with: moniva payment add {} AMOUNT ACCOUNT",
+                shortEid(eid))
+      : refused("this is a payment; change it with: moniva payment edit {}", shortEid(eid));
+}
+
+/// A record in its account and book as typed, and the currencies it was and is kept in.
+struct PlacedRecord {
+  std::string eid;
+  Spend spend;
+  int type;
+  std::string before;
+  std::string currency;
+
+  /// What it came to, with what came back of it since, which is what its foreign figure was for.
+  EntryAmount had() const {
+    EntryAmount amounts;
+    amounts.amount = spend.amount;
+    for (const auto& refund : done(spend.refunds())) amounts.amount -= refund.amount;
+    amounts.amount = withoutNoise(amounts.amount);
+    if (currency != before) return amounts;
+    amounts.foreignAmount = spend.foreignAmount;
+    amounts.foreignCurrency = spend.foreignCurrency;
+    return amounts;
+  }
+};
+
+PlacedRecord placed(Session& session, const SpendEdit& edit) {
+  std::string eid;
+  const auto whole = wholeTyped(session, edit.eid, &eid);
+  requireNoPart(whole, eid);
+  PlacedRecord record{eid, spendOf(session, eid), whole.type(), currencyOf(session, whole), {}};
+  changeAccount(session, record.spend, edit, record.type);
+  changeBook(session, record.spend, edit);
+  record.currency = currencyOf(session, wholeRecord(session, eid));
+  return record;
+}
+
+/// Changes the amounts of a record that is in its place by now; answers the sentence about that.
+std::string changeAmounts(Session& session, PlacedRecord& record, const SpendEdit& edit) {
+  Spend& spend = record.spend;
+  const auto& currency = record.currency;
   const bool keepsForeign = edit.foreign.first.empty() && !edit.noForeign;
   if (!edit.amounts.rate.empty() && (!edit.amount || !keepsForeign)) {
     throw notUnderstood("--rate belongs to an --amount in another currency, such as 20 USD");
   }
+  if (!edit.amount && currency != record.before) {
+    throw refused("the record is kept in {} and would be in {}; say with --amount what it comes to",
+                  record.before, currency);
+  }
   if (!edit.amount && keepsForeign) return {};
   double amount = spend.amount;
   if (edit.amount) {
-    // The account may be another one by now.
-    const auto currency = currencyOf(session, wholeRecord(session, spend.eid));
-    const EntryAmount had{.amount = spend.amount,
-                          .foreignAmount = spend.foreignAmount,
-                          .foreignCurrency = currency == before ? spend.foreignCurrency : std::string()};
+    const auto had = record.had();
     const auto entry = entryAmountTyped(session, *edit.amount, currency, edit.amounts, had);
     if (entry.isForeign() && !keepsForeign) {
       throw notUnderstood("--amount says what it was in {}; leave out --foreign and --no-foreign",
                           entry.foreignCurrency);
     }
     if (entry.isForeign()) {
-      done(spend.updateAmount(entry.amount, entry.foreignAmount, entry.foreignCurrency));
-      return entry.note(session, currency);
+      const double left = withoutNoise(entry.amount - withoutNoise(had.amount - spend.amount));
+      if (left < 0) {
+        throw refused("{} is less than what was refunded",
+                      session.amounts().formatWithCode(entry.amount, currency));
+      }
+      done(spend.updateAmount(left, entry.foreignAmount, entry.foreignCurrency));
+      return entry.note(session);
     }
     amount = entry.amount;
-    // What it was in a currency that is its own by now would only contradict it.
-    if (keepsForeign && spend.foreignCurrency == currency) {
-      done(spend.updateAmount(amount, 0, ""));
-      return {};
-    }
   }
-  writeAmounts(session, spend, edit, amount);
-  return {};
-}
-
-void changeBook(Session& session, Spend& spend, const SpendEdit& edit) {
-  if (edit.noBook) return done(spend.updateBook(""));
-  if (!edit.book) return;
-  done(spend.updateBook(bookNamed(session, nameGiven(*edit.book, "--no-book"), Meant::open).pk));
+  if (!edit.foreign.first.empty()) {
+    const auto code = foreignTyped(session, edit.foreign.second, currency);
+    done(spend.updateAmount(amount, amountTyped(session, edit.foreign.first, code, edit.amounts), code));
+    return {};
+  }
+  // What it was in a currency that is its own by now would only contradict it.
+  if (edit.noForeign || spend.foreignCurrency == currency) {
+    done(spend.updateAmount(amount, 0, ""));
+    return {};
+  }
+  done(spend.updateAmount(amount));
+  if (spend.foreignCurrency.empty()) return {};
+  return " " + session.text("{} stays as what it was; --no-foreign takes it off.",
+                            session.amounts().formatWithCode(spend.foreignAmount, spend.foreignCurrency));
 }
 
 void changeCategory(Session& session, Spend& spend, const SpendEdit& edit, int type) {
@@ -118,41 +168,31 @@ void changeCategory(Session& session, Spend& spend, const SpendEdit& edit, int t
   if (chosen) done(spend.updateCategory(chosen->category, chosen->subcategory));
 }
 
-/// Ends the command for a row that paid for a record, or came back of it: that has commands of its own.
-void requireNoPart(const RecordWhole& whole, const std::string& eid) {
-  if (!whole.isCompound()) return;
-  const auto& payments = whole.group.payments;
-  const auto part = std::ranges::find(payments, eid, &TransactionItem::eid);
-  if (part == payments.end()) return;
-  throw part->isRefund() ? refused("this is a refund; change it with: moniva refund edit {}", shortEid(eid))
-  : part->isRest()
-      ? refused("this is what is still to be paid; pay it with: moniva payment add {} AMOUNT ACCOUNT",
-                shortEid(eid))
-      : refused("this is a payment; change it with: moniva payment edit {}", shortEid(eid));
-}
-
 void editSpend(Session& session, const SpendEdit& edit) {
   if (edit.isEmpty()) throw notUnderstood("say what to change, such as --amount 12.50 or --note \"...\"");
   prepareRates(session, edit.amount.value_or(""), edit.amounts, [&](const std::string& code) {
-    if (edit.account) return code != accountNamed(session, *edit.account, Meant::open).currency;
-    const auto eid = recordTyped(session, edit.eid);
-    return code != spendOf(session, eid).foreignCurrency &&
-           code != currencyOf(session, wholeRecord(session, eid));
+    bool needsRate = false;
+    // In which currency it will be is known for sure where it is.
+    tryStore(
+        session,
+        [&] {
+          const auto record = placed(session, edit);
+          needsRate = code != record.currency && !record.had().hasRateOf(code);
+        },
+        [] {});
+    return needsRate;
   });
   std::string eid;
   std::string note;
   changeStore(session, [&] {
-    const auto whole = wholeTyped(session, edit.eid, &eid);
-    requireNoPart(whole, eid);
-    Spend spend = spendOf(session, eid);
-    const auto currency = currencyOf(session, whole);
-    changeAccount(session, spend, edit, whole.type());
-    note = changeAmounts(session, spend, edit, currency);
-    changeBook(session, spend, edit);
-    changeCategory(session, spend, edit, whole.type());
+    auto record = placed(session, edit);
+    eid = record.eid;
+    note = changeAmounts(session, record, edit);
+    Spend& spend = record.spend;
+    changeCategory(session, spend, edit, record.type);
     if (edit.vendor) {
       nameGiven(*edit.vendor, "--no-vendor");
-      done(spend.updateVendor(vendorChosen(session, *edit.vendor, whole.type())));
+      done(spend.updateVendor(vendorChosen(session, *edit.vendor, record.type)));
     }
     if (edit.noVendor) done(spend.updateVendor(""));
     if (edit.date) {
@@ -161,7 +201,7 @@ void editSpend(Session& session, const SpendEdit& edit) {
       done(spend.updateDate(momentTyped(session, *edit.date)));
     }
     if (edit.note) done(spend.updateNote(asTyped(*edit.note, "the note")));
-    if ((edit.reimburse || edit.noReimburse) && whole.type() == kind::kIncome) {
+    if ((edit.reimburse || edit.noReimburse) && record.type == kind::kIncome) {
       throw refused("income is not reimbursed");
     }
     if (edit.reimburse || edit.noReimburse) done(spend.updateReimburse(edit.reimburse));
@@ -181,10 +221,12 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
     app->add_flag(flag, off, help)->excludes(set);
   };
   app->add_option("--amount", edit->amount, "The amount, above zero, such as 12.50 or 20 USD")
-      ->type_name("AMOUNT");
+      ->type_name("AMOUNT")
+      ->check(notEmpty());
   addRateOption(*app, edit->amounts);
   pair(app->add_option("--foreign", edit->foreign, "What it was in another currency: amount and code")
-           ->type_name("AMOUNT CODE"),
+           ->type_name("AMOUNT CODE")
+           ->check(notEmpty()),
        "--no-foreign", edit->noForeign, toTranslate("In no other currency"));
   auto* category = app->add_option("-c,--category", edit->category, "The category")->type_name("NAME");
   auto* subcategory =
@@ -207,10 +249,9 @@ void addSpendEdit(CommandLine& line, CLI::App& spend) {
   app->add_flag("--create", edit->create, "Make the category or subcategory when it is new");
   addRoundOption(*app, edit->amounts);
   line.onRun(app, [edit](Session& session) {
-    // "--amount 20 USD EID": the parser cannot know what of it is which.
-    if (isThreeLetters(edit->eid)) std::swap(edit->eid, edit->code);
-    if (edit->amount) edit->amount = amountWithCode(*edit->amount, edit->code);
-    if (!edit->amount && !edit->code.empty()) throw notUnderstood("'{}' goes with --amount", edit->code);
+    auto amount = edit->amount.value_or("");
+    takeCode(edit->eid, edit->code, amount);
+    if (edit->amount) edit->amount = amount;
     editSpend(session, *edit);
   });
 }
@@ -255,6 +296,12 @@ void copySpend(Session& session, const ToBook& to) {
     const auto whole = wholeTyped(session, to.eid);
     const auto book = bookOf(session, to);
     copy = done(spendOf(session, whole.head.eid).copyToBook(book.pk));
+    const auto before = currencyOf(session, whole);
+    const auto currency = currencyOf(session, wholeRecord(session, copy));
+    if (currency != before) {
+      throw refused("the record is kept in {} and its copy would be in {}; enter it there with its amount",
+                    before, currency);
+    }
   });
   answerChanged(session, copy,
                 [&](const RecordTexts& texts) { return session.text("Copied: {}", texts.described()); });
@@ -266,7 +313,16 @@ void moveSpend(Session& session, const ToBook& to) {
     const auto whole = wholeTyped(session, to.eid, &eid);
     const auto book = bookOf(session, to);
     if (spendOf(session, eid).bid == kPaymentRow && whole.isCompound()) eid = whole.head.eid;
+    const auto before = currencyOf(session, whole);
     done(spendOf(session, eid).moveToBook(book.pk));
+    const auto currency = currencyOf(session, wholeRecord(session, eid));
+    if (currency != before) {
+      throw refused(
+          "the record is kept in {} and would be in {}; say what it comes to: moniva spend edit {} --book "
+          "'{}' "
+          "--amount AMOUNT",
+          before, currency, shortEid(eid), printable(to.book));
+    }
   });
   answerChanged(session, eid,
                 [&](const RecordTexts& texts) { return session.text("Moved: {}", texts.described()); });

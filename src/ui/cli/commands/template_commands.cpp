@@ -10,6 +10,7 @@
 #include "ui/cli/csv_out.h"
 #include "ui/cli/did_you_mean.h"
 #include "ui/cli/entry_options.h"
+#include "ui/cli/record_texts.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
 #include "ui/cli/typed_text.h"
@@ -22,6 +23,7 @@ struct TemplateOptions {
   std::string title;
   std::string other;  ///< a record, or a new title
   std::string amount;
+  std::string code;  ///< behind it
   std::string toAmount;
   std::string date;
   bool deleted = false;
@@ -136,6 +138,11 @@ void showTemplate(Session& session, const TemplateOptions& options) {
 
 void useForTransfer(Session& session, const TemplateOptions& options, RecordTemplate& kept,
                     Transfer& transfer) {
+  if (!options.amounts.rate.empty()) {
+    throw refused(
+        "'{}' is a template of a transfer, which takes no --rate; say with --to-amount what arrives",
+        printable(kept.title));
+  }
   transfer = done(kept.transfer());
   transfer.datetime = momentTyped(session, options.date);
   transfer.paid = isPaidAt(transfer.datetime, session.now());
@@ -172,20 +179,25 @@ std::string useForSpend(Session& session, const TemplateOptions& options, Record
     // What it was in another currency is not known for another amount, unless that is what was typed.
     spend.foreignAmount = entry.foreignAmount;
     spend.foreignCurrency = entry.foreignCurrency;
-    note = entry.note(session, currency);
+    note = entry.note(session);
+  } else if (!options.amounts.rate.empty()) {
+    throw notUnderstood("--rate belongs to an --amount in another currency, such as 20 USD");
   }
   done(kept.use(spend));
   return note;
 }
 
-void useTemplate(Session& session, const TemplateOptions& options) {
+void useTemplate(Session& session, const TemplateOptions& words) {
+  auto options = words;
+  takeCode(options.title, options.code, options.amount);
   MVAppRoot& root = session.root();
   RecordTemplate kept(root);
   Transfer transfer(root);
   Spend spend(root);
   std::string note;
   prepareRates(session, options.amount, options.amounts, [&](const std::string& code) {
-    return code != TemplateTexts(session, templateTyped(session, options.title)).currency;
+    const auto meant = templateTyped(session, options.title);
+    return !meant.isTransfer() && code != TemplateTexts(session, meant).currency;
   });
   changeStore(session, [&] {
     kept = templateTyped(session, options.title);
@@ -206,7 +218,8 @@ void useTemplate(Session& session, const TemplateOptions& options) {
                                        dayOf(session, transfer.datetime, transfer.paid)) +
                           texts.ofFee());
   }
-  const std::string amount = session.amounts().format(spend.amount, TemplateTexts(session, kept).currency);
+  const std::string amount = session.amounts().format(spend.amount, TemplateTexts(session, kept).currency) +
+                             foreignText(session, spend.foreignAmount, spend.foreignCurrency);
   const std::string day = dayOf(session, spend.datetime, spend.paid);
   session.answer(
       (spend.type == kind::kIncome
@@ -322,8 +335,10 @@ void addTemplateCommands(CommandLine& line) {
   named("show", showTemplate, kTitle);
   {
     const auto [use, options] = named("use", useTemplate, kTitle);
+    use->add_option("CODE", options->code, "The currency of --amount, when it is another than the record's");
     use->add_option("--amount", options->amount, "Another amount than the template's, without a fee")
-        ->type_name("AMOUNT");
+        ->type_name("AMOUNT")
+        ->check(notEmpty());
     use->add_option("--to-amount", options->toAmount,
                     "What arrives, when the accounts keep different currencies")
         ->type_name("AMOUNT");
