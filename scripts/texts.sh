@@ -12,16 +12,18 @@ trap 'rm -rf "$work"' EXIT
 keywords=(text count:1,2 localized:1 translate:1 refuse refused notUnderstood phrase toTranslate addNotice unknown
   problem:2 checkTitle:2 wellFormed:2 asTyped:2 addSetting:4 takesName:2 named:3 book:3
   add_option:3 add_flag:3 set_version_flag:3 set_help_flag:2)
+# Without the heading, which would be there twice; with --omit-header letters beyond ASCII get lost.
+entries() { sed '1,/^$/d'; }
 calls() {
   find src -name '*.cpp' -o -name '*.h' | sort |
-    xargs xgettext --language=C++ --from-code=UTF-8 --no-location --omit-header -o - -k "${keywords[@]/#/--keyword=}"
+    xargs xgettext --language=C++ --from-code=UTF-8 --no-location -o - -k "${keywords[@]/#/--keyword=}" | entries
 }
 
 # The tables of help texts have no calls: all its texts but the paths and the example commands.
 table() {
   perl -0pe 's/\{"(moniva|source) ([^"\\]|\\.)*",\s*/{/g; s/\{"[a-z -]*",\s*/{/g; s/\{"[^"]*",\s*(?="[^{}]*"\s*\})/{/g; s/""/0/g' \
     src/ui/cli/command_texts*.cpp | sed '/^#include/d' >"$work/table.cpp"
-  xgettext --language=C++ --from-code=UTF-8 --no-location --omit-header --extract-all -o - "$work/table.cpp"
+  xgettext --language=C++ --from-code=UTF-8 --no-location --extract-all -o - "$work/table.cpp" | entries
 }
 
 {
