@@ -306,7 +306,7 @@ std::string foreignTyped(Session& session, const std::string& text, const std::s
 void takeCode(std::string& name, std::string& code, std::string& amount) {
   if (code.empty()) return;
   const auto likeness = [](const std::string& word) {
-    return isCurrencyCode(word) ? 2 : isWordOfCode(word) ? 1 : 0;
+    return isCurrencyCode(word) ? 2 : isThreeLetters(word) ? 1 : 0;
   };
   if (likeness(name) > likeness(code)) std::swap(name, code);
   if (amount.empty()) throw notUnderstood("'{}' goes with --amount", printable(code));
