@@ -15,6 +15,12 @@ constexpr std::string_view kRatesKey = "CurrencyManagerExchangeRates";
 /// Where they were loaded from.
 constexpr std::string_view kFileKey = "ExchangeRatesFile";
 
+/// A time that a clock shows: from 1970 to 9999.
+bool isSoundTime(Date date) {
+  constexpr double kEnd = 253'402'300'800;
+  return date.secondsSince1970 > 0 && date.secondsSince1970 < kEnd;
+}
+
 Refusal noService() {
   return refuse("no service is set that exchange rates could come from").value();
 }
@@ -33,7 +39,8 @@ CurrencyManager::CurrencyManager(Platform& platform, FirstFetch first) : platfor
 }
 
 void CurrencyManager::loadKept(FirstFetch first) {
-  const auto date = platform_.userDefaults->dateForKey(kRefreshKey);
+  auto date = platform_.userDefaults->dateForKey(kRefreshKey);
+  if (date && !isSoundTime(*date)) date.reset();
   lastRefresh_ = date.value_or(platform_.now());
   if (auto kept = keptRates(*platform_.userDefaults)) {
     exchangeRates_ = *std::move(kept);
@@ -54,7 +61,10 @@ Result<RateTable> CurrencyManager::keptRates(const UserDefaults& defaults) {
 }
 
 bool CurrencyManager::isOld(Date now) const {
-  return !exchangeRates_.empty() && now > lastRefresh_.plusSeconds(kOldAfter);
+  constexpr double kDay = 86'400;
+  // A table of days to come was taken while the clock was wrong: nobody knows its age.
+  const bool isAhead = lastRefresh_ > now.plusSeconds(kDay);
+  return !exchangeRates_.empty() && (isAhead || now > lastRefresh_.plusSeconds(kOldAfter));
 }
 
 void CurrencyManager::refreshIfNeeded() {

@@ -46,12 +46,12 @@ Result<RateTable> tableOf(const json::object& rates) {
 /// The member "rates" of a reply, read into `memory`.
 Result<json::value> ratesOf(std::string_view body, json::storage_ptr memory) {
   body = trimBlanks(body);
-  if (body.empty()) return refuse("the reply is blank");
+  if (body.empty()) return refuse("there is nothing in it");
   json::error_code error;
   json::value reply = json::parse({body.data(), body.size()}, error, std::move(memory));
-  if (error) return refuse("the reply is no JSON text");
+  if (error) return refuse("it is no JSON text");
   json::value* rates = reply.is_object() ? reply.get_object().if_contains("rates") : nullptr;
-  if (rates == nullptr || !rates->is_object()) return refuse("the reply has no table of rates");
+  if (rates == nullptr || !rates->is_object()) return refuse("there is no table of rates in it");
   return std::move(*rates);
 }
 
@@ -73,6 +73,17 @@ Result<float> readRateOf(std::string_view body, std::string_view code) {
   const auto rate = rateOf(*value);
   if (!rate) return refuse("the rate of {} is {}, where a number above zero has to be", code, shown(*value));
   return *rate;
+}
+
+std::string statedBase(std::string_view body) {
+  json::error_code error;
+  const json::value reply = json::parse({body.data(), body.size()}, error);
+  if (error || !reply.is_object()) return {};
+  for (const auto* name : {"base", "base_code"}) {
+    const json::value* base = reply.get_object().if_contains(name);
+    if (base != nullptr && base->is_string()) return std::string(base->get_string());
+  }
+  return {};
 }
 
 json::value jsonOf(const RateTable& table) {

@@ -27,6 +27,10 @@ Result<RateTable> readRateReply(std::string_view body);
 /// One rate of a reply in whatever currency it is based on; of the others nothing is read. Refused as above.
 Result<float> readRateOf(std::string_view body, std::string_view code);
 
+/// The currency a text of that form says its rates are of; "" where it says none. What services answer is not
+/// asked for it; a file that a person picks may be of any base.
+std::string statedBase(std::string_view body);
+
 /// The table as kept in the settings: an object from code to number, and back by the same rules.
 boost::json::value jsonOf(const RateTable& table);
 Result<RateTable> rateTableOf(const boost::json::value& kept);

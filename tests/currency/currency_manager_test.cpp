@@ -82,10 +82,10 @@ TEST_F(CurrencyManagerTest, tellsTheLogOfEveryReply) {
     const char* why;
   } cases[] = {
       {kFirstReply, 3, "==get currency rate Succesful rateJson:3 url:" + kFirst + "\n", "good"},
-      {" ", 0, "==get currency rate: first.test: the reply is blank\n", "blank"},
+      {" ", 0, "==get currency rate: first.test: there is nothing in it\n", "blank"},
       {"<html>", 0,
        "==get currency rate ERROR rateJson:<html> url:" + kFirst +
-           "\n==get currency rate: first.test: the reply is no JSON text\n",
+           "\n==get currency rate: first.test: it is no JSON text\n",
        "broken"},
   };
   for (const auto& c : cases) {
@@ -165,9 +165,10 @@ TEST_F(CurrencyManagerTest, oneOrBothMayFail) {
        "the second alone"},
       {nullptr, nullptr, old, "no answer of https://first.test/v4/latest/USD; no answer of https://second",
        "", "no network"},
-      {"<html>", R"({"rates":{"EUR":0}})", old,
-       "first.test: the reply is no JSON text; second.test: the rate of", "", "replies that are none"},
-      {" ", "", old, "first.test: the reply is blank; second.test: the reply is blank", "", "blank replies"},
+      {"<html>", R"({"rates":{"EUR":0}})", old, "first.test: it is no JSON text; second.test: the rate of",
+       "", "replies that are none"},
+      {" ", "", old, "first.test: there is nothing in it; second.test: there is nothing in it", "",
+       "blank replies"},
   };
   for (const auto& c : cases) {
     answer(nullptr, R"({"rates":{"GBP":0.8}})");
@@ -219,6 +220,8 @@ TEST_F(CurrencyManagerTest, refreshesAfterTwelveHoursAndWhenTheClockWentBack) {
   CurrencyManager manager(machine.platform);
   machine.pass(30 * 86'400.0 + 1);
   EXPECT_TRUE(manager.isOld(machine.platform.now()));
+  EXPECT_TRUE(manager.isOld(manager.lastRefresh().plusSeconds(-2 * 86'400.0)))
+      << "taken while a clock was wrong";
   for (int time = 1; time <= 2; ++time) {
     manager.refreshIfNeeded();
     EXPECT_TRUE(manager.isRefreshing()) << "a refresh that failed is tried again";

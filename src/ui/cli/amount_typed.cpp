@@ -72,12 +72,17 @@ TextOfMoney textOfMoney(std::string_view typedText) {
   return money("", text);
 }
 
+/// The text typed as messages show it: a sum may be as long as it likes.
+std::string shownSum(const std::string& text) {
+  return printable(excerpt(text));
+}
+
 CommandError tooManyDecimals(const std::string& text, const std::string& currency, bool mayRound) {
   const int digits = currencyDigits(currency);
   return mayRound ? notUnderstood("{} is counted in {} decimals, and '{}' has more; --round rounds it",
-                                  currency, digits, printable(text))
+                                  currency, digits, shownSum(text))
                   : notUnderstood("{} is counted in {} decimals, and '{}' has more", currency, digits,
-                                  printable(text));
+                                  shownSum(text));
 }
 
 /// The number with the most decimals that count.
@@ -90,7 +95,7 @@ double calculated(const std::string& text, const std::vector<AmountToken>& token
   CalculateNumberPadView pad;
   pad.setDecimalDigits(digits);
   const double value = typed(pressed(pad, tokens));
-  if (!std::isfinite(value)) throw notUnderstood("{} comes to no amount", printable(text));
+  if (!std::isfinite(value)) throw notUnderstood("{} comes to no amount", shownSum(text));
   return value;
 }
 
@@ -115,19 +120,19 @@ double valueTyped(Session& session, const std::string& text, const std::string& 
   const double taken = rounded(amount, digits);
   const auto plain = [&] { return session.amounts().formatPlain(taken, currency); };
   if (sign == Sign::aboveZero && amount <= 0) {
-    throw isExpression ? notUnderstood("an amount must be above zero; {} is {}", printable(text), plain())
-                       : notUnderstood("an amount must be above zero; '{}' is not", printable(text));
+    throw isExpression ? notUnderstood("an amount must be above zero; {} is {}", shownSum(text), plain())
+                       : notUnderstood("an amount must be above zero; '{}' is not", shownSum(text));
   }
   if (sign == Sign::zeroToo && amount < 0) {
-    throw notUnderstood("the amount must not be below zero; {} is {}", printable(text), plain());
+    throw notUnderstood("the amount must not be below zero; {} is {}", shownSum(text), plain());
   }
   const bool isExact = taken == amount;
   if (!isExact && !options.round) throw tooManyDecimals(text, currency, mayRound);
-  if (taken <= 0 && amount > 0) throw notUnderstood("'{}' rounds to nothing", printable(text));
+  if (taken <= 0 && amount > 0) throw notUnderstood("'{}' rounds to nothing", shownSum(text));
   if (isExpression) {
-    session.say(session.text("{} is {}.", printable(text), plain()));
+    session.say(session.text("{} is {}.", shownSum(text), plain()));
   } else if (!isExact) {
-    session.say(session.text("{} is rounded to {}.", printable(text),
+    session.say(session.text("{} is rounded to {}.", shownSum(text),
                              session.amounts().formatWithCode(taken, currency)));
   }
   return taken;
@@ -174,7 +179,7 @@ double ownRate(Session& session, const EntryAmount& before, double figure, const
   constexpr double kTimesNear = 10;
   const auto& code = before.foreignCurrency;
   const int digits = currencyDigits(currency);
-  CurrencyManager& rates = session.rates();
+  CurrencyManager& rates = session.rates(FirstFetch::whenAsked);
   if (rates.knowsRate(code, currency)) {
     const double known = decimalOf(rates.exchangeRateFromCurrency(code, currency));
     if (converted(before.foreignAmount, known, digits) == before.amount) return known;
@@ -229,7 +234,7 @@ double figureTyped(Session& session, const std::string& text) {
   const auto tokens = typed(reader.tokens(text));
   const int digits = std::max(currencyDigits(""), decimalsThatCount(finest(tokens)));
   const double value = calculated(text, tokens, digits);
-  session.say(session.text("{} is {}.", printable(text), rateText(session, value)));
+  session.say(session.text("{} is {}.", shownSum(text), rateText(session, value)));
   return value;
 }
 
@@ -258,10 +263,12 @@ EntryAmount entryAmountTyped(Session& session, const std::string& text, const st
           "--rate belongs to an amount in another currency than {}, such as: --amount \"20 {}\"", currency,
           currency == "USD" ? "EUR" : "USD");
     }
-    entry.amount = amountTyped(session, money.number, currency, options);
+    entry.amount = valueTyped(session, money.number, currency, Sign::aboveZero, options);
+    requireSound(entry.amount);
     return entry;
   }
-  entry.foreignAmount = amountTyped(session, money.number, code, options);
+  entry.foreignAmount = valueTyped(session, money.number, code, Sign::aboveZero, options);
+  requireSound(entry.foreignAmount);
   entry.foreignCurrency = code;
   if (!options.rate.empty()) {
     entry.rateBy = RateBy::person;
@@ -315,8 +322,11 @@ void takeCode(std::string& name, std::string& code, std::string& amount) {
 
 void prepareRates(Session& session, const std::string& amount, const AmountOptions& options,
                   const std::function<bool(const std::string& code)>& needsRate) {
-  const auto code = textOfMoney(amount).code;
-  if (options.rate.empty() && isCurrencyCode(code) && needsRate(code)) freshenRates(session);
+  const auto money = textOfMoney(amount);
+  if (!options.rate.empty() || !isCurrencyCode(money.code)) return;
+  // What is no amount is told before anything is waited for.
+  typed(session.amountReader().tokens(money.number));
+  if (needsRate(money.code)) freshenRates(session);
 }
 
 }  // namespace moniva

@@ -11,7 +11,8 @@ std::vector<CommandText> currencyTexts() {
        {{"moniva currency list", "your list"}, {"moniva currency add CHF SEK", "two more"}}},
       {"currency list",
        "list currencies, and what is kept in them",
-       "Records are those that were entered with an amount in the currency besides their own. With --all "
+       "Paid in it are records that were entered with an amount in the currency besides their own. With "
+       "--all "
        "every currency there is today is listed, with a star where it is in your list. A text narrows the "
        "list by code or name, in your language or English.",
        {{"moniva currency list", "your list"},

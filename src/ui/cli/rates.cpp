@@ -33,6 +33,8 @@ Refusal noRate(Session& session, const std::string& from, const std::string& to,
     const bool isFromMissing = !table.contains(from);
     return Refusal(phrase("no exchange rate of {} is known; {}", isFromMissing ? from : to, goOn));
   }
+  if (rates.isRefreshing())
+    return Refusal(phrase("no exchange rates are known (the services did not answer in time); {}", goOn));
   const auto& failure = rates.refreshFailure();
   return Refusal(failure ? phrase("no exchange rates are known ({}); {}", *failure, goOn)
                          : phrase("no exchange rates are known; {}", goOn));

@@ -87,7 +87,7 @@ void listCurrencies(Session& session, const CurrencyListOptions& options) {
   if (options.all) {
     columns.insert(columns.begin(), Column{});
   } else {
-    for (auto title : {session.text("Books"), session.text("Accounts"), session.text("Records")})
+    for (auto title : {session.text("Books"), session.text("Accounts"), session.text("Paid in it")})
       columns.push_back({.title = std::move(title), .align = Align::right});
   }
   Table table(std::move(columns));

@@ -83,9 +83,14 @@ void showRateTable(Session& session, bool all) {
     return rate ? Cell(fmt::format("{} {}", shortRate(session, *rate), to))
                 : Cell(session.text("not known"), ink::dim);
   };
-  for (const auto& code : currenciesToShow(session, own, all))
+  const auto codes = currenciesToShow(session, own, all);
+  for (const auto& code : codes)
     table.addRow({code, currencyNamed(session, code).name, cell(own, code), cell(code, own)});
   if (session.options().json) return session.printJson(jsonOfPairs(session, std::move(list)));
+  if (codes.empty()) {
+    return session.answer(
+        session.text("Your list has no other currency than {}; add one with: moniva currency add CODE", own));
+  }
   session.out() << table.render(session.style(), session.width());
   session.answer(sourceText(session));
 }
@@ -142,6 +147,11 @@ void convertAmount(Session& session, const RateConvertOptions& options) {
     return session.answer(session.text("{} is {}: both are in the same currency.",
                                        amounts.formatWithCode(amount, from),
                                        amounts.formatWithCode(result, to)));
+  }
+  if (result == 0) {
+    return session.answer(session.text("{} is nothing in {}. The rate is {}, {}.",
+                                       amounts.formatWithCode(amount, from), to, rateText(session, rate),
+                                       rateDayText(session)));
   }
   session.answer(session.text("{} is {}. The rate is {}, {}.", amounts.formatWithCode(amount, from),
                               amounts.formatWithCode(result, to), rateText(session, rate),

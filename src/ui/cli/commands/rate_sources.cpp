@@ -72,6 +72,8 @@ void loadRates(Session& session, const std::string& path) {
   if (!bytes) throw refused("there is no file '{}'", shown);
   auto table = readRateReply(*bytes);
   if (!table) throw refused("'{}' has no exchange rates: {}", shown, table.error());
+  if (const auto base = statedBase(*bytes); !base.empty() && base != kBaseCurrency)
+    throw refused("the rates in '{}' are those of {}, not of the US dollar", shown, printable(base));
   CurrencyManager& rates = session.rates(FirstFetch::whenAsked);
   rates.finishRefreshWithExchangeRates(*std::move(table), std::filesystem::absolute(path, error).string());
   const auto number = static_cast<std::int64_t>(rates.exchangeRates().size());
@@ -96,7 +98,6 @@ bool setService(Session& session, const ServiceOptions& options, std::string_vie
   } else if (options.off || typedOne == kOff) {
     defaults.setString("", key);
   } else if (!typedOne.empty()) {
-    typed(RateServices::check(typedOne));
     defaults.setString(typedOne, key);
   } else {
     return false;
@@ -106,6 +107,9 @@ bool setService(Session& session, const ServiceOptions& options, std::string_vie
 
 void changeServices(Session& session, const ServiceOptions& options) {
   // Nothing is kept before both were found sound.
+  for (const auto* address : {&options.primary, &options.secondary}) {
+    if (!address->empty() && *address != kOff) typed(RateServices::check(*address));
+  }
   const bool first = setService(session, options, RateServices::kPrimaryKey, options.primary);
   const bool second = setService(session, options, RateServices::kSecondaryKey, options.secondary);
   if (first || second) done(session.platform().userDefaults->synchronize());
