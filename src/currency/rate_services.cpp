@@ -73,9 +73,11 @@ Result<> RateServices::check(const std::string& address) {
   if (authority.find('@') != std::string_view::npos)
     return refuse("'{}' names a user; services are asked without one", address);
   if (address.find_first_of("?#") != std::string::npos)
-    return refuse("'{}' has a '?' or '#' in it; an address ends with a path, to which what is asked for is added", address);
+    return refuse(
+        "'{}' has a '?' or '#' in it; an address ends with a path, and what is asked for is added to it",
+        address);
   if (!isPort(authority.substr(host.size())))
-    return refuse("'{}' has no port that there can be; ports go from 1 to 65535", address);
+    return refuse("'{}' has a port that cannot be; ports go from 1 to 65535", address);
   if (!hasScheme(address, kSecure) && !(hasScheme(address, kPlain) && isThisMachine(host)))
     return refuse("'{}' does not begin with https://", address);
   return {};

@@ -265,7 +265,7 @@ class Importer {
     if (!isCounted(ImportField::foreignAmount, *record.foreignAmount, record.foreignCurrency)) return false;
     return isOwnExport_ || record.foreignCurrency != currency || *record.foreignAmount == record.amount ||
            bad(ImportField::foreignAmount, *record.foreignAmount, [&](const std::string&) {
-             return phrase("the record itself is kept in {}, with another amount", currency);
+             return phrase("the record itself is kept in {}, and its amount is another", currency);
            });
   }
 

@@ -32,7 +32,7 @@ TEST(RateReply, isTakenAsAWholeOrNotAtAll) {
       {"\xEF\xBB\xBF {\"rates\":{\"EUR\":0.92}}\r\n", "EUR 0.92 USD 1 ", "a byte order mark"},
       {R"({"rates":{"EUR":2,"EUR":0.92}})", "EUR 0.92 USD 1 ", "twice: the last counts"},
       {R"({"rates":{"EUR":0.92,"eur":-1,"EURO":"x","":null}})", "EUR 0.92 USD 1 ", "no codes"},
-      {" \n", "blank", "nothing"},
+      {" \n", "nothing in it", "nothing"},
       {"<html>", "no JSON", "a page of a hotel's network"},
       {R"({"rates":{"EUR":0.92})", "no JSON", "cut short"},
       {R"({"rates":{"EUR":0.92}} {})", "no JSON", "more than one"},

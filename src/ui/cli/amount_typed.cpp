@@ -187,7 +187,7 @@ double ownRate(Session& session, const EntryAmount& before, double figure, const
   const bool saysEnough = before.amount * std::pow(10, digits) >= kUnitsEnough;
   if (saysEnough || figure <= kTimesNear * before.foreignAmount) return before.amount / before.foreignAmount;
   const auto& amounts = session.amounts();
-  throw refused("{} for {} tells too little of a rate for {}; say it with --rate",
+  throw refused("{} for {} is too little to tell a rate for {}; give one with --rate",
                 amounts.formatWithCode(before.amount, currency),
                 amounts.formatWithCode(before.foreignAmount, code), amounts.formatWithCode(figure, code));
 }
@@ -249,7 +249,7 @@ std::string EntryAmount::note(Session& session) const {
     case RateBy::table:
       break;
   }
-  return " " + session.text("The rate is {}, {}.", shown, rateDayText(session));
+  return " " + session.text("The rate is {}, of {}.", shown, ratesDay(session));
 }
 
 EntryAmount entryAmountTyped(Session& session, const std::string& text, const std::string& currency,

@@ -27,7 +27,7 @@ Refusal noRate(Session& session, const std::string& from, const std::string& to,
   const auto& table = rates.exchangeRates();
   if (table.contains(from) && table.contains(to)) {
     return Refusal(
-        phrase("the rate between {} and {} is beyond what can be reckoned with; {}", from, to, goOn));
+        phrase("the rate between {} and {} is beyond what can be calculated with; {}", from, to, goOn));
   }
   if (!table.empty()) {
     const bool isFromMissing = !table.contains(from);
@@ -64,10 +64,6 @@ void freshenRates(Session& session, milliseconds patience, milliseconds firstPat
 
 std::string ratesDay(Session& session) {
   return stringOfDateMediumStyle(session.calendar(), session.rates().lastRefresh());
-}
-
-std::string rateDayText(Session& session) {
-  return session.text("of {}", ratesDay(session));
 }
 
 void sayWhereOld(Session& session) {

@@ -27,8 +27,6 @@ void sayWhereOld(Session& session);
 
 /// "Nov 21, 2026": the day of the rates in use.
 std::string ratesDay(Session& session);
-/// The same for sentences that tell a rate: "of Nov 21, 2026".
-std::string rateDayText(Session& session);
 /// "0.9206": a rate with that many digits at most (else as many as it has), in the person's locale.
 std::string rateText(Session& session, double rate, int digits = kMostAmountDigits);
 

@@ -149,13 +149,13 @@ void convertAmount(Session& session, const RateConvertOptions& options) {
                                        amounts.formatWithCode(result, to)));
   }
   if (result == 0) {
-    return session.answer(session.text("{} is nothing in {}. The rate is {}, {}.",
+    return session.answer(session.text("{} is nothing in {}. The rate is {}, of {}.",
                                        amounts.formatWithCode(amount, from), to, rateText(session, rate),
-                                       rateDayText(session)));
+                                       ratesDay(session)));
   }
-  session.answer(session.text("{} is {}. The rate is {}, {}.", amounts.formatWithCode(amount, from),
+  session.answer(session.text("{} is {}. The rate is {}, of {}.", amounts.formatWithCode(amount, from),
                               amounts.formatWithCode(result, to), rateText(session, rate),
-                              rateDayText(session)));
+                              ratesDay(session)));
 }
 
 }  // namespace

@@ -149,7 +149,7 @@ std::string changeAmounts(Session& session, PlacedRecord& record, const SpendEdi
   }
   done(spend.updateAmount(amount));
   if (spend.foreignCurrency.empty()) return {};
-  return " " + session.text("{} stays as what it was; --no-foreign takes it off.",
+  return " " + session.text("{} stays as its foreign amount; --no-foreign takes it off.",
                             session.amounts().formatWithCode(spend.foreignAmount, spend.foreignCurrency));
 }
 
