@@ -112,7 +112,9 @@ double rounded(double number, int decimals) {
     if (shift >= 0) return withFifteenDigits(number);
     std::int64_t divisor = 1;
     for (shift = std::max(shift, -kDigits - 1); shift < 0; ++shift) divisor *= 10;
-    counted = static_cast<double>((written.digits + divisor / 2) / divisor);
+    const std::int64_t rest = written.digits % divisor;
+    const std::int64_t whole = written.digits / divisor + (rest >= divisor - rest ? 1 : 0);
+    counted = static_cast<double>(whole);
   }
   return std::copysign(counted / unit, counted == 0 ? 1 : number);
 }

@@ -168,7 +168,7 @@ TEST(ImportFile, takesAmountsOfTheirCurrencies) {
       {"transfer,Cash,Yen,5,10.5,,", tooFine("6 To amount", "JPY", 0, "10.5"), "what arrives"},
       {"expense,Cash,,5,,20.123,JPY", tooFine("7 Foreign amount", "JPY", 0, "20.123"), "what it was abroad"},
       {"expense,Cash,,5,,6,EUR",
-       "2:7 Foreign amount '6' the record itself is kept in EUR, with another amount\n", "two amounts"},
+       "2:7 Foreign amount '6' the record itself is kept in EUR, and its amount is another\n", "two amounts"},
       {"expense,Cash,,5,,5,EUR", "", "the same said twice"},
   };
   for (const auto& [row, problem, why] : cases) {

@@ -249,7 +249,7 @@ std::string EntryAmount::note(Session& session) const {
     case RateBy::table:
       break;
   }
-  return " " + session.text("The rate is {}, of {}.", shown, ratesDay(session));
+  return " " + session.text("The rate of {} is {}.", ratesDay(session), shown);
 }
 
 EntryAmount entryAmountTyped(Session& session, const std::string& text, const std::string& currency,

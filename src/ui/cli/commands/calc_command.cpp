@@ -6,7 +6,6 @@
 #include <boost/json.hpp>
 #include <map>
 #include <optional>
-#include <ranges>
 #include <span>
 
 #include "base/text.h"
@@ -230,7 +229,7 @@ void calculate(Calculation& run, const std::string& expression) {
   }
   const auto tokens = typed(run.session.amountReader().tokens(expression, ExpressionForm::keys));
   tellReplaced(run.session, expression, tokens);
-  const int most = std::ranges::max(tokens | std::views::transform(decimalsThatCount));
+  const int most = decimalsThatCount(*std::ranges::max_element(tokens, {}, decimalsThatCount));
   const auto value = pressed(run.pad, tokens, &run.steps);
   if (!value && run.options.currency.empty() && most > run.pad.decimalDigits() &&
       most <= CalculateNumberPadView::kMostDigits) {

@@ -149,13 +149,13 @@ void convertAmount(Session& session, const RateConvertOptions& options) {
                                        amounts.formatWithCode(result, to)));
   }
   if (result == 0) {
-    return session.answer(session.text("{} is nothing in {}. The rate is {}, of {}.",
-                                       amounts.formatWithCode(amount, from), to, rateText(session, rate),
-                                       ratesDay(session)));
+    return session.answer(session.text("{} is nothing in {}. The rate of {} is {}.",
+                                       amounts.formatWithCode(amount, from), to, ratesDay(session),
+                                       rateText(session, rate)));
   }
-  session.answer(session.text("{} is {}. The rate is {}, of {}.", amounts.formatWithCode(amount, from),
-                              amounts.formatWithCode(result, to), rateText(session, rate),
-                              ratesDay(session)));
+  session.answer(session.text("{} is {}. The rate of {} is {}.", amounts.formatWithCode(amount, from),
+                              amounts.formatWithCode(result, to), ratesDay(session),
+                              rateText(session, rate)));
 }
 
 }  // namespace
