@@ -8,6 +8,7 @@
 namespace moniva {
 namespace {
 
+/// What ICU answers for a code it does not know lies in the text asked with, so that has to live on.
 std::string nameOfCurrency(std::string_view code, const std::string& locale, UCurrNameStyle style) {
   auto wide = icu::UnicodeString::fromUTF8({code.data(), static_cast<std::int32_t>(code.size())});
   std::int32_t length = 0;
@@ -28,6 +29,11 @@ std::string currencyDisplayName(std::string_view code, std::string_view locale) 
 std::string symbolOfCurrency(std::string_view locale, std::string_view code) {
   const auto known = localeNamed(locale);
   return nameOfCurrency(code, known ? known->getName() : "", UCURR_SYMBOL_NAME);
+}
+
+std::string shortSymbolOfCurrency(std::string_view locale, std::string_view code) {
+  const auto known = localeNamed(locale);
+  return nameOfCurrency(code, known ? known->getName() : "", UCURR_NARROW_SYMBOL_NAME);
 }
 
 }  // namespace moniva

@@ -27,5 +27,7 @@ std::string currencyDisplayName(std::string_view code, std::string_view locale);
 /// How the locale writes a currency, unlike all others ("US$" in Canada); the code itself where it has no
 /// sign.
 std::string symbolOfCurrency(std::string_view locale, std::string_view code);
+/// The same without what tells it from others of that sign: "$" for CAD, "kr" for SEK.
+std::string shortSymbolOfCurrency(std::string_view locale, std::string_view code);
 
 }  // namespace moniva

@@ -2,7 +2,6 @@
 
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
-#include <unicode/ucurr.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
@@ -12,6 +11,7 @@
 #include "base/text.h"
 #include "currency/currency_manager.h"
 #include "currency/locale_utils.h"
+#include "platform/localization.h"
 #include "ui/cli/did_you_mean.h"
 
 namespace moniva {
@@ -34,14 +34,7 @@ std::string withoutAccents(std::string_view text) {
 
 /// "kr": the sign without what tells it from others.
 std::string shortSignOf(const std::string& code, const std::string& locale) {
-  const auto wide = icu::UnicodeString::fromUTF8(code);
-  UErrorCode status = U_ZERO_ERROR;
-  int32_t length = 0;
-  const char16_t* sign = ucurr_getName(icu::UnicodeString(wide).getTerminatedBuffer(), locale.c_str(),
-                                       UCURR_NARROW_SYMBOL_NAME, nullptr, &length, &status);
-  std::string text;
-  if (U_FAILURE(status) || sign == nullptr) return text;
-  return withoutAccents(icu::UnicodeString(sign, length).toUTF8String(text));
+  return withoutAccents(shortSymbolOfCurrency(locale, code));
 }
 
 std::vector<std::string> wordsIn(const std::string& name) {
