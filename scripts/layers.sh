@@ -11,11 +11,12 @@ declare -A may=(
   [platform]="base calendar"
   [storage]="base calendar platform"
   [model]="base calendar platform storage"
-  [recurrence]="base calendar platform storage model"
-  [reports]="base calendar platform storage model recurrence"
+  [reminders]="base calendar platform storage model currency"
+  [recurrence]="base calendar platform storage model reminders"
+  [reports]="base calendar platform storage model reminders recurrence"
   [exchange]="base calendar platform storage model currency"
-  [app]="base calendar platform storage model recurrence reports exchange currency"
-  [ui]="base calendar platform storage model recurrence reports exchange currency app"
+  [app]="base calendar platform storage model reminders recurrence reports exchange currency"
+  [ui]="base calendar platform storage model reminders recurrence reports exchange currency app"
 )
 
 bad=0

@@ -182,6 +182,16 @@ bool BookPeriods::isCurrentMonth(std::optional<Date> date) const {
 
 Date BookPeriods::dueDate(std::optional<Date> date) const {
   constexpr int kDaysToPay = 20;
+  if (starts_.dueDay > 0) {
+    const DaySystem& days = calendar_->days();
+    const std::int64_t closing = calendar_->dayNumber(lastDateOfMonth(date));
+    const auto inMonthOf = [&](std::int64_t day) {
+      return std::min(days.firstOfMonth(day) + starts_.dueDay - 1, days.lastOfMonth(day));
+    };
+    std::int64_t due = inMonthOf(closing);
+    if (due <= closing) due = inMonthOf(days.lastOfMonth(closing) + 1);
+    return calendar_->beginOfDay(due);
+  }
   return calendar_->dateWithDay(lastDateOfMonth(date), kDaysToPay);
 }
 

@@ -15,6 +15,8 @@ struct PeriodStarts {
   int monthStartsOn = 1;
   /// The month of the year. -M is month M of the year before the one the period is called after.
   int yearStartsOn = 1;
+  /// The day of the month on which bills are to be paid, 1 to 31; 0 where none is set.
+  int dueDay = 0;
 };
 
 /// The weeks, months and years of one book.
@@ -70,7 +72,9 @@ class BookPeriods {
   [[nodiscard]] bool isCurrentYear(std::optional<Date> date = {}) const;
   [[nodiscard]] bool isCurrentMonth(std::optional<Date> date = {}) const;
 
-  /// When what was spent in the book month of the date is to be paid: twenty days after the month's last day.
+  /// When what was spent in the book month of the date is to be paid: on the first due day after the month's
+  /// last day (in months that are too short, on their last day), or twenty days after it without a due day.
+  /// Of a later month it is never earlier.
   [[nodiscard]] Date dueDate(std::optional<Date> date = {}) const;
 
   // Periods as texts: "Feb, 25 -- Mar, 24", and in the locale's short or medium style.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/json/object.hpp>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +13,8 @@
 #include "storage/mv_app_root.h"
 
 namespace moniva {
+
+class BookBudget;
 
 /// One row of `account`: a book (kind 2), in which expense and income are grouped, or a payment account (kind
 /// 1), from which they are paid. Other tables refer to it by `pk`, which never changes; `title` is for
@@ -48,6 +51,8 @@ class MonivaAccount {
   double totalTransferIn = 0;
   double totalTransferOut = 0;
   double adjustBalance = 0;
+  /// The budget in force, once it was asked for (`getMainBudget`).
+  std::shared_ptr<BookBudget> mainBudget;
   std::optional<Date> dateOfFirstTransaction;
   std::optional<Date> dateOfLastTransaction;
   /// Whether this object has changed the row since it was loaded.
@@ -123,6 +128,10 @@ class MonivaAccount {
   Result<> updateShowProfitForSummary(bool shows);
   Result<> updateRepayNotificationEnabled(bool enabled);
   bool repayNotificationEnabled() const;
+  /// The day of the month on which the bills of a credit account are to be paid, 1 to 31 (in a shorter month
+  /// its last day); 0, for twenty days after the closing, where none is set. Kept with the display options.
+  int dueDay() const;
+  Result<> updateDueDay(int day);
   /// Closes the row, or opens it again. The current book is not to be closed.
   Result<> close(bool closed);
   /// Writes another currency (an ISO 4217 code); the same one changes nothing. Where no open payment account
@@ -149,7 +158,7 @@ class MonivaAccount {
   /// Keeps this book as the current one in the user defaults.
   void saveToLocal() const;
 
-  PeriodStarts periodStarts() const { return {weekStartsOn, monthStartsOn, yearStartsOn}; }
+  PeriodStarts periodStarts() const { return {weekStartsOn, monthStartsOn, yearStartsOn, dueDay()}; }
   MVAppRoot& root() const { return *root_; }
 
  private:

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <boost/json.hpp>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 
@@ -174,6 +175,21 @@ Result<> MonivaAccount::updateRepayNotificationEnabled(bool on) {
   if (!isDebtAccount())
     return refuse("'{}' is no credit account, so there is no repayment to remind of", title);
   return updateOption("notificationEnabled", on ? "1" : "0");
+}
+
+int MonivaAccount::dueDay() const {
+  const auto* kept = expandOptionDict.if_contains("dueDay");
+  if (kept == nullptr || !kept->is_string()) return 0;
+  const std::string_view text = kept->get_string();
+  int day = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), day);
+  return error == std::errc() && end == text.data() + text.size() && day >= 1 && day <= 31 ? day : 0;
+}
+
+Result<> MonivaAccount::updateDueDay(int day) {
+  if (!isDebtAccount()) return refuse("'{}' is no credit account, so it has no bills to pay", title);
+  if (day < 0 || day > 31) return refuse("bills are due on day 1 to 31, not {}", day);
+  return updateOption("dueDay", day == 0 ? "" : std::to_string(day));
 }
 
 std::string MonivaAccount::getCategoryOrder(int type) const {

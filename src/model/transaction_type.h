@@ -22,6 +22,11 @@ inline constexpr int kBalanceCorrection = 50;
 inline constexpr int kOneTimeBudget = 60;
 inline constexpr int kMonthlyBudget = 61;
 inline constexpr int kCategoryAllocation = 62;
+/// What a monthly budget carries into the month that the row is labelled with.
+inline constexpr int kBudgetCarry = 63;
+/// What was paid above a card's bill, in the month of the next one; no money movement, so that no balance
+/// counts it.
+inline constexpr int kOverpayment = 64;
 inline constexpr int kIncomeTemplate = 81;
 inline constexpr int kExpenseTemplate = 82;
 inline constexpr int kTransferTemplate = 83;

@@ -10,6 +10,7 @@
 #include "platform/cloud_containers.h"
 #include "platform/http_client.h"
 #include "platform/images.h"
+#include "platform/local_notifications.h"
 #include "platform/localization.h"
 #include "platform/log.h"
 #include "platform/notification_center.h"
@@ -42,6 +43,7 @@ struct Platform {
   std::unique_ptr<BackgroundTasks> backgroundTasks = std::make_unique<UnlimitedBackgroundTasks>();
   std::unique_ptr<HttpClient> http = std::make_unique<NoHttpClient>();
   std::unique_ptr<Images> images = std::make_unique<NoImages>();
+  std::unique_ptr<LocalNotifications> localNotifications = std::make_unique<MemoryLocalNotifications>();
   std::unique_ptr<Localization> localization = std::make_unique<Localization>();
   NotificationCenter notifications;
   Log log;

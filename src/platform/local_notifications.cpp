@@ -1,0 +1,29 @@
+#include "platform/local_notifications.h"
+
+#include <algorithm>
+
+namespace moniva {
+
+Result<> MemoryLocalNotifications::add(const NotificationRequest& request) {
+  requests_.insert_or_assign(request.identifier, request);
+  return {};
+}
+
+Result<> MemoryLocalNotifications::removePending(std::string_view identifier) {
+  if (const auto at = requests_.find(identifier); at != requests_.end()) requests_.erase(at);
+  return {};
+}
+
+Result<> MemoryLocalNotifications::removeAllPending() {
+  requests_.clear();
+  return {};
+}
+
+Result<std::vector<NotificationRequest>> MemoryLocalNotifications::pending() {
+  std::vector<NotificationRequest> list;
+  for (const auto& [identifier, request] : requests_) list.push_back(request);
+  std::ranges::stable_sort(list, {}, &NotificationRequest::trigger);
+  return list;
+}
+
+}  // namespace moniva

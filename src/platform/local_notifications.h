@@ -1,0 +1,57 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/result.h"
+#include "calendar/civil_time.h"
+
+namespace moniva {
+
+/// What a person is to be told at a moment of their day.
+struct NotificationRequest {
+  /// A request of the same identifier takes the place of the one before.
+  std::string identifier;
+  std::string title;
+  std::string body;
+  bool hasDefaultSound = true;
+  std::map<std::string, std::string> userInfo;
+  /// The year, month, day, hour, minute and second of the wall clock at which it is shown, once.
+  CivilTime trigger;
+};
+
+/// The host's centre of local notifications: it keeps requests and shows each at its time, whether or not the
+/// program runs then. Every call is refused, in words, where the host has no such service or will not.
+class LocalNotifications {
+ public:
+  /// What permission is asked for; the numbers are added up.
+  static constexpr unsigned kSound = 2;
+  static constexpr unsigned kAlert = 4;
+
+  virtual ~LocalNotifications() = default;
+  /// Asks the person, or remembers what they said. Refused when they do not want to be told.
+  virtual Result<> requestPermission(unsigned options) = 0;
+  virtual Result<> add(const NotificationRequest& request) = 0;
+  /// Takes back what was not shown yet; an identifier that is not known is no fault.
+  virtual Result<> removePending(std::string_view identifier) = 0;
+  virtual Result<> removeAllPending() = 0;
+  /// What was not shown yet, the earliest first.
+  virtual Result<std::vector<NotificationRequest>> pending() = 0;
+};
+
+/// Keeps requests in memory and shows none.
+class MemoryLocalNotifications final : public LocalNotifications {
+ public:
+  Result<> requestPermission(unsigned) override { return {}; }
+  Result<> add(const NotificationRequest& request) override;
+  Result<> removePending(std::string_view identifier) override;
+  Result<> removeAllPending() override;
+  Result<std::vector<NotificationRequest>> pending() override;
+
+ private:
+  std::map<std::string, NotificationRequest, std::less<>> requests_;
+};
+
+}  // namespace moniva

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "reports/book_budget.h"
+
+/// Which budget a book has. Reading mends what should not be: two rows of a month, a wrong month key, rows
+/// of months to come; a sound store is only read.
+namespace moniva {
+
+/// Switches the book's budget on or off. What the switch takes away is taken up again when it is switched on.
+Result<> setBudgetOpened(MonivaAccount& book, bool opened);
+/// Reads the switch anew into the object.
+Result<> reloadBudgetEnabled(MonivaAccount& book);
+
+/// The budget in force: a range of days where one is set, else that of the present month; null where the
+/// switch is off or nothing was ever set. Kept in `book.mainBudget`, figures counted.
+Result<std::shared_ptr<BookBudget>> getMainBudget(MonivaAccount& book);
+/// The budget over a range of days; the others of the book, if any, are removed.
+Result<std::optional<BookBudget>> getOneTimeBudget(MonivaAccount& book);
+/// The budget of the present book month, its labels and days those of the month also where the row is older.
+Result<std::optional<BookBudget>> getMonthlyBudget(MonivaAccount& book);
+/// The same for a month.
+Result<std::optional<BookBudget>> getMonthlyBudgetForYear(MonivaAccount& book, int year, int Month);
+
+/// Makes the amount the budget of that month and of all later ones of the history, brings back what was set
+/// aside of the book's history, and counts the remainders again.
+Result<> calculateHistoryBudgetFrom(MonivaAccount& book, int year, int month, double newAmount);
+
+}  // namespace moniva
