@@ -13,8 +13,8 @@ esac
 joined=$(mktemp -d)
 trap 'rm -rf "$joined"' EXIT
 
-# At most so many sources are joined: one huge file would keep one core busy while the other has nothing to do.
-most=12
+# At most so many sources are joined: more would need more memory than small machines have.
+most=40
 for folder in src/*/ tools/; do
   room=$(basename "$folder")
   number=0
