@@ -13,7 +13,7 @@ namespace {
 /// Rows that name an account as the other side of a transfer, where others have their vendor.
 constexpr std::string_view kNamesAccount = "(type in (23,33,83) or (type = 85 and syear = 33))";
 /// Budgets are plans for the book itself.
-constexpr std::string_view kNoBudget = "type not in (60,61,62)";
+constexpr std::string_view kNoBudget = "type not in (60,61,62,63)";
 /// What a bill carries over follows from the records, and is none.
 constexpr std::string_view kNoCarry = "type != 64";
 /// Seeds of series and of plans say what records there are to be, and are none.

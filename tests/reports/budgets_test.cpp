@@ -105,10 +105,17 @@ TEST(Budgets, carryWhatIsLeftFromMonthToMonth) {
   us.done(us.history().calculateHistoryBudgetRolloverFrom(2024, 2));
   EXPECT_EQ(us.writes(), before) << "a sound store is only read";
 
-  const BookBudget april = *us.ofMonth(2024, 4);
+  EXPECT_EQ(*us.home->recordCount(), 5) << "budgets are no records";
+  BookBudget april = *us.ofMonth(2024, 4);
   EXPECT_EQ(april.eid, us.ofMonth(2024, 2)->eid) << "the row in force";
   EXPECT_EQ(april.month, 4);
   EXPECT_EQ(april.budgetBeginDate, us.on("2024-04-01"));
+  april.leftAmount = 7;
+  us.done(april.calculateBalanceRollover());
+  EXPECT_EQ(us.number("select amount from transactions where type = 63 and smonth = 5"), 7);
+  april.inheritRemaining = false;
+  us.done(april.calculateBalanceRollover());
+  EXPECT_EQ(us.number("select amount from transactions where type = 63 and smonth = 5"), 0);
   EXPECT_FALSE(us.ofMonth(2024, 1)) << "before the first";
   EXPECT_FALSE(getMonthlyBudgetForYear(*us.home, 2024, 13));
 }
@@ -144,53 +151,43 @@ TEST(Budgets, keepToTheMonthsOfTheBook) {
 }
 
 TEST(Budgets, tellWhatIsLeftAndWhatMayBeSpentToday) {
+  Budgeting us;
+  us.row(12, 100, "2024-06-01");
+  us.row(12, 5, "2024-06-15 00:00:00");
+  us.row(12, 20, "2024-06-15 10:00:00", 1, 1002);
+  us.row(12, 20, "2024-06-15 10:00:00", 1, 1003);
+  us.row(12, 20, "2024-06-15 10:00:00", 1, 0, "series");
+  us.row(12, 40, "2024-06-20");
+  us.row(12, 38, "2024-06-25", 0);
+  us.row(12, 32, "2024-06-26", 0, 1003);
+  us.sql("update transactions set transferEID = 'plan' where paid = 0 and syear = 1003");
   struct Case {
     const char* why;
     const char* now;
-    int month;
-    double amount, carried;
-    double left, today;
+    double amount, carried, divided, left, today;
   };
   for (const auto& c : {
-           Case{"16 days with today", "2024-06-15 12:00:00", 6, 1000, 0, 1000 - 145 - 70 - 32, 753.0 / 16},
-           Case{"the last day", "2024-06-30 12:00:00", 6, 1000, 0, 1000 - 145, 855},
-           Case{"a month that is over", "2024-07-01", 6, 1000, 0, 1000 - 145, 0},
-           Case{"used up, nothing carried in", "2024-06-15 12:00:00", 6, 200, 0, -47, (-47 + 5 - 80.0) / 16},
-           Case{"used up, something carried in", "2024-06-15 12:00:00", 6, 200, 10, 57, (57 + 5 - 80.0) / 16},
+           Case{"16 days with today; what is planned and what series made is not of today",
+                "2024-06-15 12:00:00", 1000, 10, 40, 795 - 70 - 32, (693 + 5) / 16.0 - 5},
+           Case{"the last day", "2024-06-30 23:00:00", 1000, 10, 0, 795, 795},
+           Case{"a month that is over", "2024-07-01", 1000, 10, 0, 795, 0},
+           Case{"used up, nothing carried in", "2024-06-15", 200, 0, 40, -107, (-107 + 5) / 16.0 - 5},
+           Case{"used up, something carried in", "2024-06-15", 200, 10, 40, 117, (117 + 5) / 16.0 - 5},
+           Case{"used up in a month that is over", "2024-07-01", 200, 10, 0, -5, 0},
        }) {
-    Budgeting us;
-    us.row(12, 100, "2024-06-01");
-    us.row(12, 5, "2024-06-15 08:00:00");
-    us.row(12, 40, "2024-06-20");
-    us.row(12, 38, "2024-06-25", 0);
-    us.row(12, 32, "2024-06-26", 0, 1003);
-    us.sql("update transactions set transferEID = 'plan' where syear = 1003");
     us.setClock(c.now);
     BookBudget budget(*us.home);
-    budget.month = c.month;
+    budget.month = 6;
     budget.budgetBeginDate = us.on("2024-06-01");
     budget.budgetEndDate = us.on("2024-06-30");
     budget.amount = c.amount;
     budget.lastMonthRolloverAmount = c.carried;
     us.done(budget.calculateRemaining());
-    EXPECT_EQ(budget.monivaAmount, 145) << c.why;
+    EXPECT_EQ(budget.monivaAmount, 205) << c.why;
+    EXPECT_EQ(budget.dividedAmount, c.divided) << c.why;
     EXPECT_EQ(budget.leftAmount, c.left) << c.why;
-    const double spent = std::string_view(c.now) < "2024-06-16" ? 5 : 0;
-    const double days = 16;
-    EXPECT_NEAR(budget.todayAvailableAmount, spent == 0 ? c.today : (c.left + spent) / days - spent, 1e-9)
-        << c.why;
-    EXPECT_EQ(budget.dividedAmount, spent == 0 ? 0 : 40) << c.why;
+    EXPECT_NEAR(budget.todayAvailableAmount, c.today, 1e-9) << c.why;
   }
-}
-
-TEST(Budgets, ofTodayCountNeitherPlansNorSeries) {
-  Budgeting us;
-  us.monthly(2024, 6, 1600);
-  us.row(12, 16, "2024-06-15 00:00:00");
-  us.row(12, 100, "2024-06-15 10:00:00", 1, 1002);
-  us.row(12, 100, "2024-06-15 10:00:00", 1, 1003);
-  us.row(12, 100, "2024-06-15 10:00:00", 1, 0, "series");
-  EXPECT_EQ(us.main().todayAvailableAmount, (1600 - 316 + 16) / 16.0 - 16);
 }
 
 TEST(Budgets, overARangeGoBeforeThoseOfMonths) {
