@@ -90,8 +90,8 @@ class MonivaAccount {
   bool isOtherAccount() const;
   /// Whether no record was ever kept in the row, deleted ones included; one that cannot be read is not empty.
   bool isEmpty() const;
-  /// How many live rows of `transactions` are kept in the book or account, of whatever kind; seeds of series
-  /// and of plans, which only say what records there are to be, are none.
+  /// How many live rows of `transactions` are kept in the book or account; budgets, what they and bills carry
+  /// over, and seeds of series and of plans, which only say what records there are to be, are none.
   Result<std::int64_t> recordCount() const;
   /// How many live series make records of the book or account.
   Result<std::int64_t> seriesCount() const;

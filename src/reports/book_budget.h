@@ -20,7 +20,7 @@ class BookBudget {
   std::string eid;
   double amount = 0;
   int type = kind::kMonthlyBudget;
-  /// First and last day: of the book month, or of the range.
+  /// First and last day: of the book month, which ends where the next one begins, or of the range.
   Date budgetBeginDate;
   Date budgetEndDate;
   MonivaAccount book;

@@ -45,7 +45,8 @@ class BudgetHistoricalRemaining {
   Result<> editAmount(int year, int month, double amount);
   /// Whether what is left of that month is carried on, for that month alone.
   Result<> editInherit(int year, int month, bool inherits);
-  /// The month's own row goes; an earlier one is in force again. Refused where the month has none.
+  /// The month's own row goes; an earlier one is in force again. Refused where the month has none, or the
+  /// only one there is.
   Result<> deleteMonth(int year, int month);
   /// The history begins with that month, into which nothing is carried; what went before is set aside.
   Result<> recalculateFrom(int year, int month);

@@ -9,7 +9,8 @@
 /// of months to come; a sound store is only read.
 namespace moniva {
 
-/// Switches the book's budget on or off. What the switch takes away is taken up again when it is switched on.
+/// Switches the book's budget on or off; refused for a group. What the switch takes away is taken up again
+/// when it is switched on.
 Result<> setBudgetOpened(MonivaAccount& book, bool opened);
 /// Reads the switch anew into the object.
 Result<> reloadBudgetEnabled(MonivaAccount& book);
@@ -21,7 +22,8 @@ Result<std::shared_ptr<BookBudget>> getMainBudget(MonivaAccount& book);
 Result<std::optional<BookBudget>> getOneTimeBudget(MonivaAccount& book);
 /// The budget of the present book month, its labels and days those of the month also where the row is older.
 Result<std::optional<BookBudget>> getMonthlyBudget(MonivaAccount& book);
-/// The same for a month.
+/// The same for a month; what is carried into one that is still to come is not known yet. Refused: a month
+/// that does not exist.
 Result<std::optional<BookBudget>> getMonthlyBudgetForYear(MonivaAccount& book, int year, int Month);
 
 /// Makes the amount the budget of that month and of all later ones of the history, brings back what was set
