@@ -152,6 +152,7 @@ std::span<const CommandText> commandTexts() {
              planTexts(),
              listTexts(),
              breakdownTexts(),
+             budgetTexts(),
              reportTexts(),
              searchTexts(),
          }) {

@@ -10,6 +10,7 @@
 #include "ui/cli/bars.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
+#include "ui/cli/commands/budget_commands.h"
 #include "ui/cli/commands/import_command.h"
 #include "ui/cli/commands/report_commands.h"
 #include "ui/cli/records.h"
@@ -84,6 +85,12 @@ void show(Session& session) {
   listAccounts(session);
   session.out() << '\n';
   printLargestCategories(session, book, from, to);
+  session.out() << '\n';
+  constexpr std::size_t kLast = 3;
+  const auto budget = done(BudgetHistoricalRemaining(book).months());
+  const auto closed = std::span(budget).first(budget.empty() ? 0 : budget.size() - 1);
+  if (closed.empty()) return;
+  printBudgetMonths(session, book, closed.last(std::min(kLast, closed.size())), session.text("Last months"));
 }
 
 void demo(Session& outer) {
