@@ -207,7 +207,6 @@ void editBudget(Session& session, const BudgetOptions& options) {
       budget.budgetEndDate = range.last;
     }
     done(budget.update());
-    book.mainBudget.reset();
     return session.text("The budget of '{}' is {} now.", book.title, budgetText(session, budget)) +
            (budget.isMonthly() ? " " + carryText(session, budget.inheritRemaining) : std::string()) +
            allocatedNote(session, book);
@@ -230,16 +229,15 @@ std::string deleteMonthly(Session& session, MonivaAccount& book) {
 }
 
 std::string deleteOneTime(Session& session, MonivaAccount& book, BookBudget budget) {
-  const auto text = budgetText(session, budget);
+  const auto answer =
+      session.text("Deleted the one-time budget of '{}', {}.", book.title, budgetText(session, budget));
   done(budget.delete_());
-  book.mainBudget.reset();
-  const auto answer = session.text("Deleted the one-time budget of '{}', {}.", book.title, text);
-  const auto monthly = done(getMainBudget(book));
-  if (monthly) {
-    return answer + " " + session.text("The budget is {} again.", budgetText(session, *monthly));
+  // A monthly one that is not there any more is not to come back by itself.
+  if (done(BudgetHistoricalRemaining(book).months()).empty()) {
+    done(setBudgetOpened(book, false));
+    return answer;
   }
-  done(setBudgetOpened(book, false));
-  return answer;
+  return answer + " " + session.text("It is {} again.", budgetText(session, budgetInForce(session, book)));
 }
 
 void deleteBudget(Session& session, const BudgetOptions& options) {

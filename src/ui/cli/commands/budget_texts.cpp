@@ -41,12 +41,15 @@ TypedMonth monthTyped(Session& session, const MonivaAccount& book, const std::st
     throw notUnderstood("'{}' is no month: write it as 2024-03", printable(text));
   }
   auto month = monthHolding(session, periods, period.first);
-  if (period.first > session.now()) throw refused("{} is still to come", month.text);
+  const BookBudget present(book);
+  if (std::pair(month.year, month.month) > std::pair(present.year, present.month)) {
+    throw refused("{} is still to come", month.text);
+  }
   return month;
 }
 
 TypedMonth presentMonth(Session& session, const MonivaAccount& book) {
-  return monthHolding(session, periodsOf(session, book), session.now());
+  return monthHolding(session, periodsOf(session, book), BookBudget(book).budgetBeginDate);
 }
 
 void CarryOptions::addTo(CLI::App& command) {
