@@ -1,0 +1,284 @@
+#include "reports/budget_historical_remaining.h"
+
+#include <fmt/format.h>
+
+#include <set>
+
+#include "model/entry_checks.h"
+#include "reports/budget_rows.h"
+#include "reports/moniva_account_budget.h"
+#include "reports/report_block.h"
+#include "storage/transaction.h"
+#include "storage/writes.h"
+
+namespace moniva {
+namespace {
+
+constexpr std::string_view kHistory = "BudgetHistoricalRemaining";
+
+void tellOfBudget(MVAppRoot& root) {
+  root.platform().notifications.post(notification::kDefaultAccountBudgetChanged);
+}
+
+/// The first month that has a budget; nothing where none has.
+std::optional<MonthLabel> firstMonth(const MonthlyRows& rows, MonthLabel current) {
+  if (rows.empty() || rows.begin()->first > current) return std::nullopt;
+  return rows.begin()->first;
+}
+
+Result<CountedMonths> countHistory(const MonivaAccount& book) {
+  Connection* db = book.root().db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  const ReadTransaction snapshot(*db);
+  const auto rows = monthlyRows(book);
+  if (!rows) return tl::make_unexpected(rows.error());
+  const BudgetMonths months(book);
+  const MonthLabel current = months.current();
+  const auto first = firstMonth(*rows, current);
+  if (!first) return CountedMonths();
+  return countMonths(book, *rows, *first, months.plus(current, 1));
+}
+
+/// Keeps what is carried into that month and every later one up to the present.
+Result<> countAgain(const MonivaAccount& book, MonthLabel from = {}) {
+  auto counted = countHistory(book);
+  if (!counted) return tl::make_unexpected(counted.error());
+  if (counted->carried.empty()) return {};
+  // What the present month has left is known when it is over.
+  counted->carried.pop_back();
+  std::erase_if(counted->carried, [&](const Carried& into) { return into.month < from; });
+  return keepCarried(book, counted->carried);
+}
+
+/// The rows of monthly budgets, of which the month is one of the history.
+Result<MonthlyRows> rowsAround(const MonivaAccount& book, MonthLabel month) {
+  const BudgetMonths months(book);
+  if (auto checked = months.check(month); !checked) return tl::make_unexpected(checked.error());
+  auto rows = monthlyRows(book);
+  if (!rows) return rows;
+  if (month > months.current()) {
+    return refuse("{} has not begun; the history of a budget ends with the present month",
+                  months.title(month));
+  }
+  if (inForce(*rows, month) == rows->end()) {
+    return refuse("'{}' had no budget in {}", book.title, months.title(month));
+  }
+  return rows;
+}
+
+/// Runs a change of the history of which the month is part, counts again and tells.
+template <class Work>
+Result<> changeHistory(const MonivaAccount& book, Work&& work) {
+  MVAppRoot& root = book.root();
+  auto done = atomically(root, [&](Connection& db) -> Result<> {
+    if (auto mended = mendMonthlyRows(book); !mended) return mended;
+    if (auto changed = work(db); !changed) return changed;
+    return countAgain(book);
+  });
+  if (done) tellOfBudget(root);
+  return done;
+}
+
+/// The month after goes on as before the change, unless it has a row of its own or is still to come.
+Result<> goOnAfter(const MonivaAccount& book, const MonthlyRows& rows, MonthLabel month) {
+  const BudgetMonths months(book);
+  const MonthLabel next = months.plus(month, 1);
+  if (next > months.current() || rows.contains(next)) return {};
+  const MonthlyRow& former = inForce(rows, month)->second;
+  const auto added = addMonthlyRow(book, next, former.amount, former.inherits);
+  if (!added) return tl::make_unexpected(added.error());
+  return {};
+}
+
+Result<> writeAmount(const MonivaAccount& book, MonthLabel month, double amount) {
+  MVAppRoot& root = book.root();
+  return write(root,
+               "update transactions set amount = ?, editDate = ?, edit_ipid = ? where type = ? and book = ?"
+               " and syear = ? and smonth = ?",
+               amount, root.editStamp(), root.itsUDID(), kind::kMonthlyBudget, book.pk, month.year,
+               month.month);
+}
+
+/// Of each month without a live row the one that went last comes back. What a person deleted in that month
+/// stays so, with what went before it.
+Result<> reviveRows(Connection& db, const MonivaAccount& book, int type) {
+  struct Found {
+    std::string eid;
+    bool isLive = false;
+    bool isDeleted = false;
+    std::string recalculated;
+  };
+  std::map<MonthLabel, Found> found;
+  {
+    Run run = db.query(
+        "select eid, syear, smonth, deleted, ipid from transactions where type = ? and book = ? order by"
+        " editDate, eid",
+        {type, book.pk});
+    while (run.next()) {
+      Found& month = found[{static_cast<int>(run.integer(1)), static_cast<int>(run.integer(2))}];
+      const auto deleted = run.integer(3);
+      if (deleted == 0) {
+        month.isLive = true;
+      } else if (deleted == 4) {
+        month.isDeleted = true;
+      } else if (run.text(4) == budget_mark::kRecalculated) {
+        month.eid = month.recalculated = run.text(0);
+      } else if (run.text(4) != budget_mark::kDeleted) {
+        month.eid = run.text(0);
+      }
+    }
+    if (!run.ok()) return tl::make_unexpected(db.refusal());
+  }
+  MVAppRoot& root = book.root();
+  for (const auto& [label, month] : found) {
+    const std::string& eid = month.isDeleted ? month.recalculated : month.eid;
+    if (month.isLive || eid.empty()) continue;
+    auto done = write(root,
+                      "update transactions set deleted = 0, ipid = '', editDate = ?, edit_ipid = ? where type"
+                      " = ? and book = ? and deleted !=4 and eid = ?",
+                      root.editStamp(), root.itsUDID(), type, book.pk, eid);
+    if (!done) return done;
+  }
+  return {};
+}
+
+Result<> bringBackHistory(Connection& db, const MonivaAccount& book) {
+  MVAppRoot& root = book.root();
+  for (const int type : {kind::kMonthlyBudget, kind::kBudgetCarry}) {
+    if (auto done = reviveRows(db, book, type); !done) return done;
+  }
+  constexpr std::string_view kUnlabelled = "(type = ? or type = ?) and (syear = 0 or smonth = 0)";
+  auto logged = logRemovedRows(root, std::string(kUnlabelled), {kind::kMonthlyBudget, kind::kBudgetCarry});
+  if (!logged) return logged;
+  return write(root, fmt::format("delete from transactions where {}", kUnlabelled), kind::kMonthlyBudget,
+               kind::kBudgetCarry);
+}
+
+}  // namespace
+
+Result<std::vector<BudgetMonth>> BudgetHistoricalRemaining::months() const {
+  auto counted = countHistory(book_);
+  if (!counted) return tl::make_unexpected(counted.error());
+  const BudgetMonths names(book_);
+  for (auto& month : counted->months) month.title = names.title({month.year, month.month});
+  return std::move(counted->months);
+}
+
+Result<> BudgetHistoricalRemaining::calculateHistoryBudgetRolloverFrom(int year, int month) {
+  auto done = countAgain(book_, {year, month});
+  if (done) tellOfBudget(book_.root());
+  return done;
+}
+
+void BudgetHistoricalRemaining::calculateHistoryBudgetRolloverFrom(
+    int year, int month, std::function<void(const Result<>&)> completion) {
+  MVAppRoot& root = book_.root();
+  reportInBackground<void>(
+      root, std::string(kHistory),
+      [book = book_, year, month](Connection&) {
+        return countAgain(book, {year, month});
+      },
+      [&root, completion = std::move(completion)](const Result<>& done) {
+        if (done) tellOfBudget(root);
+        if (completion) completion(done);
+      });
+}
+
+Result<> BudgetHistoricalRemaining::editAmount(int year, int month, double amount) {
+  if (auto checked = checkAmount(amount); !checked) return checked;
+  return changeHistory(book_, [&](Connection&) -> Result<> {
+    const MonthLabel label{year, month};
+    const auto rows = rowsAround(book_, label);
+    if (!rows) return tl::make_unexpected(rows.error());
+    if (auto kept = goOnAfter(book_, *rows, label); !kept) return kept;
+    if (rows->contains(label)) return writeAmount(book_, label, amount);
+    const auto added = addMonthlyRow(book_, label, amount, inForce(*rows, label)->second.inherits);
+    return added ? Result<>() : tl::make_unexpected(added.error());
+  });
+}
+
+Result<> BudgetHistoricalRemaining::editInherit(int year, int month, bool inherits) {
+  return changeHistory(book_, [&](Connection&) -> Result<> {
+    const MonthLabel label{year, month};
+    const auto rows = rowsAround(book_, label);
+    if (!rows) return tl::make_unexpected(rows.error());
+    if (auto kept = goOnAfter(book_, *rows, label); !kept) return kept;
+    const MonthlyRow& row = inForce(*rows, label)->second;
+    MVAppRoot& root = book_.root();
+    if (rows->contains(label)) {
+      return write(root, "update transactions set paid = ?, editDate = ?, edit_ipid = ? where eid = ?",
+                   inherits, root.editStamp(), root.itsUDID(), row.eid);
+    }
+    const auto added = addMonthlyRow(book_, label, row.amount, inherits);
+    return added ? Result<>() : tl::make_unexpected(added.error());
+  });
+}
+
+Result<> BudgetHistoricalRemaining::deleteMonth(int year, int month) {
+  return changeHistory(book_, [&](Connection&) -> Result<> {
+    const MonthLabel label{year, month};
+    const auto rows = rowsAround(book_, label);
+    if (!rows) return tl::make_unexpected(rows.error());
+    const BudgetMonths months(book_);
+    const auto own = rows->find(label);
+    if (own == rows->end()) {
+      return refuse("{} has no budget of its own; it goes on with that of {}", months.title(label),
+                    months.title(inForce(*rows, label)->first));
+    }
+    if (rows->size() == 1) {
+      return refuse("{} has the only budget of '{}'; delete that budget itself", months.title(label),
+                    book_.title);
+    }
+    BookBudget budget(book_);
+    budget.eid = own->second.eid;
+    return budget.delete_();
+  });
+}
+
+Result<> BudgetHistoricalRemaining::recalculateFrom(int year, int month) {
+  return changeHistory(book_, [&](Connection&) -> Result<> {
+    const MonthLabel label{year, month};
+    const auto rows = rowsAround(book_, label);
+    if (!rows) return tl::make_unexpected(rows.error());
+    if (!rows->contains(label)) {
+      const MonthlyRow& row = inForce(*rows, label)->second;
+      const auto added = addMonthlyRow(book_, label, row.amount, row.inherits);
+      if (!added) return tl::make_unexpected(added.error());
+    }
+    MVAppRoot& root = book_.root();
+    auto done = write(root,
+                      "update transactions set deleted = 3, ipid = ?, editDate = ?, edit_ipid = ? where (type"
+                      " = ? or type = ?) and book = ? and deleted = 0 and sday < ?",
+                      budget_mark::kRecalculated, root.editStamp(), root.itsUDID(), kind::kMonthlyBudget,
+                      kind::kBudgetCarry, book_.pk, label.key());
+    if (!done) return done;
+    BookBudget budget(book_);
+    budget.year = year;
+    budget.month = month;
+    return budget.clearLastBudgetRollover();
+  });
+}
+
+Result<> BudgetHistoricalRemaining::restore() {
+  return changeHistory(book_, [&](Connection& db) { return bringBackHistory(db, book_); });
+}
+
+Result<> calculateHistoryBudgetFrom(MonivaAccount& book, int year, int month, double newAmount) {
+  if (auto checked = checkAmount(newAmount); !checked) return checked;
+  return changeHistory(book, [&](Connection& db) -> Result<> {
+    if (auto back = bringBackHistory(db, book); !back) return back;
+    const MonthLabel label{year, month};
+    const auto rows = rowsAround(book, label);
+    if (!rows) return tl::make_unexpected(rows.error());
+    if (!rows->contains(label)) {
+      const auto added = addMonthlyRow(book, label, newAmount, inForce(*rows, label)->second.inherits);
+      if (!added) return tl::make_unexpected(added.error());
+    }
+    for (auto row = rows->lower_bound(label); row != rows->end(); ++row) {
+      if (auto done = writeAmount(book, row->first, newAmount); !done) return done;
+    }
+    return {};
+  });
+}
+
+}  // namespace moniva
