@@ -9,7 +9,7 @@ namespace {
 /// A month without a budget is given one, for as long as it has begun.
 Result<> addBudget(MVAppRoot& root) {
   constexpr int kYear = 2024;
-  constexpr double kAmount = 2250;
+  constexpr double kAmount = 2850;
   auto book = MonivaAccount::getBookWithTitle(root, "Household");
   if (!book || book->isDeleted != 0) return {};
   const BookPeriods periods(root.calendar(), book->periodStarts(), root.now());

@@ -25,7 +25,8 @@ struct Count {
 constexpr std::array kCounts = {
     Count{toTranslate("amounts"),
           "select count(*) from transactions where typeof(amount) not in ('real', 'integer') or"
-          " (amount < 0 and type != 50 and not (type in (11, 12) and bid = '10')) or abs(amount) > 1e15",
+          " (amount < 0 and type not in (50, 63) and not (type in (11, 12) and bid = '10')) or abs(amount) > "
+          "1e15",
           toTranslate("{} transaction whose amount is no number, negative or beyond all measure"),
           toTranslate("{} transactions whose amount is no number, negative or beyond all measure")},
     Count{toTranslate("dates"),

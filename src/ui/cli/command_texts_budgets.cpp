@@ -56,7 +56,8 @@ std::vector<CommandText> budgetTexts() {
         {"moniva budget history -b Household --csv", "for a spreadsheet"}}},
       {"budget history edit",
        "edit the amount of a month",
-       "That month alone is changed, unless --from-here-on says otherwise, which also brings back months that "
+       "That month alone is changed, unless --from-here-on says otherwise, which also brings back months "
+       "that "
        "were set aside; what was carried into later months is counted again.",
        {{"moniva budget history edit 2024-03 350", "one month"},
         {"moniva budget history edit 2024-03 350 --from-here-on", "that and all later ones"},

@@ -102,7 +102,8 @@ std::string setMonthly(Session& session, MonivaAccount& book, const BudgetOption
       options.month.empty() ? presentMonth(session, book) : monthTyped(session, book, options.month);
   std::string also;
   if (const auto oneTime = done(getOneTimeBudget(book))) {
-    also = " " + session.text("It takes the place of {}.", budgetText(session, *oneTime));
+    also =
+        " " + session.text("It takes the place of the one-time budget, {}.", budgetText(session, *oneTime));
     auto gone = *oneTime;
     done(gone.delete_());
   }
@@ -133,7 +134,8 @@ std::string setOneTime(Session& session, MonivaAccount& book, const BudgetOption
   done(kept ? budget.update() : budget.add());
   if (!book.budgetEnabled) done(setBudgetOpened(book, true));
   std::string also;
-  if (kept) also = " " + session.text("It takes the place of {}.", budgetText(session, *kept));
+  if (kept)
+    also = " " + session.text("It takes the place of the one-time budget, {}.", budgetText(session, *kept));
   if (monthly) {
     also += " " + session.text("The monthly one of {} waits until this one is deleted.",
                                session.amounts().format(monthly->amount, book.currency));
@@ -155,9 +157,9 @@ void setBudget(Session& session, const BudgetOptions& options) {
   const double amount = amountTyped(session, options.amount, book.currency, options.amounts);
   if (!options.category.empty()) return setCategory(session, book, options, amount);
   changeBudget(session, book, [&] {
-    return (options.hasRange() ? setOneTime(session, book, options, amount)
-                               : setMonthly(session, book, options, amount)) +
-           allocatedNote(session, book);
+    const auto answer = options.hasRange() ? setOneTime(session, book, options, amount)
+                                           : setMonthly(session, book, options, amount);
+    return answer + allocatedNote(session, book);
   });
 }
 

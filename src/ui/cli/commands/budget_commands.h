@@ -24,7 +24,8 @@ struct TypedMonth {
 };
 /// The month of the book. Ends the command for what is none, and for one that is still to come.
 TypedMonth monthTyped(Session& session, const MonivaAccount& book, const std::string& text);
-/// The present month of the book.
+/// The month of a monthly budget, and the present one of the book.
+TypedMonth monthOf(Session& session, const BookBudget& budget);
 TypedMonth presentMonth(Session& session, const MonivaAccount& book);
 
 /// The flags --carry and --no-carry.

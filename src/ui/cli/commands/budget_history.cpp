@@ -66,7 +66,7 @@ void showHistory(Session& session, const BudgetHistoryOptions& options) {
 }
 
 /// The month as the history has it by now.
-BudgetMonth monthOf(const MonivaAccount& book, const TypedMonth& which) {
+BudgetMonth monthInHistory(const MonivaAccount& book, const TypedMonth& which) {
   for (auto& month : historyOf(book)) {
     if (month.year == which.year && month.month == which.month) return std::move(month);
   }
@@ -107,7 +107,7 @@ void editMonth(Session& session, const BudgetHistoryOptions& options) {
     amount = amountTyped(session, options.amount, book.currency, options.amounts);
   }
   changeHistory(session, book, [&] {
-    monthOf(book, month);
+    monthInHistory(book, month);
     BudgetHistoricalRemaining history(book);
     if (options.fromHereOn) {
       done(calculateHistoryBudgetFrom(book, month.year, month.month, amount));
@@ -115,7 +115,7 @@ void editMonth(Session& session, const BudgetHistoryOptions& options) {
       done(history.editAmount(month.year, month.month, amount));
     }
     if (carry) done(history.editInherit(month.year, month.month, *carry));
-    const auto now = monthOf(book, month);
+    const auto now = monthInHistory(book, month);
     const auto budget = session.amounts().format(now.amount, book.currency);
     const auto left = session.amounts().format(now.remaining, book.currency);
     return (options.fromHereOn
@@ -132,7 +132,7 @@ void editMonth(Session& session, const BudgetHistoryOptions& options) {
 void deleteMonth(Session& session, const BudgetHistoryOptions& options) {
   auto book = bookNamed(session, options.book);
   const auto which = monthTyped(session, book, options.month);
-  const auto month = monthOf(book, which);
+  const auto month = monthInHistory(book, which);
   if (!month.isOwn) {
     throw refused("{} has no amount of its own to delete: that of an earlier month goes on", which.text);
   }
@@ -150,7 +150,7 @@ void restartFrom(Session& session, const BudgetHistoryOptions& options) {
   auto book = bookNamed(session, options.book);
   const auto month = monthTyped(session, book, options.month);
   changeHistory(session, book, [&] {
-    monthOf(book, month);
+    monthInHistory(book, month);
     done(BudgetHistoricalRemaining(book).recalculateFrom(month.year, month.month));
     return session.text(
                "The remainder is recalculated starting from {}, into which nothing is carried; \"moniva "
@@ -188,7 +188,7 @@ void printBudgetMonths(Session& session, const MonivaAccount& book, std::span<co
   for (const auto& month : months) titles = std::max(titles, displayWidth(month.title));
   constexpr std::size_t kFigures = 46;
   const auto cells = cellsForBar(session, titles + kFigures);
-  Table table({{.title = heading},
+  Table table({{.title = heading, .isWhole = true},
                {.title = session.text("Budget"), .align = Align::right},
                {.title = session.text("Expense"), .align = Align::right},
                {.title = session.text("Rollover"), .align = Align::right},

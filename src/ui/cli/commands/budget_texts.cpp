@@ -48,8 +48,12 @@ TypedMonth monthTyped(Session& session, const MonivaAccount& book, const std::st
   return month;
 }
 
+TypedMonth monthOf(Session& session, const BookBudget& budget) {
+  return monthHolding(session, periodsOf(session, budget.book), budget.budgetBeginDate);
+}
+
 TypedMonth presentMonth(Session& session, const MonivaAccount& book) {
-  return monthHolding(session, periodsOf(session, book), BookBudget(book).budgetBeginDate);
+  return monthOf(session, BookBudget(book));
 }
 
 void CarryOptions::addTo(CLI::App& command) {

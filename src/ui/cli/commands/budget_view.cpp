@@ -22,6 +22,12 @@ Ink inkOfLeft(double left) {
   return left < 0 ? ink::red : ink::plain;
 }
 
+/// The month's own amount is used up while something was carried in: what is left is in no field then.
+bool usesCarried(const BookBudget& budget) {
+  return budget.isCurrent() && budget.lastMonthRolloverAmount > 0 &&
+         leftWithCarry(budget) < budget.lastMonthRolloverAmount;
+}
+
 /// One budget on a screen.
 class BudgetPage {
  public:
@@ -32,9 +38,10 @@ class BudgetPage {
     const auto& style = session_.style();
     const auto& currency = budget_.book.currency;
     const auto period = periodText(session_, {budget_.budgetBeginDate, budget_.budgetEndDate});
-    session_.out() << style.bold(fmt::format("{} · {}", printable(budget_.book.title),
-                                             budget_.isMonthly() ? session_.text("Budget of a month")
-                                                                 : session_.text("One-time budget")))
+    session_.out() << style.bold(fmt::format(
+                          "{} · {}", printable(budget_.book.title),
+                          budget_.isMonthly() ? session_.text("Budget of {}", monthOf(session_, budget_).text)
+                                              : session_.text("One-time budget")))
                    << "  " << style.dim(fmt::format("{}, {}", currency, period)) << "\n\n";
     printFigures();
     printTruth();
@@ -46,9 +53,9 @@ class BudgetPage {
     return session_.amounts().formatPlain(amount, budget_.book.currency);
   }
   std::string money(double amount) const { return session_.amounts().format(amount, budget_.book.currency); }
-  bool usesCarried() const {
-    return isCurrent_ && budget_.lastMonthRolloverAmount > 0 &&
-           leftWithCarry(budget_) < budget_.lastMonthRolloverAmount;
+  std::int64_t daysLeft() const {
+    const auto& calendar = session_.calendar();
+    return calendar.dayNumber(budget_.budgetEndDate) - calendar.dayNumber(session_.now()) + 1;
   }
 
   void printFigures() {
@@ -72,8 +79,8 @@ class BudgetPage {
     if (budget_.installmentAmount != 0)
       row(session_.text("Instalments still due"), budget_.installmentAmount);
     row(session_.text("Left"), budget_.leftAmount,
-        usesCarried() ? ink::yellow | ink::bold : inkOfLeft(budget_.leftAmount) | ink::bold);
-    if (carried != 0 && !usesCarried()) {
+        usesCarried(budget_) ? ink::yellow | ink::bold : inkOfLeft(budget_.leftAmount) | ink::bold);
+    if (carried != 0 && !usesCarried(budget_)) {
       const double both = leftWithCarry(budget_);
       row(session_.text("With what was carried in"), both, inkOfLeft(both));
     }
@@ -86,15 +93,15 @@ class BudgetPage {
   /// What the figures do not say by themselves.
   void printTruth() {
     std::vector<std::string> lines;
-    if (usesCarried()) {
+    if (usesCarried(budget_)) {
       const double both = leftWithCarry(budget_);
       const auto carried = money(budget_.lastMonthRolloverAmount);
       lines.push_back(
           both < 0
               ? session_.text("This month's amount is used up, and the {} carried in too: {} more is gone.",
                               carried, money(-both))
-              : session_.text("This month's amount is used up; of the {} carried in, {} is left.", carried,
-                              money(both)));
+              : session_.text("This month's amount is used up; of the {} carried in, {} is left: {} a day.",
+                              carried, money(both), money(both / static_cast<double>(daysLeft()))));
     }
     if (budget_.isMonthly()) lines.push_back(carryText(session_, budget_.inheritRemaining));
     if (!budget_.isMonthly() && !isCurrent_ && budget_.budgetBeginDate > session_.now()) {
@@ -169,13 +176,14 @@ void showAllBudgets(Session& session, const BudgetShowOptions& options) {
                {.title = ""}});
   for (const auto& budget : budgets) {
     const auto money = [&](double amount) { return session.amounts().format(amount, budget.book.currency); };
-    table.addRow({printable(budget.book.title),
-                  Cell(periodText(session, {budget.budgetBeginDate, budget.budgetEndDate}), ink::dim),
-                  money(budget.amount),
-                  budget.lastMonthRolloverAmount == 0 ? std::string() : money(budget.lastMonthRolloverAmount),
-                  money(budget.monivaAmount), Cell(money(budget.leftAmount), inkOfLeft(budget.leftAmount)),
-                  budget.isCurrent() ? money(budget.todayAvailableAmount) : std::string(),
-                  spentBar(budget.monivaAmount, budget.amount, cells)});
+    table.addRow(
+        {printable(budget.book.title),
+         Cell(periodText(session, {budget.budgetBeginDate, budget.budgetEndDate}), ink::dim),
+         money(budget.amount),
+         budget.lastMonthRolloverAmount == 0 ? std::string() : money(budget.lastMonthRolloverAmount),
+         money(budget.monivaAmount), Cell(money(leftWithCarry(budget)), inkOfLeft(leftWithCarry(budget))),
+         !budget.isCurrent() || usesCarried(budget) ? std::string() : money(budget.todayAvailableAmount),
+         spentBar(budget.monivaAmount, budget.amount, cells)});
   }
   session.out() << table.render(session.style(), session.width());
 }

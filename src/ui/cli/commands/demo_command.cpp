@@ -85,12 +85,11 @@ void show(Session& session) {
   listAccounts(session);
   session.out() << '\n';
   printLargestCategories(session, book, from, to);
+  auto budget = done(BudgetHistoricalRemaining(book).months());
+  std::erase_if(budget, [](const BudgetMonth& month) { return month.year != 2024 || month.month < 10; });
+  if (budget.empty()) return;
   session.out() << '\n';
-  constexpr std::size_t kLast = 3;
-  const auto budget = done(BudgetHistoricalRemaining(book).months());
-  const auto closed = std::span(budget).first(budget.empty() ? 0 : budget.size() - 1);
-  if (closed.empty()) return;
-  printBudgetMonths(session, book, closed.last(std::min(kLast, closed.size())), session.text("Last months"));
+  printBudgetMonths(session, book, budget, session.text("Month"));
 }
 
 void demo(Session& outer) {
