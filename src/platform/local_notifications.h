@@ -1,8 +1,10 @@
 #pragma once
 
 #include <map>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/result.h"
@@ -39,6 +41,25 @@ class LocalNotifications {
   virtual Result<> removeAllPending() = 0;
   /// What was not shown yet, the earliest first.
   virtual Result<std::vector<NotificationRequest>> pending() = 0;
+
+  // See NotificationChanges. They nest.
+  virtual void beginChanges() {}
+  virtual Result<> endChanges() { return {}; }
+};
+
+/// While it lives a host that keeps its requests in one place may hold changes back, to make them at once.
+class NotificationChanges {
+ public:
+  explicit NotificationChanges(LocalNotifications& host) : host_(&host) { host.beginChanges(); }
+  ~NotificationChanges() { (void)end(); }
+  NotificationChanges(const NotificationChanges&) = delete;
+  NotificationChanges& operator=(const NotificationChanges&) = delete;
+
+  /// Makes them. Refused, with none of them made, where the host cannot.
+  Result<> end() { return host_ != nullptr ? std::exchange(host_, nullptr)->endChanges() : Result<>(); }
+
+ private:
+  LocalNotifications* host_;
 };
 
 /// Keeps requests in memory and shows none.
@@ -51,6 +72,7 @@ class MemoryLocalNotifications final : public LocalNotifications {
   Result<std::vector<NotificationRequest>> pending() override;
 
  private:
+  std::mutex mutex_;
   std::map<std::string, NotificationRequest, std::less<>> requests_;
 };
 

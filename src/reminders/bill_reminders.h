@@ -10,6 +10,9 @@ namespace moniva {
 Result<bool> notificationEnabled(const MVTransaction& transaction);
 /// Says so of a row, of whatever kind, with the edit stamp. Switched off, what is scheduled is cancelled.
 Result<> setNotificationEnabled(const MVTransaction& transaction, bool enabled);
+/// When the row is to be paid: a pending payment on its `payDate`, where it has one; a series with its next
+/// record, whose day is that of the zone it was begun in; all else on its date.
+Date dueDateOf(const MVTransaction& transaction);
 /// Schedules what is still to come of the three and is not scheduled yet. Answers how many were.
 Result<int> scheduleNotificationForDate(const MVTransaction& transaction, Date date);
 /// Cancels what is scheduled for the row and removes its records. Answers how many there were.

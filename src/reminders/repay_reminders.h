@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "model/moniva_account.h"
 
 /// Reminders of the days on which credit accounts are to be paid back, at the same hours as those of bills.
@@ -12,5 +14,7 @@ Result<int> addRepayNotificationForDate(const MonivaAccount& account, Date date)
 Result<int> deleteRepayNotification(const MonivaAccount& account);
 /// The same for one due date: what was due then is paid.
 Result<int> deleteRepayNotificationForDate(const MonivaAccount& account, Date date);
+/// Cancels what is scheduled for other due dates than these, such as those of another due day.
+Result<int> keepRepayNotifications(const MonivaAccount& account, const std::vector<Date>& dueDates);
 
 }  // namespace moniva

@@ -99,14 +99,13 @@ Result<> writeAmount(const MonivaAccount& book, MonthLabel month, double amount)
                month.month);
 }
 
-/// Of each month without a live row the one that went last comes back. What a person deleted in that month
-/// stays so, with what went before it.
+/// Of each month without a live row the one that went last comes back. What went before a person deleted that
+/// month stays away.
 Result<> reviveRows(Connection& db, const MonivaAccount& book, int type) {
   struct Found {
     std::string eid;
     bool isLive = false;
     bool isDeleted = false;
-    std::string recalculated;
   };
   std::map<MonthLabel, Found> found;
   {
@@ -116,27 +115,29 @@ Result<> reviveRows(Connection& db, const MonivaAccount& book, int type) {
         {type, book.pk});
     while (run.next()) {
       Found& month = found[{static_cast<int>(run.integer(1)), static_cast<int>(run.integer(2))}];
-      const auto deleted = run.integer(3);
-      if (deleted == 0) {
-        month.isLive = true;
-      } else if (deleted == 4) {
-        month.isDeleted = true;
-      } else if (run.text(4) == budget_mark::kRecalculated) {
-        month.eid = month.recalculated = run.text(0);
-      } else if (run.text(4) != budget_mark::kDeleted) {
-        month.eid = run.text(0);
+      const auto mark = run.text(4);
+      const bool isSetAside = mark == budget_mark::kRecalculated || mark == budget_mark::kSwitchedOff;
+      switch (run.integer(3)) {
+        case 0:
+          month.isLive = true;
+          break;
+        case 4:
+          month.isDeleted = true;
+          month.eid.clear();
+          break;
+        default:
+          if (isSetAside || (!month.isDeleted && mark != budget_mark::kDeleted)) month.eid = run.text(0);
       }
     }
     if (!run.ok()) return tl::make_unexpected(db.refusal());
   }
   MVAppRoot& root = book.root();
   for (const auto& [label, month] : found) {
-    const std::string& eid = month.isDeleted ? month.recalculated : month.eid;
-    if (month.isLive || eid.empty()) continue;
+    if (month.isLive || month.eid.empty()) continue;
     auto done = write(root,
                       "update transactions set deleted = 0, ipid = '', editDate = ?, edit_ipid = ? where type"
                       " = ? and book = ? and deleted !=4 and eid = ?",
-                      root.editStamp(), root.itsUDID(), type, book.pk, eid);
+                      root.editStamp(), root.itsUDID(), type, book.pk, month.eid);
     if (!done) return done;
   }
   return {};

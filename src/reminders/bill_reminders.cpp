@@ -1,0 +1,69 @@
+#include "reminders/bill_reminders.h"
+
+#include "reminders/fire_times.h"
+#include "reminders/reminder_records.h"
+#include "reminders/reminder_schedule.h"
+#include "reminders/reminder_texts.h"
+#include "storage/writes.h"
+
+namespace moniva {
+
+Result<bool> notificationEnabled(const MVTransaction& transaction) {
+  Connection* db = transaction.root().db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Run run = db->query("select needNotify from transactions where eid = ?", {transaction.eid});
+  const bool wanted = run.next() && run.integer(0) != 0;
+  if (!run.ok()) return tl::make_unexpected(db->refusal());
+  return wanted;
+}
+
+Result<> setNotificationEnabled(const MVTransaction& transaction, bool enabled) {
+  MVAppRoot& root = transaction.root();
+  return atomically(root, [&](Connection& db) -> Result<> {
+    auto done =
+        write(root, "update transactions set needNotify = ?, editDate = ?, edit_ipid = ? where eid = ?",
+              enabled, root.editStamp(), root.itsUDID(), transaction.eid);
+    if (done && db.changes() == 0) return refuse("there is no record '{}'", transaction.eid);
+    if (!done || enabled) return done;
+    if (auto cancelled = deleteNotification(transaction); !cancelled)
+      return tl::make_unexpected(cancelled.error());
+    return {};
+  });
+}
+
+Date dueDateOf(const MVTransaction& transaction) {
+  if (transaction.recordKind == RecordKind::repeatSeed) {
+    const Calendar& here = transaction.root().calendar();
+    if (transaction.timeZone.empty() || transaction.timeZone == here.zone()) return transaction.datetime;
+    const auto home = Calendar::make(transaction.timeZone, here.locale());
+    return home ? here.beginOfDay((*home)->dayNumber(transaction.datetime)) : transaction.datetime;
+  }
+  const bool hasDay = transaction.isPayment && !transaction.paid && transaction.payDate.secondsSince1970 > 0;
+  return hasDay ? transaction.payDate : transaction.datetime;
+}
+
+Result<int> scheduleNotificationForDate(const MVTransaction& transaction, Date date) {
+  MVAppRoot& root = transaction.root();
+  const Date now = root.now();
+  const auto text = ReminderTexts(root).ofBill(transaction, date);
+  std::vector<Reminder> missing;
+  for (const auto& time : fireTimesFor(root.calendar(), transaction.eid, date)) {
+    if (time.date <= now) continue;
+    const auto known = isReminderRecorded(root, time.identifier);
+    if (!known) return tl::make_unexpected(known.error());
+    if (*known) continue;
+    missing.push_back({.identifier = time.identifier,
+                       .owner = transaction.eid,
+                       .title = text.title,
+                       .message = text.message,
+                       .fireDate = time.date});
+  }
+  return scheduleReminders(root, missing);
+}
+
+Result<int> deleteNotification(const MVTransaction& transaction) {
+  const auto records = reminderRecordsOf(transaction.root(), transaction.eid);
+  return records ? cancelReminders(transaction.root(), *records) : tl::make_unexpected(records.error());
+}
+
+}  // namespace moniva
