@@ -131,6 +131,7 @@ CommandLine::CommandLine(const Style& helpStyle)
   addImportCommand(*this);
   addExportCommands(*this);
   addReportCommands(*this);
+  addBudgetCommands(*this);
   addListCommands(*this);
   addBreakdownCommand(*this);
   addSearchCommands(*this);

@@ -79,6 +79,7 @@ void addRecordCommands(CommandLine& line);
 void addImportCommand(CommandLine& line);
 void addExportCommands(CommandLine& line);
 void addReportCommands(CommandLine& line);
+void addBudgetCommands(CommandLine& line);
 void addListCommands(CommandLine& line);
 void addBreakdownCommand(CommandLine& line);
 void addSearchCommands(CommandLine& line);

@@ -128,7 +128,7 @@ std::span<const CommandText> commandTexts() {
        "show the program at work on the records of a household",
        "Makes a store in a folder of its own, imports three years of records, shows the months of 2024, the "
        "accounts and"
-       " the largest categories, and throws the store away.",
+       " the largest categories and the last months of its budget, and throws the store away.",
        {{"moniva demo", ""}}},
       {"completion",
        "print the completion script of a shell",
@@ -152,6 +152,7 @@ std::span<const CommandText> commandTexts() {
              planTexts(),
              listTexts(),
              breakdownTexts(),
+             budgetTexts(),
              reportTexts(),
              searchTexts(),
          }) {

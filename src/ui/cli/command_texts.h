@@ -23,6 +23,7 @@ std::vector<CommandText> spendTexts();
 std::vector<CommandText> planTexts();
 std::vector<CommandText> listTexts();
 std::vector<CommandText> breakdownTexts();
+std::vector<CommandText> budgetTexts();
 std::vector<CommandText> reportTexts();
 std::vector<CommandText> searchTexts();
 

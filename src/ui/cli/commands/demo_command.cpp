@@ -10,6 +10,7 @@
 #include "ui/cli/bars.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
+#include "ui/cli/commands/budget_commands.h"
 #include "ui/cli/commands/import_command.h"
 #include "ui/cli/commands/report_commands.h"
 #include "ui/cli/records.h"
@@ -84,6 +85,11 @@ void show(Session& session) {
   listAccounts(session);
   session.out() << '\n';
   printLargestCategories(session, book, from, to);
+  auto budget = done(BudgetHistoricalRemaining(book).months());
+  std::erase_if(budget, [](const BudgetMonth& month) { return month.year != 2024 || month.month < 10; });
+  if (budget.empty()) return;
+  session.out() << '\n';
+  printBudgetMonths(session, book, budget, session.text("Month"));
 }
 
 void demo(Session& outer) {

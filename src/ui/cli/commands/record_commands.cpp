@@ -35,9 +35,15 @@ std::string kindOfRow(const Session& session, const MVTransaction& row) {
     case kind::kBalanceCorrection:
       return session.text("correction of a balance");
     case kind::kOneTimeBudget:
+      return session.text("one-time budget");
     case kind::kMonthlyBudget:
+      return session.text("budget of a month");
     case kind::kCategoryAllocation:
-      return session.text("budget");
+      return session.text("budget of a category");
+    case kind::kBudgetCarry:
+      return session.text("remainder of a budget");
+    case kind::kOverpayment:
+      return session.text("Payoff more last month");
     case kind::kRepeatSeed:
       return session.text("series of records");
     case kind::kIncomeTemplate:
@@ -49,6 +55,24 @@ std::string kindOfRow(const Session& session, const MVTransaction& row) {
   }
   if (row.isPayment) return session.text("payment of a record that is gone");
   return session.text("record of type {}", row.type());
+}
+
+bool isReckoned(const MVTransaction& row) {
+  return row.type() == kind::kBudgetCarry || row.type() == kind::kOverpayment;
+}
+
+/// The month or the days that a budget is for; others have a date.
+void addDays(Session& session, const MVTransaction& row, Facts& facts) {
+  Connection* db = session.root().db().getDatabase();
+  const bool isRange = row.type() == kind::kOneTimeBudget;
+  if (db == nullptr || (!isRange && row.type() != kind::kMonthlyBudget && !isReckoned(row))) {
+    return facts.add(session.text("Date"), dateText(session, row.datetime));
+  }
+  Run run = db->query("select syear, smonth, repeat_end_date from transactions where eid = ?", {row.eid});
+  if (!run.next()) return;
+  if (!isRange) return facts.add(session.text("Month"), fmt::format("{}/{}", run.integer(0), run.integer(1)));
+  facts.add(session.text("From"), shortDate(session, row.datetime));
+  facts.add(session.text("To"), shortDate(session, run.date(2)));
 }
 
 void showOther(Session& session, const MVTransaction& row) {
@@ -66,7 +90,7 @@ void showOther(Session& session, const MVTransaction& row) {
   if (kept) facts.add(session.text("Title"), kept->title);
   facts.add(session.text("Amount"), plainAmountOf(session, row));
   // A template has no day of its own.
-  if (!kept) facts.add(session.text("Date"), dateText(session, row.datetime));
+  if (!kept) addDays(session, row, facts);
   if (!row.categoryString.empty()) facts.add(session.text("Category"), row.categoryString);
   if (row.paymentAccount) facts.add(session.text("Account"), row.paymentAccount->title);
   if (row.bookAccount) facts.add(session.text("Book"), row.bookAccount->title);
@@ -160,6 +184,7 @@ void requireDeletable(Session& session, const MVTransaction& row, const std::str
         "repeat delete {}",
         eid, eid);
   }
+  if (isReckoned(row)) throw refused("'{}' is reckoned from the records and not deleted", printable(text));
   throw refused("this is a {}, which has commands of its own", kindOfRow(session, row));
 }
 

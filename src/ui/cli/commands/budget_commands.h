@@ -1,0 +1,72 @@
+#pragma once
+
+#include <boost/json/object.hpp>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "reports/budget_historical_remaining.h"
+#include "reports/moniva_account_budget.h"
+#include "reports/mv_category_budget.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/command_line.h"
+#include "ui/cli/table.h"
+
+/// What the commands for budgets have in common.
+namespace moniva {
+
+/// A book month as typed: "2024-03", or "2024/3" as the history writes it.
+struct TypedMonth {
+  int year = 0;
+  int month = 0;
+  std::string text;  ///< "March 2024"
+};
+/// The month of the book. Ends the command for what is none, and for one that is still to come.
+TypedMonth monthTyped(Session& session, const MonivaAccount& book, const std::string& text);
+/// The month of a monthly budget, and the present one of the book.
+TypedMonth monthOf(Session& session, const BookBudget& budget);
+TypedMonth presentMonth(Session& session, const MonivaAccount& book);
+
+/// The flags --carry and --no-carry.
+struct CarryOptions {
+  bool on = false;
+  bool off = false;
+  void addTo(CLI::App& command);
+  std::optional<bool> typed() const { return on || off ? std::optional(on) : std::nullopt; }
+};
+
+/// The budget in force of a book. Ends the command for a book that has none, or whose budget is switched off.
+BookBudget budgetInForce(Session& session, MonivaAccount& book);
+/// Why a book has none: nothing was set, or it is switched off.
+CommandError noBudget(Session& session, const MonivaAccount& book);
+/// "€400.00 a month", "€900.00 from Jul 1, 2026 to Jul 31, 2026".
+std::string budgetText(Session& session, const BookBudget& budget);
+/// Whether what is left goes on, as a sentence.
+std::string carryText(Session& session, bool inherits);
+/// What remains with what was carried in, which is not what `leftAmount` says once more than the month's own
+/// amount is gone.
+double leftWithCarry(const BookBudget& budget);
+
+/// What the book's categories have been given, the largest first.
+std::vector<CategoryBudget> allocationsOf(Session& session, const BookBudget& budget);
+/// The budget with its figures and categories; null for a book without one.
+boost::json::value jsonOf(Session& session, const BookBudget& budget);
+boost::json::object jsonOf(const CategoryBudget& given);
+boost::json::value jsonOfMainBudget(Session& session, MonivaAccount& book);
+
+/// Asks on a terminal whether to delete; ends the command for no, and with `why` where nobody can be asked.
+void confirmDelete(Session& session, bool yes, const CommandError& why);
+/// The bar of what is spent of an amount; full, and red, once it is more.
+Cell spentBar(double spent, double amount, std::size_t cells);
+/// Cells there are for a small bar beside so many cells of figures; 0 for none.
+std::size_t cellsForBar(const Session& session, std::size_t used);
+
+/// Months of a budget as a table with that heading.
+void printBudgetMonths(Session& session, const MonivaAccount& book, std::span<const BudgetMonth> months,
+                       const std::string& heading);
+
+void addBudgetViewCommands(CommandLine& line, CLI::App& budget);
+void addBudgetHistoryCommands(CommandLine& line, CLI::App& budget);
+
+}  // namespace moniva

@@ -1,0 +1,222 @@
+#include <algorithm>
+#include <boost/json.hpp>
+
+#include "calendar/date_texts.h"
+#include "ui/cli/commands/budget_commands.h"
+#include "ui/cli/csv_out.h"
+#include "ui/cli/records.h"
+#include "ui/cli/report_target.h"
+#include "ui/cli/text_width.h"
+
+namespace moniva {
+namespace {
+
+struct BudgetShowOptions {
+  std::string book;
+  std::string month;
+  bool all = false;
+  bool csv = false;
+};
+
+Ink inkOfLeft(double left) {
+  return left < 0 ? ink::red : ink::plain;
+}
+
+/// The month's own amount is used up while something was carried in: what is left is in no field then.
+bool usesCarried(const BookBudget& budget) {
+  return budget.isCurrent() && budget.lastMonthRolloverAmount > 0 &&
+         leftWithCarry(budget) < budget.lastMonthRolloverAmount;
+}
+
+/// One budget on a screen.
+class BudgetPage {
+ public:
+  BudgetPage(Session& session, const BookBudget& budget)
+      : session_(session), budget_(budget), isCurrent_(budget.isCurrent()) {}
+
+  void print() {
+    const auto& style = session_.style();
+    const auto& currency = budget_.book.currency;
+    const auto period = periodText(session_, {budget_.budgetBeginDate, budget_.budgetEndDate});
+    session_.out() << style.bold(fmt::format(
+                          "{} · {}", printable(budget_.book.title),
+                          budget_.isMonthly() ? session_.text("Budget of {}", monthOf(session_, budget_).text)
+                                              : session_.text("One-time budget")))
+                   << "  " << style.dim(fmt::format("{}, {}", currency, period)) << "\n\n";
+    printFigures();
+    printTruth();
+    printCategories();
+  }
+
+ private:
+  std::string plain(double amount) const {
+    return session_.amounts().formatPlain(amount, budget_.book.currency);
+  }
+  std::string money(double amount) const { return session_.amounts().format(amount, budget_.book.currency); }
+  std::int64_t daysLeft() const {
+    const auto& calendar = session_.calendar();
+    return calendar.dayNumber(budget_.budgetEndDate) - calendar.dayNumber(session_.now()) + 1;
+  }
+
+  void printFigures() {
+    Table table({{.title = ""},
+                 {.title = "", .align = Align::right},
+                 {.title = "", .align = Align::right},
+                 {.title = ""}});
+    const auto row = [&](const std::string& name, double amount, const Ink& ink = {}) {
+      table.addRow({Cell(name, ink::dim), Cell(plain(amount), ink)});
+    };
+    const double carried = budget_.lastMonthRolloverAmount;
+    row(session_.text("Budget Amount"), budget_.amount);
+    if (budget_.isMonthly() && (carried != 0 || budget_.inheritRemaining)) {
+      row(session_.text("Carried in"), carried, inkOfLeft(carried));
+    }
+    table.addRow({Cell(session_.text("Spent"), ink::dim), plain(budget_.monivaAmount),
+                  session_.amounts().formatPercent(100 * budget_.monivaAmount / budget_.amount, false),
+                  spentBar(budget_.monivaAmount, budget_.amount, cellsForBar(session_, 52))});
+    if (budget_.dividedAmount != 0) row(session_.text("of it after today"), budget_.dividedAmount);
+    if (budget_.recurringAmount != 0) row(session_.text("Series still due"), budget_.recurringAmount);
+    if (budget_.installmentAmount != 0)
+      row(session_.text("Instalments still due"), budget_.installmentAmount);
+    row(session_.text("Left"), budget_.leftAmount,
+        usesCarried(budget_) ? ink::yellow | ink::bold : inkOfLeft(budget_.leftAmount) | ink::bold);
+    if (carried != 0 && !usesCarried(budget_)) {
+      const double both = leftWithCarry(budget_);
+      row(session_.text("With what was carried in"), both, inkOfLeft(both));
+    }
+    if (isCurrent_) {
+      row(session_.text("For today"), budget_.todayAvailableAmount, inkOfLeft(budget_.todayAvailableAmount));
+    }
+    session_.out() << table.render(session_.style(), session_.width());
+  }
+
+  /// What the figures do not say by themselves.
+  void printTruth() {
+    std::vector<std::string> lines;
+    if (usesCarried(budget_)) {
+      const double both = leftWithCarry(budget_);
+      const auto carried = money(budget_.lastMonthRolloverAmount);
+      lines.push_back(
+          both < 0
+              ? session_.text("This month's amount is used up, and the {} carried in too: {} more is gone.",
+                              carried, money(-both))
+              : session_.text("This month's amount is used up; of the {} carried in, {} is left: {} a day.",
+                              carried, money(both), money(both / static_cast<double>(daysLeft()))));
+    }
+    if (budget_.isMonthly()) lines.push_back(carryText(session_, budget_.inheritRemaining));
+    if (!budget_.isMonthly() && !isCurrent_ && budget_.budgetBeginDate > session_.now()) {
+      lines.push_back(session_.text("It has not begun."));
+    } else if (!budget_.isMonthly() && !isCurrent_) {
+      lines.push_back(session_.text("It is over; \"moniva budget delete\" makes room for the monthly one."));
+    }
+    for (const auto& line : lines) session_.out() << session_.style().dim(line) << '\n';
+  }
+
+  void printCategories() {
+    const auto list = allocationsOf(session_, budget_);
+    if (list.empty()) return;
+    std::size_t used = 44;
+    for (const auto& given : list) used = std::max(used, 44 + displayWidth(given.category.cateString()));
+    const auto cells = cellsForBar(session_, used);
+    Table table({{.title = session_.text("Category")},
+                 {.title = session_.text("Budget"), .align = Align::right},
+                 {.title = session_.text("Spent"), .align = Align::right},
+                 {.title = session_.text("Left"), .align = Align::right},
+                 {.title = ""}});
+    for (const auto& given : list) {
+      table.addRow({printable(given.category.cateString()), plain(given.categoryBudgetAmount),
+                    plain(given.spent), Cell(plain(given.left), inkOfLeft(given.left)),
+                    spentBar(given.spent, given.categoryBudgetAmount, cells)});
+    }
+    const double sum = done(budget_.getAllocateValue());
+    table.addTotal({session_.text("Allocated"), plain(sum)});
+    session_.out() << '\n' << table.render(session_.style(), session_.width());
+    if (sum > budget_.amount) {
+      session_.out() << session_.style().yellow(session_.text("The categories have {} more than the budget.",
+                                                              money(sum - budget_.amount)))
+                     << '\n';
+    }
+  }
+
+  Session& session_;
+  const BookBudget& budget_;
+  bool isCurrent_;
+};
+
+BookBudget budgetOf(Session& session, MonivaAccount& book, const std::string& typedMonth) {
+  if (typedMonth.empty()) return budgetInForce(session, book);
+  const auto month = monthTyped(session, book, typedMonth);
+  auto budget = done(getMonthlyBudgetForYear(book, month.year, month.month));
+  if (!budget) throw refused("'{}' has no budget of {}", printable(book.title), month.text);
+  done(budget->calculateRemaining());
+  return *budget;
+}
+
+void showAllBudgets(Session& session, const BudgetShowOptions& options) {
+  std::vector<BookBudget> budgets;
+  for (auto& book : MonivaAccount::list(session.root(), kBookKind)) {
+    if (const auto budget = done(getMainBudget(book))) budgets.push_back(*budget);
+  }
+  if (session.options().json || options.csv) {
+    boost::json::array list;
+    for (const auto& budget : budgets) list.push_back(jsonOf(session, budget));
+    return options.csv ? printCsv(session, list) : session.printJson(list);
+  }
+  if (budgets.empty()) {
+    return session.say(session.text("No book has a budget. Set one with: moniva budget set AMOUNT"));
+  }
+  const auto cells = cellsForBar(session, 84);
+  Table table({{.title = session.text("Book")},
+               {.title = session.text("Period")},
+               {.title = session.text("Budget"), .align = Align::right},
+               {.title = session.text("Carried in"), .align = Align::right},
+               {.title = session.text("Spent"), .align = Align::right},
+               {.title = session.text("Left"), .align = Align::right},
+               {.title = session.text("For today"), .align = Align::right},
+               {.title = ""}});
+  for (const auto& budget : budgets) {
+    const auto money = [&](double amount) { return session.amounts().format(amount, budget.book.currency); };
+    table.addRow(
+        {printable(budget.book.title),
+         Cell(periodText(session, {budget.budgetBeginDate, budget.budgetEndDate}), ink::dim),
+         money(budget.amount),
+         budget.lastMonthRolloverAmount == 0 ? std::string() : money(budget.lastMonthRolloverAmount),
+         money(budget.monivaAmount), Cell(money(leftWithCarry(budget)), inkOfLeft(leftWithCarry(budget))),
+         !budget.isCurrent() || usesCarried(budget) ? std::string() : money(budget.todayAvailableAmount),
+         spentBar(budget.monivaAmount, budget.amount, cells)});
+  }
+  session.out() << table.render(session.style(), session.width());
+}
+
+void showBudget(Session& session, const BudgetShowOptions& options) {
+  if (options.all) {
+    if (!options.book.empty() || !options.month.empty()) {
+      throw notUnderstood("--all shows the budgets in force of all books; leave out --book and --month");
+    }
+    return showAllBudgets(session, options);
+  }
+  if (options.csv) throw notUnderstood("--csv goes with --all");
+  auto book = bookNamed(session, options.book);
+  const auto budget = budgetOf(session, book, options.month);
+  if (session.options().json) return session.printJson(jsonOf(session, budget));
+  BudgetPage(session, budget).print();
+}
+
+}  // namespace
+
+void addBudgetViewCommands(CommandLine& line, CLI::App& budget) {
+  line.onRun(&budget, [](Session& session) { showBudget(session, {}); });
+  CLI::App* show = line.add(budget, "show");
+  auto options = std::make_shared<BudgetShowOptions>();
+  show->add_option("-b,--book", options->book, "The book (else the current book)")
+      ->type_name("NAME")
+      ->check(notEmpty());
+  show->add_option("--month", options->month, "Of that month instead: 2024-03")
+      ->type_name("MONTH")
+      ->check(notEmpty());
+  show->add_flag("--all", options->all, "A line for each book that has a budget");
+  addCsv(*show, options->csv);
+  line.onRun(show, [options](Session& session) { showBudget(session, *options); });
+}
+
+}  // namespace moniva
