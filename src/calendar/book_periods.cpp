@@ -180,11 +180,11 @@ bool BookPeriods::isCurrentMonth(std::optional<Date> date) const {
   return current.first <= day && day <= current.last;
 }
 
-Date BookPeriods::dueDate(std::optional<Date> date) const {
+Date BookPeriods::dueDateAfter(Date closingDate) const {
   constexpr int kDaysToPay = 20;
   if (starts_.dueDay > 0) {
     const DaySystem& days = calendar_->days();
-    const std::int64_t closing = calendar_->dayNumber(lastDateOfMonth(date));
+    const std::int64_t closing = calendar_->dayNumber(closingDate);
     const auto inMonthOf = [&](std::int64_t day) {
       return std::min(days.firstOfMonth(day) + starts_.dueDay - 1, days.lastOfMonth(day));
     };
@@ -192,7 +192,7 @@ Date BookPeriods::dueDate(std::optional<Date> date) const {
     if (due <= closing) due = inMonthOf(days.lastOfMonth(closing) + 1);
     return calendar_->beginOfDay(due);
   }
-  return calendar_->dateWithDay(lastDateOfMonth(date), kDaysToPay);
+  return calendar_->dateWithDay(closingDate, kDaysToPay);
 }
 
 std::string BookPeriods::joined(DateForm form, Date first, Date last) const {

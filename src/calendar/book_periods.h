@@ -75,7 +75,11 @@ class BookPeriods {
   /// When what was spent in the book month of the date is to be paid: on the first due day after the month's
   /// last day (in months that are too short, on their last day), or twenty days after it without a due day.
   /// Of a later month it is never earlier.
-  [[nodiscard]] Date dueDate(std::optional<Date> date = {}) const;
+  [[nodiscard]] Date dueDate(std::optional<Date> date = {}) const {
+    return dueDateAfter(lastDateOfMonth(date));
+  }
+  /// The same of any stretch of days, by its last day.
+  [[nodiscard]] Date dueDateAfter(Date closing) const;
 
   // Periods as texts: "Feb, 25 -- Mar, 24", and in the locale's short or medium style.
   [[nodiscard]] std::string getWeekPeriodShort(std::optional<Date> date = {}) const;

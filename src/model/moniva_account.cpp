@@ -152,7 +152,7 @@ bool MonivaAccount::isEmpty() const {
 }
 
 Result<std::int64_t> MonivaAccount::recordCount() const {
-  return rowCount("type not in (85, 86)");
+  return rowCount("type not in (64, 85, 86)");
 }
 
 Result<std::int64_t> MonivaAccount::seriesCount() const {

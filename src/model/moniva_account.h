@@ -91,7 +91,7 @@ class MonivaAccount {
   /// Whether no record was ever kept in the row, deleted ones included; one that cannot be read is not empty.
   bool isEmpty() const;
   /// How many live rows of `transactions` are kept in the book or account, of whatever kind; seeds of series
-  /// and of plans, which only say what records there are to be, are none.
+  /// and of plans, which only say what records there are to be, are none, nor is what a bill carries over.
   Result<std::int64_t> recordCount() const;
   /// How many live series make records of the book or account.
   Result<std::int64_t> seriesCount() const;

@@ -14,6 +14,8 @@ namespace {
 constexpr std::string_view kNamesAccount = "(type in (23,33,83) or (type = 85 and syear = 33))";
 /// Budgets are plans for the book itself.
 constexpr std::string_view kNoBudget = "type not in (60,61,62)";
+/// What a bill carries over follows from the records, and is none.
+constexpr std::string_view kNoCarry = "type != 64";
 /// Seeds of series and of plans say what records there are to be, and are none.
 constexpr std::string_view kNoSeed = "type not in (85,86)";
 
@@ -84,11 +86,11 @@ Result<std::int64_t> moveAllDataTo(const MonivaAccount& from, const MonivaAccoun
     const std::string_view column = isBook ? "book" : "account";
     const auto keys = isBook ? categoriesIn(db, source->pk) : Result<Keys>();
     if (!keys) return tl::make_unexpected(keys.error());
-    const auto records =
-        numberOf(db,
-                 fmt::format("select count(*) from transactions where {} = ? and deleted = 0 and {} and {}",
-                             column, kNoBudget, kNoSeed),
-                 {source->pk});
+    const auto records = numberOf(
+        db,
+        fmt::format("select count(*) from transactions where {} = ? and deleted = 0 and {} and {} and {}",
+                    column, kNoBudget, kNoCarry, kNoSeed),
+        {source->pk});
     if (!records) return records;
 
     constexpr std::string_view kSet =
@@ -103,9 +105,12 @@ Result<std::int64_t> moveAllDataTo(const MonivaAccount& from, const MonivaAccoun
       // Payments of older stores name the book where others have a category.
       if (written) written = set("category", "category = ? and bid = 10", source->pk);
     } else {
+      written = write(root, "delete from transactions where account = ? and type = ?", source->pk,
+                      kind::kOverpayment);
       // Deleted transfers between the two stay what they were, lest one that comes back lead nowhere.
-      written = set("account", fmt::format("account = ? and (vendor is not ? or not {})", kNamesAccount),
-                    source->pk, target->pk);
+      if (written)
+        written = set("account", fmt::format("account = ? and (vendor is not ? or not {})", kNamesAccount),
+                      source->pk, target->pk);
       if (written) {
         written = set("vendor", fmt::format("vendor = ? and account is not ? and {}", kNamesAccount),
                       source->pk, target->pk);

@@ -78,6 +78,8 @@ RecordKind kindOf(Connection& db, const Role& role) {
     case kind::kTransferIn:
     case kind::kTransferOut:
       return RecordKind::transfer;
+    case kind::kOverpayment:
+      return RecordKind::plain;
     default:
       break;
   }
@@ -237,7 +239,9 @@ class TransactionLoader {
     if (into_.mvCategory) into_.categoryString = into_.mvCategory->cateString();
     if (into_.vendor) into_.vendorString = into_.vendor->title;
     into_.noteString = into_.note;
-    if (into_.recordKind == RecordKind::debt) {
+    if (into_.type_ == kind::kOverpayment) {
+      into_.noteString = root_.platform().localized(toTranslate("Payoff more last month"));
+    } else if (into_.recordKind == RecordKind::debt) {
       into_.noteString = fmt::format("{} : {}", root_.platform().localized(headingOfDebt()), into_.people);
     } else if (into_.paymentAccountB) {
       const bool arrives = into_.type_ == kind::kTransferIn;

@@ -5,6 +5,7 @@
 #include "calendar/date_texts.h"
 #include "model/mv_transaction.h"
 #include "model/record_list.h"
+#include "reports/bill_report.h"
 #include "storage/writes.h"
 
 namespace moniva {
@@ -14,7 +15,7 @@ std::string joinedAlert(const std::string& what, const std::string& when) {
   return fmt::format("{} / {}", what, when);
 }
 
-Result<std::vector<BillAlert>> billAlerts(MVAppRoot& root, Connection& db, const BillAmount& billAmount) {
+Result<std::vector<BillAlert>> billAlerts(MVAppRoot& root, Connection& db) {
   std::vector<std::string> keys;
   {
     Run run = db.query(
@@ -28,19 +29,20 @@ Result<std::vector<BillAlert>> billAlerts(MVAppRoot& root, Connection& db, const
   for (const auto& key : keys) {
     const auto account = MonivaAccount::getAccountWithPK(root, key);
     if (!account) continue;
-    const BookPeriods periods(calendar, account->periodStarts(), root.now());
+    const auto billed = getCorrentBill(*account);
+    if (!billed) return tl::make_unexpected(billed.error());
+    if (billed->lastMonthNeedReayAmount <= 0) continue;
     BillAlert bill;
-    bill.endDate = calendar.getPreviouslyDay(periods.firstDateOfMonth());
-    bill.beginDate = periods.firstDateOfMonth(bill.endDate);
-    const auto amount = billAmount(*account, bill.beginDate, bill.endDate);
-    if (!amount) return tl::make_unexpected(amount.error());
-    if (*amount <= 0) continue;
     bill.account = key;
     bill.title = account->title;
     bill.currency = account->currency;
-    bill.dueDate = periods.dueDate(bill.beginDate);
-    bill.lastMonthBileAmount = *amount;
-    const Date month = periods.namesakeOfMonth(bill.beginDate);
+    bill.beginDate = billed->lastBeginDate;
+    bill.endDate = billed->lastEndDate;
+    bill.dueDate = billed->lastDueDate;
+    bill.lastMonthBileAmount = billed->lastMonthBileAmount;
+    bill.needReayAmount = billed->lastMonthNeedReayAmount;
+    const Date month =
+        BookPeriods(calendar, account->periodStarts(), root.now()).namesakeOfMonth(bill.beginDate);
     bill.text = joinedAlert(account->title,
                             fmt::format("{}, {}", stringOfMonthName(calendar, month), calendar.year(month)));
     bills.push_back(std::move(bill));
@@ -93,24 +95,13 @@ Result<std::vector<InstallmentAlert>> installmentAlerts(MVAppRoot& root, Connect
 
 }  // namespace
 
-Result<double> spentLessRefunded(const MonivaAccount& account, Date from, Date to) {
-  Connection* db = account.root().db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  const Calendar& calendar = account.root().calendar();
-  Run run = db->query(
-      "select sum(amount) as amount from transactions where ? <= datetime and datetime <= ? and account = ?"
-      " and deleted = 0 and paid = 1 and type = ?",
-      {calendar.dateBegin(from), calendar.dateEnd(to), account.pk, kind::kExpense});
-  if (!run.next()) return tl::make_unexpected(db->refusal());
-  return run.real(0);
-}
-
-Result<AlertInfo> allAlertInfo(MVAppRoot& root, const BillAmount& billAmount) {
+Result<AlertInfo> allAlertInfo(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
-  const ReadTransaction snapshot(*db);
-  auto bills = billAlerts(root, *db, billAmount);
+  // Reading bills may write what they carry over, which a snapshot would not allow.
+  auto bills = billAlerts(root, *db);
   if (!bills) return tl::make_unexpected(bills.error());
+  const ReadTransaction snapshot(*db);
   auto installments = installmentAlerts(root, *db);
   if (!installments) return tl::make_unexpected(installments.error());
   return AlertInfo{std::move(*bills), std::move(*installments)};

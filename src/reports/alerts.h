@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,7 +8,7 @@
 /// What a person should be reminded of today: bills of credit accounts and instalments that are due.
 namespace moniva {
 
-/// A credit account that was charged in its last closed month.
+/// A credit account of whose last closed month something is still to be paid.
 struct BillAlert {
   std::string account;  ///< key
   std::string title;    ///< of the account
@@ -20,6 +19,7 @@ struct BillAlert {
   Date endDate;
   Date dueDate;  ///< when it is to be paid
   double lastMonthBileAmount = 0;
+  double needReayAmount = 0;  ///< still to be paid of it
 };
 
 /// The instalments of one plan that are due and not paid.
@@ -41,14 +41,9 @@ struct AlertInfo {
   std::vector<InstallmentAlert> installments;  ///< the one that has waited longest first
 };
 
-/// What the bill of an account over some days comes to, in its currency.
-using BillAmount = std::function<Result<double>(const MonivaAccount& account, Date from, Date to)>;
-/// The settled expenses of those days (whole days) less what was refunded.
-Result<double> spentLessRefunded(const MonivaAccount& account, Date from, Date to);
-
 /// All of it as of now. The last closed month of an account is the one before the present by its own first
-/// day of months; accounts without a bill, and those closed or deleted, are left out. Refused when the store
-/// cannot be read.
-Result<AlertInfo> allAlertInfo(MVAppRoot& root, const BillAmount& billAmount = spentLessRefunded);
+/// day of months; accounts of whose bill nothing is left to pay, and those closed or deleted, are left out.
+/// Refused when the store cannot be read.
+Result<AlertInfo> allAlertInfo(MVAppRoot& root);
 
 }  // namespace moniva

@@ -57,9 +57,10 @@ class BillReport {
 
   /// Refused: an account that is no credit account, a month that does not exist, an unreadable store.
   Result<BillReportSummary> getBillForYear(int year, int Month);
-  /// The bill of the month that holds the date.
+  /// The bill of the month that holds the date. Each day is in one bill, and each repayment counts for one:
+  /// where months begin on the 29th to 31st, a bill has the days that are called after its month.
   Result<BillReportSummary> getBillForDate(Date date);
-  /// The bills of so many months up to that one, the latest first, in `listArray`.
+  /// The bills of so many months (up to 1,200) up to that one, the latest first, in `listArray`.
   Result<BillReportSummary> getBillsUpTo(int year, int month, int count);
   /// What the settled records of a kind come to in those days.
   Result<double> transactionSumFrom(Date from, Date toDate, int Type) const;
@@ -75,7 +76,8 @@ class BillReport {
                             std::function<void(const Result<std::vector<RepayLine>>&)> completion);
   /// What was charged and paid back on the day, with the charges.
   void getSummaryForDate(Date date, std::function<void(const Result<TransReportSummary>&)> completion);
-  /// The same of each day between `beginDate` and `endDate` on which something was charged.
+  /// The same of each day between `beginDate` and `endDate` on which something was charged, in `listArray`.
+  /// `stopLoadingData` ends it at the next day; the list says that it is partial.
   void getDailySummary(std::function<void(const Result<TransReportSummary>&)> completion);
 
   /// Schedules the reminders of what is to be paid back to each open credit account that wants them, and
@@ -88,9 +90,13 @@ struct CorrentBill {
   Date lastDueDate;                    ///< when the last closed month is to be paid
   Date dueDate;                        ///< when the present month is to be paid
   double thisMonthBileAmount = 0;      ///< charged in the present month so far
+  double thisMonthNeedReayAmount = 0;  ///< of it, what no overpayment covers
   double lastMonthBileAmount = 0;      ///< charged in the last closed month
   double lastMonthNeedReayAmount = 0;  ///< still to be paid of it
+  Date lastBeginDate;                  ///< first and last day of the last closed month
+  Date lastEndDate;
 };
+/// Refused as bills are.
 Result<CorrentBill> getCorrentBill(const MonivaAccount& account);
 
 }  // namespace moniva

@@ -106,14 +106,15 @@ Result<DayTransactions> allTransactionsForDate(MVAppRoot& root, Date date, const
 Result<std::vector<EditedEntry>> allTransTestForDate(MVAppRoot& root, Date date) {
   // Stamps have fractions of a second: the last one of a day is just before the next.
   const Date end{std::nextafter(root.calendar().oneDayAfter(date).secondsSince1970, 0)};
-  return entriesOf<EditedEntry>(
-      root,
-      "select eid, type, vendor from transactions where (type != 14 and type != 63) and deleted = 0 and"
-      " editDate >= ? and editDate <= ? order by editDate DESC",
-      {root.calendar().dateBegin(date), end}, [](const Run& run) {
-        return EditedEntry{std::string(run.text(0)), static_cast<int>(run.integer(1)),
-                           std::string(run.text(2))};
-      });
+  return entriesOf<EditedEntry>(root,
+                                "select eid, type, vendor from transactions where (type != 14 and type != 63 "
+                                "and type != 64) and deleted = 0 and"
+                                " editDate >= ? and editDate <= ? order by editDate DESC",
+                                {root.calendar().dateBegin(date), end}, [](const Run& run) {
+                                  return EditedEntry{std::string(run.text(0)),
+                                                     static_cast<int>(run.integer(1)),
+                                                     std::string(run.text(2))};
+                                });
 }
 
 Date endOfSevenDays(MVAppRoot& root) {

@@ -263,6 +263,7 @@ json::array alertsJson(Session& session, const AlertInfo& alerts) {
                      {"account", {{"pk", bill.account}, {"title", bill.title}}},
                      {"currency", bill.currency},
                      {"lastMonthBileAmount", bill.lastMonthBileAmount},
+                     {"needReayAmount", bill.needReayAmount},
                      {"beginDate", isoDate(session, bill.beginDate)},
                      {"endDate", isoDate(session, session.calendar().dateEnd(bill.endDate))},
                      {"dueDate", isoDate(session, bill.dueDate)}});
@@ -296,9 +297,12 @@ void listAlerts(Session& session, const HistoryOptions& options) {
                 session.calendar().isHistory(date, session.now()) ? ink::yellow : ink::plain);
   };
   for (const auto& bill : alerts.bills) {
-    table.addRow({"", day(bill.dueDate), printable(bill.text),
-                  session.amounts().format(bill.lastMonthBileAmount, bill.currency),
-                  Cell(session.text("bill of last month"), ink::dim)});
+    table.addRow(
+        {"", day(bill.dueDate), printable(bill.text),
+         session.amounts().format(bill.needReayAmount, bill.currency),
+         Cell(bill.needReayAmount < bill.lastMonthBileAmount ? session.text("left of last month's bill")
+                                                             : session.text("bill of last month"),
+              ink::dim)});
   }
   for (const auto& due : alerts.installments) {
     const auto waiting =
