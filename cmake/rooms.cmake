@@ -7,6 +7,14 @@ function(moniva_precompiled name)
   target_link_libraries(${name} PRIVATE moniva_options ${ARGN})
 endfunction()
 
+# Compiles so many sources of a target at once, 0 each by itself: most of the work is reading headers and making the same
+# templates again, while what is built next after a change should be little. 40 need 1.5 GB of memory a compiler.
+function(moniva_join target count)
+  if(count GREATER 1)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${count})
+  endif()
+endfunction()
+
 # moniva_room(NAME USES library...): the static library moniva_NAME from every source below src/NAME.
 function(moniva_room name)
   cmake_parse_arguments(ROOM "" "" "USES" ${ARGN})
@@ -21,7 +29,7 @@ function(moniva_room name)
     if(MONIVA_PRECOMPILED)
       target_precompile_headers(moniva_${name} REUSE_FROM moniva_others)
     endif()
-    set_target_properties(moniva_${name} PROPERTIES UNITY_BUILD ${MONIVA_JOINED} UNITY_BUILD_BATCH_SIZE 12)
+    moniva_join(moniva_${name} ${MONIVA_JOINED})
   else()
     add_library(moniva_${name} INTERFACE)
     target_include_directories(moniva_${name} INTERFACE ${CMAKE_SOURCE_DIR}/src)

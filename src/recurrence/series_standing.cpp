@@ -7,7 +7,7 @@ namespace moniva {
 namespace {
 
 /// Dates up to here, in the year 1970, were never set.
-constexpr Date kNeverSet{31'536'000};
+constexpr Date kEarliestBegin{31'536'000};
 
 Result<std::vector<MVTransaction>> liveSeriesWhere(MVAppRoot& root, std::string_view where) {
   std::vector<MVTransaction> series;
@@ -27,7 +27,7 @@ Result<> checkMakes(const MVTransaction& seed) {
   if (const auto rule = ruleOf(*stored); !rule) return tl::make_unexpected(rule.error());
   Result<> checked = stored->checkKind();
   if (checked) {
-    checked = checkSeriesDate(root.calendar(), stored->datetime <= kNeverSet ? Date{} : stored->datetime);
+    checked = checkSeriesDate(root.calendar(), stored->datetime <= kEarliestBegin ? Date{} : stored->datetime);
   }
   if (!checked) return checked;
   const auto maker = OccurrenceMaker::of(root, *stored);

@@ -27,7 +27,7 @@ void answerNewRates(Session& session, const std::optional<Refusal>& failure, con
   if (!session.options().json) return session.answer(sentence);
   auto object = jsonOfSource(session);
   object["failure"] = failure ? failure->why : "";
-  object["exchangeRates"] = jsonOf(session.rates().exchangeRates());
+  object["exchangeRates"] = moniva::jsonOf(session.rates().exchangeRates());
   session.printJson(object);
 }
 
