@@ -13,6 +13,10 @@ Result<> remindOfBill(MVAppRoot& root, const MonivaAccount& account) {
   const bool owesLast = bill->lastMonthNeedReayAmount > 0;
   const bool owesThis = bill->thisMonthNeedReayAmount > 0;
   Result<> done;
+  // It may have another due day by now.
+  if (auto kept = keepRepayNotifications(account, {bill->lastDueDate, bill->dueDate}); !kept) {
+    done = tl::make_unexpected(kept.error());
+  }
   const auto settle = [&](Date due, bool owes) {
     const bool isToCome = owes && !calendar.isHistory(due, root.now());
     const auto changed =
