@@ -24,7 +24,8 @@ function(moniva_room name)
     add_library(moniva_${name} STATIC ${sources})
     target_include_directories(moniva_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
     target_include_directories(moniva_${name} SYSTEM PUBLIC
-      ${EXPECTED_INCLUDE_DIR} ${CLI11_INCLUDE_DIR} ${CSV_INCLUDE_DIR} ${GD_INCLUDE_DIR} ${CURL_INCLUDE_DIRS})
+      ${EXPECTED_INCLUDE_DIR} ${CLI11_INCLUDE_DIR} ${CSV_INCLUDE_DIR} ${GD_INCLUDE_DIR} ${CURL_INCLUDE_DIRS}
+      ${SYSTEMD_INCLUDE_DIR})
     target_link_libraries(moniva_${name} PUBLIC ${ROOM_USES} PRIVATE moniva_options)
     if(MONIVA_PRECOMPILED)
       target_precompile_headers(moniva_${name} REUSE_FROM moniva_others)

@@ -6,9 +6,10 @@
 set -euo pipefail
 
 build=(cmake ninja-build g++ libsqlite3-dev libicu-dev libfmt-dev libboost-json1.81-dev libcli11-dev libexpected-dev
-  libcsv-dev libboost-locale1.81-dev gettext libgd-dev libcurl4-openssl-dev ca-certificates)
+  libcsv-dev libboost-locale1.81-dev gettext libgd-dev libcurl4-openssl-dev libsystemd-dev
+  ca-certificates)
 check=(clang-format-14 clang-tidy-14 libgtest-dev librapidcheck-dev libbenchmark-dev sqlite3 groff zsh fish
-  hledger ledger libssl-dev)
+  hledger ledger libssl-dev dbus-daemon)
 long=(clang-14 libclang-rt-14-dev)
 
 case "${1:-}" in

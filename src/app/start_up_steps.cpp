@@ -1,26 +1,22 @@
 // The order of everything the program does by itself: at launch, on the first opening of a day, on returning
-// to the foreground and on leaving it. Work of rooms that are still to come has its step here already,
-// without effect. Steps that write have none in a store of a newer version.
+// to the foreground and on leaving it. Steps that write have no effect in a store of a newer version.
 
 #include "app/crash_record.h"
 #include "app/do_db_updater.h"
 #include "app/main_app_delegate.h"
+#include "app/refresh_reminders.h"
 #include "model/default_categories.h"
 #include "model/moniva_account.h"
 #include "platform/files.h"
 #include "recurrence/do_db_recurring.h"
 #include "recurrence/settle_due.h"
+#include "reports/bill_report.h"
 #include "storage/store_files.h"
 
 namespace moniva {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A step whose room has no work for it yet.
-Result<> noWorkYet(MainAppDelegate&) {
-  return {};
-}
 
 /// A step that is one call to the front end.
 template <void (AppHost::*call)()>
@@ -104,6 +100,18 @@ Result<> refreshDeviceInBackground(MainAppDelegate& app) {
   return {};
 }
 
+/// A store that is still to be upgraded is left to the refresh that follows its upgrade.
+Result<> remindOfBills(MainAppDelegate& app) {
+  app.platform().backgroundQueue.dispatch([&app] {
+    app.root().db().inDatabase("BillReport", [&](Connection&) {
+      if (lacksColumns(app.root())) return;
+      if (auto done = BillReport::createBillNotifaction(app.root()); !done)
+        app.root().addNotice(done.error());
+    });
+  });
+  return {};
+}
+
 Result<> takeOutsideData(MainAppDelegate& app) {
   app.takeDataFromOutside();
   return {};
@@ -160,6 +168,11 @@ Result<> settleWhatIsDue(MainAppDelegate& app) {
   } else if (made + settled > 0) {
     app.root().addNotice(made > 0 ? added : paid);
   }
+  return {};
+}
+
+Result<> keepReminders(MainAppDelegate& app) {
+  if (auto kept = refreshReminders(app.root()); !kept) app.root().addNotice(kept.error());
   return {};
 }
 
@@ -302,7 +315,7 @@ const std::vector<Step>& quickReturnSteps() {
 
 const std::vector<Step>& dailySteps() {
   static const std::vector<Step> steps = {
-      {"createBillNotifaction", noWorkYet},
+      {"createBillNotifaction", unlessReadOnly<remindOfBills>},
       {"updateDatabaseIfNeed", startUpgrades},
       {"sendCrashLogMailIfNeed", reportCrash},
   };
@@ -315,6 +328,7 @@ const std::vector<Step>& stepsAfterUpgrades() {
       {"reloadBlankBook", reloadBlankBook},
       {"updateRecurringTransactionsWithFuture", unlessReadOnly<bringSeriesUpToDate>},
       {"makeMonivasPaid", unlessReadOnly<settleWhatIsDue>},
+      {"refreshReminders", unlessReadOnly<keepReminders>},
       {"setRecentEditDate", unlessReadOnly<setRecentEditDate>},
       {"expenseChanged", postExpenseChanged},
       {"refreshDeviceInfoInDatabase", unlessReadOnly<refreshDevice>},

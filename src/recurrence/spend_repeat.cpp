@@ -6,6 +6,7 @@
 #include "model/entry_checks.h"
 #include "recurrence/occurrence_maker.h"
 #include "recurrence/series_days.h"
+#include "reminders/bill_reminders.h"
 #include "storage/writes.h"
 
 namespace moniva {
@@ -107,6 +108,16 @@ class SeriesWalk {
   std::optional<OccurrenceMaker> maker_;  ///< once something is due
 };
 
+/// Schedules the reminders of the record to come, where they are wanted. A host that will not schedule keeps
+/// no record from being made; the upkeep of reminders tries again, and tells.
+void remindOfNext(MVAppRoot& root, const std::string& eid) {
+  MVTransaction wanted(root);
+  wanted.eid = eid;
+  if (!notificationEnabled(wanted).value_or(false)) return;
+  const auto seed = MVTransaction::transactionFromEID(root, eid);
+  if (seed) (void)scheduleNotificationForDate(*seed, dueDateOf(*seed));
+}
+
 Result<SeriesProgress> bringUpToDate(MVAppRoot& root, Connection& db, const SeriesSeed& seed, Date from,
                                      Date to) {
   const auto rule = ruleOf(seed);
@@ -136,6 +147,7 @@ Result<SeriesProgress> bringUpToDate(MVAppRoot& root, Connection& db, const Seri
     written = write(root, "update transactions set datetime=? where eid = ?", progress->next, seed.eid);
   }
   if (!written) return tl::make_unexpected(written.error());
+  if (!progress->ended) remindOfNext(root, seed.eid);
   return progress;
 }
 

@@ -77,7 +77,7 @@ constexpr const char* kLaunch =
     "showLockView showTouchIDIfNeed ";
 constexpr const char* kDaily =
     "createBillNotifaction updateDatabaseIfNeed sendCrashLogMailIfNeed closeProgressAlert reloadBlankBook "
-    "updateRecurringTransactionsWithFuture makeMonivasPaid setRecentEditDate expenseChanged "
+    "updateRecurringTransactionsWithFuture makeMonivasPaid refreshReminders setRecentEditDate expenseChanged "
     "refreshDeviceInfoInDatabase updateSettingCopyToLocal importDataFromOutside ";
 constexpr const char* kQuick = "refreshDeviceInfoInDatabase importDataFromOutside sendCrashLogMailIfNeed ";
 constexpr const char* kBackground =

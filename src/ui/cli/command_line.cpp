@@ -50,6 +50,12 @@ const CLI::App* subcommandOf(const CLI::App& app, const std::string& name) {
   return nullptr;
 }
 
+/// Whether a word that is no command below can be an argument.
+bool takesWords(const CLI::App& app) {
+  return std::ranges::any_of(app.get_options(),
+                             [](const CLI::Option* option) { return option->get_positional(); });
+}
+
 const CLI::Option* findOption(const CLI::App* app, const std::string& name) {
   for (; app != nullptr; app = app->get_parent()) {
     if (const auto* option = app->get_option_no_throw(name)) return option;
@@ -122,6 +128,8 @@ CommandLine::CommandLine(const Style& helpStyle)
   addTransferCommands(*this);
   addRepeatCommands(*this);
   addDueCommand(*this);
+  addBillCommands(*this);
+  addReminderCommands(*this);
   addPhotoCommands(*this);
   addTemplateCommands(*this);
   addDebtCommands(*this);
@@ -286,6 +294,7 @@ std::optional<Phrase> mistakenWord(const CLI::App& app, const std::vector<std::s
       at = next;
       continue;
     }
+    if (takesWords(*at)) continue;
     const std::string above = at->get_parent() == nullptr ? "" : at->get_name() + " ";
     const auto meant = didYouMean(word, names);
     return meant ? phrase("there is no command '{}{}'; did you mean '{}{}'?", above, word, above, *meant)

@@ -70,6 +70,8 @@ void addRefundCommands(CommandLine& line);
 void addTransferCommands(CommandLine& line);
 void addRepeatCommands(CommandLine& line);
 void addDueCommand(CommandLine& line);
+void addBillCommands(CommandLine& line);
+void addReminderCommands(CommandLine& line);
 void addPhotoCommands(CommandLine& line);
 void addTemplateCommands(CommandLine& line);
 void addDebtCommands(CommandLine& line);

@@ -147,6 +147,7 @@ std::span<const CommandText> commandTexts() {
              transferTexts(),
              repeatTexts(),
              debtTexts(),
+             billTexts(),
              currencyTexts(),
              spendTexts(),
              planTexts(),

@@ -18,6 +18,7 @@ std::vector<CommandText> photoTexts();
 std::vector<CommandText> transferTexts();
 std::vector<CommandText> repeatTexts();
 std::vector<CommandText> debtTexts();
+std::vector<CommandText> billTexts();
 std::vector<CommandText> currencyTexts();
 std::vector<CommandText> spendTexts();
 std::vector<CommandText> planTexts();

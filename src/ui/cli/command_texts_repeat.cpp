@@ -52,8 +52,10 @@ std::vector<CommandText> repeatTexts() {
        {{"moniva repeat refill 1a2b3c4d", ""}, {"moniva repeat refill --all --dry-run", "what is missing"}}},
       {"due",
        "see what is to be paid and comes in next",
-       "What is pending, overdue first, and the records that series will make, with what they come to up to "
-       "each line by currency. Transfers are listed, and are in no sum.",
+       "What is pending, overdue first, the records that series will make, and the bills of credit accounts "
+       "that are to be paid, with what they come to up to each line by currency. Transfers are listed, and "
+       "are in no sum. What is reminded of says so. Bills are of no book; with --book and --csv they are "
+       "left out, and 'moniva bill --csv' has them.",
        {{"moniva due", "the next seven days"}, {"moniva due --days 30 -b Household", ""}}}};
 }
 

@@ -95,24 +95,26 @@ json::value isoDate(Session& session, std::optional<Date> date) {
 }
 
 json::object jsonOf(Session&, const MonivaAccount& account) {
-  return {{"pk", account.pk},
-          {"title", account.title},
-          {"aType", account.aType},
-          {"aKind", account.aKind},
-          {"isGroup", account.isGroup},
-          {"beginBalance", account.beginBalance},
-          {"totalBalance", withoutNoise(account.totalBalance)},
-          {"currency", account.currency},
-          {"enabled", account.enabled},
-          {"note", account.note},
-          {"orderID", account.orderID},
-          {"budgetEnabled", account.budgetEnabled},
-          {"trackingType", account.trackingType},
-          {"weekStartsOn", account.weekStartsOn},
-          {"monthStartsOn", account.monthStartsOn},
-          {"yearStartsOn", account.yearStartsOn},
-          {"expandOptionDict", account.expandOptionDict},
-          {"isDeleted", account.isDeleted}};
+  json::object object{{"pk", account.pk},
+                      {"title", account.title},
+                      {"aType", account.aType},
+                      {"aKind", account.aKind},
+                      {"isGroup", account.isGroup},
+                      {"beginBalance", account.beginBalance},
+                      {"totalBalance", withoutNoise(account.totalBalance)},
+                      {"currency", account.currency},
+                      {"enabled", account.enabled},
+                      {"note", account.note},
+                      {"orderID", account.orderID},
+                      {"budgetEnabled", account.budgetEnabled},
+                      {"trackingType", account.trackingType},
+                      {"weekStartsOn", account.weekStartsOn},
+                      {"monthStartsOn", account.monthStartsOn},
+                      {"yearStartsOn", account.yearStartsOn},
+                      {"expandOptionDict", account.expandOptionDict},
+                      {"isDeleted", account.isDeleted}};
+  if (account.isDebtAccount()) object["dueDay"] = account.dueDay();
+  return object;
 }
 
 json::object jsonWithTotals(Session& session, const MonivaAccount& account) {

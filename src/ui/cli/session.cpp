@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "app/crash_record.h"
+#include "app/refresh_reminders.h"
 #include "calendar/locale_name.h"
 #include "calendar/parse_date.h"
 #include "calendar/zone.h"
@@ -13,6 +14,7 @@
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
 #include "platform/posix/curl_http_client.h"
+#include "platform/posix/desktop_notifications.h"
 #include "platform/posix/file_user_defaults.h"
 #include "platform/posix/gd_images.h"
 #include "platform/posix/host.h"
@@ -177,6 +179,9 @@ void Session::launchLocked() {
   const auto& documents = dataFolder();
   done(makeWritableFolder(documents));
   platform_->userDefaults = settingsOfDevice();
+  auto desktop = std::make_unique<DesktopNotifications>(documents / "notifications.json", now());
+  desktop_ = desktop.get();
+  platform_->localNotifications = std::move(desktop);
   installUncaughtExceptionHandler(documents, [] { return SystemClock().now(); });
   db_ = std::make_unique<DoDB>(*platform_);
   host_ = std::make_unique<Host>(*this);
@@ -199,6 +204,7 @@ void Session::launchLocked() {
   done(std::move(started));
   launched_ = true;
   app_->settle();
+  stateAtLaunch_ = storeState();
 }
 
 void Session::unlock() {
@@ -208,6 +214,7 @@ void Session::unlock() {
   }
   if (!app_->unlock(options_.passcode)) throw refused("that is not the passcode");
   app_->settle();
+  stateAtLaunch_ = storeState();
 }
 
 void Session::launch() {
@@ -222,6 +229,7 @@ void Session::leave() {
   if (!launched_) return;
   launched_ = false;
   const std::string fault = db_->fileFault();
+  if (fault.empty() && db_->isOpen() && !app_->isLocked()) keepReminders();
   app_->applicationDidEnterBackground();
   app_->applicationWillTerminate();
   tellNotices();
@@ -230,6 +238,21 @@ void Session::leave() {
     throw refused("the data file '{}' is damaged ({}); do not trust what was shown, and see: moniva doctor",
                   db_->databasePath().string(), fault);
   }
+}
+
+std::tuple<std::uint64_t, std::int64_t, std::int64_t> Session::storeState() const {
+  Connection* db = db_->isOpen() ? db_->getDatabase() : nullptr;
+  if (db == nullptr) return {};
+  return {db->serial(), db->totalChanges(), db->dataVersion()};
+}
+
+void Session::keepReminders() {
+  if (storeState() != stateAtLaunch_) {
+    if (auto kept = refreshReminders(*root_); !kept) root_->addNotice(kept.error());
+  }
+  // A desktop without the service is no news at every command; what is due waits, and lists show it.
+  (void)desktop_->deliverDue(calendar().civilTime(now()));
+  if (const auto notice = desktop_->takeNotice()) root_->addNotice(*notice);
 }
 
 std::string Session::filled(const std::string& translation, fmt::string_view english,

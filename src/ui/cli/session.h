@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 
 #include "app/main_app_delegate.h"
 #include "currency/amount_format.h"
@@ -19,6 +20,8 @@
 #include "ui/cli/style.h"
 
 namespace moniva {
+
+class DesktopNotifications;
 
 /// What every command takes.
 struct GlobalOptions {
@@ -160,6 +163,10 @@ class Session {
 
   std::string zone();
   std::string locale();
+  /// The store as it is now: connection, its own writes, those of others.
+  std::tuple<std::uint64_t, std::int64_t, std::int64_t> storeState() const;
+  /// Brings reminders up to date where the command wrote, and shows what is due.
+  void keepReminders();
 
   GlobalOptions options_;
   Terminal terminal_;
@@ -176,6 +183,8 @@ class Session {
   std::unique_ptr<Host> host_;
   std::unique_ptr<MVAppRoot> root_;
   std::unique_ptr<MainAppDelegate> app_;
+  DesktopNotifications* desktop_ = nullptr;  ///< the platform's, once there is a store
+  std::tuple<std::uint64_t, std::int64_t, std::int64_t> stateAtLaunch_{};
   bool launched_ = false;
   bool holdsDaysWorkBack_ = false;
 };

@@ -9,6 +9,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/account_rows.h"
+#include "ui/cli/commands/bill_rows.h"
 #include "ui/cli/commands/report_commands.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/rates.h"
@@ -81,6 +82,8 @@ void showAccount(Session& session, const std::string& name) {
   facts.addState(account);
   facts.add(session.text("Tracks"), trackingText(session, account));
   if (account.isDebtAccount()) {
+    facts.add(session.text("Bills close on"), closingDayText(session, account));
+    facts.add(session.text("Bills are due on"), dueDayText(session, account));
     facts.add(session.text("Reminders"),
               account.repayNotificationEnabled() ? session.text("on") : session.text("off"));
   }

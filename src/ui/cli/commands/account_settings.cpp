@@ -1,11 +1,13 @@
 #include "calendar/book_periods.h"
 #include "model/account_balance.h"
 #include "model/transaction_type.h"
+#include "reminders/repay_reminders.h"
 #include "storage/writes.h"
 #include "ui/cli/amount_typed.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/period_options.h"
+#include "ui/cli/commands/reminder_fields.h"
 #include "ui/cli/rates.h"
 #include "ui/cli/typed_text.h"
 
@@ -63,8 +65,15 @@ std::string setProfit(Session& session, MonivaAccount& row, const std::string& w
 
 std::string setReminders(Session& session, MonivaAccount& row, const std::string& word) {
   done(row.updateRepayNotificationEnabled(word == "on"));
-  return word == "on" ? session.text("Repayments of '{}' are reminded of.", row.title)
-                      : session.text("Repayments of '{}' are not reminded of.", row.title);
+  if (word == "off") {
+    done(deleteRepayNotification(row));
+    return session.text("Repayments of '{}' are not reminded of.", row.title);
+  }
+  remindNow(session);
+  const auto next = nextReminderText(session, {row.pk});
+  return next.empty()
+             ? session.text("Repayments of '{}' are reminded of; nothing is to be paid back now.", row.title)
+             : session.text("Repayments of '{}' are reminded of; {}.", row.title, next);
 }
 
 const std::vector<Word<std::string>>& dashboardWords() {

@@ -16,7 +16,7 @@ struct CartOptions {
 void addCart(Session& session, const CartOptions& options) {
   const auto& fields = options.fields;
   enterRecord(
-      session, fields.dryRun,
+      session, fields,
       [&] {
         Spend like(session.root());
         like.datetime = momentTyped(session, fields.date);

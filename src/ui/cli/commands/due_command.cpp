@@ -6,8 +6,11 @@
 #include "model/entry_checks.h"
 #include "recurrence/series_standing.h"
 #include "recurrence/series_view.h"
+#include "reminders/bill_reminders.h"
 #include "ui/cli/command_error.h"
+#include "ui/cli/commands/bill_rows.h"
 #include "ui/cli/commands/list_lines.h"
+#include "ui/cli/commands/reminder_fields.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/record_texts.h"
 #include "ui/cli/records.h"
@@ -32,19 +35,33 @@ struct DueSum {
 };
 using DueSums = std::map<std::string, DueSum>;
 
-std::string currencyOfDue(Session& session, const MVTransaction& row) {
-  return row.currency.empty() ? session.defaultCurrency() : row.currency;
+/// A record that is due, or a bill.
+struct DueEntry {
+  Date date;
+  std::optional<ListLine> line;
+  std::optional<OpenBill> open;
+  bool isReminded = false;
+
+  /// Income or expense; 0 for a transfer, which is neither.
+  int type() const {
+    if (open) return kind::kExpense;
+    const int type = recordTypeOf(line->row);
+    return type == kind::kIncome || type == kind::kExpense ? type : 0;
+  }
+  double amount() const { return open ? open->bill.needReayAmount : line->row.amount; }
+};
+
+std::string currencyOfDue(Session& session, const DueEntry& entry) {
+  if (entry.open) return entry.open->account.currency;
+  const auto& currency = entry.line->row.currency;
+  return currency.empty() ? session.defaultCurrency() : currency;
 }
 
-bool isCounted(const MVTransaction& row) {
-  return recordTypeOf(row) == kind::kIncome || recordTypeOf(row) == kind::kExpense;
-}
-
-void countDue(Session& session, DueSums& sums, const MVTransaction& row) {
-  if (!isCounted(row)) return;
-  auto& sum = sums[currencyOfDue(session, row)];
-  double& side = recordTypeOf(row) == kind::kIncome ? sum.income : sum.expense;
-  side = withoutNoise(side + row.amount);
+void countDue(Session& session, DueSums& sums, const DueEntry& entry) {
+  if (entry.type() == 0) return;
+  auto& sum = sums[currencyOfDue(session, entry)];
+  double& side = entry.type() == kind::kIncome ? sum.income : sum.expense;
+  side = withoutNoise(side + entry.amount());
 }
 
 /// What is to be paid is plain; what is left over has a plus.
@@ -88,7 +105,64 @@ std::vector<ListLine> linesDue(Session& session, const DueOptions& options, Date
   return lines;
 }
 
-void printDueTable(Session& session, const std::vector<ListLine>& lines) {
+/// The records and, of no book and for no table of records, the bills, each at its day.
+std::vector<DueEntry> entriesDue(Session& session, const DueOptions& options, Date end) {
+  const ComingReminders reminders(session);
+  std::vector<DueEntry> entries;
+  for (auto& line : linesDue(session, options, end)) {
+    const Date date = line.row.datetime;
+    // Of a series the next record alone is reminded of.
+    const bool isSeries = line.row.type() == kind::kRepeatSeed;
+    const bool isReminded = reminders.hasOne(line.row.eid, isSeries ? date : dueDateOf(line.row));
+    entries.push_back({date, std::move(line), std::nullopt, isReminded});
+  }
+  if (!options.book.empty() || options.csv) return entries;
+  for (auto& open : billsDueBefore(session, end)) {
+    const bool isReminded = reminders.hasOne(open.account.pk, open.bill.dueDate);
+    const Date date = open.bill.dueDate;
+    entries.push_back({date, std::nullopt, std::move(open), isReminded});
+  }
+  std::ranges::stable_sort(entries, {}, &DueEntry::date);
+  return entries;
+}
+
+/// "overdue, pending, reminded".
+std::string marksOfDue(Session& session, const DueEntry& entry) {
+  const Calendar& calendar = session.calendar();
+  std::string marks;
+  const auto mark = [&](const std::string& text) {
+    if (!text.empty()) marks += (marks.empty() ? "" : ", ") + text;
+  };
+  if (calendar.isHistory(entry.date, session.now())) mark(session.text("overdue"));
+  if (calendar.isToday(entry.date, session.now())) mark(session.text("today"));
+  if (entry.line) mark(entry.line->mark.value_or(""));
+  if (entry.open) mark(entry.open->isRunning ? session.text("bill so far") : session.text("bill"));
+  if (entry.isReminded) mark(session.text("reminded"));
+  return marks;
+}
+
+std::vector<Cell> dueCells(Session& session, const DueEntry& entry, const Ink& ink) {
+  const Cell date(shortDate(session, entry.date), ink);
+  if (entry.open) {
+    const auto& [account, bill, isRunning] = *entry.open;
+    return {"",
+            date,
+            session.text("Bill of {}", billMonthText(session, account, bill.beginDate)),
+            "",
+            printable(account.title),
+            session.amounts().format(bill.needReayAmount, account.currency)};
+  }
+  const auto& row = entry.line->row;
+  const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
+  return {Cell(shortEid(row.eid), ink::dim),
+          date,
+          whatText(session, row),
+          withText(row),
+          printable(holder ? holder->title : std::string()),
+          Cell(amountText(session, row), comesIn(recordTypeOf(row)) ? ink::green : ink::plain)};
+}
+
+void printDueTable(Session& session, const std::vector<DueEntry>& entries) {
   const Calendar& calendar = session.calendar();
   Table table({{.title = session.text("Record"), .isWhole = true},
                {.title = session.text("Due"), .isWhole = true},
@@ -99,20 +173,16 @@ void printDueTable(Session& session, const std::vector<ListLine>& lines) {
                {.title = session.text("So far"), .align = Align::right},
                {.title = ""}});
   DueSums sums;
-  for (const auto& [row, mark] : lines) {
-    countDue(session, sums, row);
-    const auto currency = currencyOfDue(session, row);
-    const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
-    const bool isOverdue = calendar.isHistory(row.datetime, session.now());
-    const bool isToday = calendar.isToday(row.datetime, session.now());
-    const auto state = isOverdue ? session.text("overdue") : isToday ? session.text("today") : std::string();
-    const auto marks = state.empty() ? mark.value_or("") : fmt::format("{}, {}", state, mark.value_or(""));
-    const Ink ink = isOverdue ? ink::yellow : isToday ? ink::cyan : ink::plain;
-    table.addRow({Cell(shortEid(row.eid), ink::dim), Cell(shortDate(session, row.datetime), ink),
-                  whatText(session, row), withText(row), printable(holder ? holder->title : std::string()),
-                  Cell(amountText(session, row), comesIn(recordTypeOf(row)) ? ink::green : ink::plain),
-                  Cell(isCounted(row) ? netText(session, sums[currency].net(), currency) : "", ink::dim),
-                  Cell(marks, ink)});
+  for (const auto& entry : entries) {
+    countDue(session, sums, entry);
+    const auto currency = currencyOfDue(session, entry);
+    const Ink ink = calendar.isHistory(entry.date, session.now()) ? ink::yellow
+                    : calendar.isToday(entry.date, session.now()) ? ink::cyan
+                                                                  : ink::plain;
+    auto cells = dueCells(session, entry, ink);
+    cells.emplace_back(entry.type() != 0 ? netText(session, sums[currency].net(), currency) : "", ink::dim);
+    cells.emplace_back(marksOfDue(session, entry), ink);
+    table.addRow(std::move(cells));
   }
   if (!sums.empty()) table.addRule();
   for (const auto& [currency, sum] : sums) {
@@ -125,40 +195,54 @@ void printDueTable(Session& session, const std::vector<ListLine>& lines) {
   session.out() << table.render(session.style(), session.width());
 }
 
-json::array dueJson(Session& session, const std::vector<ListLine>& lines, DueSums& sums) {
-  json::array array;
-  for (const auto& [row, mark] : lines) {
-    countDue(session, sums, row);
-    auto object = jsonOf(session, row);
-    object["repeat"] = row.type() == kind::kRepeatSeed ? row.repeat : std::string();
-    object["isOverdue"] = session.calendar().isHistory(row.datetime, session.now());
-    object["runningTotal"] = sums[currencyOfDue(session, row)].net();
-    for (const char* name : {"paymentAccount", "paymentAccountB", "bookAccount", "mvCategory", "vendor"}) {
-      // The columns of a table are the same whatever the rows refer to.
-      if (object[name].is_null()) object[name] = json::object{{"pk", ""}, {"title", ""}};
-    }
-    array.push_back(std::move(object));
+json::object recordJson(Session& session, const MVTransaction& row) {
+  auto object = jsonOf(session, row);
+  object["repeat"] = row.type() == kind::kRepeatSeed ? row.repeat : std::string();
+  for (const char* name : {"paymentAccount", "paymentAccountB", "bookAccount", "mvCategory", "vendor"}) {
+    // The columns of a table are the same whatever the rows refer to.
+    if (object[name].is_null()) object[name] = json::object{{"pk", ""}, {"title", ""}};
   }
-  return array;
+  return object;
+}
+
+struct DueJson {
+  json::array transactions;
+  json::array bills;
+  DueSums sums;
+};
+
+DueJson dueJson(Session& session, const std::vector<DueEntry>& entries) {
+  DueJson made;
+  for (const auto& entry : entries) {
+    countDue(session, made.sums, entry);
+    auto object = entry.open ? jsonOf(session, entry.open->account, entry.open->bill)
+                             : recordJson(session, entry.line->row);
+    object["isOverdue"] = session.calendar().isHistory(entry.date, session.now());
+    object["runningTotal"] = made.sums[currencyOfDue(session, entry)].net();
+    object["isReminded"] = entry.isReminded;
+    if (entry.open) object["isRunning"] = entry.open->isRunning;
+    (entry.open ? made.bills : made.transactions).push_back(std::move(object));
+  }
+  return made;
 }
 
 void listWhatIsDue(Session& session, const DueOptions& options) {
   const Calendar& calendar = session.calendar();
   const Date last = calendar.dateWithDay(session.now(), static_cast<int>(options.days));
-  const auto lines = linesDue(session, options, calendar.oneDayAfter(last));
-  DueSums sums;
-  if (options.csv) return printCsv(session, dueJson(session, lines, sums));
+  const auto entries = entriesDue(session, options, calendar.oneDayAfter(last));
+  if (options.csv) return printCsv(session, dueJson(session, entries).transactions);
   if (session.options().json) {
-    json::object object{{"until", isoDate(session, calendar.dateEnd(last))},
-                        {"transactions", dueJson(session, lines, sums)}};
+    auto made = dueJson(session, entries);
     json::array totals;
-    for (const auto& [currency, sum] : sums) {
+    for (const auto& [currency, sum] : made.sums) {
       totals.push_back({{"currency", currency}, {"expense", sum.expense}, {"income", sum.income}});
     }
-    object["sums"] = std::move(totals);
-    return session.printJson(object);
+    return session.printJson(json::object{{"until", isoDate(session, calendar.dateEnd(last))},
+                                          {"transactions", std::move(made.transactions)},
+                                          {"bills", std::move(made.bills)},
+                                          {"sums", std::move(totals)}});
   }
-  if (!lines.empty()) return printDueTable(session, lines);
+  if (!entries.empty()) return printDueTable(session, entries);
   session.say(session.text("Nothing is due up to {}.", shortDate(session, last)));
 }
 
@@ -171,7 +255,7 @@ void addDueCommand(CommandLine& line) {
   due->add_option("--days", options->days, "How many days from today")
       ->type_name("COUNT")
       ->check(CLI::Range(0, kMostDays));
-  due->add_option("-b,--book", options->book, "Of that book only; transfers belong to none")
+  due->add_option("-b,--book", options->book, "Of that book only; transfers and bills belong to none")
       ->type_name("NAME")
       ->check(notEmpty());
   addCsv(*due, options->csv);

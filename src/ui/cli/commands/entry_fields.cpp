@@ -5,6 +5,7 @@
 #include "model/entry_checks.h"
 #include "model/record_entry.h"
 #include "ui/cli/command_error.h"
+#include "ui/cli/commands/reminder_fields.h"
 #include "ui/cli/commands/show_record.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
@@ -24,6 +25,7 @@ void addEntryFields(CLI::App& command, EntryFields& fields) {
   command.add_option("-n,--note", fields.note, "A note")->type_name("TEXT");
   command.add_flag("--create", fields.create, "Make the category or subcategory when it is new");
   addRoundOption(command, fields.amounts);
+  addRemindOption(command, fields.remind);
 }
 
 void addCategoryFields(CLI::App& command, EntryFields& fields) {
@@ -135,12 +137,14 @@ std::string settledSoonText(Session& session, const RecordWhole& whole) {
                    "keep it open.");
 }
 
-void enterRecord(Session& session, bool dryRun, const std::function<std::string()>& work,
+void enterRecord(Session& session, const EntryFields& fields, const std::function<std::string()>& work,
                  const std::function<std::string(const RecordTexts&)>& say) {
   std::string eid;
-  if (!dryRun) {
+  if (!fields.dryRun) {
     changeStore(session, [&] { eid = work(); });
-    return answerChanged(session, eid, say);
+    answerChanged(session, eid, say);
+    if (fields.remind) remindOfNew(session, eid);
+    return;
   }
   tryStore(
       session, [&] { eid = work(); },

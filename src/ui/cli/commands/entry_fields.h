@@ -28,10 +28,11 @@ struct EntryFields {
   bool pending = false;
   bool create = false;
   bool dryRun = false;
+  bool remind = false;
   AmountOptions amounts;
 };
 
-/// Options for income, vendor, book, date, note, pending and new categories.
+/// Options for income, vendor, book, date, note, reminders and new categories.
 void addEntryFields(CLI::App& command, EntryFields& fields);
 void addCategoryFields(CLI::App& command, EntryFields& fields);
 /// The account; with `several` payments from several accounts too.
@@ -71,8 +72,8 @@ std::string currencyOf(Session& session, const RecordWhole& whole);
 std::string settledSoonText(Session& session, const RecordWhole& whole);
 
 /// Writes a record as `work` does it, which answers the `eid` of one of its rows, and says with `say` what it
-/// has come to; with `dryRun` shows it by `show` and keeps nothing.
-void enterRecord(Session& session, bool dryRun, const std::function<std::string()>& work,
+/// has come to; for a trial shows it and keeps nothing. Switches its reminders on where that was typed.
+void enterRecord(Session& session, const EntryFields& fields, const std::function<std::string()>& work,
                  const std::function<std::string(const RecordTexts&)>& say);
 
 }  // namespace moniva

@@ -4,6 +4,7 @@
 #include "recurrence/spend_repeat.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/payment_commands.h"
+#include "ui/cli/commands/reminder_fields.h"
 #include "ui/cli/commands/repeat_fields.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/record_texts.h"
@@ -19,6 +20,7 @@ struct AloneOptions {
   std::string date;
   std::string note;
   bool income = false;
+  bool remind = false;
   RepeatFields repeat;
   AmountOptions amounts;
 };
@@ -44,18 +46,9 @@ std::string writePayment(Session& session, const AloneOptions& options, Payment&
   return done(recordRepeating(session.root(), first));
 }
 
-void enterPayment(Session& session, const AloneOptions& options) {
-  Payment payment(session.root());
-  payment.type = options.income ? kind::kIncome : kind::kExpense;
-  payment.datetime = momentTyped(session, options.date);
-  payment.note = asTyped(options.note, "the note");
-  payment.paid = isPaidAt(payment.datetime, session.now());
-  Spend first(session.root());
-  const bool repeats = fillRepeat(session, options.repeat, first.repeat, first.repeatEndDate);
-  std::string seed;
-  changeStore(session, [&] { seed = writePayment(session, options, payment, repeats, first); });
+void answerAlone(Session& session, Payment& payment, const Spend& first, const std::string& seed) {
   const auto say = [&](const std::string& what) { return session.text("Added the payment {}.", what); };
-  if (!repeats) return answerPayment(session, payment, payment.eid, say);
+  if (seed.empty()) return answerPayment(session, payment, payment.eid, say);
 
   const NewSeries series(session, seed);
   if (series.liesAhead()) return series.answerAhead();
@@ -68,6 +61,20 @@ void enterPayment(Session& session, const AloneOptions& options) {
   auto object = jsonOf(session, names, wholeRecord(session, payment.eid).head);
   series.addTo(object);
   session.printJson(object);
+}
+
+void enterPayment(Session& session, const AloneOptions& options) {
+  Payment payment(session.root());
+  payment.type = options.income ? kind::kIncome : kind::kExpense;
+  payment.datetime = momentTyped(session, options.date);
+  payment.note = asTyped(options.note, "the note");
+  payment.paid = isPaidAt(payment.datetime, session.now());
+  Spend first(session.root());
+  const bool repeats = fillRepeat(session, options.repeat, first.repeat, first.repeatEndDate);
+  std::string seed;
+  changeStore(session, [&] { seed = writePayment(session, options, payment, repeats, first); });
+  answerAlone(session, payment, first, seed);
+  if (options.remind) remindOfNew(session, repeats ? seed : payment.eid);
 }
 
 }  // namespace
@@ -84,6 +91,7 @@ void addPaymentAlone(CommandLine& line, CLI::App& family) {
   alone->add_option("-n,--note", options->note, "A note")->type_name("TEXT");
   addRoundOption(*alone, options->amounts);
   addRepeatFields(*alone, options->repeat);
+  addRemindOption(*alone, options->remind);
   line.onRun(alone, [options](Session& session) { enterPayment(session, *options); });
 }
 

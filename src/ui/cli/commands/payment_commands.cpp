@@ -5,6 +5,7 @@
 #include "model/entry_checks.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/entry_fields.h"
+#include "ui/cli/commands/reminder_fields.h"
 #include "ui/cli/commands/show_record.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
@@ -23,6 +24,7 @@ struct PaymentOptions {
   std::string fee;
   bool pending = false;
   bool noAccount = false;
+  bool remind = false;
   std::optional<std::string> newAmount;
   std::optional<std::string> newAccount;
   std::optional<std::string> newNote;
@@ -115,6 +117,7 @@ void addPayment(Session& session, const PaymentOptions& options) {
   });
   answerPayment(session, payment, payment.eid,
                 [&](const std::string& what) { return session.text("Added the payment {}.", what); });
+  if (options.remind) remindOfNew(session, payment.eid);
 }
 
 void listPayments(Session& session, const PaymentOptions& options) {
@@ -250,6 +253,7 @@ void addPaymentCommands(CommandLine& line) {
   add->add_option("-n,--note", added->note, "A note")->type_name("TEXT");
   add->add_option("--fee", added->fee, "How much of the amount is a fee")->type_name("AMOUNT");
   add->add_flag("--pending", added->pending, kNotPaidYet);
+  addRemindOption(*add, added->remind);
   addRoundOption(*add, added->amounts);
   addPaymentAlone(line, *family);
 

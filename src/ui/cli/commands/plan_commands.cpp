@@ -60,7 +60,7 @@ Spend newWhole(Session& session, const PlanOptions& options) {
 
 void addPlan(Session& session, const PlanOptions& options) {
   enterRecord(
-      session, options.fields.dryRun,
+      session, options.fields,
       [&] {
         Spend whole = newWhole(session, options);
         done(whole.saveInstallment(partsTyped(options.parts)));
@@ -71,7 +71,7 @@ void addPlan(Session& session, const PlanOptions& options) {
 
 void dividePlan(Session& session, const PlanOptions& options) {
   enterRecord(
-      session, options.fields.dryRun,
+      session, options.fields,
       [&] {
         const auto record = wholeTyped(session, options.eid);
         if (record.isCompound()) {
@@ -110,7 +110,7 @@ void changeSeed(Session& session, const PlanOptions& options, int advancedType,
 
 void addCost(Session& session, const PlanOptions& options) {
   enterRecord(
-      session, options.fields.dryRun,
+      session, options.fields,
       [&] {
         Spend whole = newWhole(session, options);
         done(whole.saveApportionedCost(rangeDay(session, options.from), rangeDay(session, options.to)));
@@ -121,7 +121,7 @@ void addCost(Session& session, const PlanOptions& options) {
 
 void spreadCost(Session& session, const PlanOptions& options) {
   enterRecord(
-      session, options.fields.dryRun,
+      session, options.fields,
       [&] {
         const auto record = wholeTyped(session, options.eid);
         if (record.isPlan() || record.isSpread() || record.isCart()) {

@@ -5,6 +5,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/entry_fields.h"
+#include "ui/cli/commands/reminder_fields.h"
 #include "ui/cli/commands/repeat_fields.h"
 #include "ui/cli/records.h"
 #include "ui/cli/typed_text.h"
@@ -113,10 +114,14 @@ void addSpend(Session& session, const SpendAddOptions& options) {
     done(spend.addWithPayments(payments));
     if (!spend.addImages.empty()) done(saveImages(root, spend.addImages, spend.eid));
   });
-  if (repeats) return answerSeries(session, spend, seed, fields.income, note);
-  answerChanged(session, spend.eid, [&](const RecordTexts& texts) {
-    return addedText(session, texts, fields.income) + texts.stillOpen() + note;
-  });
+  if (repeats) {
+    answerSeries(session, spend, seed, fields.income, note);
+  } else {
+    answerChanged(session, spend.eid, [&](const RecordTexts& texts) {
+      return addedText(session, texts, fields.income) + texts.stillOpen() + note;
+    });
+  }
+  if (fields.remind) remindOfNew(session, repeats ? seed : spend.eid);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/account_rows.h"
+#include "ui/cli/commands/reminder_fields.h"
 #include "ui/cli/commands/repeat_fields.h"
 #include "ui/cli/commands/repeat_texts.h"
 #include "ui/cli/commands/transfer_texts.h"
@@ -29,6 +30,7 @@ struct TransferOptions {
   std::string account;
   std::int64_t limit = 50;
   bool deleted = false;
+  bool remind = false;
   AmountOptions amounts;
   RepeatFields repeat;
 };
@@ -47,6 +49,21 @@ void requireSame(double moved, double arrives, const MonivaAccount& from, const 
   if (difference(moved, arrives) == 0) return;
   throw refused("'{}' and '{}' are both kept in {}, so what leaves one arrives in the other",
                 printable(from.title), printable(to.title), from.currency);
+}
+
+void answerAdded(Session& session, const Transfer& transfer, const std::string& seed) {
+  std::optional<NewSeries> series;
+  if (!seed.empty()) series.emplace(session, seed);
+  if (series && series->liesAhead()) return series->answerAhead();
+  if (session.options().json) {
+    auto object = jsonOf(session, transfer);
+    if (series) series->addTo(object);
+    return session.printJson(object);
+  }
+  const TransferTexts texts(session, transfer);
+  session.answer(session.text("Moved {} from {} to {}, on {}.", texts.amount, texts.from, texts.to,
+                              dayOf(session, transfer.datetime, transfer.paid)) +
+                 texts.ofFee() + (series ? series->course() : std::string()));
 }
 
 void addTransfer(Session& session, const TransferOptions& options) {
@@ -80,18 +97,8 @@ void addTransfer(Session& session, const TransferOptions& options) {
       done(recordEntry(root, transfer));
   });
 
-  std::optional<NewSeries> series;
-  if (repeats) series.emplace(session, seed);
-  if (series && series->liesAhead()) return series->answerAhead();
-  if (session.options().json) {
-    auto object = jsonOf(session, transfer);
-    if (series) series->addTo(object);
-    return session.printJson(object);
-  }
-  const TransferTexts texts(session, transfer);
-  session.answer(session.text("Moved {} from {} to {}, on {}.", texts.amount, texts.from, texts.to,
-                              dayOf(session, transfer.datetime, transfer.paid)) +
-                 texts.ofFee() + (series ? series->course() : std::string()));
+  answerAdded(session, transfer, seed);
+  if (options.remind) remindOfNew(session, repeats ? seed : transfer.eidA);
 }
 
 /// Writes the accounts typed; ends the command where amounts would no longer say what they are of.
@@ -295,6 +302,7 @@ void addTransferCommands(CommandLine& line) {
     add->add_option("-d,--date", options->date, "When (else now)")->type_name("DATE");
     details(add, *options);
     addRepeatFields(*add, options->repeat);
+    addRemindOption(*add, options->remind);
   }
   constexpr const char* kRecord = toTranslate("The record of either side, or the end of it as lists show it");
   {

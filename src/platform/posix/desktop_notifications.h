@@ -1,0 +1,68 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/phrase.h"
+#include "calendar/date.h"
+#include "platform/local_notifications.h"
+
+namespace moniva {
+
+/// Notifications of a desktop, which keeps none for later: requests wait in a file of the data folder until
+/// the program runs at their time or after it, and are shown by the notification service then. Programs may
+/// share the file. Safe to use from several threads.
+class DesktopNotifications final : public LocalNotifications {
+ public:
+  /// `now` dates a damaged file that is set aside.
+  DesktopNotifications(std::filesystem::path file, Date now) : file_(std::move(file)), now_(now) {}
+
+  /// A desktop asks nobody.
+  Result<> requestPermission(unsigned) override { return {}; }
+  Result<> add(const NotificationRequest& request) override;
+  Result<> removePending(std::string_view identifier) override;
+  Result<> removeAllPending() override;
+  Result<std::vector<NotificationRequest>> pending() override;
+  void beginChanges() override;
+  Result<> endChanges() override;
+
+  /// Shows what is to be shown by now, of one owner the last alone; answers how many. What cannot be shown
+  /// stays and is tried again ten minutes later at the earliest; the refusal says why. Where nothing is to be
+  /// shown this reads a line of the file.
+  Result<int> deliverDue(const CivilTime& now);
+  /// Shows a notification at once.
+  static Result<> showNow(const std::string& title, const std::string& body);
+
+  /// What the person should be told of the file; taken away by the reader.
+  std::optional<Phrase> takeNotice();
+
+ private:
+  struct Waiting {
+    NotificationRequest request;
+    CivilTime next;  ///< when it is to be shown, or to be tried again
+  };
+  using Requests = std::map<std::string, Waiting, std::less<>>;
+  /// What is to become of a request; nothing takes it away.
+  using Changes = std::map<std::string, std::optional<NotificationRequest>, std::less<>>;
+
+  Result<Requests> read();
+  /// Whether anything changed.
+  bool apply(Requests& requests) const;
+  Result<> write(const Requests& requests) const;
+  Result<> flush();
+
+  std::filesystem::path file_;
+  Date now_;
+  std::mutex mutex_;
+  int depth_ = 0;
+  bool clears_ = false;
+  Changes changes_;
+  std::optional<Phrase> notice_;
+};
+
+}  // namespace moniva

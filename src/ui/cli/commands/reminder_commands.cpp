@@ -1,0 +1,261 @@
+#include <algorithm>
+#include <boost/json.hpp>
+#include <map>
+
+#include "model/transaction_type.h"
+#include "reminders/bill_reminders.h"
+#include "reminders/mv_notification_manager.h"
+#include "reminders/repay_reminders.h"
+#include "storage/writes.h"
+#include "ui/cli/command_error.h"
+#include "ui/cli/command_line.h"
+#include "ui/cli/commands/reminder_fields.h"
+#include "ui/cli/csv_out.h"
+#include "ui/cli/entry_options.h"
+#include "ui/cli/record_texts.h"
+#include "ui/cli/records.h"
+#include "ui/cli/table.h"
+#include "ui/cli/text_width.h"
+#include "ui/cli/transaction_rows.h"
+
+namespace moniva {
+namespace {
+
+namespace json = boost::json;
+
+struct ReminderOptions {
+  std::string what;
+  bool all = false;
+  bool yes = false;
+  bool csv = false;
+};
+
+std::string inWords(Session& session, const Refusal& refusal) {
+  return CommandError(CommandError::kRefused, refusal).in(session.translate());
+}
+
+/// What the host is to show, by identifier; what it will not tell is empty.
+std::map<std::string, std::string, std::less<>> messagesOf(Session& session) {
+  std::map<std::string, std::string, std::less<>> messages;
+  const auto pending = session.platform().localNotifications->pending();
+  if (!pending) {
+    session.say(session.text("What is to be shown cannot be read: {}", inWords(session, pending.error())));
+    return messages;
+  }
+  for (const auto& request : *pending) messages.emplace(request.identifier, request.body);
+  return messages;
+}
+
+json::object jsonOf(Session& session, const ReminderRecord& record, const std::string& message) {
+  return {{"identifier", record.identifier},
+          {"owner", record.owner},
+          {"title", record.title},
+          {"message", message},
+          {"fireDate", isoDate(session, record.fireDate)},
+          {"scheduledAt", isoDate(session, record.scheduledAt)}};
+}
+
+/// The account's title, or the end of the record.
+Cell ownerCell(Session& session, const std::string& owner) {
+  const auto account = MonivaAccount::getAccountWithPK(session.root(), owner);
+  return account ? Cell(account->title) : Cell(shortEid(owner), ink::dim);
+}
+
+json::array remindersJson(Session& session, const std::vector<ReminderRecord>& records) {
+  const auto messages = messagesOf(session);
+  json::array array;
+  for (const auto& record : records) {
+    const auto at = messages.find(record.identifier);
+    array.push_back(jsonOf(session, record, at == messages.end() ? "" : at->second));
+  }
+  return array;
+}
+
+void listReminders(Session& session, const ReminderOptions& options) {
+  auto records = done(reminderRecords(session.root()));
+  if (!options.all) {
+    std::erase_if(records, [&](const ReminderRecord& one) { return one.fireDate <= session.now(); });
+  }
+  if (options.csv) return printCsv(session, remindersJson(session, records));
+  if (session.options().json) return session.printJson(remindersJson(session, records));
+  if (records.empty()) {
+    return session.say(session.text("No reminder is to come. Switch one on with: moniva reminder on RECORD"));
+  }
+  const auto messages = messagesOf(session);
+  Table table({{.title = session.text("When"), .isWhole = true},
+               {.title = session.text("Of"), .isWhole = true},
+               {.title = session.text("Title"), .maxWidth = 40},
+               {.title = session.text("Message"), .maxWidth = 70}});
+  for (const auto& record : records) {
+    const auto at = messages.find(record.identifier);
+    const bool isPast = record.fireDate <= session.now();
+    table.addRow({Cell(dateText(session, record.fireDate), isPast ? ink::dim : ink::plain),
+                  ownerCell(session, record.owner), printable(record.title),
+                  printable(at == messages.end() ? std::string() : at->second)});
+  }
+  session.out() << table.render(session.style(), session.width());
+}
+
+std::vector<std::string> ownersOf(const std::vector<MVTransaction>& rows) {
+  std::vector<std::string> owners;
+  for (const auto& row : rows) owners.push_back(row.eid);
+  return owners;
+}
+
+/// The record as the answers name it: "Rent, €500.00".
+std::string remindedText(Session& session, const MVTransaction& row) {
+  return fmt::format("{}, {}", whatText(session, row), amountText(session, row));
+}
+
+json::array scheduledJson(Session& session, const std::vector<std::string>& owners) {
+  std::vector<ReminderRecord> records;
+  for (const auto& owner : owners) {
+    std::ranges::move(done(reminderRecordsOf(session.root(), owner)), std::back_inserter(records));
+  }
+  return remindersJson(session, records);
+}
+
+/// Ends the command for what cannot be reminded of, in words.
+[[noreturn]] void refuseReminder(Session& session, const std::string& eid, const std::string& text) {
+  const auto row = MVTransaction::transactionFromEID(session.root(), eid);
+  if (row && row->deleted != 0) {
+    throw row->type() == kind::kRepeatSeed
+        ? refused("the series '{}' is over, so there is nothing to remind of", printable(text))
+        : refused("the record is deleted; bring it back with: moniva restore {}", shortEid(eid));
+  }
+  throw refused("'{}' is settled already, so there is nothing to remind of", printable(text));
+}
+
+void switchReminders(Session& session, const std::string& text, bool on) {
+  std::vector<MVTransaction> rows;
+  std::size_t scheduled = 0;
+  changeStore(session, [&] {
+    const std::string eid = recordTyped(session, text);
+    rows = rowsToRemindOf(session, eid);
+    if (rows.empty()) refuseReminder(session, eid, text);
+    for (const auto& row : rows) {
+      if (!on) scheduled += done(reminderRecordsOf(session.root(), row.eid)).size();
+      done(setNotificationEnabled(row, on));
+    }
+  });
+  remindNow(session);
+  const auto owners = ownersOf(rows);
+  if (session.options().json) {
+    json::array eids(owners.begin(), owners.end());
+    return session.printJson(json::object{{"transactions", std::move(eids)},
+                                          {"needNotify", on},
+                                          {"reminders", scheduledJson(session, owners)}});
+  }
+  const auto what = rows.size() == 1
+                        ? remindedText(session, rows.front())
+                        : session.text("{} and the rest of its record", remindedText(session, rows.front()));
+  if (!on) {
+    return session.answer(session.text(
+        "Reminders of {} are off; {}.", what,
+        session.count("{} was cancelled", "{} were cancelled", static_cast<std::int64_t>(scheduled))));
+  }
+  const auto next = nextReminderText(session, owners);
+  session.answer(next.empty()
+                     ? session.text("Reminders of {} are on; none is to come, as its day is too near.", what)
+                     : session.text("Reminders of {} are on; {}.", what, next));
+}
+
+void cancelOfAccount(Session& session, MonivaAccount account) {
+  if (!account.isDebtAccount()) {
+    throw refused("'{}' is no credit account, so there is no repayment to remind of",
+                  printable(account.title));
+  }
+  int cancelled = 0;
+  done(atomically(session.root(), [&](Connection&) -> Result<> {
+    if (account.repayNotificationEnabled()) done(account.updateRepayNotificationEnabled(false));
+    cancelled = done(deleteRepayNotification(account));
+    return {};
+  }));
+  session.root().markRecentEditDate();
+  if (session.options().json) {
+    return session.printJson(
+        json::object{{"account", {{"pk", account.pk}, {"title", account.title}}}, {"cancelled", cancelled}});
+  }
+  session.answer(session.text("Repayments of '{}' are not reminded of any more; {}.", account.title,
+                              session.count("{} was cancelled", "{} were cancelled", cancelled)));
+}
+
+/// Everything that is to be reminded of: what is pending, and series.
+std::vector<MVTransaction> rowsReminded(Session& session) {
+  std::vector<MVTransaction> rows;
+  const auto take = [&](MVTransaction row) { rows.push_back(std::move(row)); };
+  const Value ofSeries[] = {kind::kRepeatSeed};
+  done(MVTransaction::transactionsWhere(session.root(), "paid = 0 and needNotify = 1 and deleted = 0", {},
+                                        take));
+  done(MVTransaction::transactionsWhere(
+      session.root(), "type = ? and paid != 0 and needNotify = 1 and deleted = 0", ofSeries, take));
+  return rows;
+}
+
+void cancelAll(Session& session, bool yes) {
+  MVAppRoot& root = session.root();
+  const auto scheduled = done(reminderRecords(root)).size();
+  const auto what = session.count("{} reminder", "{} reminders", static_cast<std::int64_t>(scheduled));
+  if (!yes) {
+    throw refused("this would cancel {} and switch off what made them; if so, say --yes", what);
+  }
+  changeStore(session, [&] {
+    for (auto& account : MonivaAccount::list(root, kAccountKind)) {
+      if (!account.isDebtAccount() || !account.repayNotificationEnabled()) continue;
+      done(account.updateRepayNotificationEnabled(false));
+      done(deleteRepayNotification(account));
+    }
+    for (const auto& row : rowsReminded(session)) done(setNotificationEnabled(row, false));
+    done(MVNotificationManager(root).cancelAllNotifications());
+  });
+  remindNow(session);
+  if (session.options().json) {
+    return session.printJson(json::object{{"cancelled", static_cast<std::int64_t>(scheduled)}});
+  }
+  session.answer(session.text("Cancelled {}; nothing is reminded of any more.", what));
+}
+
+void cancelReminder(Session& session, const ReminderOptions& options) {
+  if (options.all != options.what.empty()) {
+    throw notUnderstood("say which record or account, or --all");
+  }
+  if (options.all) return cancelAll(session, options.yes);
+  const auto account = MonivaAccount::getAccountWithTitle(session.root(), options.what);
+  if (account && account->isDeleted == 0) return cancelOfAccount(session, *account);
+  const bool isRecord = options.what.find_first_not_of("0123456789abcdef-") == std::string::npos;
+  if (!isRecord) return cancelOfAccount(session, accountNamed(session, options.what));
+  switchReminders(session, options.what, false);
+}
+
+}  // namespace
+
+void addReminderCommands(CommandLine& line) {
+  CLI::App* reminder = line.add(line.app(), "reminder");
+  reminder->require_subcommand(1);
+  const auto command = [&](const char* name, std::function<void(Session&, const ReminderOptions&)> run) {
+    CLI::App* app = line.add(*reminder, name);
+    auto options = std::make_shared<ReminderOptions>();
+    line.onRun(app, [options, run = std::move(run)](Session& session) { run(session, *options); });
+    return std::pair(app, options);
+  };
+  {
+    const auto [list, options] = command("list", listReminders);
+    list->add_flag("--all", options->all, "Those that were shown lately too");
+    addCsv(*list, options->csv);
+  }
+  constexpr const char* kRecord = toTranslate("The record or series: its eid, or the end of it");
+  for (const bool on : {true, false}) {
+    const auto [app, options] = command(
+        on ? "on" : "off",
+        [on](Session& session, const ReminderOptions& typed) { switchReminders(session, typed.what, on); });
+    app->add_option("RECORD", options->what, kRecord)->required();
+  }
+  {
+    const auto [cancel, options] = command("cancel", cancelReminder);
+    cancel->add_option("WHAT", options->what, "A record or series, or the name of a credit account");
+    cancel->add_flag("--all", options->all, "All there are");
+    cancel->add_flag("--yes", options->yes, "Cancel all of them indeed");
+  }
+}
+
+}  // namespace moniva
