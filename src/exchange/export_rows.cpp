@@ -99,6 +99,8 @@ Result<std::vector<ExportKind>> ExportRows::survey(ExportOutcome& outcome) {
   while (run.next()) {
     const auto inPeriod = run.integer(11);
     if (const auto type = static_cast<int>(run.integer(0)); directionOf(type) == 0) {
+      // What budgets and bills carry over follows from other rows.
+      if (type == kind::kBudgetCarry || type == kind::kOverpayment) continue;
       (movesNoMoney(type) ? outcome.noMoney : outcome.unknown) += inPeriod;
       continue;
     }

@@ -210,7 +210,8 @@ Result<> keepCarryRows(const MonivaAccount& account, const BillChain& chain) {
                            (i + 1 >= chain.bills.size() || chain.bills[i - 1].month.begin <= known);
     if (isSuperfluous || isMissing) changes.push_back(std::move(change));
   }
-  if (changes.empty()) return {};
+  Connection* db = root.db().getDatabase();
+  if (changes.empty() || (db != nullptr && db->isReadOnly())) return {};
   return atomically(root, [&](Connection&) -> Result<> {
     for (const auto& change : changes) {
       if (auto written = writeCarry(root, account.pk, change); !written) return written;

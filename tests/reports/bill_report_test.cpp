@@ -85,6 +85,17 @@ TEST(Bills, carryWhatWasPaidTooMuch) {
             "repay period 2024-01-21 00:00:00 - 2024-02-20 00:00:00\n"
             "bileAmount 100 lastRepayMoreAmount 0  repayAmount 139.1 needRepay 0\n"
             "thisRepayMoreAmount 39.1 repayComplete 1\n---------------------------------------");
+  ASSERT_TRUE(s.card.updateMonthStartsOn(25));
+  EXPECT_EQ(s.bill(2024, 3), "0 - 26 - 0 = 0, 26") << "5 of 10 March are February's now";
+  EXPECT_EQ(
+      s.rows("select group_concat(date(datetime + 7200, 'unixepoch')) from transactions where type = 64"),
+      "2024-02-25,2024-03-25,2024-04-25");
+  ASSERT_TRUE(s.sql("delete from transactions where type = 64"));
+  ASSERT_TRUE(s.sql("pragma user_version = 2"));
+  ASSERT_TRUE(s.db.initDatabase());
+  EXPECT_EQ(s.bill(2024, 3), "0 - 26 - 0 = 0, 26") << "counted in a store that can only be read";
+  ASSERT_TRUE(s.db.isReadOnly());
+  EXPECT_EQ(s.carried(), "");
 }
 
 TEST(Bills, areRefusedInWords) {
