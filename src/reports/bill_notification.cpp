@@ -8,25 +8,19 @@ Result<> remindOfBill(MVAppRoot& root, const MonivaAccount& account) {
   const auto bill = getCorrentBill(account);
   if (!bill) return tl::make_unexpected(bill.error());
   const Calendar& calendar = root.calendar();
-  // After a short month two months may be due on one day.
-  const bool isOneDay = calendar.isSameDay(bill->lastDueDate, bill->dueDate);
-  const bool owesLast = bill->lastMonthNeedReayAmount > 0;
-  const bool owesThis = bill->thisMonthNeedReayAmount > 0;
-  Result<> done;
-  // It may have another due day by now.
-  if (auto kept = keepRepayNotifications(account, {bill->lastDueDate, bill->dueDate}); !kept) {
-    done = tl::make_unexpected(kept.error());
+  std::vector<Date> owed;
+  // What is charged now may be due before the program is opened again.
+  for (const auto& [due, amount] : {std::pair(bill->lastDueDate, bill->lastMonthNeedReayAmount),
+                                    std::pair(bill->dueDate, bill->thisMonthNeedReayAmount)}) {
+    if (amount > 0 && !calendar.isHistory(due, root.now())) owed.push_back(due);
   }
-  const auto settle = [&](Date due, bool owes) {
-    const bool isToCome = owes && !calendar.isHistory(due, root.now());
-    const auto changed =
-        isToCome ? addRepayNotificationForDate(account, due) : deleteRepayNotificationForDate(account, due);
-    if (!changed && done) done = tl::make_unexpected(changed.error());
-  };
-  if (!isOneDay) settle(bill->lastDueDate, owesLast);
-  // It may be due before the program is opened again.
-  settle(bill->dueDate, owesThis || (isOneDay && owesLast));
-  return done;
+  const auto cancelled = keepRepayNotifications(account, owed);
+  if (!cancelled) return tl::make_unexpected(cancelled.error());
+  for (const Date due : owed) {
+    const auto scheduled = addRepayNotificationForDate(account, due);
+    if (!scheduled) return tl::make_unexpected(scheduled.error());
+  }
+  return {};
 }
 
 }  // namespace

@@ -305,6 +305,32 @@ TEST(BookPeriods, KnowTheCurrentOnesAndTheDueDate) {
   EXPECT_EQ(dayText(*calendar, book.firstDateOfCalendarYear(2024, 5)), "2024-05-01");
 }
 
+TEST(BookPeriods, AreDueAfterTheirLastDay) {
+  struct Case {
+    const char* why;
+    int monthStartsOn;
+    int dueDay;
+    const char* date;
+    const char* due;
+  };
+  const auto calendar = calendarOf("Europe/Berlin");
+  for (const Case& c : {
+           Case{"twenty days, over a change of the clock", 1, 0, "2024-03-10", "2024-04-20"},
+           Case{"the due day of the next month", 1, 15, "2024-02-29", "2024-03-15"},
+           Case{"on the closing day it is too soon", 1, 31, "2024-01-10", "2024-02-29"},
+           Case{"a short month is due on its last day", 1, 31, "2023-12-31", "2024-01-31"},
+           Case{"later in the month of the closing", 25, 28, "2024-02-25", "2024-03-28"},
+           Case{"the day after the closing", -25, 25, "2024-03-24", "2024-03-25"},
+           Case{"over the new year", 25, 10, "2023-12-24", "2024-01-10"},
+           Case{"two months on one day: 28 February closes", 29, 29, "2023-02-10", "2023-03-29"},
+           Case{"... and so does 27 March", 29, 29, "2023-03-20", "2023-03-29"},
+       }) {
+    const BookPeriods book(*calendar, {.monthStartsOn = c.monthStartsOn, .dueDay = c.dueDay}, {});
+    EXPECT_EQ(dayText(*calendar, book.dueDate(at(*calendar, c.date + std::string(" 23:59:59")))), c.due)
+        << c.why;
+  }
+}
+
 TEST(BookPeriods, AreWrittenWithTheirBounds) {
   const auto english = calendarOf("Europe/Berlin");
   const BookPeriods book(*english, {.weekStartsOn = 2, .monthStartsOn = -25, .yearStartsOn = 4},

@@ -165,6 +165,35 @@ TEST(Bills, ofNowAreWhatIsStillToBePaid) {
   EXPECT_TRUE(allAlertInfo(s.root)->bills.empty());
 }
 
+TEST(Bills, areRemindedOfUntilTheyArePaid) {
+  Card s(25, 10);
+  ASSERT_TRUE(s.card.updateRepayNotificationEnabled(true));
+  s.setClock("2024-06-05 12:00:00");
+  const auto reminded = [&] {
+    EXPECT_TRUE(BillReport::createBillNotifaction(s.root));
+    std::string days;
+    const auto pending = s.platform.localNotifications->pending();
+    for (const auto& request : *pending)
+      days += fmt::format("{}/{} ", request.trigger.month, request.trigger.day);
+    return days;
+  };
+  EXPECT_EQ(reminded(), "");
+  s.row(12, 30, "2024-04-25"), s.row(12, 7, "2024-05-25");
+  EXPECT_EQ(reminded(), "6/7 6/10 7/5 7/7 7/10 ");
+  const auto written = s.connection().totalChanges();
+  EXPECT_EQ(reminded(), "6/7 6/10 7/5 7/7 7/10 ");
+  EXPECT_EQ(s.connection().totalChanges(), written);
+  ASSERT_TRUE(s.card.updateDueDay(12));
+  EXPECT_EQ(reminded(), "6/7 6/9 6/12 7/7 7/9 7/12 ");
+  s.row(23, 30, "2024-06-05");
+  EXPECT_EQ(reminded(), "7/7 7/9 7/12 ");
+  s.row(23, 7, "2024-06-05 01:00:00");
+  EXPECT_EQ(reminded(), "") << "paid too much, so that the next bill is covered";
+  ASSERT_TRUE(s.sql("delete from transactions where type = 23"));
+  ASSERT_TRUE(s.card.close(true));
+  EXPECT_EQ(reminded(), "") << "a closed account";
+}
+
 /// Records of five years or less of an account, at random.
 void fill(Card& s) {
   const Date begin = s.on("2019-06-01");
