@@ -62,7 +62,18 @@ std::vector<CommandText> billTexts() {
        "For a record or series it is as 'moniva reminder off', for a credit account as 'moniva account "
        "reminders NAME off': nothing is reminded of until it is switched on again. So it is for all of them "
        "with --all, which needs --yes.",
-       {{"moniva reminder cancel Visa", "a credit account"}, {"moniva reminder cancel --all --yes", ""}}}};
+       {{"moniva reminder cancel Visa", "a credit account"}, {"moniva reminder cancel --all --yes", ""}}},
+      {"reminder test",
+       "show a reminder now, to see whether this machine can",
+       "",
+       {{"moniva reminder test", ""}}},
+      {"reminder deliver",
+       "show the reminders that have come due",
+       "Every command that opens the store does so; this one does nothing else, and is meant for a timer, "
+       "such as this line of a crontab: */15 9-20 * * * DBUS_SESSION_BUS_ADDRESS=unix:path=/run/user/$(id "
+       "-u)/bus moniva reminder deliver --quiet",
+       {{"moniva reminder deliver", ""},
+        {"systemd-run --user --on-calendar='*:0/15' moniva reminder deliver", "every quarter of an hour"}}}};
 }
 
 }  // namespace moniva

@@ -69,11 +69,8 @@ std::string setReminders(Session& session, MonivaAccount& row, const std::string
     done(deleteRepayNotification(row));
     return session.text("Repayments of '{}' are not reminded of.", row.title);
   }
-  remindNow(session);
-  const auto next = nextReminderText(session, {row.pk});
-  return next.empty()
-             ? session.text("Repayments of '{}' are reminded of; nothing is to be paid back now.", row.title)
-             : session.text("Repayments of '{}' are reminded of; {}.", row.title, next);
+  return session.text("Repayments of '{}' are reminded of; {}.", row.title,
+                      remindNow(session, {row.pk}, session.text("nothing is to be paid back now")));
 }
 
 const std::vector<Word<std::string>>& dashboardWords() {

@@ -99,13 +99,23 @@ void printBillFacts(Session& session, BillReport& report, const BillReportSummar
   facts.add(session.text("Still to pay"), amount(bill.needReayAmount));
   if (bill.thisRepayMoreAmount > 0) {
     facts.add(session.text("Paid above"),
-              session.text("{}, which count for the next bill", amount(bill.thisRepayMoreAmount)));
+              session.text("{}, counted for the next bill", amount(bill.thisRepayMoreAmount)));
   }
   const auto due = shortDate(session, bill.dueDate);
   facts.add(session.text("Due"),
             bill.repayComplete ? due : fmt::format("{}, {}", due, daysLeftText(session, bill.dueDate)));
   facts.add(session.text("State"), billStateText(session, bill));
   facts.print();
+}
+
+/// What was carried over to the bill and then what was paid back of it.
+std::vector<RepayLine> repaidOf(BillReport& report, const BillReportSummary& bill) {
+  auto lines = done(report.repayList(bill.beginDate, bill.endDate));
+  std::erase_if(lines, [](const RepayLine& line) { return !line.isCarried; });
+  for (auto& line : done(report.repayList(bill.payoffBaginDate, bill.payoffEndDate))) {
+    if (!line.isCarried) lines.push_back(std::move(line));
+  }
+  return lines;
 }
 
 json::array repaidJson(Session& session, const std::vector<RepayLine>& lines) {
@@ -144,7 +154,7 @@ void showBill(Session& session, const BillOptions& options) {
   BillReport report(creditAccountNamed(session, options.account));
   const auto& account = report.monivaAccount;
   const auto bill = billMeant(session, report, options.month);
-  const auto repaid = done(report.repayList(bill.payoffBaginDate, bill.payoffEndDate));
+  const auto repaid = repaidOf(report, bill);
   std::vector<MVTransaction> charges;
   if (options.charges) charges = done(report.chargeList(bill.beginDate, bill.endDate));
   TransactionRows rows(session);

@@ -5,7 +5,6 @@
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/bill_commands.h"
 #include "ui/cli/commands/bill_rows.h"
-#include "ui/cli/commands/reminder_fields.h"
 #include "ui/cli/record_texts.h"
 #include "ui/cli/report_target.h"
 #include "ui/cli/text_width.h"
@@ -94,7 +93,6 @@ void setBillDays(Session& session, const BillDayOptions& options) {
         billMonthText(session, account, bill.beginDate), shortDate(session, bill.endDate),
         shortDate(session, bill.dueDate));
   });
-  remindNow(session);
 }
 
 }  // namespace

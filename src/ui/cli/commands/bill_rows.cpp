@@ -75,12 +75,12 @@ Ink daysLeftInk(const Session& session, Date dueDate) {
 std::string closingDayText(const Session& session, const MonivaAccount& account) {
   const int start = account.monthStartsOn;
   if (start == 1 || start == -1) return session.text("the last day of the month");
-  return session.text("day {} of the month", (start > 0 ? start : -start) - 1);
+  return session.text("day {}", (start > 0 ? start : -start) - 1);
 }
 
 std::string dueDayText(const Session& session, const MonivaAccount& account) {
   const int day = account.dueDay();
-  return day == 0 ? session.text("the 20th day after closing") : session.text("day {} of the month", day);
+  return day == 0 ? session.text("the 20th day after closing") : session.text("day {}", day);
 }
 
 json::object jsonOf(Session& session, const MonivaAccount& account, const BillReportSummary& bill) {

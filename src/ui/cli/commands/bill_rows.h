@@ -24,7 +24,7 @@ bool isRunning(const Session& session, const BillReportSummary& bill);
 /// "November, 2026": what the month that begins on the day is called.
 std::string billMonthText(const Session& session, const MonivaAccount& account, Date beginDate);
 
-// "day 25 of the month", "the last day of the month"; "the 20th day after closing" where no due day is set.
+// "day 25", "the last day of the month"; "the 20th day after closing" where no due day is set.
 std::string closingDayText(const Session& session, const MonivaAccount& account);
 std::string dueDayText(const Session& session, const MonivaAccount& account);
 

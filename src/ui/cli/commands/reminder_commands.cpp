@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <boost/json.hpp>
+#include <chrono>
 #include <map>
 
 #include "model/transaction_type.h"
+#include "platform/posix/desktop_notifications.h"
+#include "platform/posix/notification_service.h"
 #include "reminders/bill_reminders.h"
 #include "reminders/mv_notification_manager.h"
 #include "reminders/repay_reminders.h"
@@ -71,6 +74,15 @@ json::array remindersJson(Session& session, const std::vector<ReminderRecord>& r
   return array;
 }
 
+DesktopNotifications& desktopOf(Session& session) {
+  auto* desktop = dynamic_cast<DesktopNotifications*>(session.platform().localNotifications.get());
+  if (desktop == nullptr) throw refused("this machine has no place for reminders");
+  return *desktop;
+}
+
+/// How long a list waits for the desktop.
+constexpr std::chrono::milliseconds kPatience(500);
+
 void listReminders(Session& session, const ReminderOptions& options) {
   auto records = done(reminderRecords(session.root()));
   if (!options.all) {
@@ -78,6 +90,9 @@ void listReminders(Session& session, const ReminderOptions& options) {
   }
   if (options.csv) return printCsv(session, remindersJson(session, records));
   if (session.options().json) return session.printJson(remindersJson(session, records));
+  if (const auto ready = NotificationService::open(kPatience); !ready) {
+    session.say(session.text("This machine cannot show reminders now: {}", inWords(session, ready.error())));
+  }
   if (records.empty()) {
     return session.say(session.text("No reminder is to come. Switch one on with: moniva reminder on RECORD"));
   }
@@ -126,20 +141,30 @@ json::array scheduledJson(Session& session, const std::vector<std::string>& owne
   throw refused("'{}' is settled already, so there is nothing to remind of", printable(text));
 }
 
+std::int64_t countComing(const Session& session, const std::vector<ReminderRecord>& records) {
+  return std::ranges::count_if(records,
+                               [&](const ReminderRecord& one) { return one.fireDate > session.now(); });
+}
+
+std::string cancelledText(const Session& session, std::int64_t count) {
+  if (count == 0) return session.text("none was scheduled");
+  return session.count("{} was cancelled", "{} were cancelled", count);
+}
+
 void switchReminders(Session& session, const std::string& text, bool on) {
   std::vector<MVTransaction> rows;
-  std::size_t scheduled = 0;
+  std::int64_t scheduled = 0;
   changeStore(session, [&] {
     const std::string eid = recordTyped(session, text);
     rows = rowsToRemindOf(session, eid);
     if (rows.empty()) refuseReminder(session, eid, text);
     for (const auto& row : rows) {
-      if (!on) scheduled += done(reminderRecordsOf(session.root(), row.eid)).size();
+      if (!on) scheduled += countComing(session, done(reminderRecordsOf(session.root(), row.eid)));
       done(setNotificationEnabled(row, on));
     }
   });
-  remindNow(session);
   const auto owners = ownersOf(rows);
+  const auto next = remindNow(session, owners, session.text("none is to come, as its day is too near"));
   if (session.options().json) {
     json::array eids(owners.begin(), owners.end());
     return session.printJson(json::object{{"transactions", std::move(eids)},
@@ -150,14 +175,10 @@ void switchReminders(Session& session, const std::string& text, bool on) {
                         ? remindedText(session, rows.front())
                         : session.text("{} and the rest of its record", remindedText(session, rows.front()));
   if (!on) {
-    return session.answer(session.text(
-        "Reminders of {} are off; {}.", what,
-        session.count("{} was cancelled", "{} were cancelled", static_cast<std::int64_t>(scheduled))));
+    return session.answer(
+        session.text("Reminders of {} are off; {}.", what, cancelledText(session, scheduled)));
   }
-  const auto next = nextReminderText(session, owners);
-  session.answer(next.empty()
-                     ? session.text("Reminders of {} are on; none is to come, as its day is too near.", what)
-                     : session.text("Reminders of {} are on; {}.", what, next));
+  session.answer(session.text("Reminders of {} are on; {}.", what, next));
 }
 
 void cancelOfAccount(Session& session, MonivaAccount account) {
@@ -165,10 +186,10 @@ void cancelOfAccount(Session& session, MonivaAccount account) {
     throw refused("'{}' is no credit account, so there is no repayment to remind of",
                   printable(account.title));
   }
-  int cancelled = 0;
+  const auto cancelled = countComing(session, done(reminderRecordsOf(session.root(), account.pk)));
   done(atomically(session.root(), [&](Connection&) -> Result<> {
     if (account.repayNotificationEnabled()) done(account.updateRepayNotificationEnabled(false));
-    cancelled = done(deleteRepayNotification(account));
+    done(deleteRepayNotification(account));
     return {};
   }));
   session.root().markRecentEditDate();
@@ -177,7 +198,7 @@ void cancelOfAccount(Session& session, MonivaAccount account) {
         json::object{{"account", {{"pk", account.pk}, {"title", account.title}}}, {"cancelled", cancelled}});
   }
   session.answer(session.text("Repayments of '{}' are not reminded of any more; {}.", account.title,
-                              session.count("{} was cancelled", "{} were cancelled", cancelled)));
+                              cancelledText(session, cancelled)));
 }
 
 /// Everything that is to be reminded of: what is pending, and series.
@@ -194,8 +215,8 @@ std::vector<MVTransaction> rowsReminded(Session& session) {
 
 void cancelAll(Session& session, bool yes) {
   MVAppRoot& root = session.root();
-  const auto scheduled = done(reminderRecords(root)).size();
-  const auto what = session.count("{} reminder", "{} reminders", static_cast<std::int64_t>(scheduled));
+  const auto scheduled = countComing(session, done(reminderRecords(root)));
+  const auto what = session.count("{} reminder", "{} reminders", scheduled);
   if (!yes) {
     throw refused("this would cancel {} and switch off what made them; if so, say --yes", what);
   }
@@ -208,9 +229,8 @@ void cancelAll(Session& session, bool yes) {
     for (const auto& row : rowsReminded(session)) done(setNotificationEnabled(row, false));
     done(MVNotificationManager(root).cancelAllNotifications());
   });
-  remindNow(session);
   if (session.options().json) {
-    return session.printJson(json::object{{"cancelled", static_cast<std::int64_t>(scheduled)}});
+    return session.printJson(json::object{{"cancelled", scheduled}});
   }
   session.answer(session.text("Cancelled {}; nothing is reminded of any more.", what));
 }
@@ -225,6 +245,20 @@ void cancelReminder(Session& session, const ReminderOptions& options) {
   const bool isRecord = options.what.find_first_not_of("0123456789abcdef-") == std::string::npos;
   if (!isRecord) return cancelOfAccount(session, accountNamed(session, options.what));
   switchReminders(session, options.what, false);
+}
+
+void testReminder(Session& session) {
+  done(DesktopNotifications::showNow(session.text("A reminder of Moniva"),
+                                     session.text("This is how you are reminded of what is to be paid.")));
+  if (session.options().json) return session.printJson(json::object{{"shown", true}});
+  session.answer(session.text("A reminder was shown on this desktop."));
+}
+
+void deliverReminders(Session& session) {
+  const auto shown = done(desktopOf(session).deliverDue(session.calendar().civilTime(session.now())));
+  if (session.options().json) return session.printJson(json::object{{"shown", shown}});
+  session.answer(shown == 0 ? session.text("No reminder has come due.")
+                            : session.count("Showed {} reminder.", "Showed {} reminders.", shown));
 }
 
 }  // namespace
@@ -256,6 +290,8 @@ void addReminderCommands(CommandLine& line) {
     cancel->add_flag("--all", options->all, "All there are");
     cancel->add_flag("--yes", options->yes, "Cancel all of them indeed");
   }
+  command("test", [](Session& session, const ReminderOptions&) { testReminder(session); });
+  command("deliver", [](Session& session, const ReminderOptions&) { deliverReminders(session); });
 }
 
 }  // namespace moniva

@@ -2,12 +2,11 @@
 
 #include <algorithm>
 
+#include "app/refresh_reminders.h"
 #include "model/record_list.h"
 #include "model/transaction_type.h"
 #include "model/transfer.h"
 #include "reminders/bill_reminders.h"
-#include "reminders/reminder_upkeep.h"
-#include "reports/bill_report.h"
 #include "reports/history.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/entry_options.h"
@@ -69,25 +68,15 @@ std::vector<MVTransaction> rowsToRemindOf(Session& session, const std::string& e
   return rows;
 }
 
-void remindNow(Session& session) {
-  auto scheduled = BillReport::createBillNotifaction(session.root());
-  if (const auto kept = bringRemindersUpToDate(session.root()); !kept && scheduled) {
-    scheduled = tl::make_unexpected(kept.error());
-  }
-  if (scheduled) return;
-  session.sayOnce(
-      session.text("Reminders could not be scheduled: {}",
-                   CommandError(CommandError::kRefused, scheduled.error()).in(session.translate())));
-}
-
-std::string nextReminderText(Session& session, const std::vector<std::string>& owners) {
+std::string remindNow(Session& session, const std::vector<std::string>& owners, const std::string& none) {
+  if (!refreshReminders(session.root())) return session.text("they could not be scheduled yet");
   std::optional<Date> next;
   for (const auto& owner : owners) {
     for (const auto& record : done(reminderRecordsOf(session.root(), owner))) {
       if (record.fireDate > session.now() && (!next || record.fireDate < *next)) next = record.fireDate;
     }
   }
-  return next ? session.text("the next one comes on {}", dateText(session, *next)) : std::string();
+  return next ? session.text("the next one comes on {}", dateText(session, *next)) : none;
 }
 
 void remindOfNew(Session& session, const std::string& eid) {
@@ -102,10 +91,8 @@ void remindOfNew(Session& session, const std::string& eid) {
     return session.say(
         session.text("There is nothing to remind of: the record is settled and does not repeat."));
   }
-  remindNow(session);
-  const auto next = nextReminderText(session, owners);
-  session.say(next.empty() ? session.text("Its reminders are on, but none is to come for this date.")
-                           : session.text("Its reminders are on; {}.", next));
+  const auto next = remindNow(session, owners, session.text("none is to come, as its day is too near"));
+  session.say(session.text("Its reminders are on; {}.", next));
 }
 
 ComingReminders::ComingReminders(Session& session) : session_(session) {

@@ -22,10 +22,9 @@ void remindOfNew(Session& session, const std::string& eid);
 
 /// The rows of the record that can be reminded of: the series itself, or what of it is still to be paid.
 std::vector<MVTransaction> rowsToRemindOf(Session& session, const std::string& eid);
-/// Schedules and cancels what there is to; a host that will not is told of.
-void remindNow(Session& session);
-/// "the next one comes on Jun 15, 2024 10:00", for reminders of these owners; "" where none is to come.
-std::string nextReminderText(Session& session, const std::vector<std::string>& owners);
+/// Schedules and cancels what there is to, and says of these owners what comes of it: "the next one comes on
+/// Jun 15, 2024 10:00", or `none`. A host that will not is told of by the end of the command.
+std::string remindNow(Session& session, const std::vector<std::string>& owners, const std::string& none);
 
 /// What is scheduled and still to come, to be asked for many owners.
 class ComingReminders {
