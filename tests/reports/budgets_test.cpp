@@ -5,6 +5,7 @@
 #include "reports/budget_historical_remaining.h"
 #include "reports/moniva_account_budget.h"
 #include "reports/mv_category_budget.h"
+#include "storage/transaction.h"
 #include "support/household.h"
 
 namespace moniva {

@@ -33,6 +33,10 @@ std::string aroundHit(const std::string& text, const std::vector<std::string>& h
   return "…" + text.substr(begin);
 }
 
+bool isBudget(const MVTransaction& row) {
+  return row.type() >= kind::kOneTimeBudget && row.type() <= kind::kCategoryAllocation;
+}
+
 std::string marksOf(const Session& session, const MVTransaction& row) {
   std::string marks;
   const auto mark = [&](const std::string& text) { marks += (marks.empty() ? "" : ", ") + text; };
@@ -41,7 +45,8 @@ std::string marksOf(const Session& session, const MVTransaction& row) {
   if (row.isPayment && !row.transferEID.empty() && !row.isTransfer() && !row.isDebt() && !row.isRepayment()) {
     mark(session.text("payment"));
   }
-  if (!row.paid) mark(session.text("pending"));
+  // A budget is neither settled nor pending; its mark says whether it carries on what is left.
+  if (!row.paid && !isBudget(row)) mark(session.text("pending"));
   if (row.deleted != 0) mark(session.text("deleted"));
   return marks;
 }
@@ -55,6 +60,7 @@ int recordTypeOf(const MVTransaction& row) {
 
 std::string whatText(const Session& session, const MVTransaction& row) {
   if (row.type() == kind::kBalanceCorrection) return session.text("correction of a balance");
+  if (isBudget(row)) return session.text("budget");
   // A transfer's and a debt's text says between whom.
   if (row.isTransfer() || row.isDebt() || row.isRepayment()) return printable(row.noteString);
   if (!row.categoryString.empty()) return printable(row.categoryString);
