@@ -172,7 +172,9 @@ Result<> settleWhatIsDue(MainAppDelegate& app) {
 }
 
 Result<> keepReminders(MainAppDelegate& app) {
-  if (auto kept = refreshReminders(app.root()); !kept) app.root().addNotice(kept.error());
+  if (auto kept = refreshReminders(app.root()); !kept) {
+    app.root().addNotice("Reminders could not be brought up to date: {}", kept.error());
+  }
   return {};
 }
 

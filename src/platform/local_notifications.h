@@ -63,7 +63,7 @@ class NotificationChanges {
 };
 
 /// Keeps requests in memory and shows none.
-class MemoryLocalNotifications final : public LocalNotifications {
+class MemoryLocalNotifications : public LocalNotifications {
  public:
   Result<> requestPermission(unsigned) override { return {}; }
   Result<> add(const NotificationRequest& request) override;

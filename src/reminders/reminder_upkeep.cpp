@@ -162,7 +162,6 @@ class ReminderPlanner {
 Result<ReminderChanges> carryOut(MVAppRoot& root, const ReminderPlan& plan, std::optional<Refusal>& refused) {
   NotificationChanges changes(*root.platform().localNotifications);
   MVNotificationManager manager(root);
-  ReminderChanges done;
   for (const auto& identifier : plan.takeBack) {
     if (auto taken = manager.cancelNotificationWithIdentifier(identifier); !taken)
       return tl::make_unexpected(taken.error());

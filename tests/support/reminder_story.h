@@ -11,7 +11,7 @@
 namespace moniva {
 
 /// A notification centre that can be out of order.
-class MoodyHost final : public LocalNotifications {
+class MoodyHost final : public MemoryLocalNotifications {
  public:
   bool isPermitted = true;
   std::string refuses;  ///< the identifiers with this in them
@@ -25,18 +25,13 @@ class MoodyHost final : public LocalNotifications {
   Result<> add(const NotificationRequest& request) override {
     if (!refuses.empty() && request.identifier.find(refuses) != std::string::npos) return refuse("no room");
     ++added;
-    return kept.add(request);
+    return MemoryLocalNotifications::add(request);
   }
-  Result<> removePending(std::string_view identifier) override { return kept.removePending(identifier); }
-  Result<> removeAllPending() override { return kept.removeAllPending(); }
-  Result<std::vector<NotificationRequest>> pending() override { return kept.pending(); }
   void beginChanges() override { ++depth_; }
   Result<> endChanges() override {
     if (--depth_ == 0) ++batches;
     return {};
   }
-
-  MemoryLocalNotifications kept;
 
  private:
   int depth_ = 0;

@@ -248,7 +248,9 @@ std::tuple<std::uint64_t, std::int64_t, std::int64_t> Session::storeState() cons
 
 void Session::keepReminders() {
   if (storeState() != stateAtLaunch_) {
-    if (auto kept = refreshReminders(*root_); !kept) root_->addNotice(kept.error());
+    if (auto kept = refreshReminders(*root_); !kept) {
+      root_->addNotice("Reminders could not be brought up to date: {}", kept.error());
+    }
   }
   // A desktop without the service is no news at every command; what is due waits, and lists show it.
   (void)desktop_->deliverDue(calendar().civilTime(now()));
