@@ -228,6 +228,26 @@ void Connection::clearError() {
   errorMessage_.clear();
 }
 
+Refusal Connection::writeRefusal() const {
+  sqlite3_vfs* files = sqlite3_vfs_find(nullptr);
+  const auto may = [&](const std::string& file, int what) {
+    int allowed = 0;
+    return files->xAccess(files, file.c_str(), what, &allowed) == SQLITE_OK && allowed != 0;
+  };
+  const std::string file = path_.string();
+  if (may(file, SQLITE_ACCESS_READWRITE)) {
+    // Left behind while the file could only be read, they keep those rights.
+    for (const char* ending : {"-wal", "-shm"}) {
+      const std::string beside = file + ending;
+      if (may(beside, SQLITE_ACCESS_EXISTS) && !may(beside, SQLITE_ACCESS_READWRITE)) {
+        return Refusal(
+            phrase("'{}' beside the data file cannot be written; give it the same rights as that", beside));
+      }
+    }
+  }
+  return Refusal(phrase("the data file '{}' cannot be written", file));
+}
+
 Refusal Connection::refusal() const {
   const std::string file = path_.string();
   switch (errorCode_ & 0xFF) {
@@ -240,7 +260,7 @@ Refusal Connection::refusal() const {
     case SQLITE_READONLY:
     case SQLITE_PERM:
       if (readOnlyReason_) return *readOnlyReason_;
-      return Refusal(phrase("the data file '{}' cannot be written", file));
+      return writeRefusal();
     case SQLITE_NOTADB:
       return Refusal(phrase("'{}' is not a data file of this program", file));
     case SQLITE_CORRUPT:

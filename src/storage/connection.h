@@ -125,6 +125,8 @@ class Connection {
   friend class Transaction;
   Connection(sqlite3* handle, std::filesystem::path path);
   sqlite3_stmt* compile(std::string_view sql);
+  /// That it cannot be written, naming the file that is to blame: the data file or one that goes with it.
+  Refusal writeRefusal() const;
   void noteError();
   void noteError(int code, std::string message);
 

@@ -12,6 +12,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_texts.h"
 #include "ui/cli/did_you_mean.h"
+#include "ui/cli/parser_words.h"
 #include "version.h"
 
 namespace moniva {
@@ -90,7 +91,7 @@ CommandLine::CommandLine(const Style& helpStyle)
       // A variable that was not set (--data "$LEDGER") must not lead to another store.
       ->check(CLI::Validator(
           [](const std::string& folder) {
-            return folder.empty() ? "an empty name is no folder" : std::string();
+            return std::string(folder.empty() ? toTranslate("an empty name is no folder") : "");
           },
           ""))
       ->take_last();
@@ -165,7 +166,7 @@ CLI::Validator oneOf(const std::vector<std::string>& words) {
 CLI::Validator notEmpty() {
   return CLI::Validator(
       [](const std::string& word) {
-        return word.empty() ? "it is empty; say something or leave it out" : std::string();
+        return std::string(word.empty() ? toTranslate("it is empty; say something or leave it out") : "");
       },
       "");
 }
@@ -175,7 +176,7 @@ CLI::Validator rowLimit() {
       [](const std::string& text) {
         const bool isCount =
             !text.empty() && text.size() < 10 && text.find_first_not_of("0123456789") == std::string::npos;
-        return isCount ? std::string() : "it is a whole number; 0 lists all";
+        return std::string(isCount ? "" : toTranslate("it is a whole number; 0 lists all"));
       },
       "");
 }
@@ -206,7 +207,7 @@ int CommandLine::run(const std::vector<std::string>& arguments, Terminal termina
     terminal.out << trimmedEnd(text.str()) << '\n';
     return 0;
   } catch (const CLI::ParseError& error) {
-    return explain(error.what(), arguments, terminal);
+    return explain(error, arguments, terminal);
   }
   options_.color = color_ == "always"  ? ColorMode::always
                    : color_ == "never" ? ColorMode::never
@@ -243,12 +244,14 @@ std::shared_ptr<const Localization> CommandLine::texts() const {
   return textsFor(typed.empty() ? "" : typed.back());
 }
 
-int CommandLine::explain(const std::string& why, const std::vector<std::string>& arguments,
+int CommandLine::explain(const CLI::ParseError& error, const std::vector<std::string>& arguments,
                          Terminal terminal) const {
   const auto localization = texts();
   const Translate translate = [&](std::string_view english) { return localization->localized(english); };
   const auto mistaken = mistakenWord(app_, arguments);
-  terminal.err << "moniva: " << printableLines(mistaken ? mistaken->in(translate) : why) << '\n';
+  terminal.err << "moniva: "
+               << printableLines(mistaken ? mistaken->in(translate) : parserSays(error, app_, translate))
+               << '\n';
   std::string path = "moniva";
   const CLI::App* at = &app_;
   for (std::size_t i = 0; i < arguments.size(); ++i) {

@@ -33,7 +33,8 @@ class CommandLine {
  private:
   /// How texts are said before there is a session: by the --locale that was read so far.
   std::shared_ptr<const Localization> texts() const;
-  int explain(const std::string& why, const std::vector<std::string>& arguments, Terminal terminal) const;
+  int explain(const CLI::ParseError& error, const std::vector<std::string>& arguments,
+              Terminal terminal) const;
 
   CLI::App app_;
   std::shared_ptr<HelpFormatter> help_;

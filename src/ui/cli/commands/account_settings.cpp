@@ -64,6 +64,10 @@ std::string setProfit(Session& session, MonivaAccount& row, const std::string& w
 }
 
 std::string setReminders(Session& session, MonivaAccount& row, const std::string& word) {
+  if (word == "on" && row.isDebtAccount() && !row.enabled) {
+    throw refused("'{}' is closed, so nothing is reminded of; open it with: moniva account reopen NAME",
+                  row.title);
+  }
   done(row.updateRepayNotificationEnabled(word == "on"));
   if (word == "off") {
     done(deleteRepayNotification(row));

@@ -7,6 +7,7 @@
 #include "model/transaction_type.h"
 #include "model/transfer.h"
 #include "recurrence/series_standing.h"
+#include "reports/bill_report.h"
 #include "storage/writes.h"
 #include "ui/cli/amount_typed.h"
 #include "ui/cli/command_error.h"
@@ -46,13 +47,27 @@ std::string missedText(Session& session, const MonivaAccount& row) {
                    "moniva repeat refill --all");
 }
 
+/// What is said of bills that a credit account leaves behind as it is closed; "" where all are paid.
+std::string unpaidText(Session& session, const MonivaAccount& row) {
+  if (!row.isDebtAccount()) return {};
+  const auto bill = done(getCorrentBill(row));
+  const double unpaid = bill.lastMonthNeedReayAmount + bill.thisMonthNeedReayAmount;
+  if (unpaid <= 0) return {};
+  const std::string amount = session.amounts().format(unpaid, row.currency);
+  return " " +
+         (row.repayNotificationEnabled()
+              ? session.text("{} of its bills is still to be paid; it is no longer reminded of.", amount)
+              : session.text("{} of its bills is still to be paid.", amount));
+}
+
 std::string setClosed(Session& session, MonivaAccount& row, bool closed) {
   if (row.enabled != closed) {
     throw closed ? refused("'{}' is closed already", row.title) : refused("'{}' is open already", row.title);
   }
   done(row.close(closed));
-  return closed ? session.text("'{}' is closed and takes no new records.", row.title)
-                : session.text("'{}' is open again.", row.title) + missedText(session, row);
+  return closed
+             ? session.text("'{}' is closed and takes no new records.", row.title) + unpaidText(session, row)
+             : session.text("'{}' is open again.", row.title) + missedText(session, row);
 }
 
 std::string deleteRow(Session& session, MonivaAccount& row) {

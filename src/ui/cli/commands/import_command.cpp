@@ -122,7 +122,8 @@ void tell(Session& session, const ImportOutcome& outcome, bool dryRun) {
   const auto names = [&](const std::vector<std::string>& made) { return listed(session, made); };
   if (!outcome.newBooks.empty()) session.answer(session.text("New books: {}.", names(outcome.newBooks)));
   if (!outcome.newAccounts.empty()) {
-    session.answer(session.text("New accounts: {}.", names(outcome.newAccounts)));
+    session.answer(session.text("New accounts, of the kind saving (moniva account type changes it): {}.",
+                                names(outcome.newAccounts)));
   }
   if (!outcome.revivedBooks.empty()) {
     session.answer(session.text("Deleted books that are back: {}.", names(outcome.revivedBooks)));

@@ -35,12 +35,12 @@ void addPeriodOptions(CLI::App& command, PeriodStarts& starts) {
       .add_option("--month-starts", starts.monthStartsOn,
                   "Day a month begins on; a negative one is that day of the month before")
       ->type_name("DAY")
-      ->transform(beginning(31, "a month begins on day 1 to 31, or -1 to -31"));
+      ->transform(beginning(31, toTranslate("a month begins on day 1 to 31, or -1 to -31")));
   command
       .add_option("--year-starts", starts.yearStartsOn,
                   "Month a year begins in; a negative one is that month of the year before")
       ->type_name("MONTH")
-      ->transform(beginning(12, "a year begins in month 1 to 12, or -1 to -12"));
+      ->transform(beginning(12, toTranslate("a year begins in month 1 to 12, or -1 to -12")));
 }
 
 void writeStarts(MonivaAccount& row, const PeriodStarts& starts) {

@@ -111,7 +111,7 @@ CLI::Validator countingNumber() {
       [](const std::string& text) {
         const bool isCount = !text.empty() && text.size() < 10 && text.front() != '0' &&
                              text.find_first_not_of("0123456789") == std::string::npos;
-        return isCount ? std::string() : "it is a whole number from 1 on";
+        return std::string(isCount ? "" : toTranslate("it is a whole number from 1 on"));
       },
       "");
 }
