@@ -73,6 +73,21 @@ Result<double> spentToday(const MonivaAccount& book) {
   return run.real(0);
 }
 
+/// What the instalments due in that time add to what is expected of expenses there.
+Result<double> expectedInstallments(const MonivaAccount& book, Date from, Date to) {
+  MVAppRoot& root = book.root();
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Run run = db->query(
+      fmt::format("select sum(amount * (coalesce(needReimburse = 0, 0) + (coalesce(transferEID, '') = '')))"
+                  " from transactions where ? <= datetime and datetime <= ? and {} and deleted = 0 and paid ="
+                  " 0 and type = 12 and syear = ?",
+                  accountQuerySQL(book)),
+      {root.calendar().dateBegin(from), root.calendar().dateEnd(to), book.pk, advanced::kInstallment});
+  if (!run.next()) return tl::make_unexpected(db->refusal());
+  return run.real(0);
+}
+
 }  // namespace
 
 BookBudget::BookBudget(const MonivaAccount& ofBook) : book(ofBook) {
@@ -244,6 +259,7 @@ Result<> BookBudget::calculateRemaining() {
   const Calendar& calendar = book.root().calendar();
   const Date now = book.root().now();
   monivaAmount = recurringAmount = installmentAmount = dividedAmount = todayAvailableAmount = 0;
+  installmentsCountedTwice = 0;
   const auto into = [](double& field, const Result<double>& read) -> Result<> {
     if (!read) return tl::make_unexpected(read.error());
     field = *read;
@@ -256,6 +272,7 @@ Result<> BookBudget::calculateRemaining() {
     if (done) done = into(dividedAmount, transactionSumFrom(book, tomorrow, budgetEndDate, kind::kExpense));
     if (done) done = into(recurringAmount, repeatExpenseSumFrom(book, tomorrow, budgetEndDate));
     if (done) done = into(installmentAmount, installmentSumFrom(book, tomorrow, budgetEndDate));
+    if (done) done = into(installmentsCountedTwice, expectedInstallments(book, tomorrow, budgetEndDate));
   }
   leftAmount = amount - monivaAmount - recurringAmount - installmentAmount;
   if (!done || !current) return done;
@@ -267,6 +284,11 @@ Result<> BookBudget::calculateRemaining() {
   if (leftAmount < 0 && lastMonthRolloverAmount > 0) leftAmount = lastMonthRolloverAmount - leftAmount;
   todayAvailableAmount = (leftAmount + today) / days - today;
   return done;
+}
+
+double BookBudget::availableAmount() const {
+  return withoutNoise(lastMonthRolloverAmount + amount - monivaAmount - recurringAmount - installmentAmount +
+                      installmentsCountedTwice);
 }
 
 Result<> BookBudget::calculateBalanceRollover() {

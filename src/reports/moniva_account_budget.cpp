@@ -234,4 +234,43 @@ Result<std::optional<BookBudget>> getMonthlyBudgetForYear(MonivaAccount& book, i
   return budgetOfMonth(book, month);
 }
 
+Result<bool> budgetWasSwitchedOff(const MonivaAccount& book) {
+  Connection* db = book.root().db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  if (book.budgetEnabled) return false;
+  bool others = false;
+  const auto oneTime = oneTimeRow(*db, book, others);
+  if (!oneTime) return tl::make_unexpected(oneTime.error());
+  if (!oneTime->empty()) return true;
+  const auto rows = monthlyRows(book);
+  if (!rows) return tl::make_unexpected(rows.error());
+  if (inForce(*rows, BudgetMonths(book).current()) != rows->end()) return true;
+  const auto row = switchedOff(*db, book);
+  if (!row) return tl::make_unexpected(row.error());
+  return row->has_value();
+}
+
+bool isBudgetMonth(const MonivaAccount& book, int year, int month) {
+  return BudgetMonths(book).exists({year, month});
+}
+
+Result<std::optional<BookBudget>> keepBudgetOverNewPeriods(MonivaAccount& book,
+                                                           const std::optional<BookBudget>& before) {
+  const MonthLabel current = BudgetMonths(book).current();
+  return atomically(book.root(), [&](Connection&) -> Result<std::optional<BookBudget>> {
+    auto now = getMonthlyBudget(book);
+    if (!now || !before || !before->isMonthly()) return now;
+    if (*now && (*now)->amount == before->amount && (*now)->inheritRemaining == before->inheritRemaining) {
+      return now;
+    }
+    BookBudget budget = *now ? **now : BookBudget(book);
+    budget.year = current.year;
+    budget.month = current.month;
+    budget.amount = before->amount;
+    budget.inheritRemaining = before->inheritRemaining;
+    if (auto kept = *now ? budget.update() : budget.add(); !kept) return tl::make_unexpected(kept.error());
+    return getMonthlyBudget(book);
+  });
+}
+
 }  // namespace moniva

@@ -26,6 +26,15 @@ Result<std::optional<BookBudget>> getMonthlyBudget(MonivaAccount& book);
 /// that does not exist.
 Result<std::optional<BookBudget>> getMonthlyBudgetForYear(MonivaAccount& book, int year, int Month);
 
+/// Whether the budget is off and switching it on would bring one back.
+Result<bool> budgetWasSwitchedOff(const MonivaAccount& book);
+/// Whether the calendar has such a month, in the years that records can have.
+bool isBudgetMonth(const MonivaAccount& book, int year, int month);
+/// After the book's months were made to begin on another day: where the monthly budget in force is not what
+/// it was `before` (of the same book), the present month gets that amount and flag. Answers what is in force.
+Result<std::optional<BookBudget>> keepBudgetOverNewPeriods(MonivaAccount& book,
+                                                           const std::optional<BookBudget>& before);
+
 /// Makes the amount the budget of that month and of all later ones of the history, brings back what was set
 /// aside of the book's history, and counts the remainders again.
 Result<> calculateHistoryBudgetFrom(MonivaAccount& book, int year, int month, double newAmount);
