@@ -84,8 +84,11 @@ class BudgetPage {
       table.addRow({Cell(session_.text("Still expected"), ink::dim), plain(budget_.recurringAmount), Cell(),
                     Cell(session_.text("series, pending, instalments"), ink::dim)});
     }
-    if (budget_.installmentAmount != 0)
-      row(session_.text("Instalments still due"), budget_.installmentAmount);
+    if (budget_.installmentAmount != 0) {
+      row(budget_.installmentsCountedTwice != 0 ? session_.text("of it instalments")
+                                                : session_.text("Instalments still due"),
+          budget_.installmentAmount);
+    }
     row(session_.text("Left"), budget_.leftAmount,
         (isLeftElsewhere(budget_) && budget_.leftAmount > 0 ? Ink(ink::yellow)
                                                             : inkOfLeft(budget_.leftAmount)) |

@@ -29,7 +29,9 @@ void CategoryBudgets::take(const MVCategory& category, const std::string& title,
                            const std::optional<MVCategory>& into) {
   std::vector<CategoryShare> others;
   if (into) others = done(allocationsOfCategory(session_.root(), into->pk));
-  for (auto& share : done(allocationsOfCategory(session_.root(), category.pk))) {
+  auto own = done(allocationsOfCategory(session_.root(), category.pk));
+  std::ranges::sort(own, {}, [](const CategoryShare& share) { return share.book.title; });
+  for (auto& share : own) {
     if (into && !hasShareIn(others, share.book)) continue;
     shares_.push_back({category.pk, title, std::move(share)});
   }
