@@ -73,6 +73,14 @@ Result<double> spentToday(const MonivaAccount& book) {
   return run.real(0);
 }
 
+bool beginsInPresentMonth(const BookBudget& budget) {
+  const Calendar& calendar = budget.book.root().calendar();
+  const BudgetMonths months(budget.book);
+  const MonthLabel present = months.current();
+  return !calendar.isBeforeDay(budget.budgetBeginDate, months.begin(present)) &&
+         !calendar.isAfterDay(budget.budgetBeginDate, months.end(present));
+}
+
 /// What the instalments due in that time add to what is expected of expenses there.
 Result<double> expectedInstallments(const MonivaAccount& book, Date from, Date to) {
   MVAppRoot& root = book.root();
@@ -267,14 +275,14 @@ Result<> BookBudget::calculateRemaining() {
   };
   auto done = into(monivaAmount, transactionSumFrom(book, budgetBeginDate, budgetEndDate, kind::kExpense));
   const bool current = isCurrent();
-  const Date tomorrow = calendar.getNextDay(now);
-  if (current && !calendar.isAfterDay(tomorrow, budgetEndDate)) {
-    if (done) done = into(dividedAmount, transactionSumFrom(book, tomorrow, budgetEndDate, kind::kExpense));
-    if (done) done = into(recurringAmount, repeatExpenseSumFrom(book, tomorrow, budgetEndDate));
-    if (done) done = into(installmentAmount, installmentSumFrom(book, tomorrow, budgetEndDate));
-    if (done) done = into(installmentsCountedTwice, expectedInstallments(book, tomorrow, budgetEndDate));
+  const Date from = std::max(calendar.getNextDay(now), budgetBeginDate);
+  if ((current || beginsInPresentMonth(*this)) && !calendar.isAfterDay(from, budgetEndDate)) {
+    if (done) done = into(dividedAmount, transactionSumFrom(book, from, budgetEndDate, kind::kExpense));
+    if (done) done = into(recurringAmount, repeatExpenseSumFrom(book, from, budgetEndDate));
+    if (done) done = into(installmentAmount, installmentSumFrom(book, from, budgetEndDate));
+    if (done) done = into(installmentsCountedTwice, expectedInstallments(book, from, budgetEndDate));
   }
-  leftAmount = amount - monivaAmount - recurringAmount - installmentAmount;
+  leftAmount = difference(amount, monivaAmount + recurringAmount + installmentAmount);
   if (!done || !current) return done;
 
   const auto days = static_cast<double>(
