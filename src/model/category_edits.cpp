@@ -193,7 +193,12 @@ Result<> MVCategory::delCate() {
        root_->executeUpdate("update categoryofbook set enabled=0, editDate=?, edit_ipid = ? where cate=?",
                             root_->editStamp(), udid, pk)) &&
       root_->executeUpdate(fmt::format("delete from transactions where category = ? and type = ?{}", *kinds),
-                           pk, kind::kCategoryAllocation);
+                           pk, kind::kCategoryAllocation) &&
+      // Those below go too, and what they were given with them.
+      (live->isSubCate() || live->type != kind::kExpense ||
+       root_->executeUpdate("delete from transactions where type = ? and category in (select oldTitle from"
+                            " category where parent = ? and type = ?)",
+                            kind::kCategoryAllocation, pk, live->type));
   if (!written || !transaction.commit()) return tl::make_unexpected(db->refusal());
   deleted = 1;
   return {};

@@ -73,6 +73,29 @@ Result<double> spentToday(const MonivaAccount& book) {
   return run.real(0);
 }
 
+bool beginsInPresentMonth(const BookBudget& budget) {
+  const Calendar& calendar = budget.book.root().calendar();
+  const BudgetMonths months(budget.book);
+  const MonthLabel present = months.current();
+  return !calendar.isBeforeDay(budget.budgetBeginDate, months.begin(present)) &&
+         !calendar.isAfterDay(budget.budgetBeginDate, months.end(present));
+}
+
+/// What the instalments due in that time add to what is expected of expenses there.
+Result<double> expectedInstallments(const MonivaAccount& book, Date from, Date to) {
+  MVAppRoot& root = book.root();
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Run run = db->query(
+      fmt::format("select sum(amount * (coalesce(needReimburse = 0, 0) + (coalesce(transferEID, '') = '')))"
+                  " from transactions where ? <= datetime and datetime <= ? and {} and deleted = 0 and paid ="
+                  " 0 and type = 12 and syear = ?",
+                  accountQuerySQL(book)),
+      {root.calendar().dateBegin(from), root.calendar().dateEnd(to), book.pk, advanced::kInstallment});
+  if (!run.next()) return tl::make_unexpected(db->refusal());
+  return run.real(0);
+}
+
 }  // namespace
 
 BookBudget::BookBudget(const MonivaAccount& ofBook) : book(ofBook) {
@@ -244,6 +267,7 @@ Result<> BookBudget::calculateRemaining() {
   const Calendar& calendar = book.root().calendar();
   const Date now = book.root().now();
   monivaAmount = recurringAmount = installmentAmount = dividedAmount = todayAvailableAmount = 0;
+  installmentsCountedTwice = 0;
   const auto into = [](double& field, const Result<double>& read) -> Result<> {
     if (!read) return tl::make_unexpected(read.error());
     field = *read;
@@ -251,13 +275,14 @@ Result<> BookBudget::calculateRemaining() {
   };
   auto done = into(monivaAmount, transactionSumFrom(book, budgetBeginDate, budgetEndDate, kind::kExpense));
   const bool current = isCurrent();
-  const Date tomorrow = calendar.getNextDay(now);
-  if (current && !calendar.isAfterDay(tomorrow, budgetEndDate)) {
-    if (done) done = into(dividedAmount, transactionSumFrom(book, tomorrow, budgetEndDate, kind::kExpense));
-    if (done) done = into(recurringAmount, repeatExpenseSumFrom(book, tomorrow, budgetEndDate));
-    if (done) done = into(installmentAmount, installmentSumFrom(book, tomorrow, budgetEndDate));
+  const Date from = std::max(calendar.getNextDay(now), budgetBeginDate);
+  if ((current || beginsInPresentMonth(*this)) && !calendar.isAfterDay(from, budgetEndDate)) {
+    if (done) done = into(dividedAmount, transactionSumFrom(book, from, budgetEndDate, kind::kExpense));
+    if (done) done = into(recurringAmount, repeatExpenseSumFrom(book, from, budgetEndDate));
+    if (done) done = into(installmentAmount, installmentSumFrom(book, from, budgetEndDate));
+    if (done) done = into(installmentsCountedTwice, expectedInstallments(book, from, budgetEndDate));
   }
-  leftAmount = amount - monivaAmount - recurringAmount - installmentAmount;
+  leftAmount = difference(amount, monivaAmount + recurringAmount + installmentAmount);
   if (!done || !current) return done;
 
   const auto days = static_cast<double>(
@@ -267,6 +292,11 @@ Result<> BookBudget::calculateRemaining() {
   if (leftAmount < 0 && lastMonthRolloverAmount > 0) leftAmount = lastMonthRolloverAmount - leftAmount;
   todayAvailableAmount = (leftAmount + today) / days - today;
   return done;
+}
+
+double BookBudget::availableAmount() const {
+  return withoutNoise(lastMonthRolloverAmount + amount - monivaAmount - recurringAmount - installmentAmount +
+                      installmentsCountedTwice);
 }
 
 Result<> BookBudget::calculateBalanceRollover() {

@@ -35,6 +35,8 @@ class BookBudget {
   double recurringAmount = 0;
   double installmentAmount = 0;
   double dividedAmount = 0;  ///< expenses entered for days after today
+  /// Of the instalments still due, what the expected expenses have counted already.
+  double installmentsCountedTwice = 0;
 
   /// Labels of the book month; 0 for a range.
   int year = 0;
@@ -58,6 +60,9 @@ class BookBudget {
 
   /// Counts what was spent, what is left and what may be spent today.
   Result<> calculateRemaining();
+  /// What is left with what was carried in and everything counted once; after calculateRemaining. Below zero
+  /// for what is gone beyond the budget.
+  double availableAmount() const;
   /// Carries what is left into the next month, in single precision; nothing without a row. Writes only what
   /// differs from what is kept. `calculateRemaining` goes before it.
   Result<> calculateBalanceRollover();

@@ -84,28 +84,26 @@ Result<> goOnAfter(const MonivaAccount& book, const MonthlyRows& rows, MonthLabe
   const BudgetMonths months(book);
   const MonthLabel next = months.plus(month, 1);
   if (next > months.current() || rows.contains(next)) return {};
-  const MonthlyRow& former = inForce(rows, month)->second;
-  const auto added = addMonthlyRow(book, next, former.amount, former.inherits);
-  if (!added) return tl::make_unexpected(added.error());
-  return {};
+  return copyMonthlyRow(book, next, inForce(rows, month)->second);
 }
 
 Result<> writeAmount(const MonivaAccount& book, MonthLabel month, double amount) {
   MVAppRoot& root = book.root();
   return write(root,
                "update transactions set amount = ?, editDate = ?, edit_ipid = ? where type = ? and book = ?"
-               " and syear = ? and smonth = ?",
+               " and syear = ? and smonth = ? and deleted = 0",
                amount, root.editStamp(), root.itsUDID(), kind::kMonthlyBudget, book.pk, month.year,
                month.month);
 }
 
-/// Of each month without a live row the one that went last comes back. What went before a person deleted that
-/// month stays away.
+/// Of each month without a live row the one that went last comes back; a live one that is a mere copy gives
+/// way to it. What went before a person deleted that month stays away.
 Result<> reviveRows(Connection& db, const MonivaAccount& book, int type) {
   struct Found {
     std::string eid;
     bool isLive = false;
     bool isDeleted = false;
+    bool wasSetAside = false;
   };
   std::map<MonthLabel, Found> found;
   {
@@ -114,9 +112,12 @@ Result<> reviveRows(Connection& db, const MonivaAccount& book, int type) {
         " editDate, eid",
         {type, book.pk});
     while (run.next()) {
-      Found& month = found[{static_cast<int>(run.integer(1)), static_cast<int>(run.integer(2))}];
+      const MonthLabel label{static_cast<int>(run.integer(1)), static_cast<int>(run.integer(2))};
       const auto mark = run.text(4);
       const bool isSetAside = mark == budget_mark::kRecalculated || mark == budget_mark::kSwitchedOff;
+      const bool isGone = mark == budget_mark::kReplaced || mark == budget_mark::kAhead;
+      if (label.year == 0 || label.month == 0) continue;
+      Found& month = found[label];
       switch (run.integer(3)) {
         case 0:
           month.isLive = true;
@@ -126,14 +127,24 @@ Result<> reviveRows(Connection& db, const MonivaAccount& book, int type) {
           month.eid.clear();
           break;
         default:
-          if (isSetAside || (!month.isDeleted && mark != budget_mark::kDeleted)) month.eid = run.text(0);
+          if (!isSetAside && (isGone || month.isDeleted || mark == budget_mark::kDeleted)) break;
+          month.eid = run.text(0);
+          month.wasSetAside = isSetAside;
       }
     }
     if (!run.ok()) return tl::make_unexpected(db.refusal());
   }
   MVAppRoot& root = book.root();
+  const auto live = type == kind::kMonthlyBudget ? monthlyRows(book) : MonthlyRows();
+  if (!live) return tl::make_unexpected(live.error());
   for (const auto& [label, month] : found) {
-    if (month.isLive || month.eid.empty()) continue;
+    if (month.eid.empty()) continue;
+    if (month.isLive) {
+      const auto copy = live->find(label);
+      if (copy == live->end() || !copy->second.isCopy || !month.wasSetAside) continue;
+      auto done = setAside(root, copy->second.eid, budget_mark::kReplaced);
+      if (!done) return done;
+    }
     auto done = write(root,
                       "update transactions set deleted = 0, ipid = '', editDate = ?, edit_ipid = ? where type"
                       " = ? and book = ? and deleted !=4 and eid = ?",
@@ -144,15 +155,15 @@ Result<> reviveRows(Connection& db, const MonivaAccount& book, int type) {
 }
 
 Result<> bringBackHistory(Connection& db, const MonivaAccount& book) {
-  MVAppRoot& root = book.root();
   for (const int type : {kind::kMonthlyBudget, kind::kBudgetCarry}) {
     if (auto done = reviveRows(db, book, type); !done) return done;
   }
-  constexpr std::string_view kUnlabelled = "(type = ? or type = ?) and (syear = 0 or smonth = 0)";
-  auto logged = logRemovedRows(root, std::string(kUnlabelled), {kind::kMonthlyBudget, kind::kBudgetCarry});
-  if (!logged) return logged;
-  return write(root, fmt::format("delete from transactions where {}", kUnlabelled), kind::kMonthlyBudget,
-               kind::kBudgetCarry);
+  MVAppRoot& root = book.root();
+  return write(root,
+               "update transactions set deleted = 3, ipid = ?, editDate = ?, edit_ipid = ? where (type = ? or"
+               " type = ?) and (syear = 0 or smonth = 0) and book = ? and deleted = 0",
+               budget_mark::kUnlabelled, root.editStamp(), root.itsUDID(), kind::kMonthlyBudget,
+               kind::kBudgetCarry, book.pk);
 }
 
 }  // namespace
@@ -242,9 +253,8 @@ Result<> BudgetHistoricalRemaining::recalculateFrom(int year, int month) {
     const auto rows = rowsAround(book_, label);
     if (!rows) return tl::make_unexpected(rows.error());
     if (!rows->contains(label)) {
-      const MonthlyRow& row = inForce(*rows, label)->second;
-      const auto added = addMonthlyRow(book_, label, row.amount, row.inherits);
-      if (!added) return tl::make_unexpected(added.error());
+      auto added = copyMonthlyRow(book_, label, inForce(*rows, label)->second);
+      if (!added) return added;
     }
     MVAppRoot& root = book_.root();
     auto done = write(root,

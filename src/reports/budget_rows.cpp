@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 #include "base/uuid.h"
 #include "calendar/date_texts.h"
@@ -12,6 +13,14 @@
 #include "storage/writes.h"
 
 namespace moniva {
+namespace {
+
+/// The key of the row that every device makes for the month.
+std::string keyOfCopy(const MonivaAccount& book, MonthLabel month) {
+  return nameBasedUuidV7(1, fmt::format("budget month\n{}\n{}", book.pk, month.key()));
+}
+
+}  // namespace
 
 BudgetMonths::BudgetMonths(const MonivaAccount& book)
     : calendar_(&book.root().calendar()),
@@ -38,8 +47,11 @@ Result<> BudgetMonths::check(MonthLabel month) const {
 }
 
 MonthLabel BudgetMonths::current() const {
-  const MonthLabel month{periods_.getYearForFiscalMonth(), periods_.getFiscalMonth()};
-  return calendar_->isBeforeDay(now_, begin(month)) ? plus(month, -1) : month;
+  // Months that begin after the 28th are named some days off.
+  MonthLabel month{periods_.getYearForFiscalMonth(), periods_.getFiscalMonth()};
+  while (calendar_->isBeforeDay(now_, begin(month))) month = plus(month, -1);
+  while (!calendar_->isBeforeDay(now_, begin(plus(month, 1)))) month = plus(month, 1);
+  return month;
 }
 
 MonthLabel BudgetMonths::plus(MonthLabel month, int months) const {
@@ -65,13 +77,16 @@ Result<MonthlyRows> monthlyRows(const MonivaAccount& book) {
   const BudgetMonths months(book);
   MonthlyRows rows;
   Run run = db->query(
-      "select eid, amount, paid, syear, smonth, editDate from transactions where type = ? and book = ? and"
+      "select eid, amount, paid, syear, smonth, editDate, edit_ipid from transactions where type = ? and "
+      "book = ? and"
       " deleted = 0 order by editDate, eid",
       {kind::kMonthlyBudget, book.pk});
   while (run.next()) {
     const MonthLabel month{static_cast<int>(run.integer(3)), static_cast<int>(run.integer(4))};
     if (!months.exists(month)) continue;
-    rows[month] = {std::string(run.text(0)), run.real(1), run.integer(2) != 0, run.date(5)};
+    MonthlyRow& row = rows[month];
+    row = {std::string(run.text(0)), run.real(1), run.integer(2) != 0, run.date(5), run.text(6).empty()};
+    row.isCopy = row.isCopy && row.eid == keyOfCopy(book, month);
   }
   if (!run.ok()) return tl::make_unexpected(db->refusal());
   return rows;
@@ -90,7 +105,11 @@ MonthLabel chainBegin(const MonthlyRows& rows, MonthLabel month) {
 }
 
 double carryOf(double carriedIn, double left) {
-  const float carry = static_cast<float>(carriedIn) + static_cast<float>(left);
+  constexpr float kNoise = 2.4e-7F;
+  const auto one = static_cast<float>(carriedIn);
+  const auto other = static_cast<float>(left);
+  const float carry = one + other;
+  if (std::abs(carry) <= kNoise * (std::abs(one) + std::abs(other))) return 0;
   const std::string digits = fmt::format("{}", carry);
   double plain = carry;
   std::from_chars(digits.data(), digits.data() + digits.size(), plain);
@@ -119,7 +138,8 @@ Result<CountedMonths> countMonths(const MonivaAccount& book, const MonthlyRows& 
     const auto spent = transactionSumFrom(book, at.beginDate, at.endDate, kind::kExpense);
     if (!spent) return tl::make_unexpected(spent.error());
     at.expense = *spent;
-    at.remaining = carryOf(at.rollover, at.amount - at.expense);
+    const double left = difference(at.amount, at.expense);
+    at.remaining = at.inheritRemaining ? carryOf(at.rollover, left) : withoutNoise(at.rollover + left);
     counted.carried.push_back(into);
     into = {names.plus(month, 1), at.inheritRemaining ? at.remaining : 0, at.inheritRemaining};
     counted.months.push_back(std::move(at));
@@ -141,24 +161,45 @@ Result<std::string> addMonthlyRow(const MonivaAccount& book, MonthLabel month, d
   return eid;
 }
 
-Result<> logRemovedRows(MVAppRoot& root, const std::string& condition, std::initializer_list<Value> slots) {
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  std::vector<std::string> lines;
-  Run run = db->query(
-      "select 'eid=' || quote(eid) || ', type=' || quote(type) || ', book=' || quote(book) || ', amount=' ||"
-      " quote(amount) || ', syear=' || quote(syear) || ', smonth=' || quote(smonth) || ', sday=' ||"
-      " quote(sday) || ', datetime=' || quote(datetime) || ', repeat_end_date=' || quote(repeat_end_date) ||"
-      " ', paid=' || quote(paid) || ', deleted=' || quote(deleted) || ', editDate=' || quote(editDate) from"
-      " transactions where " +
-          condition,
-      slots);
-  while (run.next()) lines.emplace_back(run.text(0));
-  if (!run.ok()) return tl::make_unexpected(db->refusal());
-  for (const auto& line : lines) {
-    root.db().faultLog().line(fmt::format("== row of transactions removed: {}", line));
+Result<> copyMonthlyRow(const MonivaAccount& book, MonthLabel month, const MonthlyRow& former) {
+  MVAppRoot& root = book.root();
+  const std::string eid = keyOfCopy(book, month);
+  Date stamp = former.editDate;
+  bool exists = false;
+  {
+    Connection* db = root.db().getDatabase();
+    if (db == nullptr) return refuse("the store is not open");
+    Run run = db->query("select editDate from transactions where eid = ?", {eid});
+    exists = run.next();
+    if (exists) stamp = std::max(stamp, run.date(0));
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
   }
-  return {};
+  // That no device is named tells the row from one that a person edited.
+  if (exists) {
+    return write(root,
+                 "update transactions set amount = ?, paid = ?, deleted = 0, ipid = '', editDate = ?,"
+                 " edit_ipid = '' where eid = ?",
+                 former.amount, former.inherits, justAbove(root, stamp), eid);
+  }
+  return write(root,
+               "insert into transactions (repeat, type, amount, syear, smonth, sday, editDate, eid, book,"
+               " paid, edit_ipid) values ('Not Repeat', ?, ?, ?, ?, ?, ?, ?, ?,?,'')",
+               kind::kMonthlyBudget, former.amount, month.year, month.month, month.key(),
+               justAbove(root, stamp), eid, book.pk, former.inherits);
+}
+
+Date justAbove(MVAppRoot& root, Date editDate) {
+  constexpr double kAbove = 1e-6;
+  const Date stamp = editDate.plusSeconds(kAbove);
+  root.sawEditStamp(stamp);
+  return stamp;
+}
+
+Result<> setAside(MVAppRoot& root, std::string_view eid, std::string_view mark) {
+  return write(root,
+               "update transactions set deleted = 3, ipid = ?, editDate = ?, edit_ipid = ? where eid = ? and"
+               " deleted = 0",
+               mark, root.editStamp(), root.itsUDID(), eid);
 }
 
 }  // namespace moniva

@@ -19,6 +19,11 @@ namespace budget_mark {
 inline constexpr std::string_view kSwitchedOff = "set aside by switch";
 inline constexpr std::string_view kRecalculated = "set aside by recalculation";
 inline constexpr std::string_view kDeleted = "delete with budget";
+/// Another row stands in its place: that of the month, or of the range.
+inline constexpr std::string_view kReplaced = "set aside for another";
+/// Its month is still to come; it is taken up then.
+inline constexpr std::string_view kAhead = "set aside ahead of time";
+inline constexpr std::string_view kUnlabelled = "set aside without month";
 }  // namespace budget_mark
 
 /// What a book month is called.
@@ -62,6 +67,8 @@ struct MonthlyRow {
   double amount = 0;
   bool inherits = false;
   Date editDate;
+  /// The program made it of an earlier row, and nobody has edited it.
+  bool isCopy = false;
 };
 /// Those of a book by their months; of several in one month the one changed last.
 using MonthlyRows = std::map<MonthLabel, MonthlyRow>;
@@ -88,15 +95,21 @@ Result<CountedMonths> countMonths(const MonivaAccount& book, const MonthlyRows& 
                                   MonthLabel end);
 /// The month from which on to count for what is carried into `month`: the month itself where that is nothing.
 MonthLabel chainBegin(const MonthlyRows& rows, MonthLabel month);
-/// What is left is carried as this, in single precision, written with no more digits than that has.
+/// What is left is carried as this, in single precision, written with no more digits than that has; nothing
+/// where both come to nothing but for noise.
 double carryOf(double carriedIn, double left);
 /// Keeps what is carried where it differs from what the store has; else nothing is written.
 Result<> keepCarried(const MonivaAccount& book, const std::vector<Carried>& carried);
 
-/// Adds a row for the month. Answers its key.
+/// Adds a row that a person set for the month. Answers its key.
 Result<std::string> addMonthlyRow(const MonivaAccount& book, MonthLabel month, double amount, bool inherits);
-/// What is told of rows that the condition selects before they leave the store for good.
-Result<> logRemovedRows(MVAppRoot& root, const std::string& condition, std::initializer_list<Value> slots);
+/// Has the month go on with what `former` says. Every device makes the same row, which is no newer than it
+/// must be, lest it stand before one that was set elsewhere.
+Result<> copyMonthlyRow(const MonivaAccount& book, MonthLabel month, const MonthlyRow& former);
+/// A stamp for what the program makes of a row by itself: above the row's own, below what people do later.
+Date justAbove(MVAppRoot& root, Date editDate);
+/// Sets a live row aside.
+Result<> setAside(MVAppRoot& root, std::string_view eid, std::string_view mark);
 /// Mends month keys, two rows of a month and rows of months to come; a sound store is only read.
 Result<> mendMonthlyRows(const MonivaAccount& book);
 /// Reading goes on where it cannot write what it found amiss, as while another program writes; only the log

@@ -92,42 +92,68 @@ Result<> writeCarry(MVAppRoot& root, const MonivaAccount& book, const CarryWrite
                row.what.month.key(), root.editStamp(), row.eid, book.pk, root.itsUDID());
 }
 
-/// What is amiss with rows of monthly budgets.
-struct Amiss {
-  std::vector<std::pair<std::string, std::int64_t>> keys;   ///< rows and their right month keys
-  std::vector<std::pair<std::string, MonthLabel>> doubled;  ///< the row to stay, and its month
-  bool ahead = false;                                       ///< there is one of a month to come
-  bool any() const { return !keys.empty() || !doubled.empty() || ahead; }
+struct LabelledRow {
+  std::string eid;
+  MonthLabel month;
+  Date editDate;
 };
+
+/// What is amiss with the rows of a book's monthly budget.
+struct Amiss {
+  std::vector<LabelledRow> keys;     ///< with a wrong month key
+  std::vector<std::string> doubled;  ///< beside a newer one of the month
+  std::vector<std::string> ahead;    ///< of a month to come
+  std::vector<LabelledRow> due;      ///< set aside as such, of a month that has come
+  bool any() const { return !keys.empty() || !doubled.empty() || !ahead.empty() || !due.empty(); }
+};
+
+/// When a person deleted a monthly budget of the book last.
+Result<Date> lastDeletion(Connection& db, const MonivaAccount& book) {
+  Run run = db.query("select max(editDate) from transactions where type = ? and book = ? and deleted = 4",
+                     {kind::kMonthlyBudget, book.pk});
+  if (!run.next()) return tl::make_unexpected(db.refusal());
+  return run.date(0);
+}
 
 Result<Amiss> whatIsAmiss(Connection& db, const MonivaAccount& book, MonthLabel last) {
   Amiss amiss;
+  std::set<MonthLabel> months;
+  std::vector<LabelledRow> waiting;
   {
-    Run run = db.query("SELECT eid, syear, smonth, sday, datetime FROM transactions where type = 61");
+    Run run = db.query(
+        "select eid, syear, smonth, sday, editDate, deleted from transactions where type = ? and book = ? and"
+        " (deleted = 0 or (deleted = 3 and ipid = ?)) order by editDate desc, eid desc",
+        {kind::kMonthlyBudget, book.pk, budget_mark::kAhead});
     while (run.next()) {
-      const MonthLabel month{static_cast<int>(run.integer(1)), static_cast<int>(run.integer(2))};
-      const bool isLabelled = month.year > 0 && month.month > 0;
-      if (isLabelled && run.integer(3) != month.key()) amiss.keys.emplace_back(run.text(0), month.key());
+      const LabelledRow row{std::string(run.text(0)),
+                            {static_cast<int>(run.integer(1)), static_cast<int>(run.integer(2))},
+                            run.date(4)};
+      if (row.month.year <= 0 || row.month.month <= 0) continue;
+      if (run.integer(5) != 0) {
+        if (row.month <= last) waiting.push_back(row);
+      } else if (row.month > last) {
+        amiss.ahead.push_back(row.eid);
+      } else if (months.insert(row.month).second) {
+        if (run.integer(3) != row.month.key()) amiss.keys.push_back(row);
+      } else {
+        amiss.doubled.push_back(row.eid);
+      }
     }
     if (!run.ok()) return tl::make_unexpected(db.refusal());
   }
-  Run run = db.query(
-      "select eid, syear, smonth from transactions where type = ? and book = ? and deleted = 0 order by"
-      " syear, smonth, editDate, eid",
-      {kind::kMonthlyBudget, book.pk});
-  std::string former;
-  MonthLabel formerMonth;
-  while (run.next()) {
-    const MonthLabel month{static_cast<int>(run.integer(1)), static_cast<int>(run.integer(2))};
-    if (!former.empty() && month == formerMonth) {
-      if (!amiss.doubled.empty() && amiss.doubled.back().second == month) amiss.doubled.pop_back();
-      amiss.doubled.emplace_back(run.text(0), month);
-    }
-    former = run.text(0);
-    formerMonth = month;
-    amiss.ahead = amiss.ahead || month > last;
+  if (waiting.empty()) return amiss;
+  Date gone;
+  if (months.empty()) {
+    const auto deletion = lastDeletion(db, book);
+    if (!deletion) return tl::make_unexpected(deletion.error());
+    gone = *deletion;
   }
-  if (!run.ok()) return tl::make_unexpected(db.refusal());
+  // What was set meanwhile for that month or a later one stands.
+  const MonthLabel latest = months.empty() ? MonthLabel{} : *months.rbegin();
+  for (const auto& row : waiting) {
+    if (row.month > latest && row.editDate > gone && months.insert(row.month).second)
+      amiss.due.push_back(row);
+  }
   return amiss;
 }
 
@@ -154,7 +180,7 @@ Result<> keepCarried(const MonivaAccount& book, const std::vector<Carried>& carr
 Result<> mendMonthlyRows(const MonivaAccount& book) {
   MVAppRoot& root = book.root();
   const BudgetMonths months(book);
-  // A device in another zone may be in the next month already: its budget is not to be removed.
+  // A device in another zone may be in the next month already: its budget is not to be set aside.
   constexpr double kTwoDays = 2 * 86'400;
   MonthLabel last = months.current();
   if (months.begin(months.plus(last, 1)) <= root.now().plusSeconds(kTwoDays)) last = months.plus(last, 1);
@@ -168,32 +194,24 @@ Result<> mendMonthlyRows(const MonivaAccount& book) {
     const auto amiss = whatIsAmiss(db, book, last);
     if (!amiss) return tl::make_unexpected(amiss.error());
     Result<> done;
-    for (const auto& [eid, key] : amiss->keys) {
+    for (const auto& row : amiss->keys) {
       if (done) {
-        done = write(root, "update transactions set sday = ?, editDate = ?, edit_ipid = ? where eid = ?", key,
-                     root.editStamp(), root.itsUDID(), eid);
+        done = write(root, "update transactions set sday = ?, editDate = ?, edit_ipid = ? where eid = ?",
+                     row.month.key(), justAbove(root, row.editDate), root.itsUDID(), row.eid);
       }
     }
-    for (const auto& [eid, month] : amiss->doubled) {
-      if (done) {
-        done = logRemovedRows(root, "type = ? and book = ? and syear = ? and smonth = ? and eid != ?",
-                              {kind::kMonthlyBudget, book.pk, month.year, month.month, eid});
-      }
-      if (done) {
-        done = write(root,
-                     "delete from transactions where type = ? and book = ? and syear = ? and smonth = ? and"
-                     " eid != ?",
-                     kind::kMonthlyBudget, book.pk, month.year, month.month, eid);
-      }
+    for (const auto& eid : amiss->doubled) {
+      if (done) done = setAside(root, eid, budget_mark::kReplaced);
     }
-    if (done && amiss->ahead) {
-      done = logRemovedRows(root, "type = ? and book = ? and (syear > ? or (syear = ? and smonth > ?))",
-                            {kind::kMonthlyBudget, book.pk, last.year, last.year, last.month});
+    for (const auto& eid : amiss->ahead) {
+      if (done) done = setAside(root, eid, budget_mark::kAhead);
+    }
+    for (const auto& row : amiss->due) {
       if (done) {
         done = write(root,
-                     "delete from transactions where type = ? and book = ? and (syear > ? or (syear = ? and"
-                     " smonth > ?))",
-                     kind::kMonthlyBudget, book.pk, last.year, last.year, last.month);
+                     "update transactions set deleted = 0, ipid = '', sday = ?, editDate = ?, edit_ipid = ?"
+                     " where eid = ?",
+                     row.month.key(), justAbove(root, row.editDate), root.itsUDID(), row.eid);
       }
     }
     return done;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "reports/breakdown.h"
 #include "reports/budget_rows.h"
 #include "storage/writes.h"
 
@@ -32,20 +33,23 @@ Result<bool> seedMonth(MonivaAccount& book, MonthLabel month) {
   if (auto read = reloadBudgetEnabled(book); !read) return tl::make_unexpected(read.error());
   if (!book.budgetEnabled || root.db().isReadOnly()) return false;
   return atomically(root, [&](Connection& db) -> Result<bool> {
-    double amount = 0;
-    bool inherits = false;
+    MonthlyRow last;
     {
+      // A range in force goes before it; and who deleted one since wanted none at all.
       Run run = db.query(
-          "select amount, paid from transactions where type = ? and book = ? and deleted > 0 order by sday"
-          " DESC, editDate DESC, eid DESC limit 1",
-          {kind::kMonthlyBudget, book.pk});
+          "select amount, paid, editDate, exists(select 1 from transactions as other where other.book ="
+          " own.book and other.type = 60 and (other.deleted = 0 or (other.deleted = 4 and other.editDate >"
+          " own.editDate))) from transactions as own where type = ? and book = ? and deleted > 0 and"
+          " coalesce(ipid, '') not in (?, ?) order by sday DESC, editDate DESC, eid DESC limit 1",
+          {kind::kMonthlyBudget, book.pk, budget_mark::kReplaced, budget_mark::kAhead});
       if (!run.next()) return run.ok() ? Result<bool>(false) : tl::make_unexpected(db.refusal());
-      amount = run.real(0);
-      inherits = run.integer(1) != 0;
+      if (run.integer(3) != 0) return false;
+      last.amount = run.real(0);
+      last.inherits = run.integer(1) != 0;
+      last.editDate = run.date(2);
     }
-    if (amount <= 0) return false;
-    auto added = addMonthlyRow(book, month, amount, inherits);
-    if (!added) return tl::make_unexpected(added.error());
+    if (last.amount <= 0) return false;
+    if (auto added = copyMonthlyRow(book, month, last); !added) return tl::make_unexpected(added.error());
     return true;
   });
 }
@@ -83,6 +87,7 @@ Result<std::optional<BookBudget>> budgetOfMonth(MonivaAccount& book, MonthLabel 
 /// What the switch took away last, if that is still what the book would have.
 struct SwitchedOff {
   int type = 0;
+  MonthLabel month;
   double amount = 0;
   bool inherits = false;
   Date begin;
@@ -93,23 +98,28 @@ Result<std::optional<SwitchedOff>> switchedOff(Connection& db, const MonivaAccou
   const auto rows = monthlyRows(book);
   if (!rows) return tl::make_unexpected(rows.error());
   const MonthLabel last = rows->empty() ? MonthLabel{} : rows->rbegin()->first;
-  Date newest;
-  for (const auto& [month, row] : *rows) newest = std::max(newest, row.editDate);
   const MonthLabel current = BudgetMonths(book).current();
+  const auto present = rows->find(current);
+  const Date newest = present == rows->end() ? Date{} : present->second.editDate;
   Run run = db.query(
       "select type, amount, paid, syear, smonth, datetime, repeat_end_date, editDate from transactions as"
       " own where (type = 60 or type = 61) and book = ?1 and deleted = 3 and coalesce(ipid, '') in ('', ?2)"
       " and not exists (select 1 from transactions as other where other.book = ?1 and other.type = own.type"
-      " and other.deleted = 4 and other.editDate > own.editDate) and not exists (select 1 from transactions"
+      " and other.deleted = 4 and other.editDate > own.editDate and (own.type = 60 or (other.syear, "
+      "other.smonth)"
+      " >= (own.syear, own.smonth))) and not exists (select 1 from transactions"
       " as live where live.book = ?1 and live.type = 60 and live.deleted = 0) order by editDate desc, eid"
       " desc",
       {book.pk, budget_mark::kSwitchedOff});
   while (run.next()) {
-    const SwitchedOff row{static_cast<int>(run.integer(0)), run.real(1), run.integer(2) != 0, run.date(5),
+    const SwitchedOff row{static_cast<int>(run.integer(0)),
+                          {static_cast<int>(run.integer(3)), static_cast<int>(run.integer(4))},
+                          run.real(1),
+                          run.integer(2) != 0,
+                          run.date(5),
                           run.date(6)};
-    const MonthLabel month{static_cast<int>(run.integer(3)), static_cast<int>(run.integer(4))};
     const bool stands =
-        row.type == kind::kOneTimeBudget ? run.date(7) > newest : last < month && month <= current;
+        row.type == kind::kOneTimeBudget ? run.date(7) > newest : last < row.month && row.month <= current;
     if (stands && row.amount > 0) return row;
   }
   if (!run.ok()) return tl::make_unexpected(db.refusal());
@@ -124,6 +134,9 @@ Result<> takeUpAgain(Connection& db, const MonivaAccount& book) {
   budget.type = (*row)->type;
   budget.amount = (*row)->amount;
   if (budget.isMonthly()) {
+    // In its own month, so that those since then count with it too.
+    budget.year = (*row)->month.year;
+    budget.month = (*row)->month.month;
     budget.inheritRemaining = (*row)->inherits;
     return budget.add();
   }
@@ -135,17 +148,12 @@ Result<> takeUpAgain(Connection& db, const MonivaAccount& book) {
   return budget.add();
 }
 
-/// The live row over a range that was changed last; "" for none. `others` tells whether there are more.
-Result<std::string> oneTimeRow(Connection& db, const MonivaAccount& book, bool& others) {
-  Run run = db.query(
-      "select eid from transactions where type = ? and book = ? and deleted = 0 order by editDate DESC, eid"
-      " DESC limit 2",
-      {kind::kOneTimeBudget, book.pk});
-  std::string newest;
-  if (run.next()) newest = run.text(0);
-  others = !newest.empty() && run.next();
-  if (!run.ok()) return tl::make_unexpected(db.refusal());
-  return newest;
+/// The live rows over ranges, the one changed last first.
+Result<std::vector<std::string>> oneTimeRows(Connection& db, const MonivaAccount& book) {
+  return keysOf(db,
+                "select eid from transactions where type = ? and book = ? and deleted = 0 order by editDate"
+                " DESC, eid DESC",
+                {kind::kOneTimeBudget, book.pk});
 }
 
 }  // namespace
@@ -172,8 +180,7 @@ Result<> setBudgetOpened(MonivaAccount& book, bool opened) {
     if (!written) return written;
     // While it was off there was no budget whose rows could go.
     if (opened) return takeUpAgain(db, book);
-    bool others = false;
-    const auto oneTime = oneTimeRow(db, book, others);
+    const auto oneTime = oneTimeRows(db, book);
     if (!oneTime) return tl::make_unexpected(oneTime.error());
     const MonthLabel month = oneTime->empty() ? BudgetMonths(book).current() : MonthLabel{};
     // What a person deleted stays what it is.
@@ -208,20 +215,21 @@ Result<std::optional<BookBudget>> getOneTimeBudget(MonivaAccount& book) {
   MVAppRoot& root = book.root();
   Connection* connection = root.db().getDatabase();
   if (connection == nullptr) return refuse("the store is not open");
-  bool others = false;
-  const auto eid = oneTimeRow(*connection, book, others);
-  if (!eid) return tl::make_unexpected(eid.error());
-  if (eid->empty()) return std::nullopt;
-  if (others && !root.db().isReadOnly()) {
-    leaveForLater(root, atomically(root, [&](Connection&) -> Result<> {
-                    auto logged = logRemovedRows(root, "type = ? and book = ? and eid != ?",
-                                                 {kind::kOneTimeBudget, book.pk, *eid});
-                    if (!logged) return logged;
-                    return write(root, "delete from transactions where type = ? and book = ? and eid != ?",
-                                 kind::kOneTimeBudget, book.pk, *eid);
+  const auto rows = oneTimeRows(*connection, book);
+  if (!rows) return tl::make_unexpected(rows.error());
+  if (rows->empty()) return std::nullopt;
+  if (rows->size() > 1 && !root.db().isReadOnly()) {
+    leaveForLater(root, atomically(root, [&](Connection& db) -> Result<> {
+                    const auto present = oneTimeRows(db, book);
+                    if (!present) return tl::make_unexpected(present.error());
+                    for (std::size_t other = 1; other < present->size(); ++other) {
+                      if (auto done = setAside(root, (*present)[other], budget_mark::kReplaced); !done)
+                        return done;
+                    }
+                    return {};
                   }));
   }
-  return loadedBudget(book, *eid, {});
+  return loadedBudget(book, rows->front(), {});
 }
 
 Result<std::optional<BookBudget>> getMonthlyBudget(MonivaAccount& book) {
@@ -232,6 +240,52 @@ Result<std::optional<BookBudget>> getMonthlyBudgetForYear(MonivaAccount& book, i
   const MonthLabel month{year, Month};
   if (auto checked = BudgetMonths(book).check(month); !checked) return tl::make_unexpected(checked.error());
   return budgetOfMonth(book, month);
+}
+
+Result<bool> budgetWasSwitchedOff(const MonivaAccount& book) {
+  Connection* db = book.root().db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  if (book.budgetEnabled) return false;
+  const auto oneTime = oneTimeRows(*db, book);
+  if (!oneTime) return tl::make_unexpected(oneTime.error());
+  if (!oneTime->empty()) return true;
+  const auto rows = monthlyRows(book);
+  if (!rows) return tl::make_unexpected(rows.error());
+  if (inForce(*rows, BudgetMonths(book).current()) != rows->end()) return true;
+  const auto row = switchedOff(*db, book);
+  if (!row) return tl::make_unexpected(row.error());
+  return row->has_value();
+}
+
+bool isBudgetMonth(const MonivaAccount& book, int year, int month) {
+  return BudgetMonths(book).exists({year, month});
+}
+
+Result<std::optional<BookBudget>> keepBudgetOverNewPeriods(MonivaAccount& book,
+                                                           const std::optional<BookBudget>& before) {
+  const MonthLabel current = BudgetMonths(book).current();
+  return atomically(book.root(), [&](Connection&) -> Result<std::optional<BookBudget>> {
+    auto now = getMonthlyBudget(book);
+    if (!now || !before || !before->isMonthly()) return now;
+    // What was named after a later month goes on from here, and is not to come once more by itself.
+    auto renamed =
+        write(book.root(),
+              "update transactions set ipid = ?, editDate = ?, edit_ipid = ? where type = ? and book = ? and"
+              " deleted = 3 and ipid = ?",
+              budget_mark::kReplaced, book.root().editStamp(), book.root().itsUDID(), kind::kMonthlyBudget,
+              book.pk, budget_mark::kAhead);
+    if (!renamed) return tl::make_unexpected(renamed.error());
+    if (*now && (*now)->amount == before->amount && (*now)->inheritRemaining == before->inheritRemaining) {
+      return now;
+    }
+    BookBudget budget = *now ? **now : BookBudget(book);
+    budget.year = current.year;
+    budget.month = current.month;
+    budget.amount = before->amount;
+    budget.inheritRemaining = before->inheritRemaining;
+    if (auto kept = *now ? budget.update() : budget.add(); !kept) return tl::make_unexpected(kept.error());
+    return getMonthlyBudget(book);
+  });
 }
 
 }  // namespace moniva

@@ -58,6 +58,50 @@ Result<CategoryBudget> getBudget(const MVCategory& category, const BookBudget& b
   return CategoryBudget{category, allocation->amount, budget.amount, *spent, allocation->amount - *spent};
 }
 
+Result<std::vector<CategoryBudget>> allocations(const BookBudget& budget) {
+  MVAppRoot& root = budget.book.root();
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  const auto keys = keysOf(*db,
+                           "select category from transactions where deleted = 0 and type = ? and book = ?"
+                           " group by category order by max(amount) desc, min(datetime)",
+                           {kind::kCategoryAllocation, budget.book.pk});
+  if (!keys) return tl::make_unexpected(keys.error());
+  std::vector<CategoryBudget> list;
+  for (const auto& key : *keys) {
+    auto category = MVCategory::getCategory(root, key, kind::kExpense);
+    if (!category) {
+      category.emplace(root);
+      category->pk = category->title = key;
+    }
+    auto given = getBudget(*category, budget);
+    if (!given) return tl::make_unexpected(given.error());
+    list.push_back(std::move(*given));
+  }
+  return list;
+}
+
+Result<std::vector<CategoryShare>> allocationsOfCategory(MVAppRoot& root, std::string_view categoryKey) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  MVCategory category(root);
+  category.pk = categoryKey;
+  const auto books = keysOf(*db,
+                            "select book from transactions where deleted = 0 and type = ? and category = ?"
+                            " group by book order by min(datetime)",
+                            {kind::kCategoryAllocation, category.pk});
+  if (!books) return tl::make_unexpected(books.error());
+  std::vector<CategoryShare> shares;
+  for (const auto& key : *books) {
+    const auto book = MonivaAccount::getAccountWithPK(root, key);
+    if (!book || book->isDeleted != 0) continue;
+    const auto given = allocationOf(*db, category, *book);
+    if (!given) return tl::make_unexpected(given.error());
+    shares.push_back({*book, given->amount});
+  }
+  return shares;
+}
+
 Result<> updateBudget(const MVCategory& category, const MonivaAccount& book, double amount) {
   if (category.type != kind::kExpense) {
     return refuse("'{}' is a category of income; budgets are of expenses", category.title);

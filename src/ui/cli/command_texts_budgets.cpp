@@ -9,9 +9,10 @@ std::vector<CommandText> budgetTexts() {
        "A book has a budget for each of its months, or a one-time budget from one day to another; its "
        "categories can have parts of it. Without a command the one in force of the current book is shown.\n\n"
        "What is left is the amount less what was spent, and less what series and instalments still take in "
-       "the month. What may be spent today is that, shared out over the days to its end. Once the "
-       "month's own amount is used up and something was carried in, the field leftAmount is the two added, "
-       "and a line says what is left in truth.",
+       "the month. What may be spent today is that, shared out over the days to its end. Where something "
+       "was carried in, or instalments are still expected, a line says what is left with everything counted "
+       "once: availableAmount in --json. There leftAmount leaves out what was carried in; once the month's "
+       "own amount is used up, it is what was carried in and what was overspent, added together.",
        {{"moniva budget set 400 --carry", "400 a month; what is left goes into the next"},
         {"moniva budget", "how this month stands"},
         {"moniva budget history", "how the months before went"}}},

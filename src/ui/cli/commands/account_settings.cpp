@@ -2,6 +2,7 @@
 #include "model/account_balance.h"
 #include "model/transaction_type.h"
 #include "reminders/repay_reminders.h"
+#include "reports/moniva_account_budget.h"
 #include "storage/writes.h"
 #include "ui/cli/amount_typed.h"
 #include "ui/cli/command_error.h"
@@ -95,10 +96,20 @@ std::string setDashboard(Session& session, MonivaAccount& row, const std::string
 }
 
 std::string setPeriods(Session& session, MonivaAccount& row, const PeriodStarts& starts) {
+  std::optional<BookBudget> budget;
+  if (row.isBook() && !row.isGroup && row.budgetEnabled && starts.monthStartsOn != 0) {
+    budget = done(getMonthlyBudget(row));
+  }
   writeStarts(row, starts);
+  // The present month may be called otherwise now; what it has to spend stays.
+  if (budget) budget = done(keepBudgetOverNewPeriods(row, budget));
   const PresentPeriods present(session, row);
-  return session.text("For '{}' this week is {}, this month {}, this year {}.", row.title, present.week,
-                      present.month, present.year);
+  const auto periods = session.text("For '{}' this week is {}, this month {}, this year {}.", row.title,
+                                    present.week, present.month, present.year);
+  if (!budget) return periods;
+  return periods + " " +
+         session.text("Its monthly budget is {}, as it was.",
+                      session.amounts().format(budget->amount, row.currency));
 }
 
 }  // namespace

@@ -5,12 +5,14 @@
 #include <map>
 
 #include "model/entry_checks.h"
+#include "reports/bill_months.h"
 #include "ui/cli/bars.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/bill_rows.h"
 #include "ui/cli/csv_out.h"
 #include "ui/cli/entry_options.h"
+#include "ui/cli/month_typed.h"
 #include "ui/cli/record_texts.h"
 #include "ui/cli/records.h"
 #include "ui/cli/report_target.h"
@@ -31,22 +33,13 @@ struct BillOptions {
 };
 
 /// A month as bills are called, which has begun.
-struct BillMonthTyped {
-  int year;
-  int month;
-};
-BillMonthTyped billMonthTyped(Session& session, const MonivaAccount& account, const std::string& text) {
-  const Calendar& calendar = session.calendar();
-  const BookPeriods periods(calendar, account.periodStarts(), session.now());
-  const ParsedPeriod period = periodTyped(session, account, text);
-  const bool isMonth = calendar.isSameDay(periods.firstDateOfMonth(period.first), period.first) &&
-                       calendar.isSameDay(periods.lastDateOfMonth(period.first), period.last);
-  if (!isMonth) throw notUnderstood("'{}' is no month; a month is written like 2026-10", printable(text));
-  if (calendar.isAfterToday(period.first, session.now())) {
-    throw refused("{} lies ahead: for '{}' it begins on {}", billMonthText(session, account, period.first),
-                  printable(account.title), shortDate(session, period.first));
+MonthTyped billMonthTyped(Session& session, const MonivaAccount& account, const std::string& text) {
+  const auto typed = monthTypedOf(session, account, text);
+  const Date begin = done(BillMonths(account).called(typed.year, typed.month)).begin;
+  if (session.calendar().isAfterToday(begin, session.now())) {
+    throw monthAhead(session, account, billMonthText(session, account, begin), begin);
   }
-  return {periods.getYearForFiscalMonth(period.first), periods.getFiscalMonth(period.first)};
+  return typed;
 }
 
 /// The bill of the month typed; else that of the last closed month while something is to be paid of it, else
@@ -223,7 +216,7 @@ void printBillTable(Session& session, const MonivaAccount& account, const BillRe
 void listBills(Session& session, const BillOptions& options) {
   BillReport report(creditAccountNamed(session, options.account));
   const auto& account = report.monivaAccount;
-  BillMonthTyped last{};
+  MonthTyped last;
   if (options.month.empty()) {
     const auto present = done(report.getBillForDate(session.now()));
     last = {present.year, present.month};

@@ -1,5 +1,6 @@
 #include "ui/cli/commands/budget_commands.h"
 
+#include <algorithm>
 #include <boost/json.hpp>
 
 #include "calendar/parse_date.h"
@@ -7,6 +8,7 @@
 #include "ui/cli/amount_typed.h"
 #include "ui/cli/categories.h"
 #include "ui/cli/commands/category_commands.h"
+#include "ui/cli/confirm.h"
 #include "ui/cli/records.h"
 #include "ui/cli/report_target.h"
 #include "ui/cli/text_width.h"
@@ -62,7 +64,13 @@ void requireAlone(const BudgetOptions& options) {
 /// " The categories have €450.00 together, €50.00 more than the budget."
 std::string allocatedNote(Session& session, MonivaAccount& book) {
   const auto budget = done(getMainBudget(book));
-  if (!budget) return " " + noBudget(session, book).in(session.translate()) + ".";
+  if (!budget) {
+    return " " + (done(budgetWasSwitchedOff(book))
+                      ? session.text("That budget is switched off; to switch it on: {}",
+                                     budgetCommand(session, book, "on"))
+                      : session.text("The book itself has none yet; to set one: {}",
+                                     budgetCommand(session, book, "set AMOUNT")));
+  }
   const double sum = done(budget->getAllocateValue());
   if (sum <= budget->amount) return {};
   return " " + session.text("The categories have {} together, {} more than the budget.",
@@ -87,7 +95,7 @@ void setCategory(Session& session, MonivaAccount& book, const BudgetOptions& opt
 }
 
 /// What goes on after the months that were set: the next one with an amount of its own.
-std::string laterNote(Session& session, const MonivaAccount& book, const TypedMonth& month) {
+std::string laterNote(Session& session, const MonivaAccount& book, const NamedMonth& month) {
   for (const auto& later : done(BudgetHistoricalRemaining(book).months())) {
     if (later.isOwn && std::pair(later.year, later.month) > std::pair(month.year, month.month)) {
       return " " + session.text("From {} on it is {}, as it was.", later.title,
@@ -97,9 +105,15 @@ std::string laterNote(Session& session, const MonivaAccount& book, const TypedMo
   return {};
 }
 
+/// One that waits to be switched on is not passed over: it is there again before another takes its place.
+void takeUpBudget(MonivaAccount& book) {
+  if (done(budgetWasSwitchedOff(book))) done(setBudgetOpened(book, true));
+}
+
 std::string setMonthly(Session& session, MonivaAccount& book, const BudgetOptions& options, double amount) {
   const auto month =
-      options.month.empty() ? presentMonth(session, book) : monthTyped(session, book, options.month);
+      options.month.empty() ? presentMonth(session, book) : budgetMonthTyped(session, book, options.month);
+  takeUpBudget(book);
   std::string also;
   if (const auto oneTime = done(getOneTimeBudget(book))) {
     also =
@@ -122,6 +136,7 @@ std::string setMonthly(Session& session, MonivaAccount& book, const BudgetOption
 
 std::string setOneTime(Session& session, MonivaAccount& book, const BudgetOptions& options, double amount) {
   const auto range = rangeTyped(session, book, options);
+  takeUpBudget(book);
   const auto monthly = book.budgetEnabled ? done(getMonthlyBudget(book)) : std::nullopt;
   const auto kept = done(getOneTimeBudget(book));
   BookBudget budget = kept ? *kept : BookBudget(book);
@@ -163,11 +178,16 @@ void setBudget(Session& session, const BudgetOptions& options) {
   });
 }
 
-/// What a category has been given; ends the command where it has nothing.
+/// A category that has been given something, also one that is deleted; ends the command for others.
 MVCategory categoryWithBudget(Session& session, const MonivaAccount& book, const std::string& name) {
+  const auto list = done(allocations(BookBudget(book)));
+  const auto gone = std::ranges::find_if(list, [&](const CategoryBudget& given) {
+    const auto& category = given.category;
+    return category.deleted != 0 && (category.cateString() == name || pathOf(category) == name);
+  });
+  if (gone != list.end()) return gone->category;
   const auto category = categoryTyped(session, name, kind::kExpense);
-  const auto given = done(getBudget(category, BookBudget(book)));
-  if (given.categoryBudgetAmount == 0) {
+  if (std::ranges::none_of(list, [&](const auto& given) { return given.category.pk == category.pk; })) {
     throw refused("'{}' has no part of the budget of '{}'", category.cateString(), printable(book.title));
   }
   return category;
@@ -191,10 +211,8 @@ void editBudget(Session& session, const BudgetOptions& options) {
   changeBudget(session, book, [&] {
     auto budget = budgetInForce(session, book);
     if (budget.isMonthly() && options.hasRange()) {
-      throw refused(
-          "the budget of '{}' is monthly; a one-time budget is set with: moniva budget set AMOUNT "
-          "--from DAY --to DAY",
-          printable(book.title));
+      throw refused("the budget of '{}' is monthly; a one-time budget is set with: {}", printable(book.title),
+                    budgetCommand(session, book, "set AMOUNT --from DAY --to DAY"));
     }
     if (!budget.isMonthly() && carry) {
       throw refused("the budget of '{}' is a one-time budget, with no next month to carry what is left into",
@@ -227,7 +245,8 @@ std::string deleteMonthly(Session& session, MonivaAccount& book) {
   const auto answer = session.text("Deleted the budget of '{}', {}.", book.title, text);
   if (months < 2) return answer;
   return answer + " " +
-         session.text("\"moniva budget history restore\" brings back the budgets of earlier months.");
+         session.text("To bring back the budgets of earlier months: {}",
+                      budgetCommand(session, book, "history restore"));
 }
 
 std::string deleteOneTime(Session& session, MonivaAccount& book, BookBudget budget) {
@@ -277,10 +296,14 @@ void switchBudget(Session& session, const BudgetOptions& options, bool opened) {
     }
     done(setBudgetOpened(book, opened));
     if (!opened) {
-      return session.text("The budget of '{}' is off; \"moniva budget on\" brings it back.", book.title);
+      return session.text("The budget of '{}' is off; to bring it back: {}", book.title,
+                          budgetCommand(session, book, "on"));
     }
     const auto budget = done(getMainBudget(book));
-    if (!budget) throw refused("'{}' has no budget; set one with: moniva budget set AMOUNT", title);
+    if (!budget) {
+      throw refused("'{}' has no budget; set one with: {}", title,
+                    budgetCommand(session, book, "set AMOUNT"));
+    }
     return session.text("The budget of '{}' is on: {}.", book.title, budgetText(session, *budget));
   });
 }

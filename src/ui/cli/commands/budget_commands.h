@@ -16,17 +16,17 @@
 /// What the commands for budgets have in common.
 namespace moniva {
 
-/// A book month as typed: "2024-03", or "2024/3" as the history writes it.
-struct TypedMonth {
+/// A book month, by the calendar month it is called after.
+struct NamedMonth {
   int year = 0;
   int month = 0;
-  std::string text;  ///< "March 2024"
+  std::string text;  ///< "March, 2024"
 };
-/// The month of the book. Ends the command for what is none, and for one that is still to come.
-TypedMonth monthTyped(Session& session, const MonivaAccount& book, const std::string& text);
+/// The month of the book as typed. Ends the command for what is none, and for one that is still to come.
+NamedMonth budgetMonthTyped(Session& session, const MonivaAccount& book, const std::string& text);
 /// The month of a monthly budget, and the present one of the book.
-TypedMonth monthOf(Session& session, const BookBudget& budget);
-TypedMonth presentMonth(Session& session, const MonivaAccount& book);
+NamedMonth monthOf(Session& session, const BookBudget& budget);
+NamedMonth presentMonth(Session& session, const MonivaAccount& book);
 
 /// The flags --carry and --no-carry.
 struct CarryOptions {
@@ -40,23 +40,17 @@ struct CarryOptions {
 BookBudget budgetInForce(Session& session, MonivaAccount& book);
 /// Why a book has none: nothing was set, or it is switched off.
 CommandError noBudget(Session& session, const MonivaAccount& book);
+/// "moniva budget on", with the book where that is not the current one.
+std::string budgetCommand(Session& session, const MonivaAccount& book, std::string_view words);
 /// "€400.00 a month", "€900.00 from Jul 1, 2026 to Jul 31, 2026".
 std::string budgetText(Session& session, const BookBudget& budget);
 /// Whether what is left goes on, as a sentence.
 std::string carryText(Session& session, bool inherits);
-/// What remains with what was carried in, which is not what `leftAmount` says once more than the month's own
-/// amount is gone.
-double leftWithCarry(const BookBudget& budget);
-
-/// What the book's categories have been given, the largest first.
-std::vector<CategoryBudget> allocationsOf(Session& session, const BookBudget& budget);
 /// The budget with its figures and categories; null for a book without one.
 boost::json::value jsonOf(Session& session, const BookBudget& budget);
 boost::json::object jsonOf(const CategoryBudget& given);
 boost::json::value jsonOfMainBudget(Session& session, MonivaAccount& book);
 
-/// Asks on a terminal whether to delete; ends the command for no, and with `why` where nobody can be asked.
-void confirmDelete(Session& session, bool yes, const CommandError& why);
 /// The bar of what is spent of an amount; full, and red, once it is more.
 Cell spentBar(double spent, double amount, std::size_t cells);
 /// Cells there are for a small bar beside so many cells of figures; 0 for none.

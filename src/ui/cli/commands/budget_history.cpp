@@ -5,6 +5,7 @@
 #include "ui/cli/amount_typed.h"
 #include "ui/cli/commands/budget_commands.h"
 #include "ui/cli/commands/category_commands.h"
+#include "ui/cli/confirm.h"
 #include "ui/cli/csv_out.h"
 #include "ui/cli/records.h"
 #include "ui/cli/text_width.h"
@@ -42,18 +43,18 @@ boost::json::array jsonOf(Session& session, const std::vector<BudgetMonth>& mont
   return list;
 }
 
-std::vector<BudgetMonth> historyOf(const MonivaAccount& book) {
+std::vector<BudgetMonth> historyOf(Session& session, const MonivaAccount& book) {
   auto months = done(BudgetHistoricalRemaining(book).months());
   if (months.empty()) {
-    throw refused("'{}' has no history of budgets; a monthly budget begins one: moniva budget set AMOUNT",
-                  printable(book.title));
+    throw refused("'{}' has no history of budgets; a monthly budget begins one: {}", printable(book.title),
+                  budgetCommand(session, book, "set AMOUNT"));
   }
   return months;
 }
 
 void showHistory(Session& session, const BudgetHistoryOptions& options) {
   const auto book = bookNamed(session, options.book);
-  const auto months = historyOf(book);
+  const auto months = historyOf(session, book);
   if (options.csv) return printCsv(session, jsonOf(session, months));
   if (session.options().json) return session.printJson(jsonOf(session, months));
   session.out() << session.style().bold(
@@ -66,8 +67,8 @@ void showHistory(Session& session, const BudgetHistoryOptions& options) {
 }
 
 /// The month as the history has it by now.
-BudgetMonth monthInHistory(const MonivaAccount& book, const TypedMonth& which) {
-  for (auto& month : historyOf(book)) {
+BudgetMonth monthInHistory(Session& session, const MonivaAccount& book, const NamedMonth& which) {
+  for (auto& month : historyOf(session, book)) {
     if (month.year == which.year && month.month == which.month) return std::move(month);
   }
   throw refused("{} is not in the history of the budget of '{}'", which.text, printable(book.title));
@@ -87,11 +88,28 @@ void changeHistory(Session& session, MonivaAccount& book, const std::function<st
   session.answer(answer);
 }
 
+/// How many months have an amount of their own, but for that one.
+std::int64_t ownMonths(const MonivaAccount& book, const NamedMonth& without = {}) {
+  return std::ranges::count_if(done(BudgetHistoricalRemaining(book).months()), [&](const BudgetMonth& month) {
+    return month.isOwn && (month.year != without.year || month.month != without.month);
+  });
+}
+
 std::string carriedToPresent(Session& session, const MonivaAccount& book) {
   const auto months = done(BudgetHistoricalRemaining(book).months());
   if (months.empty()) return {};
   return " " + session.text("Carried into the present month: {}.",
                             session.amounts().format(months.back().rollover, book.currency));
+}
+
+/// " It brought back the budget of 1 month that was set aside; the history begins with 2024/4 April."
+std::string broughtBack(Session& session, const MonivaAccount& book, std::int64_t months) {
+  if (months <= 0) return {};
+  return " " + session.count(
+                   "It brought back the budget of {} month that was set aside; the history begins with {}.",
+                   "It brought back the budgets of {} months that were set aside; the history begins with"
+                   " {}.",
+                   months, months, historyOf(session, book).front().title);
 }
 
 void editMonth(Session& session, const BudgetHistoryOptions& options) {
@@ -101,21 +119,22 @@ void editMonth(Session& session, const BudgetHistoryOptions& options) {
   }
   if (options.fromHereOn && options.amount.empty()) throw notUnderstood("--from-here-on needs an AMOUNT");
   auto book = bookNamed(session, options.book);
-  const auto month = monthTyped(session, book, options.month);
+  const auto month = budgetMonthTyped(session, book, options.month);
   double amount = 0;
   if (!options.amount.empty()) {
     amount = amountTyped(session, options.amount, book.currency, options.amounts);
   }
   changeHistory(session, book, [&] {
-    monthInHistory(book, month);
+    monthInHistory(session, book, month);
     BudgetHistoricalRemaining history(book);
+    const auto before = ownMonths(book, month);
     if (options.fromHereOn) {
       done(calculateHistoryBudgetFrom(book, month.year, month.month, amount));
     } else if (amount > 0) {
       done(history.editAmount(month.year, month.month, amount));
     }
     if (carry) done(history.editInherit(month.year, month.month, *carry));
-    const auto now = monthInHistory(book, month);
+    const auto now = monthInHistory(session, book, month);
     const auto budget = session.amounts().format(now.amount, book.currency);
     const auto left = session.amounts().format(now.remaining, book.currency);
     return (options.fromHereOn
@@ -125,55 +144,51 @@ void editMonth(Session& session, const BudgetHistoryOptions& options) {
            (carry ? " " + (*carry ? session.text("That goes into the next month.")
                                   : session.text("That is not carried on."))
                   : std::string()) +
-           carriedToPresent(session, book);
+           broughtBack(session, book, ownMonths(book, month) - before) + carriedToPresent(session, book);
   });
 }
 
 void deleteMonth(Session& session, const BudgetHistoryOptions& options) {
   auto book = bookNamed(session, options.book);
-  const auto which = monthTyped(session, book, options.month);
-  const auto month = monthInHistory(book, which);
+  const auto which = budgetMonthTyped(session, book, options.month);
+  const auto month = monthInHistory(session, book, which);
   if (!month.isOwn) {
     throw refused("{} has no amount of its own to delete: that of an earlier month goes on", which.text);
   }
   const auto amount = session.amounts().format(month.amount, book.currency);
   confirmDelete(session, options.yes,
-                refused("this would delete the amount of {}, {}; if so, say --yes", which.text, amount));
+                refused("this would delete the amount of {}: {}; if so, say --yes", which.text, amount));
   changeHistory(session, book, [&] {
     done(BudgetHistoricalRemaining(book).deleteMonth(which.year, which.month));
-    return session.text("Deleted the amount of {}, {}.", which.text, amount) +
+    return session.text("Deleted the amount of {}: {}.", which.text, amount) +
            carriedToPresent(session, book);
   });
 }
 
 void restartFrom(Session& session, const BudgetHistoryOptions& options) {
   auto book = bookNamed(session, options.book);
-  const auto month = monthTyped(session, book, options.month);
+  const auto month = budgetMonthTyped(session, book, options.month);
   changeHistory(session, book, [&] {
-    monthInHistory(book, month);
+    monthInHistory(session, book, month);
     done(BudgetHistoricalRemaining(book).recalculateFrom(month.year, month.month));
-    return session.text(
-               "The remainder is recalculated starting from {}, into which nothing is carried; \"moniva "
-               "budget "
-               "history restore\" brings back what was before.",
-               month.text) +
-           carriedToPresent(session, book);
+    return session.text("The remainder is recalculated starting from {}, into which nothing is carried.",
+                        month.text) +
+           carriedToPresent(session, book) + " " +
+           session.text("To bring back what was before: {}", budgetCommand(session, book, "history restore"));
   });
 }
 
 void restoreHistory(Session& session, const BudgetHistoryOptions& options) {
   auto book = bookNamed(session, options.book);
   changeHistory(session, book, [&] {
-    const auto before =
-        std::ranges::count_if(done(BudgetHistoricalRemaining(book).months()), &BudgetMonth::isOwn);
+    const auto before = ownMonths(book);
     done(BudgetHistoricalRemaining(book).restore());
     if (!book.budgetEnabled) done(setBudgetOpened(book, true));
-    const auto months = done(BudgetHistoricalRemaining(book).months());
-    const std::int64_t added = std::ranges::count_if(months, &BudgetMonth::isOwn) - before;
+    const auto added = ownMonths(book) - before;
     if (added <= 0) throw refused("nothing of the history of '{}' is set aside", printable(book.title));
     return session.count("Restored the budget of {} month; the history begins with {}.",
                          "Restored the budgets of {} months; the history begins with {}.", added, added,
-                         months.front().title) +
+                         historyOf(session, book).front().title) +
            carriedToPresent(session, book);
   });
 }

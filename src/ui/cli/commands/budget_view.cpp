@@ -22,10 +22,17 @@ Ink inkOfLeft(double left) {
   return left < 0 ? ink::red : ink::plain;
 }
 
-/// The month's own amount is used up while something was carried in: what is left is in no field then.
-bool usesCarried(const BookBudget& budget) {
-  return budget.isCurrent() && budget.lastMonthRolloverAmount > 0 &&
-         leftWithCarry(budget) < budget.lastMonthRolloverAmount;
+/// What is left in truth is not in `leftAmount`: something was carried in, or instalments were counted twice.
+bool isLeftElsewhere(const BookBudget& budget) {
+  return budget.lastMonthRolloverAmount != 0 || budget.installmentsCountedTwice != 0;
+}
+
+/// What may be spent today.
+double forToday(Session& session, const BookBudget& budget) {
+  if (!isLeftElsewhere(budget)) return budget.todayAvailableAmount;
+  const auto& calendar = session.calendar();
+  const auto days = calendar.dayNumber(budget.budgetEndDate) - calendar.dayNumber(session.now()) + 1;
+  return budget.availableAmount() / static_cast<double>(std::max<std::int64_t>(days, 1));
 }
 
 /// One budget on a screen.
@@ -53,11 +60,6 @@ class BudgetPage {
     return session_.amounts().formatPlain(amount, budget_.book.currency);
   }
   std::string money(double amount) const { return session_.amounts().format(amount, budget_.book.currency); }
-  std::int64_t daysLeft() const {
-    const auto& calendar = session_.calendar();
-    return calendar.dayNumber(budget_.budgetEndDate) - calendar.dayNumber(session_.now()) + 1;
-  }
-
   void printFigures() {
     Table table({{.title = ""},
                  {.title = "", .align = Align::right},
@@ -71,20 +73,27 @@ class BudgetPage {
     if (budget_.isMonthly() && (carried != 0 || budget_.inheritRemaining)) {
       row(session_.text("Carried in"), carried, inkOfLeft(carried));
     }
+    // A row of another program may have no amount.
     table.addRow({Cell(session_.text("Spent"), ink::dim), plain(budget_.monivaAmount),
-                  session_.amounts().formatPercent(100 * budget_.monivaAmount / budget_.amount, false),
+                  budget_.amount > 0
+                      ? session_.amounts().formatPercent(100 * budget_.monivaAmount / budget_.amount, false)
+                      : std::string(),
                   spentBar(budget_.monivaAmount, budget_.amount, cellsForBar(session_, 52))});
     if (budget_.dividedAmount != 0) row(session_.text("of it after today"), budget_.dividedAmount);
-    if (budget_.recurringAmount != 0) row(session_.text("Series still due"), budget_.recurringAmount);
-    if (budget_.installmentAmount != 0)
-      row(session_.text("Instalments still due"), budget_.installmentAmount);
-    row(session_.text("Left"), budget_.leftAmount,
-        usesCarried(budget_) ? ink::yellow | ink::bold : inkOfLeft(budget_.leftAmount) | ink::bold);
-    if (carried != 0 && !usesCarried(budget_)) {
-      const double both = leftWithCarry(budget_);
-      row(session_.text("With what was carried in"), both, inkOfLeft(both));
+    if (budget_.recurringAmount != 0) {
+      table.addRow({Cell(session_.text("Still expected"), ink::dim), plain(budget_.recurringAmount), Cell(),
+                    Cell(session_.text("series, pending, instalments"), ink::dim)});
     }
-    if (isCurrent_) {
+    if (budget_.installmentAmount != 0) {
+      row(budget_.installmentsCountedTwice != 0 ? session_.text("of it instalments")
+                                                : session_.text("Instalments still due"),
+          budget_.installmentAmount);
+    }
+    row(session_.text("Left"), budget_.leftAmount,
+        (isLeftElsewhere(budget_) && budget_.leftAmount > 0 ? Ink(ink::yellow)
+                                                            : inkOfLeft(budget_.leftAmount)) |
+            ink::bold);
+    if (isCurrent_ && !isLeftElsewhere(budget_)) {
       row(session_.text("For today"), budget_.todayAvailableAmount, inkOfLeft(budget_.todayAvailableAmount));
     }
     session_.out() << table.render(session_.style(), session_.width());
@@ -93,27 +102,34 @@ class BudgetPage {
   /// What the figures do not say by themselves.
   void printTruth() {
     std::vector<std::string> lines;
-    if (usesCarried(budget_)) {
-      const double both = leftWithCarry(budget_);
-      const auto carried = money(budget_.lastMonthRolloverAmount);
-      lines.push_back(
-          both < 0
-              ? session_.text("This month's amount is used up, and the {} carried in too: {} more is gone.",
-                              carried, money(-both))
-              : session_.text("This month's amount is used up; of the {} carried in, {} is left: {} a day.",
-                              carried, money(both), money(both / static_cast<double>(daysLeft()))));
+    if (isLeftElsewhere(budget_)) {
+      session_.out() << session_.style().paint(inkOfLeft(budget_.availableAmount()), truthText()) << '\n';
     }
     if (budget_.isMonthly()) lines.push_back(carryText(session_, budget_.inheritRemaining));
     if (!budget_.isMonthly() && !isCurrent_ && budget_.budgetBeginDate > session_.now()) {
       lines.push_back(session_.text("It has not begun."));
     } else if (!budget_.isMonthly() && !isCurrent_) {
-      lines.push_back(session_.text("It is over; \"moniva budget delete\" makes room for the monthly one."));
+      lines.push_back(session_.text("It is over; to make room for the monthly one: {}",
+                                    budgetCommand(session_, budget_.book, "delete")));
     }
     for (const auto& line : lines) session_.out() << session_.style().dim(line) << '\n';
   }
 
+  std::string truthText() const {
+    const double left = budget_.availableAmount();
+    if (left < 0) {
+      return session_.text("In all {} too much is gone, carried over and everything counted once.",
+                           money(-left));
+    }
+    if (!isCurrent_ || left == 0) {
+      return session_.text("In all {} is left, carried over and everything counted once.", money(left));
+    }
+    return session_.text("In all {} is left, carried over and everything counted once: {} a day.",
+                         money(left), money(forToday(session_, budget_)));
+  }
+
   void printCategories() {
-    const auto list = allocationsOf(session_, budget_);
+    const auto list = done(allocations(budget_));
     if (list.empty()) return;
     std::size_t used = 44;
     for (const auto& given : list) used = std::max(used, 44 + displayWidth(given.category.cateString()));
@@ -124,9 +140,12 @@ class BudgetPage {
                  {.title = session_.text("Left"), .align = Align::right},
                  {.title = ""}});
     for (const auto& given : list) {
-      table.addRow({printable(given.category.cateString()), plain(given.categoryBudgetAmount),
-                    plain(given.spent), Cell(plain(given.left), inkOfLeft(given.left)),
-                    spentBar(given.spent, given.categoryBudgetAmount, cells)});
+      const auto title = printable(given.category.cateString());
+      table.addRow(
+          {given.category.deleted == 0 ? Cell(title) : Cell(session_.text("{} (deleted)", title), ink::dim),
+           plain(given.categoryBudgetAmount), plain(given.spent),
+           Cell(plain(given.left), inkOfLeft(given.left)),
+           spentBar(given.spent, given.categoryBudgetAmount, cells)});
     }
     const double sum = done(budget_.getAllocateValue());
     table.addTotal({session_.text("Allocated"), plain(sum)});
@@ -145,7 +164,7 @@ class BudgetPage {
 
 BookBudget budgetOf(Session& session, MonivaAccount& book, const std::string& typedMonth) {
   if (typedMonth.empty()) return budgetInForce(session, book);
-  const auto month = monthTyped(session, book, typedMonth);
+  const auto month = budgetMonthTyped(session, book, typedMonth);
   auto budget = done(getMonthlyBudgetForYear(book, month.year, month.month));
   if (!budget) throw refused("'{}' has no budget of {}", printable(book.title), month.text);
   done(budget->calculateRemaining());
@@ -176,14 +195,14 @@ void showAllBudgets(Session& session, const BudgetShowOptions& options) {
                {.title = ""}});
   for (const auto& budget : budgets) {
     const auto money = [&](double amount) { return session.amounts().format(amount, budget.book.currency); };
-    table.addRow(
-        {printable(budget.book.title),
-         Cell(periodText(session, {budget.budgetBeginDate, budget.budgetEndDate}), ink::dim),
-         money(budget.amount),
-         budget.lastMonthRolloverAmount == 0 ? std::string() : money(budget.lastMonthRolloverAmount),
-         money(budget.monivaAmount), Cell(money(leftWithCarry(budget)), inkOfLeft(leftWithCarry(budget))),
-         !budget.isCurrent() || usesCarried(budget) ? std::string() : money(budget.todayAvailableAmount),
-         spentBar(budget.monivaAmount, budget.amount, cells)});
+    const double left = budget.availableAmount();
+    table.addRow({printable(budget.book.title),
+                  Cell(periodText(session, {budget.budgetBeginDate, budget.budgetEndDate}), ink::dim),
+                  money(budget.amount),
+                  budget.lastMonthRolloverAmount == 0 ? std::string() : money(budget.lastMonthRolloverAmount),
+                  money(budget.monivaAmount), Cell(money(left), inkOfLeft(left)),
+                  budget.isCurrent() ? money(forToday(session, budget)) : std::string(),
+                  spentBar(budget.monivaAmount, budget.amount, cells)});
   }
   session.out() << table.render(session.style(), session.width());
 }

@@ -7,6 +7,7 @@
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
+#include "ui/cli/commands/category_budgets.h"
 #include "ui/cli/commands/category_commands.h"
 #include "ui/cli/records.h"
 #include "ui/cli/table.h"
@@ -141,12 +142,18 @@ void deleteCategory(Session& session, const CategoryOptions& options) {
   const std::string shown = category.cateString();
   std::int64_t records = 0;
   std::size_t children = 0;
+  std::optional<CategoryBudgets> budgets;
   inOneGo(session, [&] {
+    budgets.emplace(session, category);
     records = done(category.recordCount());
     if (category.isSuperCate()) children = done(category.getAllSubcategoryList()).size();
     done(category.delCate());
   });
-  if (session.options().json) return session.printJson(jsonOf(session, category));
+  if (session.options().json) {
+    auto object = jsonOf(session, category);
+    object["lostBudgets"] = budgets->lostJson();
+    return session.printJson(object);
+  }
   std::string line = session.text("Deleted the category '{}'.", shown);
   if (children > 0) {
     line = session.text(
@@ -156,13 +163,18 @@ void deleteCategory(Session& session, const CategoryOptions& options) {
   if (records > 0) {
     line += " " + session.text("Still named by {}.", session.count("{} record", "{} records", records));
   }
-  session.answer(line);
+  session.answer(line + budgets->lostText());
 }
 
-/// Carries out a change that may make two categories one, which has to be asked for.
-CategoryChange changed(Session& session, bool merge, const std::function<Result<CategoryChange>()>& change) {
+/// Carries out a change that makes the category one with another of the title below `parent`, if there is
+/// such; that has to be asked for. `budgets` hears what the category had before.
+CategoryChange changed(Session& session, bool merge, const MVCategory& category, const std::string& title,
+                       const std::string& parent, std::optional<CategoryBudgets>& budgets,
+                       const std::function<Result<CategoryChange>()>& change) {
   CategoryChange made;
   inOneGo(session, [&] {
+    const auto into = done(MVCategory::withTitle(session.root(), title, category.type, parent));
+    if (into && into->pk != category.pk) budgets.emplace(session, category, into);
     made = done(change());
     if (made.merged && !merge) {
       throw refused(
@@ -174,15 +186,16 @@ CategoryChange changed(Session& session, bool merge, const std::function<Result<
 }
 
 void tellChange(Session& session, const MVCategory& category, const CategoryChange& change,
-                const std::string& line) {
+                std::optional<CategoryBudgets>& budgets, const std::string& line) {
   if (session.options().json) {
     auto object = jsonOf(session, category);
     object["merged"] = change.merged;
     object["records"] = change.records;
     object["subcategories"] = change.subcategories;
+    if (budgets) object["lostBudgets"] = budgets->lostJson();
     return session.printJson(object);
   }
-  session.answer(line);
+  session.answer(budgets ? line + budgets->lostText() : line);
 }
 
 std::string followers(Session& session, const CategoryChange& change) {
@@ -203,8 +216,10 @@ void renameCategory(Session& session, const CategoryOptions& options) {
   if (title.find('/') != std::string::npos) {
     throw refused("'{}' names a place in the tree; a category is moved with: moniva category move", title);
   }
-  const auto change = changed(session, options.merge, [&] { return category.rename(title); });
-  tellChange(session, category, change,
+  std::optional<CategoryBudgets> budgets;
+  const auto change = changed(session, options.merge, category, title, category.parent, budgets,
+                              [&] { return category.rename(title); });
+  tellChange(session, category, change, budgets,
              change.merged
                  ? session.text("Merged the category '{}' into '{}'; with it went {}.", before,
                                 category.cateString(), followers(session, change))
@@ -219,8 +234,10 @@ void moveCategory(Session& session, const CategoryOptions& options) {
   const auto above = options.top ? MVCategory::rootCateForType(session.root(), options.type())
                                  : categoryTyped(session, options.other, options.type());
   const std::string before = category.cateString();
-  const auto change = changed(session, options.merge, [&] { return category.moveTo(above); });
-  tellChange(session, category, change,
+  std::optional<CategoryBudgets> budgets;
+  const auto change = changed(session, options.merge, category, category.title, above.pk, budgets,
+                              [&] { return category.moveTo(above); });
+  tellChange(session, category, change, budgets,
              change.merged ? session.text("Merged the category '{}' into '{}'; with it went {}.", before,
                                           pathOf(category), followers(session, change))
                            : session.text("Moved the category '{}'; it is '{}' now, with {}.", before,

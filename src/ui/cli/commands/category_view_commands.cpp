@@ -7,6 +7,7 @@
 #include "model/category_rows.h"
 #include "ui/cli/categories.h"
 #include "ui/cli/command_error.h"
+#include "ui/cli/commands/category_budgets.h"
 #include "ui/cli/commands/category_commands.h"
 #include "ui/cli/records.h"
 
@@ -30,28 +31,42 @@ bool booksDiffer(Session& session) {
   return session.root().objectForKey(kPerBookSetting) == "1";
 }
 
+/// Tells a change of where the category is on, with the budgets that went with it.
+void tellSwitched(Session& session, const MVCategory& category, CategoryBudgets& budgets,
+                  const std::string& line) {
+  if (!booksDiffer(session)) tellBooksShare(session);
+  if (!session.options().json) return session.answer(line + budgets.lostText());
+  auto object = jsonOf(session, category);
+  object["lostBudgets"] = budgets.lostJson();
+  session.printJson(object);
+}
+
 void enableCategory(Session& session, const CategoryViewOptions& options) {
   auto category = categoryTyped(session, options.name, options.type());
   const auto book = bookNamed(session, options.book);
-  done(options.only ? category.enabledForBookOnly(book) : category.enabledForBook(book));
-  session.root().markRecentEditDate();
-  if (!booksDiffer(session)) tellBooksShare(session);
-  if (session.options().json) return session.printJson(jsonOf(session, category));
-  session.answer(options.only
-                     ? session.text("The category '{}' is on in '{}' and off in every other book.",
-                                    category.cateString(), book.title)
-                     : session.text("The category '{}' is on in '{}'.", category.cateString(), book.title));
+  std::optional<CategoryBudgets> budgets;
+  inOneGo(session, [&] {
+    budgets.emplace(session, category);
+    done(options.only ? category.enabledForBookOnly(book) : category.enabledForBook(book));
+  });
+  tellSwitched(session, category, *budgets,
+               options.only
+                   ? session.text("The category '{}' is on in '{}' and off in every other book.",
+                                  category.cateString(), book.title)
+                   : session.text("The category '{}' is on in '{}'.", category.cateString(), book.title));
 }
 
 void disableCategory(Session& session, const CategoryViewOptions& options) {
   auto category = categoryTyped(session, options.name, options.type());
   const auto book = bookNamed(session, options.book);
-  done(category.disabledForBook(book));
+  std::optional<CategoryBudgets> budgets;
+  inOneGo(session, [&] {
+    budgets.emplace(session, category);
+    done(category.disabledForBook(book));
+  });
   category.enabled = false;
-  session.root().markRecentEditDate();
-  if (!booksDiffer(session)) tellBooksShare(session);
-  if (session.options().json) return session.printJson(jsonOf(session, category));
-  session.answer(session.text("The category '{}' is off in '{}'.", category.cateString(), book.title));
+  tellSwitched(session, category, *budgets,
+               session.text("The category '{}' is off in '{}'.", category.cateString(), book.title));
 }
 
 void orderCategories(Session& session, const CategoryViewOptions& options) {

@@ -13,6 +13,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/reminder_fields.h"
+#include "ui/cli/confirm.h"
 #include "ui/cli/csv_out.h"
 #include "ui/cli/entry_options.h"
 #include "ui/cli/record_texts.h"
@@ -217,9 +218,9 @@ void cancelAll(Session& session, bool yes) {
   MVAppRoot& root = session.root();
   const auto scheduled = countComing(session, done(reminderRecords(root)));
   const auto what = session.count("{} reminder", "{} reminders", scheduled);
-  if (!yes) {
-    throw refused("this would cancel {} and switch off what made them; if so, say --yes", what);
-  }
+  confirm(session, yes, session.text("Cancel {} and switch off what made them?", what),
+          refused("this would cancel {} and switch off what made them; if so, say --yes", what),
+          refused("nothing was cancelled"));
   changeStore(session, [&] {
     for (auto& account : MonivaAccount::list(root, kAccountKind)) {
       if (!account.isDebtAccount() || !account.repayNotificationEnabled()) continue;
