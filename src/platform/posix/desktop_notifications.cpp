@@ -192,7 +192,9 @@ Result<int> DesktopNotifications::deliverDue(const CivilTime& now) {
   {
     std::string begin(kLineBegin.size() + wallClockText(now).size(), '\0');
     std::ifstream in(file_, std::ios::binary);
-    if (!in || !in.read(begin.data(), static_cast<std::streamsize>(begin.size()))) return 0;
+    in.read(begin.data(), static_cast<std::streamsize>(begin.size()));
+    begin.resize(static_cast<std::size_t>(in.gcount()));
+    if (begin.empty()) return 0;
     if (begin.starts_with(kLineBegin) && begin.substr(kLineBegin.size()) > wallClockText(now)) return 0;
   }
   // Held while they are shown, so that two programs do not show the same.

@@ -83,7 +83,7 @@ struct BusReply {
   }
 
   sd_bus_message* message = nullptr;
-  sd_bus_error error = SD_BUS_ERROR_NULL;
+  sd_bus_error error{};
 };
 
 std::string withoutMarkup(std::string_view text) {
