@@ -7,6 +7,11 @@ function(moniva_precompiled name)
   target_link_libraries(${name} PRIVATE moniva_options ${ARGN})
 endfunction()
 
+if(NOT "${MONIVA_JOIN}" MATCHES "^[0-9]+$")
+  message(WARNING "MONIVA_JOIN is '${MONIVA_JOIN}', which is no number; each source is compiled by itself")
+  set(MONIVA_JOIN 0)
+endif()
+
 # Compiles so many sources of a target at once, 0 each by itself: most of the work is reading headers and making the same
 # templates again, while what is built next after a change should be little. 40 need 1.5 GB of memory a compiler.
 function(moniva_join target count)
@@ -25,7 +30,7 @@ function(moniva_room name)
     target_include_directories(moniva_${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
     target_include_directories(moniva_${name} SYSTEM PUBLIC
       ${EXPECTED_INCLUDE_DIR} ${CLI11_INCLUDE_DIR} ${CSV_INCLUDE_DIR} ${GD_INCLUDE_DIR} ${CURL_INCLUDE_DIRS}
-      ${SYSTEMD_INCLUDE_DIR})
+      $<$<BOOL:${SYSTEMD_INCLUDE_DIR}>:${SYSTEMD_INCLUDE_DIR}>)
     target_link_libraries(moniva_${name} PUBLIC ${ROOM_USES} PRIVATE moniva_options)
     if(MONIVA_PRECOMPILED)
       target_precompile_headers(moniva_${name} REUSE_FROM moniva_others)

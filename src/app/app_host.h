@@ -31,6 +31,8 @@ class AppHost {
   virtual void databaseFileCheck() {}
   virtual void showProgressAlert(std::string_view) {}
   virtual void closeProgressAlert() {}
+  /// Show the notifications whose time has come, where the platform does not by itself.
+  virtual void deliverReminders() {}
   /// The screen to add a record: "addexpense", "addincome", "quickadd", or "quickadd-" and a template's id.
   virtual void showAddTransaction(std::string_view) {}
   /// Ask, then restore a backup file.

@@ -28,10 +28,12 @@ Witness& witness() {
 /// "2024-02-29 13:30:05 UTC": without a calendar, which may be what broke.
 std::string utcText(Date date) {
   const auto seconds = static_cast<std::int64_t>(std::floor(date.secondsSince1970));
-  const CivilTime day = civilFromDays(floorDivide(seconds, kSecondsPerDay));
-  const auto time = floorRemainder(seconds, kSecondsPerDay);
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02} UTC", day.year, day.month, day.day, time / 3600,
-                     time / 60 % 60, time % 60);
+  CivilTime at = civilFromDays(floorDivide(seconds, kSecondsPerDay));
+  const auto time = static_cast<int>(floorRemainder(seconds, kSecondsPerDay));
+  at.hour = time / 3600;
+  at.minute = time / 60 % 60;
+  at.second = time % 60;
+  return wallClockText(at) + " UTC";
 }
 
 std::string currentExceptionText() {

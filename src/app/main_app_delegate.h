@@ -1,12 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "app/app_host.h"
 #include "base/result.h"
+#include "reports/bill_notification.h"
 #include "storage/mv_app_root.h"
 
 namespace moniva {
@@ -72,6 +74,8 @@ class MainAppDelegate {
   void refreshDeviceInfoInDatabase(const std::string& udid);
 
   DaysWork daysWork;
+  /// How the store was when bills were reminded of in this launch.
+  std::optional<BillBasis> billsReminded;
   /// Launches and returns then leave the work that belongs to a day to another time: a front end wants to
   /// look at the store as it is.
   bool holdsDaysWorkBack = false;

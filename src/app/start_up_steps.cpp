@@ -102,11 +102,13 @@ Result<> refreshDeviceInBackground(MainAppDelegate& app) {
 
 /// A store that is still to be upgraded is left to the refresh that follows its upgrade.
 Result<> remindOfBills(MainAppDelegate& app) {
+  app.billsReminded.reset();
   app.platform().backgroundQueue.dispatch([&app] {
     app.root().db().inDatabase("BillReport", [&](Connection&) {
       if (lacksColumns(app.root())) return;
       if (auto done = BillReport::createBillNotifaction(app.root()); !done)
-        app.root().addNotice(done.error());
+        return app.root().addNotice(done.error());
+      if (auto basis = billBasis(app.root(), app.root().editStamp())) app.billsReminded = std::move(*basis);
     });
   });
   return {};
@@ -172,7 +174,8 @@ Result<> settleWhatIsDue(MainAppDelegate& app) {
 }
 
 Result<> keepReminders(MainAppDelegate& app) {
-  if (auto kept = refreshReminders(app.root()); !kept) {
+  const BillBasis* basis = app.billsReminded ? &*app.billsReminded : nullptr;
+  if (auto kept = refreshReminders(app.root(), basis); !kept) {
     app.root().addNotice("Reminders could not be brought up to date: {}", kept.error());
   }
   return {};
@@ -329,6 +332,8 @@ const std::vector<Step>& stepsAfterUpgrades() {
       {"closeProgressAlert", ask<&AppHost::closeProgressAlert>},
       {"reloadBlankBook", reloadBlankBook},
       {"updateRecurringTransactionsWithFuture", unlessReadOnly<bringSeriesUpToDate>},
+      // What is settled is not reminded of any more.
+      {"deliverReminders", ask<&AppHost::deliverReminders>},
       {"makeMonivasPaid", unlessReadOnly<settleWhatIsDue>},
       {"refreshReminders", unlessReadOnly<keepReminders>},
       {"setRecentEditDate", unlessReadOnly<setRecentEditDate>},

@@ -2,6 +2,9 @@
 
 #include <compare>
 #include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace moniva {
 
@@ -60,6 +63,12 @@ constexpr int daysInMonth(std::int64_t year, int month) {
   const std::int64_t next = month == 12 ? daysFromCivil(year + 1, 1, 1) : daysFromCivil(year, month + 1, 1);
   return static_cast<int>(next - daysFromCivil(year, month, 1));
 }
+
+/// "2024-02-29 10:00:00", in digits of no locale; texts of years with four digits sort like their times.
+std::string wallClockText(const CivilTime& at);
+/// The time a text of that form tells, from year 1 to 9999; nothing where it has another form, or where there
+/// is no such day or time of day.
+std::optional<CivilTime> wallClockFrom(std::string_view text);
 
 static_assert(daysFromCivil(1970, 1, 1) == 0 && daysFromCivil(2000, 2, 29) == 11'016);
 static_assert(civilFromDays(-1) == CivilTime{1969, 12, 31} && civilFromDays(11'017) == CivilTime{2000, 3, 1});

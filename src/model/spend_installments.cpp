@@ -17,6 +17,29 @@ double inCents(double amount) {
   return std::strtod(fmt::format("{:0.2f}", amount).c_str(), nullptr);
 }
 
+/// The wish to be reminded goes from a record to the instalments that are open; all of them have their
+/// stamps.
+Result<> remindOfParts(MVAppRoot& root, const Spend& seed) {
+  auto passed =
+      write(root,
+            "update transactions set needNotify = 1 where transferEID = ? and type in (11, 12) and bid"
+            " = 20 and paid = 0 and deleted = 0 and (select needNotify from transactions where eid ="
+            " ?) = 1",
+            seed.connectionUUID, seed.eid);
+  if (!passed) return passed;
+  return write(root, "update transactions set needNotify = 0 where eid = ?", seed.eid);
+}
+
+/// And back to the record that the plan becomes.
+Result<> remindOfWhole(MVAppRoot& root, const Spend& seed) {
+  return write(
+      root,
+      "update transactions set needNotify = 1 where eid = ? and exists (select 1 from transactions where"
+      " transferEID = ? and type in (11, 12) and bid = 20 and paid = 0 and deleted = 0 and needNotify ="
+      " 1)",
+      seed.eid, seed.connectionUUID);
+}
+
 }  // namespace
 
 std::vector<Spend> Spend::installmentByPaymentFor(int n) const {
@@ -79,6 +102,7 @@ Result<> Spend::saveInstallment(int n) {
     if (auto written = writeSeed(seed, advanced::kInstallment); !written) return written;
     for (auto& one : plan) one.account.clear();
     if (auto written = writeParts(plan, advanced::kInstallment, upkeep); !written) return written;
+    if (auto passed = isNew ? Result<>() : remindOfParts(*root_, seed); !passed) return passed;
     for (const auto& one : plan) {
       Payment payment(*root_);
       payment.type = one.type;
@@ -111,6 +135,7 @@ Result<> Spend::cancelInstallment() {
         return refuse("the instalments are paid from several accounts; bring them to one first");
       }
     }
+    if (auto passed = remindOfWhole(*root_, *this); !passed) return passed;
     const std::string paidFrom = group->payments.empty() ? row.account : group->payments.front().account;
     for (const auto* rows : {&group->items, &group->payments}) {
       auto removed = removeParts(*root_, *rows, "delete with cancelInstallment");

@@ -4,6 +4,10 @@
 
 namespace moniva {
 
+std::string_view notificationOwner(std::string_view identifier) {
+  return identifier.substr(0, identifier.rfind('_'));
+}
+
 Result<> MemoryLocalNotifications::add(const NotificationRequest& request) {
   const std::scoped_lock lock(mutex_);
   requests_.insert_or_assign(request.identifier, request);

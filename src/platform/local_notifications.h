@@ -14,7 +14,8 @@ namespace moniva {
 
 /// What a person is to be told at a moment of their day.
 struct NotificationRequest {
-  /// A request of the same identifier takes the place of the one before.
+  /// The key of what it is of, '_' and its moment. A request of the same identifier takes the place of the
+  /// one before.
   std::string identifier;
   std::string title;
   std::string body;
@@ -23,6 +24,9 @@ struct NotificationRequest {
   /// The year, month, day, hour, minute and second of the wall clock at which it is shown, once.
   CivilTime trigger;
 };
+
+/// The key in an identifier; all of it where it has no '_'.
+std::string_view notificationOwner(std::string_view identifier);
 
 /// The host's centre of local notifications: it keeps requests and shows each at its time, whether or not the
 /// program runs then. Every call is refused, in words, where the host has no such service or will not.
@@ -45,17 +49,22 @@ class LocalNotifications {
   // See NotificationChanges. They nest.
   virtual void beginChanges() {}
   virtual Result<> endChanges() { return {}; }
+  virtual void dropChanges() {}
 };
 
-/// While it lives a host that keeps its requests in one place may hold changes back, to make them at once.
+/// While it lives a host that keeps its requests in one place may hold changes back, to make them at once: by
+/// end() alone. What was not ended is given up where it was held back.
 class NotificationChanges {
  public:
   explicit NotificationChanges(LocalNotifications& host) : host_(&host) { host.beginChanges(); }
-  ~NotificationChanges() { (void)end(); }
+  ~NotificationChanges() {
+    if (host_ != nullptr) host_->dropChanges();
+  }
   NotificationChanges(const NotificationChanges&) = delete;
   NotificationChanges& operator=(const NotificationChanges&) = delete;
 
-  /// Makes them. Refused, with none of them made, where the host cannot.
+  /// Makes them, or leaves that to the changes they are part of. Refused, with none of them made, where the
+  /// host cannot.
   Result<> end() { return host_ != nullptr ? std::exchange(host_, nullptr)->endChanges() : Result<>(); }
 
  private:

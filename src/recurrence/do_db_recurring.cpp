@@ -9,6 +9,7 @@
 #include "model/moniva_account.h"
 #include "model/mv_category.h"
 #include "model/vendor.h"
+#include "platform/local_notifications.h"
 #include "recurrence/series_days.h"
 #include "recurrence/series_seed.h"
 #include "recurrence/spend_repeat.h"
@@ -94,10 +95,13 @@ Result<CatchUp> bringAllAlong(MVAppRoot& root, const Result<std::vector<std::str
   if (!seeds) return tl::make_unexpected(seeds.error());
   CatchUp all;
   RecordNames names(root);
+  NotificationChanges reminders(*root.platform().localNotifications);
   for (const auto& eid : *seeds) {
     const auto seed = MVTransaction::transactionFromEID(root, eid, &names);
     if (seed) bringAlong(root, *seed, sinceItBegan, to, all);
   }
+  // What a host would not keep is scheduled again, and told of, by the upkeep of reminders.
+  (void)reminders.end();
   if (all.made > 0 || all.ended > 0) root.markRecentEditDate();
   return all;
 }

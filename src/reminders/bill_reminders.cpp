@@ -8,22 +8,37 @@
 
 namespace moniva {
 
-Result<bool> notificationEnabled(const MVTransaction& transaction) {
+namespace {
+
+/// Nothing where there is no such row.
+Result<std::optional<bool>> wishOf(const MVTransaction& transaction) {
   Connection* db = transaction.root().db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   Run run = db->query("select needNotify from transactions where eid = ?", {transaction.eid});
-  const bool wanted = run.next() && run.integer(0) != 0;
+  std::optional<bool> wish;
+  if (run.next()) wish = run.integer(0) != 0;
   if (!run.ok()) return tl::make_unexpected(db->refusal());
-  return wanted;
+  return wish;
+}
+
+}  // namespace
+
+Result<bool> notificationEnabled(const MVTransaction& transaction) {
+  return wishOf(transaction).map([](const auto& wish) { return wish.value_or(false); });
 }
 
 Result<> setNotificationEnabled(const MVTransaction& transaction, bool enabled) {
   MVAppRoot& root = transaction.root();
-  return atomically(root, [&](Connection& db) -> Result<> {
-    auto done =
-        write(root, "update transactions set needNotify = ?, editDate = ?, edit_ipid = ? where eid = ?",
-              enabled, root.editStamp(), root.itsUDID(), transaction.eid);
-    if (done && db.changes() == 0) return refuse("there is no record '{}'", transaction.eid);
+  return atomically(root, [&](Connection&) -> Result<> {
+    const auto wish = wishOf(transaction);
+    if (!wish) return tl::make_unexpected(wish.error());
+    if (!*wish) return refuse("there is no record '{}'", transaction.eid);
+    Result<> done;
+    // The stamp is of the whole row, so a row that says so already is not written.
+    if (**wish != enabled) {
+      done = write(root, "update transactions set needNotify = ?, editDate = ?, edit_ipid = ? where eid = ?",
+                   enabled, root.editStamp(), root.itsUDID(), transaction.eid);
+    }
     if (!done || enabled) return done;
     if (auto cancelled = deleteNotification(transaction); !cancelled)
       return tl::make_unexpected(cancelled.error());
@@ -45,7 +60,7 @@ Date dueDateOf(const MVTransaction& transaction) {
 Result<int> scheduleNotificationForDate(const MVTransaction& transaction, Date date) {
   MVAppRoot& root = transaction.root();
   const Date now = root.now();
-  const auto text = ReminderTexts(root).ofBill(transaction, date);
+  const auto text = ReminderTexts(root).ofRecord(transaction, date);
   std::vector<Reminder> missing;
   for (const auto& time : fireTimesFor(root.calendar(), transaction.eid, date)) {
     if (time.date <= now) continue;

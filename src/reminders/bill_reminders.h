@@ -8,7 +8,8 @@ namespace moniva {
 
 /// Whether the person wants to be reminded of the row (column `needNotify`).
 Result<bool> notificationEnabled(const MVTransaction& transaction);
-/// Says so of a row, of whatever kind, with the edit stamp. Switched off, what is scheduled is cancelled.
+/// Says so of a row, of whatever kind, with the edit stamp where that is new. Switched off, what is scheduled
+/// is cancelled. Refused where there is no such row.
 Result<> setNotificationEnabled(const MVTransaction& transaction, bool enabled);
 /// When the row is to be paid: a pending payment on its `payDate`, where it has one; a series with its next
 /// record, whose day is that of the zone it was begun in; all else on its date.

@@ -20,7 +20,5 @@ struct FireTime {
 std::array<FireTime, 3> fireTimesFor(const Calendar& calendar, std::string_view owner, Date due);
 /// The moment in an identifier; 1970 where there is none.
 Date fireDateOf(const Calendar& calendar, std::string_view identifier);
-/// The key in an identifier.
-std::string_view ownerOf(std::string_view identifier);
 
 }  // namespace moniva

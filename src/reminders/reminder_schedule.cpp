@@ -7,16 +7,22 @@
 namespace moniva {
 namespace {
 
-Result<> record(MVAppRoot& root, const Reminder& reminder) {
+/// Answers whether there is a record that was not there before. Another program may have recorded it since
+/// the caller looked.
+Result<bool> record(MVAppRoot& root, const Reminder& reminder) {
+  Result<> done;
   if (reminder.row == 0) {
-    return recordReminder(root, {.identifier = reminder.identifier,
+    const auto known = isReminderRecorded(root, reminder.identifier);
+    if (!known || *known) return known.map([](bool) { return false; });
+    done = recordReminder(root, {.identifier = reminder.identifier,
                                  .owner = reminder.owner,
                                  .title = reminder.title,
                                  .scheduledAt = root.editStamp()});
+  } else if (reminder.isRetitled) {
+    done = write(root, "update category set title = ?, editDate = ?, edit_ipid = ? where pk = ?",
+                 reminder.title, root.editStamp(), root.itsUDID(), reminder.row);
   }
-  if (!reminder.isRetitled) return {};
-  return write(root, "update category set title = ?, editDate = ?, edit_ipid = ? where pk = ?",
-               reminder.title, root.editStamp(), root.itsUDID(), reminder.row);
+  return done.map([&] { return reminder.row == 0; });
 }
 
 }  // namespace
@@ -43,8 +49,9 @@ Result<int> scheduleReminders(MVAppRoot& root, const std::vector<Reminder>& remi
     if (auto kept = changes.end(); !kept) return tl::make_unexpected(kept.error());
     int recorded = 0;
     for (const auto* reminder : scheduled) {
-      if (auto done = record(root, *reminder); !done) return tl::make_unexpected(done.error());
-      if (reminder->row == 0) ++recorded;
+      const auto done = record(root, *reminder);
+      if (!done) return tl::make_unexpected(done.error());
+      if (*done) ++recorded;
     }
     return recorded;
   });

@@ -5,6 +5,7 @@
 
 #include "base/text.h"
 #include "calendar/date_texts.h"
+#include "model/record_list.h"
 
 namespace moniva {
 namespace {
@@ -50,20 +51,46 @@ std::string ReminderTexts::money(double amount, const std::string& currency) {
   return format_->format(amount, currency);
 }
 
-ReminderText ReminderTexts::ofBill(const MVTransaction& transaction, Date due) {
+const ReminderTexts::Record* ReminderTexts::recordOf(const MVTransaction& transaction) {
+  const int type = transaction.type();
+  if (transaction.transferEID.empty() || (type != kind::kIncome && type != kind::kExpense)) return nullptr;
+  const auto [known, isNew] = records_.try_emplace(transaction.transferEID);
+  Record& record = known->second;
+  if (!isNew) return &record;
+  const auto whole = RecordWhole::of(root_, transaction.eid);
+  if (!whole || !*whole) return &record;
+  record.currency = (*whole)->currency(names_);
+  const auto& items = (*whole)->group.items;
+  const auto item =
+      items.empty() ? std::nullopt : MVTransaction::transactionFromEID(root_, items.front().eid, &names_);
+  if (item) {
+    record.category = item->categoryString;
+    record.book = item->bookAccount;
+  }
+  return &record;
+}
+
+ReminderText ReminderTexts::ofRecord(const MVTransaction& transaction, Date due) {
   const Platform& platform = root_.platform();
-  const auto& holder = transaction.bookAccount ? transaction.bookAccount : transaction.paymentAccount;
+  const Record* record = recordOf(transaction);
+  const bool isPart = record != nullptr && transaction.isPayment;
+  const auto& book = isPart && record->book ? record->book : transaction.bookAccount;
+  const auto& holder = book ? book : transaction.paymentAccount;
+  // A row with an account has its currency.
+  const bool asRecord = record != nullptr && !transaction.paymentAccount && !record->currency.empty();
+  const auto& currency = asRecord ? record->currency : transaction.currency;
   const bool hasVendor = transaction.vendor && !transaction.vendor->isNoVendor();
   const std::string vendor = hasVendor ? transaction.vendorString : std::string();
   // Of a debt or transfer this is who and between what.
   const std::string note = excerpt(transaction.noteString);
-  const std::string category = firstOf({transaction.categoryString, platform.localized(nameOf(transaction))});
+  const std::string category = firstOf(
+      {isPart ? record->category : "", transaction.categoryString, platform.localized(nameOf(transaction))});
   const std::string more = firstOf({vendor, note});
   ReminderText text;
   text.title = holder ? withPlaces(platform.localized("[%@] %@"), {holder->title, category}) : category;
-  text.message = withPlaces(platform.localized("%@ - %@ %@ on %@"),
-                            {category, more, money(transaction.amount, transaction.currency),
-                             stringOfDateMediumStyle(root_.calendar(), due)});
+  text.message = withPlaces(
+      platform.localized("%@ - %@ %@ on %@"),
+      {category, more, money(transaction.amount, currency), stringOfDateMediumStyle(root_.calendar(), due)});
   return text;
 }
 

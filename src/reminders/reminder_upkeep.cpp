@@ -99,7 +99,7 @@ class ReminderPlanner {
 
   void want(const MVTransaction& owner) {
     const Date due = dueDateOf(owner);
-    const auto text = texts_.ofBill(owner, due);
+    const auto text = texts_.ofRecord(owner, due);
     for (auto& time : fireTimesFor(root_.calendar(), owner.eid, due)) {
       wanted_.insert_or_assign(time.identifier, Reminder{.identifier = time.identifier,
                                                          .owner = owner.eid,

@@ -1,5 +1,6 @@
 #include "reminders/repay_reminders.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -11,13 +12,24 @@
 namespace moniva {
 namespace {
 
-/// Cancels those of the account's reminders whose identifier is, or is not, one of these.
+/// Cancels those of the account's reminders whose identifier is, or is not, one of these. What was shown
+/// stays as it is.
 Result<int> cancelWhere(const MonivaAccount& account, const std::set<std::string>& identifiers, bool isOne) {
-  auto records = reminderRecordsOf(account.root(), account.pk);
+  MVAppRoot& root = account.root();
+  auto records = reminderRecordsOf(root, account.pk);
   if (!records) return tl::make_unexpected(records.error());
   std::erase_if(*records,
                 [&](const auto& record) { return identifiers.contains(record.identifier) != isOne; });
-  return cancelReminders(account.root(), *records);
+  const auto isPast = [&](const auto& record) { return record.fireDate <= root.now(); };
+  if (std::ranges::any_of(*records, isPast)) {
+    const auto pending = root.platform().localNotifications->pending();
+    if (!pending) return tl::make_unexpected(pending.error());
+    std::set<std::string_view> waiting;
+    for (const auto& request : *pending) waiting.insert(request.identifier);
+    std::erase_if(*records,
+                  [&](const auto& record) { return isPast(record) && !waiting.contains(record.identifier); });
+  }
+  return cancelReminders(root, *records);
 }
 
 std::set<std::string> identifiersFor(const MonivaAccount& account, const std::vector<Date>& dueDates) {

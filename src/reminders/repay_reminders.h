@@ -10,7 +10,8 @@ namespace moniva {
 /// Schedules what is still to come of the three for that due date and is not scheduled yet; nothing where the
 /// account's reminders are off. Answers how many were scheduled.
 Result<int> addRepayNotificationForDate(const MonivaAccount& account, Date date);
-/// Cancels all that is scheduled for the account and removes its records. Answers how many there were.
+/// Cancels all that is scheduled for the account and was not shown yet, and removes its records. Answers how
+/// many there were.
 Result<int> deleteRepayNotification(const MonivaAccount& account);
 /// The same for one due date: what was due then is paid.
 Result<int> deleteRepayNotificationForDate(const MonivaAccount& account, Date date);

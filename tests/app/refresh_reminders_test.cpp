@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/main_app_delegate.h"
 #include "model/record_entry.h"
 #include "recurrence/do_db_recurring.h"
 #include "recurrence/series_edit.h"
@@ -29,7 +30,6 @@ struct Reminded : ReminderStory {
     rent.repeat = "Monthly";
     seed = recordRepeating(root, rent).value();
     EXPECT_TRUE(setNotificationEnabled(loaded(seed), true));
-    Spend charge(root);
     charge.amount = 30;
     charge.account = visa.pk;
     charge.datetime = on("2024-02-10");
@@ -53,6 +53,7 @@ struct Reminded : ReminderStory {
 
   Spend food;
   MonivaAccount visa;
+  Spend charge{root};
   std::string transfer;
   std::string seed;
 };
@@ -112,6 +113,16 @@ TEST(RefreshReminders, followWhateverBecomesOfTheirOwners) {
        "Date 03-23, Food 03-20, Transfer 03-21"},
       {"the card paid back", [](Reminded& on) { on.move(30, *on.cash, on.visa, on.on("2024-02-29")); },
        "Food 03-20, Rent 03-22, Transfer 03-21"},
+      {"the bill not paid a day after", [](Reminded& on) { on.setClock("2024-03-24"); },
+       "Date 03-23, Food 03-20, Rent 03-22, Transfer 03-21"},
+      {"what was charged paid from elsewhere",
+       [](Reminded& on) { EXPECT_TRUE(on.charge.updateAccount(on.cash->pk)); },
+       "Food 03-20, Rent 03-22, Transfer 03-21"},
+      {"divided into instalments", [](Reminded& on) { EXPECT_TRUE(on.food.saveInstallment(2)); },
+       "Date 03-23, Food 03-20, Food 04-20, Rent 03-22, Transfer 03-21"},
+      {"divided and joined again",
+       [](Reminded& on) { EXPECT_TRUE(on.food.saveInstallment(2) && on.food.cancelInstallment()); },
+       "Date 03-23, Food 03-20, Rent 03-22, Transfer 03-21"},
       {"the card's due day moved", [](Reminded& on) { EXPECT_TRUE(on.visa.updateDueDay(25)); },
        "Date 03-25, Food 03-20, Rent 03-22, Transfer 03-21"},
       {"the card closed", [](Reminded& on) { EXPECT_TRUE(on.visa.close(true)); },
@@ -128,13 +139,34 @@ TEST(RefreshReminders, followWhateverBecomesOfTheirOwners) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.why);
     Reminded story;
+    const auto basis = billBasis(story.root, story.root.editStamp());
     row.change(story);
-    ASSERT_TRUE(refreshReminders(story.root));
+    ASSERT_TRUE(refreshReminders(story.root, &*basis));
     EXPECT_EQ(story.lastDays(), row.expected);
     const auto written = story.connection().totalChanges();
     ASSERT_TRUE(refreshReminders(story.root));
     EXPECT_EQ(story.connection().totalChanges(), written) << "once is enough";
   }
+}
+
+TEST(RefreshReminders, areShownBeforeWhatIsDueIsSettled) {
+  struct Front final : AppHost {
+    explicit Front(ReminderStory& on) : story(on) {}
+    void deliverReminders() override { waiting = story.pending(); }
+    ReminderStory& story;
+    std::string waiting;
+  };
+  ReminderStory story;
+  const auto food = story.bill("Food", 12.5, "2024-03-20");
+  ASSERT_TRUE(refreshReminders(story.root));
+  story.setClock("2024-03-20 10:30:00");
+  Front front(story);
+  MainAppDelegate app(story.root, front);
+  ASSERT_TRUE(app.run(dailySteps()));
+  app.settle();
+  EXPECT_EQ(front.waiting, "Food 03-15 10:00, Food 03-17 10:00, Food 03-20 10:00");
+  EXPECT_TRUE(story.loaded(food.eid).paid);
+  EXPECT_EQ(story.pending(), "");
 }
 
 }  // namespace

@@ -77,8 +77,9 @@ constexpr const char* kLaunch =
     "showLockView showTouchIDIfNeed ";
 constexpr const char* kDaily =
     "createBillNotifaction updateDatabaseIfNeed sendCrashLogMailIfNeed closeProgressAlert reloadBlankBook "
-    "updateRecurringTransactionsWithFuture makeMonivasPaid refreshReminders setRecentEditDate expenseChanged "
-    "refreshDeviceInfoInDatabase updateSettingCopyToLocal importDataFromOutside ";
+    "updateRecurringTransactionsWithFuture deliverReminders makeMonivasPaid refreshReminders "
+    "setRecentEditDate expenseChanged refreshDeviceInfoInDatabase updateSettingCopyToLocal "
+    "importDataFromOutside ";
 constexpr const char* kQuick = "refreshDeviceInfoInDatabase importDataFromOutside sendCrashLogMailIfNeed ";
 constexpr const char* kBackground =
     "storeLastOpenAppDate checkDataFile updateRecentEditDateIfNeed showLockView saveToGroupPath checkpoint "

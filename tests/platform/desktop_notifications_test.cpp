@@ -52,8 +52,12 @@ TEST(DesktopNotifications, changesAreMadeTogetherOrNotAtAll) {
   for (int i = 0; i < 1000; ++i) EXPECT_TRUE(host.add(request(std::to_string(i), {2026, 12, 1, 10, 0, 0})));
   EXPECT_FALSE(std::filesystem::exists(folder / "gone/notifications.json"))
       << "it is written once, at the end";
+  {
+    NotificationChanges dropped(host);
+    EXPECT_TRUE(host.removeAllPending() && host.add(request("b", {2026, 12, 1, 10, 0, 0})));
+  }
   EXPECT_TRUE(changes.end());
-  EXPECT_EQ(host.pending()->size(), 1000U);
+  EXPECT_EQ(host.pending()->size(), 1000U) << "what was not ended is given up";
 }
 
 TEST(DesktopNotifications, setsADamagedFileAside) {
@@ -104,11 +108,10 @@ TEST(DesktopNotifications, showsWhatIsDueOnce) {
 TEST(DesktopNotifications, aBusThatIsAbsentOrHangsHoldsNobodyUp) {
   const SessionBus bus;
   ::kill(bus.daemon(), SIGSTOP);
-  EXPECT_EQ(DesktopNotifications::showNow("Test", "Hello").error().why,
-            "there is no session bus to show notifications through: Connection timed out");
+  EXPECT_EQ(DesktopNotifications::showNow("Test", "Hello").error().why, "the session bus does not answer");
   ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere", 1);
   EXPECT_EQ(DesktopNotifications::showNow("Test", "Hello").error().why,
-            "there is no session bus to show notifications through: No such file or directory");
+            "there is no session bus to show notifications through");
 }
 
 }  // namespace

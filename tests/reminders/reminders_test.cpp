@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "model/group_balance.h"
 #include "reminders/fire_times.h"
 #include "reminders/mv_notification_manager.h"
 #include "storage/writes.h"
@@ -52,7 +53,8 @@ TEST(Reminders, recordsSayWhatTheyAreOf) {
                        " where type = 98 and editDate > 0"),
             "[Home] Food|" + bill.eid + "||" + bill.eid + "_2024-03-02 10:00:00");
   EXPECT_EQ(reminderRecordsOf(story.root, bill.eid)->front().fireDate, story.on("2024-03-02 10:00:00"));
-  for (const char* odd : {"", "_", "x_", "x_2024-13-01 10:00:00", "x_Nov 22, 2026"}) {
+  for (const char* odd : {"", "_", "x_", "x_2024-13-01 10:00:00", "x_2023-02-29 10:00:00",
+                          "x_2024-02-29 10:0:00", "x_Nov 22, 2026"}) {
     EXPECT_EQ(fireDateOf(story.root.calendar(), odd), Date{}) << odd;
   }
 }
@@ -80,6 +82,21 @@ TEST(Reminders, sayWhatIsToBePaid) {
   EXPECT_EQ(said(moved.eidA), "[Cash] Transfer|Transfer - Cash > Bank €40.00 on Mar 2, 2024");
 
   const auto visa = story.card("Visa");
+  ASSERT_TRUE(story.sql("update account set currency = 'USD' where oldTitle = ?", {visa.pk}));
+  Spend plan = bare;
+  plan.eid.clear();
+  plan.isNewOne = true;
+  plan.amount = 90;
+  plan.account = visa.pk;
+  plan.book = story.home->pk;
+  plan.category = plan.subcategory = story.category("Desk").pk;
+  ASSERT_TRUE(plan.saveInstallment(3));
+  const auto group = TransactionGroup::of(story.root, plan.connectionUUID);
+  EXPECT_EQ(said(group->items.back().eid), "[Home] Desk|Desk - $30.00 on Mar 2, 2024")
+      << "in the currency of who pays";
+  ASSERT_TRUE(story.sql("update transactions set category = '' where bid = 10"));
+  EXPECT_EQ(said(group->payments.back().eid), "[Home] Desk|Desk - $30.00 on Mar 2, 2024");
+
   EXPECT_TRUE(story.host->removeAllPending());
   ASSERT_EQ(addRepayNotificationForDate(visa, story.on("2024-03-20")), 3);
   std::string bodies;
@@ -145,8 +162,9 @@ TEST(Reminders, aTransactionThatIsUndoneLeavesNothingForLong) {
 
 TEST(Reminders, manyAreScheduledAtOnceAndThenLeftAlone) {
   ReminderStory story;
+  std::string last;
   ASSERT_TRUE(atomically(story.root, [&](Connection&) -> Result<> {
-    for (int i = 0; i < 1000; ++i) story.bill("Food", i + 1, "2024-03-20");
+    for (int i = 0; i < 1000; ++i) last = story.bill("Food", i + 1, "2024-03-20").eid;
     return {};
   }));
   const auto commits = story.connection().commits();
@@ -158,6 +176,11 @@ TEST(Reminders, manyAreScheduledAtOnceAndThenLeftAlone) {
   EXPECT_EQ(again->scheduled + again->cancelled, 0);
   EXPECT_EQ(story.connection().totalChanges(), written) << "what is as it should be is not written";
   EXPECT_EQ(story.host->added, 3000);
+  EXPECT_TRUE(setNotificationEnabled(story.loaded(last), true));
+  EXPECT_EQ(story.connection().totalChanges(), written) << "nor is a wish that is there";
+  ASSERT_TRUE(story.sql("update transactions set needNotify = 0"));
+  EXPECT_EQ(bringRemindersUpToDate(story.root)->cancelled, 3000);
+  EXPECT_EQ(story.host->batches, 2);
 }
 
 TEST(Reminders, recordsOfThePastAreForgotten) {
@@ -169,7 +192,7 @@ TEST(Reminders, recordsOfThePastAreForgotten) {
                 " category)"));
   story.setClock("2024-04-25");
   ASSERT_TRUE(bringRemindersUpToDate(story.root));
-  EXPECT_EQ(reminderRecords(story.root)->size(), 2U);
+  EXPECT_EQ(reminderRecords(story.root)->size(), 1U) << "one is too old, one tells no time";
   story.setClock("2024-05-25");
   ASSERT_TRUE(bringRemindersUpToDate(story.root));
   EXPECT_EQ(story.number("select count(*) from category where type = 98"), 0);

@@ -32,6 +32,7 @@ class MoodyHost final : public MemoryLocalNotifications {
     if (--depth_ == 0) ++batches;
     return {};
   }
+  void dropChanges() override { --depth_; }
 
  private:
   int depth_ = 0;

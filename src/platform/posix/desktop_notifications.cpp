@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <boost/json.hpp>
-#include <cstdio>
 #include <fstream>
 
 #include "platform/file_lock.h"
@@ -21,22 +20,10 @@ constexpr int kMinutesToNextTry = 10;
 /// A line begins with the moment, so that the first one tells whether anything is to be shown.
 constexpr std::string_view kLineBegin = R"({"next":")";
 
-std::string written(const CivilTime& at) {
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", at.year, at.month, at.day, at.hour, at.minute,
-                     at.second);
-}
-
 std::optional<CivilTime> momentIn(const json::object& object, std::string_view key) {
   const auto* value = object.if_contains(key);
   if (value == nullptr || !value->is_string()) return std::nullopt;
-  CivilTime at;
-  const std::string text(value->get_string());
-  if (std::sscanf(text.c_str(), "%d-%d-%d %d:%d:%d", &at.year, &at.month, &at.day, &at.hour, &at.minute,
-                  &at.second) != 6 ||
-      written(at) != text) {
-    return std::nullopt;
-  }
-  return at;
+  return wallClockFrom(value->get_string());
 }
 
 std::string textIn(const json::object& object, std::string_view key) {
@@ -55,57 +42,51 @@ CivilTime plusMinutes(const CivilTime& at, int minutes) {
   return later;
 }
 
-/// What the identifiers of one owner begin with.
-std::string_view ownerIn(std::string_view identifier) {
-  return identifier.substr(0, identifier.rfind('_'));
-}
-
 }  // namespace
 
 Result<> DesktopNotifications::add(const NotificationRequest& request) {
-  beginChanges();
-  {
-    const std::scoped_lock lock(mutex_);
-    changes_.insert_or_assign(request.identifier, request);
-  }
-  return endChanges();
+  return make({request.identifier, request});
 }
 
 Result<> DesktopNotifications::removePending(std::string_view identifier) {
-  beginChanges();
-  {
-    const std::scoped_lock lock(mutex_);
-    changes_.insert_or_assign(std::string(identifier), std::nullopt);
-  }
-  return endChanges();
+  return identifier.empty() ? Result<>() : make({std::string(identifier), std::nullopt});
 }
 
 Result<> DesktopNotifications::removeAllPending() {
-  beginChanges();
+  return make({});
+}
+
+Result<> DesktopNotifications::make(Change change) {
+  NotificationChanges changes(*this);
   {
     const std::scoped_lock lock(mutex_);
-    clears_ = true;
-    changes_.clear();
+    changes_.push_back(std::move(change));
   }
-  return endChanges();
+  return changes.end();
 }
 
 void DesktopNotifications::beginChanges() {
   const std::scoped_lock lock(mutex_);
-  ++depth_;
+  begins_.push_back(changes_.size());
 }
 
 Result<> DesktopNotifications::endChanges() {
   const std::scoped_lock lock(mutex_);
-  if (--depth_ > 0) return {};
+  begins_.pop_back();
+  if (!begins_.empty()) return {};
   auto made = flush();
-  clears_ = false;
   changes_.clear();
   return made;
 }
 
+void DesktopNotifications::dropChanges() {
+  const std::scoped_lock lock(mutex_);
+  changes_.resize(begins_.back());
+  begins_.pop_back();
+}
+
 Result<> DesktopNotifications::flush() {
-  if (!clears_ && changes_.empty()) return {};
+  if (changes_.empty()) return {};
   {
     auto requests = read();
     if (!requests) return tl::make_unexpected(requests.error());
@@ -119,17 +100,17 @@ Result<> DesktopNotifications::flush() {
 }
 
 bool DesktopNotifications::apply(Requests& requests) const {
-  bool changed = clears_ && !requests.empty();
-  if (clears_) requests.clear();
+  bool changed = false;
   for (const auto& [identifier, request] : changes_) {
-    const auto known = requests.find(identifier);
-    if (!request) {
-      if (known == requests.end()) continue;
-      requests.erase(known);
-    } else {
+    if (request) {
       requests.insert_or_assign(identifier, Waiting{*request, request->trigger});
+      changed = true;
+    } else if (identifier.empty()) {
+      changed = changed || !requests.empty();
+      requests.clear();
+    } else {
+      changed = requests.erase(identifier) > 0 || changed;
     }
-    changed = true;
   }
   return changed;
 }
@@ -182,8 +163,8 @@ Result<> DesktopNotifications::write(const Requests& requests) const {
     const auto& request = waiting->request;
     json::object info;
     for (const auto& [key, kept] : request.userInfo) info[key] = kept;
-    lines += json::serialize(json::object{{"next", written(waiting->next)},
-                                          {"trigger", written(request.trigger)},
+    lines += json::serialize(json::object{{"next", wallClockText(waiting->next)},
+                                          {"trigger", wallClockText(request.trigger)},
                                           {"identifier", request.identifier},
                                           {"title", request.title},
                                           {"body", request.body},
@@ -209,10 +190,12 @@ Result<std::vector<NotificationRequest>> DesktopNotifications::pending() {
 Result<int> DesktopNotifications::deliverDue(const CivilTime& now) {
   const std::scoped_lock guard(mutex_);
   {
-    std::string begin(kLineBegin.size() + written(now).size(), '\0');
+    std::string begin(kLineBegin.size() + wallClockText(now).size(), '\0');
     std::ifstream in(file_, std::ios::binary);
-    if (!in || !in.read(begin.data(), static_cast<std::streamsize>(begin.size()))) return 0;
-    if (begin.starts_with(kLineBegin) && begin.substr(kLineBegin.size()) > written(now)) return 0;
+    in.read(begin.data(), static_cast<std::streamsize>(begin.size()));
+    begin.resize(static_cast<std::size_t>(in.gcount()));
+    if (begin.empty()) return 0;
+    if (begin.starts_with(kLineBegin) && begin.substr(kLineBegin.size()) > wallClockText(now)) return 0;
   }
   // Held while they are shown, so that two programs do not show the same.
   auto lock = FileLock::acquire(file_.string() + ".lock", FileLock::Mode::exclusive, kFilePatience);
@@ -232,9 +215,10 @@ Result<int> DesktopNotifications::deliverDue(const CivilTime& now) {
   int count = 0;
   for (std::size_t i = 0; i < due.size(); ++i) {
     const auto& request = due[i]->request;
-    const bool isSuperseded = std::any_of(
-        due.begin() + static_cast<std::ptrdiff_t>(i) + 1, due.end(),
-        [&](const auto* later) { return ownerIn(later->request.identifier) == ownerIn(request.identifier); });
+    const bool isSuperseded =
+        std::any_of(due.begin() + static_cast<std::ptrdiff_t>(i) + 1, due.end(), [&](const auto* later) {
+          return notificationOwner(later->request.identifier) == notificationOwner(request.identifier);
+        });
     if (!isSuperseded) {
       if (shown) shown = service->show(request.title, request.body, request.hasDefaultSound);
       if (shown) ++count;

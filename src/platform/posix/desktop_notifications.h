@@ -30,6 +30,7 @@ class DesktopNotifications final : public LocalNotifications {
   Result<std::vector<NotificationRequest>> pending() override;
   void beginChanges() override;
   Result<> endChanges() override;
+  void dropChanges() override;
 
   /// Shows what is to be shown by now, of one owner the last alone; answers how many. What cannot be shown
   /// stays and is tried again ten minutes later at the earliest; the refusal says why. Where nothing is to be
@@ -47,9 +48,14 @@ class DesktopNotifications final : public LocalNotifications {
     CivilTime next;  ///< when it is to be shown, or to be tried again
   };
   using Requests = std::map<std::string, Waiting, std::less<>>;
-  /// What is to become of a request; nothing takes it away.
-  using Changes = std::map<std::string, std::optional<NotificationRequest>, std::less<>>;
+  /// What is to become of the request of that identifier: without one it goes. A blank identifier is that of
+  /// all requests.
+  struct Change {
+    std::string identifier;
+    std::optional<NotificationRequest> request;
+  };
 
+  Result<> make(Change change);
   Result<Requests> read();
   /// Whether anything changed.
   bool apply(Requests& requests) const;
@@ -59,9 +65,8 @@ class DesktopNotifications final : public LocalNotifications {
   std::filesystem::path file_;
   Date now_;
   std::mutex mutex_;
-  int depth_ = 0;
-  bool clears_ = false;
-  Changes changes_;
+  std::vector<Change> changes_;      ///< held back, in their order
+  std::vector<std::size_t> begins_;  ///< how many there were as each of the changes under way began
   std::optional<Phrase> notice_;
 };
 

@@ -1,7 +1,9 @@
 #include "platform/posix/notification_service.h"
 
+#if __has_include(<systemd/sd-bus.h>)
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -81,7 +83,7 @@ struct BusReply {
   }
 
   sd_bus_message* message = nullptr;
-  sd_bus_error error = SD_BUS_ERROR_NULL;
+  sd_bus_error error{};
 };
 
 std::string withoutMarkup(std::string_view text) {
@@ -119,8 +121,8 @@ Result<NotificationService> NotificationService::open(std::chrono::milliseconds 
     const auto left = microsecondsTo(deadline);
     status = left > 0 ? bus().wait(opened, left) : -ETIMEDOUT;
   }
-  if (status < 0)
-    return refuse("there is no session bus to show notifications through: {}", std::strerror(-status));
+  if (status == -ETIMEDOUT) return refuse("the session bus does not answer");
+  if (status < 0) return refuse("there is no session bus to show notifications through");
   NotificationService service(std::move(held), deadline);
   if (auto read = service.readCapabilities(); !read) return tl::make_unexpected(read.error());
   return service;
@@ -155,3 +157,20 @@ Result<> NotificationService::show(const std::string& title, const std::string& 
 }
 
 }  // namespace moniva
+
+#else
+
+namespace moniva {
+
+Result<NotificationService> NotificationService::open(std::chrono::milliseconds) {
+  return refuse("this program was built without notifications");
+}
+
+/// Never reached: none is ever opened.
+Result<> NotificationService::show(const std::string&, const std::string&, bool) {
+  return refuse("this program was built without notifications");
+}
+
+}  // namespace moniva
+
+#endif

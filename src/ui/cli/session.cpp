@@ -88,6 +88,10 @@ class Session::Host final : public AppHost {
   void showProgressAlert(std::string_view) override {
     session_.say(session_.text("Bringing the store up to date ..."));
   }
+  void deliverReminders() override {
+    // A desktop without the service is no news at every command; what is due waits, and lists show it.
+    session_.delivered_ = session_.deliverReminders();
+  }
   void showAddTransaction(std::string_view type) override {
     session_.say(type == "addincome" ? session_.text("To add income: moniva spend add AMOUNT --income")
                                      : session_.text("To add an expense: moniva spend add AMOUNT"));
@@ -204,7 +208,7 @@ void Session::launchLocked() {
   done(std::move(started));
   launched_ = true;
   app_->settle();
-  stateAtLaunch_ = storeState();
+  noteStore();
 }
 
 void Session::unlock() {
@@ -214,7 +218,7 @@ void Session::unlock() {
   }
   if (!app_->unlock(options_.passcode)) throw refused("that is not the passcode");
   app_->settle();
-  stateAtLaunch_ = storeState();
+  noteStore();
 }
 
 void Session::launch() {
@@ -246,15 +250,41 @@ std::tuple<std::uint64_t, std::int64_t, std::int64_t> Session::storeState() cons
   return {db->serial(), db->totalChanges(), db->dataVersion()};
 }
 
+void Session::noteStore() {
+  stateAtLaunch_ = storeState();
+  billsAtLaunch_.reset();
+  if (!db_->isOpen()) return;
+  if (auto basis = billBasis(*root_, now())) billsAtLaunch_ = std::move(*basis);
+}
+
+const BillBasis* Session::billsAtLaunch() const {
+  // Another file has bills of its own.
+  const bool isSameFile = std::get<0>(storeState()) == std::get<0>(stateAtLaunch_);
+  return billsAtLaunch_ && isSameFile ? &*billsAtLaunch_ : nullptr;
+}
+
+Result<int> Session::deliverReminders() {
+  auto before = std::exchange(delivered_, 0);
+  auto shown = desktop_->deliverDue(calendar().civilTime(now()));
+  return before && shown ? Result<int>(*before + *shown) : before ? shown : before;
+}
+
 void Session::keepReminders() {
-  if (storeState() != stateAtLaunch_) {
-    if (auto kept = refreshReminders(*root_); !kept) {
+  const auto refresh = [&](const BillBasis* basis) {
+    if (auto kept = refreshReminders(*root_, basis); !kept) {
       root_->addNotice("Reminders could not be brought up to date: {}", kept.error());
     }
-  }
-  // A desktop without the service is no news at every command; what is due waits, and lists show it.
-  (void)desktop_->deliverDue(calendar().civilTime(now()));
-  if (const auto notice = desktop_->takeNotice()) root_->addNotice(*notice);
+  };
+  // What a damaged file had is scheduled again.
+  const auto remakeWhatIsLost = [&] {
+    const auto notice = desktop_->takeNotice();
+    if (notice) root_->addNotice(*notice);
+    if (notice) refresh(nullptr);
+    return notice.has_value();
+  };
+  if (!remakeWhatIsLost() && storeState() != stateAtLaunch_) refresh(billsAtLaunch());
+  host_->deliverReminders();
+  remakeWhatIsLost();
 }
 
 std::string Session::filled(const std::string& translation, fmt::string_view english,

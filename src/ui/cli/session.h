@@ -84,6 +84,11 @@ class Session {
   const GlobalOptions& options() const { return options_; }
   Platform& platform() { return *platform_; }
   MVAppRoot& root() { return *root_; }
+  /// Shows the reminders that have come due; answers how many were shown since the launch. Refused where one
+  /// could not be.
+  Result<int> deliverReminders();
+  /// How bills stood when the command got the store, for refreshReminders; null where that is not known.
+  const BillBasis* billsAtLaunch() const;
   /// Whether this command has a store: some have none.
   bool hasStore() const { return root_ != nullptr; }
   MainAppDelegate& app() { return *app_; }
@@ -165,6 +170,8 @@ class Session {
   std::string locale();
   /// The store as it is now: connection, its own writes, those of others.
   std::tuple<std::uint64_t, std::int64_t, std::int64_t> storeState() const;
+  /// Takes note of how the store is as the command gets it.
+  void noteStore();
   /// Brings reminders up to date where the command wrote, and shows what is due.
   void keepReminders();
 
@@ -185,6 +192,8 @@ class Session {
   std::unique_ptr<MainAppDelegate> app_;
   DesktopNotifications* desktop_ = nullptr;  ///< the platform's, once there is a store
   std::tuple<std::uint64_t, std::int64_t, std::int64_t> stateAtLaunch_{};
+  std::optional<BillBasis> billsAtLaunch_;
+  Result<int> delivered_ = 0;  ///< what the launch showed
   bool launched_ = false;
   bool holdsDaysWorkBack_ = false;
 };

@@ -7,9 +7,9 @@
 #include "platform/posix/desktop_notifications.h"
 #include "platform/posix/notification_service.h"
 #include "reminders/bill_reminders.h"
+#include "reminders/fire_times.h"
 #include "reminders/mv_notification_manager.h"
 #include "reminders/repay_reminders.h"
-#include "storage/writes.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/reminder_fields.h"
@@ -73,12 +73,6 @@ json::array remindersJson(Session& session, const std::vector<ReminderRecord>& r
     array.push_back(jsonOf(session, record, at == messages.end() ? "" : at->second));
   }
   return array;
-}
-
-DesktopNotifications& desktopOf(Session& session) {
-  auto* desktop = dynamic_cast<DesktopNotifications*>(session.platform().localNotifications.get());
-  if (desktop == nullptr) throw refused("this machine has no place for reminders");
-  return *desktop;
 }
 
 /// How long a list waits for the desktop.
@@ -152,10 +146,19 @@ std::string cancelledText(const Session& session, std::int64_t count) {
   return session.count("{} was cancelled", "{} were cancelled", count);
 }
 
+/// A change of the store whose requests change together.
+void changeReminders(Session& session, const std::function<void()>& work) {
+  changeStore(session, [&] {
+    NotificationChanges changes(*session.platform().localNotifications);
+    work();
+    done(changes.end());
+  });
+}
+
 void switchReminders(Session& session, const std::string& text, bool on) {
   std::vector<MVTransaction> rows;
   std::int64_t scheduled = 0;
-  changeStore(session, [&] {
+  changeReminders(session, [&] {
     const std::string eid = recordTyped(session, text);
     rows = rowsToRemindOf(session, eid);
     if (rows.empty()) refuseReminder(session, eid, text);
@@ -188,12 +191,10 @@ void cancelOfAccount(Session& session, MonivaAccount account) {
                   printable(account.title));
   }
   const auto cancelled = countComing(session, done(reminderRecordsOf(session.root(), account.pk)));
-  done(atomically(session.root(), [&](Connection&) -> Result<> {
+  changeReminders(session, [&] {
     if (account.repayNotificationEnabled()) done(account.updateRepayNotificationEnabled(false));
     done(deleteRepayNotification(account));
-    return {};
-  }));
-  session.root().markRecentEditDate();
+  });
   if (session.options().json) {
     return session.printJson(
         json::object{{"account", {{"pk", account.pk}, {"title", account.title}}}, {"cancelled", cancelled}});
@@ -202,10 +203,14 @@ void cancelOfAccount(Session& session, MonivaAccount account) {
                               cancelledText(session, cancelled)));
 }
 
-/// Everything that is to be reminded of: what is pending, and series.
+/// Everything that is still to be reminded of: what is pending, and series. What is past its day stays as it
+/// is.
 std::vector<MVTransaction> rowsReminded(Session& session) {
   std::vector<MVTransaction> rows;
-  const auto take = [&](MVTransaction row) { rows.push_back(std::move(row)); };
+  const auto take = [&](MVTransaction row) {
+    const auto last = fireTimesFor(session.calendar(), row.eid, dueDateOf(row)).back();
+    if (last.date > session.now()) rows.push_back(std::move(row));
+  };
   const Value ofSeries[] = {kind::kRepeatSeed};
   done(MVTransaction::transactionsWhere(session.root(), "paid = 0 and needNotify = 1 and deleted = 0", {},
                                         take));
@@ -221,7 +226,7 @@ void cancelAll(Session& session, bool yes) {
   confirm(session, yes, session.text("Cancel {} and switch off what made them?", what),
           refused("this would cancel {} and switch off what made them; if so, say --yes", what),
           refused("nothing was cancelled"));
-  changeStore(session, [&] {
+  changeReminders(session, [&] {
     for (auto& account : MonivaAccount::list(root, kAccountKind)) {
       if (!account.isDebtAccount() || !account.repayNotificationEnabled()) continue;
       done(account.updateRepayNotificationEnabled(false));
@@ -243,7 +248,7 @@ void cancelReminder(Session& session, const ReminderOptions& options) {
   if (options.all) return cancelAll(session, options.yes);
   const auto account = MonivaAccount::getAccountWithTitle(session.root(), options.what);
   if (account && account->isDeleted == 0) return cancelOfAccount(session, *account);
-  const bool isRecord = options.what.find_first_not_of("0123456789abcdef-") == std::string::npos;
+  const bool isRecord = options.what.find_first_not_of("0123456789abcdefABCDEF-") == std::string::npos;
   if (!isRecord) return cancelOfAccount(session, accountNamed(session, options.what));
   switchReminders(session, options.what, false);
 }
@@ -256,7 +261,7 @@ void testReminder(Session& session) {
 }
 
 void deliverReminders(Session& session) {
-  const auto shown = done(desktopOf(session).deliverDue(session.calendar().civilTime(session.now())));
+  const auto shown = done(session.deliverReminders());
   if (session.options().json) return session.printJson(json::object{{"shown", shown}});
   session.answer(shown == 0 ? session.text("No reminder has come due.")
                             : session.count("Showed {} reminder.", "Showed {} reminders.", shown));

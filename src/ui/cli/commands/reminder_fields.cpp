@@ -69,7 +69,8 @@ std::vector<MVTransaction> rowsToRemindOf(Session& session, const std::string& e
 }
 
 std::string remindNow(Session& session, const std::vector<std::string>& owners, const std::string& none) {
-  if (!refreshReminders(session.root())) return session.text("they could not be scheduled yet");
+  if (!refreshReminders(session.root(), session.billsAtLaunch()))
+    return session.text("they could not be scheduled yet");
   std::optional<Date> next;
   for (const auto& owner : owners) {
     for (const auto& record : done(reminderRecordsOf(session.root(), owner))) {
