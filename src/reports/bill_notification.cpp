@@ -26,22 +26,13 @@ Result<> remindOfBill(MVAppRoot& root, const MonivaAccount& account) {
 }  // namespace
 
 Result<> BillReport::createBillNotifaction(MVAppRoot& root) {
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  std::vector<std::string> keys;
-  {
-    Run run = db->query(
-        "select oldTitle from account where kind = 1 and type = '_DebtAccount' and deleted = 0 and enabled ="
-        " 1 and oldTitle != '' and isGroup = 0");
-    while (run.next()) keys.emplace_back(run.text(0));
-    if (!run.ok()) return tl::make_unexpected(db->refusal());
-  }
+  const auto accounts = openCreditAccounts(root);
+  if (!accounts) return tl::make_unexpected(accounts.error());
   // One account that fails does not keep the others from being reminded of.
   Result<> done;
-  for (const auto& key : keys) {
-    const auto account = MonivaAccount::getAccountWithPK(root, key);
-    if (!account || !account->repayNotificationEnabled()) continue;
-    auto reminded = remindOfBill(root, *account);
+  for (const auto& account : *accounts) {
+    if (!account.repayNotificationEnabled()) continue;
+    auto reminded = remindOfBill(root, account);
     if (!reminded && done) done = std::move(reminded);
   }
   return done;
