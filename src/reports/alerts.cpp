@@ -15,38 +15,41 @@ std::string joinedAlert(const std::string& what, const std::string& when) {
   return fmt::format("{} / {}", what, when);
 }
 
-Result<std::vector<BillAlert>> billAlerts(MVAppRoot& root, Connection& db) {
-  std::vector<std::string> keys;
-  {
-    Run run = db.query(
-        "select oldTitle from account where type = '_DebtAccount' and deleted = 0 and enabled = 1 and"
-        " kind = 1 and isGroup = 0");
-    while (run.next()) keys.emplace_back(run.text(0));
-    if (!run.ok()) return tl::make_unexpected(db.refusal());
-  }
+Result<std::vector<BillAlert>> billAlerts(MVAppRoot& root) {
+  const auto accounts = openCreditAccounts(root);
+  if (!accounts) return tl::make_unexpected(accounts.error());
   const Calendar& calendar = root.calendar();
   std::vector<BillAlert> bills;
-  for (const auto& key : keys) {
-    const auto account = MonivaAccount::getAccountWithPK(root, key);
-    if (!account) continue;
-    const auto billed = getCorrentBill(*account);
-    if (!billed) return tl::make_unexpected(billed.error());
-    if (billed->lastMonthNeedReayAmount <= 0) continue;
+  Result<> readAll;
+  bool readAny = false;
+  for (const auto& account : *accounts) {
+    const auto billed = getCorrentBill(account);
+    if (!billed) {
+      // The others are to be told of all the same.
+      root.platform().log.line(fmt::format("== bill of {}: {}", account.title, billed.error().why));
+      if (readAll) readAll = tl::make_unexpected(billed.error());
+      continue;
+    }
+    readAny = true;
+    if (billed->lastMonthNeedReayAmount <= 0 && billed->earlierNeedReayAmount <= 0) continue;
     BillAlert bill;
-    bill.account = key;
-    bill.title = account->title;
-    bill.currency = account->currency;
-    bill.beginDate = billed->lastBeginDate;
-    bill.endDate = billed->lastEndDate;
+    bill.account = account.pk;
+    bill.title = account.title;
+    bill.currency = account.currency;
+    bill.beginDate = billed->lastMonth.beginDate;
+    bill.endDate = billed->lastMonth.endDate;
     bill.dueDate = billed->lastDueDate;
     bill.lastMonthBileAmount = billed->lastMonthBileAmount;
     bill.needReayAmount = billed->lastMonthNeedReayAmount;
+    bill.earlierNeedReayAmount = billed->earlierNeedReayAmount;
+    bill.earlierDueDate = billed->earlierDueDate;
     const Date month =
-        BookPeriods(calendar, account->periodStarts(), root.now()).namesakeOfMonth(bill.beginDate);
-    bill.text = joinedAlert(account->title,
+        BookPeriods(calendar, account.periodStarts(), root.now()).namesakeOfMonth(bill.beginDate);
+    bill.text = joinedAlert(account.title,
                             fmt::format("{}, {}", stringOfMonthName(calendar, month), calendar.year(month)));
     bills.push_back(std::move(bill));
   }
+  if (!readAll && !readAny) return tl::make_unexpected(readAll.error());
   return bills;
 }
 
@@ -99,7 +102,7 @@ Result<AlertInfo> allAlertInfo(MVAppRoot& root) {
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
   // Reading bills may write what they carry over, which a snapshot would not allow.
-  auto bills = billAlerts(root, *db);
+  auto bills = billAlerts(root);
   if (!bills) return tl::make_unexpected(bills.error());
   const ReadTransaction snapshot(*db);
   auto installments = installmentAlerts(root, *db);

@@ -8,7 +8,7 @@
 /// What a person should be reminded of today: bills of credit accounts and instalments that are due.
 namespace moniva {
 
-/// A credit account of whose last closed month something is still to be paid.
+/// A credit account of whose last closed month, or of older ones, something is still to be paid.
 struct BillAlert {
   std::string account;  ///< key
   std::string title;    ///< of the account
@@ -19,7 +19,9 @@ struct BillAlert {
   Date endDate;
   Date dueDate;  ///< when it is to be paid
   double lastMonthBileAmount = 0;
-  double needReayAmount = 0;  ///< still to be paid of it
+  double needReayAmount = 0;         ///< still to be paid of it
+  double earlierNeedReayAmount = 0;  ///< still to be paid of older months
+  Date earlierDueDate;               ///< when the newest of those was to be paid
 };
 
 /// The instalments of one plan that are due and not paid.
@@ -42,8 +44,8 @@ struct AlertInfo {
 };
 
 /// All of it as of now. The last closed month of an account is the one before the present by its own first
-/// day of months; accounts of whose bill nothing is left to pay, and those closed or deleted, are left out.
-/// Refused when the store cannot be read.
+/// day of months; accounts of whose bills nothing is left to pay, and those closed or deleted, are left out,
+/// as is one whose bill cannot be read. Refused when none can be, or the store.
 Result<AlertInfo> allAlertInfo(MVAppRoot& root);
 
 }  // namespace moniva

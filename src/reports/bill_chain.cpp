@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "base/uuid.h"
 #include "model/entry_checks.h"
-#include "storage/writes.h"
+#include "storage/transaction.h"
 
 namespace moniva {
 namespace {
@@ -43,15 +42,15 @@ constexpr std::size_t placeIn(const std::array<int, 4>& types, std::int64_t type
   return types.size();
 }
 
-Result<std::vector<CarryRow>> carryRows(Connection& db, const std::string& account, Date to) {
+Result<std::vector<CarryRow>> billCarryRows(Connection& db, const std::string& account, Date to) {
   std::vector<CarryRow> rows;
   // There are few of the kind, so that its index is the one to use.
   Run run = db.query(
-      "select eid, amount, datetime, payDate, deleted from transactions where datetime >= ? and datetime <= ?"
+      "select eid, amount, datetime, deleted from transactions where datetime >= ? and datetime <= ?"
       " and type = ? and +account = ? order by datetime",
       {kFirstMoment, to, kind::kOverpayment, account});
   while (run.next()) {
-    rows.push_back({std::string(run.text(0)), run.real(1), run.date(2), run.date(3), run.integer(4) == 0});
+    rows.push_back({std::string(run.text(0)), run.real(1), run.date(2), run.integer(3) == 0});
   }
   if (!run.ok()) return tl::make_unexpected(db.refusal());
   return rows;
@@ -68,9 +67,8 @@ Result<Date> firstRecord(Connection& db, const std::string& account, Date to) {
   return found ? run.date(0) : Date{std::numeric_limits<double>::infinity()};
 }
 
-/// Adds up each kind month by month, the rows in the order in which a query for the month alone has them, so
-/// that it comes to the same, to the last bit.
-Result<> addUp(Connection& db, const MonivaAccount& account, Date to, BillChain& chain) {
+/// Adds up each kind month by month.
+Result<> addUpBills(Connection& db, const MonivaAccount& account, Date to, BillChain& chain) {
   const Calendar& calendar = account.root().calendar();
   Stretches charged;
   Stretches repaid;
@@ -88,7 +86,11 @@ Result<> addUp(Connection& db, const MonivaAccount& account, Date to, BillChain&
     if (const auto place = placeIn(kChargedTypes, type); place < kChargedTypes.size()) {
       charged.cut(moment, [&](std::size_t i) { chain.bills[i].charged.at(place) += run.real(2); });
     } else if (const auto other = placeIn(kRepaidTypes, type); other < kRepaidTypes.size()) {
-      repaid.cut(moment, [&](std::size_t i) { chain.bills[i].repaid.at(other) += run.real(2); });
+      repaid.cut(moment, [&](std::size_t i) {
+        auto& bill = chain.bills[i];
+        bill.repaid.at(other) += run.real(2);
+        if (moment < calendar.dateEnd(bill.month.end).secondsSince1970) bill.repaidEarly += run.real(2);
+      });
     } else {
       continue;
     }
@@ -98,43 +100,31 @@ Result<> addUp(Connection& db, const MonivaAccount& account, Date to, BillChain&
   return {};
 }
 
-/// The identifier of the row of a month, the same on every device.
-std::string carryIdentifier(const std::string& account, const BillMonth& month) {
-  constexpr std::int64_t kSecondsOfDay = 86'400;
-  return nameBasedUuidV7(static_cast<double>(month.name * kSecondsOfDay),
-                         fmt::format("{} {} lastPayoffMore", account, month.name));
-}
-
-/// What is to be written to the rows of one month.
-struct CarryChange {
-  Date begin;
-  Date end;
-  std::string eid{};   ///< of the row that is right and stays
-  bool keeps = false;  ///< whether there is one
-  double amount = 0;   ///< of the row to be made; 0 for none
-};
-
-Result<> writeCarry(MVAppRoot& root, const std::string& account, const CarryChange& change) {
-  if (change.keeps) {
-    return write(root,
-                 "delete from transactions where datetime >= ? and datetime <= ? and type = ? and account = ?"
-                 " and eid != ?",
-                 change.begin, change.end, kind::kOverpayment, account, change.eid);
+/// Pays the bills one stretch after the other: what comes before a month has closed pays what the bill before
+/// still lacks, as nothing else can be meant; the rest pays the month's own bill, and what is above that,
+/// whatever is open yet, the oldest first. Answers what is above all.
+double payBills(std::vector<ChainedBill>& bills) {
+  double above = 0;
+  std::size_t oldest = 0;
+  for (std::size_t i = 0; i < bills.size(); ++i) {
+    ChainedBill& bill = bills[i];
+    double paid = totalOf(bill.repaid);
+    if (i > 0) {
+      const double late = std::clamp(bill.repaidEarly, 0.0, bills[i - 1].open);
+      bills[i - 1].open = difference(bills[i - 1].open, late);
+      paid -= late;
+    }
+    const double left = difference(totalOf(bill.charged), above + paid);
+    bill.open = std::max(0.0, left);
+    above = std::max(0.0, -left);
+    for (; above > 0 && oldest < i; ++oldest) {
+      const double covered = std::min(above, bills[oldest].open);
+      bills[oldest].open = difference(bills[oldest].open, covered);
+      above = difference(above, covered);
+      if (bills[oldest].open > 0) break;
+    }
   }
-  auto written = write(
-      root, "delete from transactions where datetime >= ? and datetime <= ? and type = ? and account = ?",
-      change.begin, change.end, kind::kOverpayment, account);
-  if (!written || change.amount <= 0) return written;
-  // The month may have begun on another day when its row was made.
-  written =
-      write(root, "delete from transactions where eid = ? and type = ?", change.eid, kind::kOverpayment);
-  if (!written) return written;
-  return write(root,
-               "insert into transactions (amount, type, account, editDate, eid, datetime, subcategory,"
-               " category, syear, bid, payDate, edit_ipid, ipid) values (?, ?, ?, ?,"
-               " ?,?,'#NOMVCATEGORY','',0,10, ?,?,'lastPayoffMore')",
-               change.amount, kind::kOverpayment, account, root.editStamp(), change.eid, change.begin,
-               change.begin, root.itsUDID());
+  return above;
 }
 
 }  // namespace
@@ -153,7 +143,7 @@ double ChainedBill::carriedOut() const {
   return std::max(0.0, -left());
 }
 
-Result<BillChain> readBillChain(const MonivaAccount& account, const BillMonth& upTo, int atLeast) {
+Result<BillChain> readBillChain(const MonivaAccount& account, const BillMonth& from, const BillMonth& upTo) {
   MVAppRoot& root = account.root();
   Connection* db = root.db().getDatabase();
   if (db == nullptr) return refuse("the store is not open");
@@ -163,61 +153,27 @@ Result<BillChain> readBillChain(const MonivaAccount& account, const BillMonth& u
   const Date to = calendar.dateEnd(upTo.due);
 
   BillChain chain;
-  auto rows = carryRows(*db, account.pk, calendar.dateEnd(months.after(upTo).end));
+  auto rows = billCarryRows(*db, account.pk, calendar.dateEnd(months.after(upTo).end));
   if (!rows) return tl::make_unexpected(rows.error());
   chain.rows = std::move(*rows);
   const auto record = firstRecord(*db, account.pk, to);
   if (!record) return tl::make_unexpected(record.error());
 
-  BillMonth month = upTo;
-  for (int i = 1; i < atLeast; ++i) month = months.before(month);
+  BillMonth month = from.name < upTo.name ? from : upTo;
   if (*record < month.begin || *record < month.payoffBegin) {
     if (const BillMonth paid = months.paidOn(*record); paid.name < month.name) month = paid;
   }
-  if (!chain.rows.empty() && chain.rows.front().datetime < month.begin) {
-    month = months.holding(chain.rows.front().datetime);
-  }
+  const auto live = std::ranges::find(chain.rows, true, &CarryRow::isLive);
+  if (live != chain.rows.end() && live->datetime < month.begin) month = months.holding(live->datetime);
   for (; month.name < upTo.name; month = months.after(month)) chain.bills.push_back({.month = month});
   chain.bills.push_back({.month = upTo});
 
-  if (auto added = addUp(*db, account, to, chain); !added) return tl::make_unexpected(added.error());
+  if (auto added = addUpBills(*db, account, to, chain); !added) return tl::make_unexpected(added.error());
   for (std::size_t i = 1; i < chain.bills.size(); ++i) {
     chain.bills[i].carriedIn = chain.bills[i - 1].carriedOut();
   }
+  chain.above = payBills(chain.bills);
   return chain;
-}
-
-Result<> keepCarryRows(const MonivaAccount& account, const BillChain& chain) {
-  MVAppRoot& root = account.root();
-  const Calendar& calendar = root.calendar();
-  const Date known = std::max(root.now(), chain.lastRecord);
-  std::vector<CarryChange> changes;
-  auto row = chain.rows.begin();
-  for (std::size_t i = 0; i <= chain.bills.size(); ++i) {
-    const BillMonth month =
-        i < chain.bills.size() ? chain.bills[i].month : BillMonths(account).after(chain.bills.back().month);
-    const double carried = i == 0 ? 0 : chain.bills[i - 1].carriedOut();
-    CarryChange change{.begin = month.begin, .end = calendar.dateEnd(month.end), .amount = carried};
-    if (carried > 0) change.eid = carryIdentifier(account.pk, month);
-    bool isSuperfluous = false;
-    for (; row != chain.rows.end() && row->datetime <= change.end; ++row) {
-      if (row->datetime < change.begin) continue;
-      const bool isRight = row->eid == change.eid && row->amount == carried && row->isLive &&
-                           row->datetime == month.begin && row->payDate == month.begin;
-      (isRight ? change.keeps : isSuperfluous) = true;
-    }
-    const bool isMissing = carried > 0 && !change.keeps &&
-                           (i + 1 >= chain.bills.size() || chain.bills[i - 1].month.begin <= known);
-    if (isSuperfluous || isMissing) changes.push_back(std::move(change));
-  }
-  Connection* db = root.db().getDatabase();
-  if (changes.empty() || (db != nullptr && db->isReadOnly())) return {};
-  return atomically(root, [&](Connection&) -> Result<> {
-    for (const auto& change : changes) {
-      if (auto written = writeCarry(root, account.pk, change); !written) return written;
-    }
-    return {};
-  });
 }
 
 }  // namespace moniva

@@ -1,6 +1,7 @@
 #include <span>
 
 #include "model/record_names.h"
+#include "reports/bill_chain.h"
 #include "reports/bill_report.h"
 #include "reports/period_walk.h"
 #include "reports/report_block.h"
@@ -110,11 +111,28 @@ Result<std::vector<MVTransaction>> BillReport::chargeList(Date from, Date toDate
   return charges;
 }
 
+Result<std::vector<RepayLine>> BillReport::repaymentsOf(const BillReportSummary& bill) const {
+  auto lines = repayList(bill.payoffBaginDate, bill.payoffEndDate);
+  if (!lines) return lines;
+  std::erase_if(*lines, [](const RepayLine& line) { return line.isCarried; });
+  if (bill.lastRepayMoreAmount <= 0) return lines;
+  const auto month = BillMonths(monivaAccount).called(bill.year, bill.month);
+  if (!month) return tl::make_unexpected(month.error());
+  // Its row may say something else as yet, or be missing where it could not be written.
+  const auto row =
+      MVTransaction::transactionFromEID(monivaAccount.root(), carryIdentifier(monivaAccount, *month));
+  lines->insert(lines->begin(), {row && row->deleted == 0 ? row->eid : std::string(), kind::kOverpayment,
+                                 bill.beginDate, bill.lastRepayMoreAmount, true});
+  return lines;
+}
+
 void BillReport::getRepayListFromDate(Date from, Date toDate,
                                       std::function<void(const Result<std::vector<RepayLine>>&)> completion) {
   reportInBackground<std::vector<RepayLine>>(
       monivaAccount.root(), std::string(kBillReport),
-      [this, from, toDate](Connection& db) { return repayLines(db, monivaAccount, from, toDate); },
+      [account = monivaAccount, from, toDate](Connection& db) {
+        return repayLines(db, account, from, toDate);
+      },
       std::move(completion));
 }
 
@@ -123,24 +141,26 @@ void BillReport::getSummaryForDate(Date date,
   MVAppRoot& root = monivaAccount.root();
   reportInBackground<TransReportSummary>(
       root, std::string(kBillReport),
-      [this, date](Connection& db) { return dayOfBill(db, monivaAccount, date); },
+      [account = monivaAccount, date](Connection& db) { return dayOfBill(db, account, date); },
       withCharges(root, std::move(completion)));
 }
 
 void BillReport::getDailySummary(std::function<void(const Result<TransReportSummary>&)> completion) {
   MVAppRoot& root = monivaAccount.root();
+  stopLoadingData = std::make_shared<std::atomic<bool>>(false);
   reportInBackground<TransReportSummary>(
       root, std::string(kBillReport),
-      [this, begin = beginDate, end = endDate](Connection& db) -> Result<TransReportSummary> {
-        MVAppRoot& in = monivaAccount.root();
+      [account = monivaAccount, stop = stopLoadingData, begin = beginDate,
+       end = endDate](Connection& db) -> Result<TransReportSummary> {
+        MVAppRoot& in = account.root();
         const ReadTransaction snapshot(db);
-        PeriodWalk days(in.calendar(), BookPeriods(in.calendar(), monivaAccount.periodStarts(), in.now()),
+        PeriodWalk days(in.calendar(), BookPeriods(in.calendar(), account.periodStarts(), in.now()),
                         PeriodUnit::day, begin, end);
         TransReportSummary list = days.list();
         while (const auto period = days.next()) {
-          list.isPartial = stopLoadingData;
+          list.isPartial = *stop;
           if (list.isPartial) break;
-          auto day = dayOfBill(db, monivaAccount, period->begin);
+          auto day = dayOfBill(db, account, period->begin);
           if (!day) return day;
           if (day->expenseCount > 0) list.take(std::move(*day));
         }

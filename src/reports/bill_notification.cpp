@@ -64,28 +64,19 @@ Result<> BillReport::createBillNotifaction(MVAppRoot& root) {
 }
 
 Result<> remindOfBillsChangedSince(MVAppRoot& root, const BillBasis* basis) {
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  std::vector<std::string> keys;
-  {
-    Run run = db->query(
-        "select oldTitle from account where kind = 1 and type = '_DebtAccount' and deleted = 0 and enabled ="
-        " 1 and oldTitle != '' and isGroup = 0");
-    while (run.next()) keys.emplace_back(run.text(0));
-    if (!run.ok()) return tl::make_unexpected(db->refusal());
-  }
-  if (basis != nullptr && !keys.empty()) {
+  auto accounts = openCreditAccounts(root);
+  if (!accounts) return tl::make_unexpected(accounts.error());
+  if (basis != nullptr && !accounts->empty()) {
     const auto changed = changedSince(root, *basis);
     if (!changed) return tl::make_unexpected(changed.error());
-    std::erase_if(keys, [&](const auto& key) { return !changed->contains(key); });
+    std::erase_if(*accounts, [&](const MonivaAccount& account) { return !changed->contains(account.pk); });
   }
   // One account that fails does not keep the others from being reminded of.
   NotificationChanges changes(*root.platform().localNotifications);
   Result<> done;
-  for (const auto& key : keys) {
-    const auto account = MonivaAccount::getAccountWithPK(root, key);
-    if (!account || !account->repayNotificationEnabled()) continue;
-    auto reminded = remindOfBill(*account);
+  for (const auto& account : *accounts) {
+    if (!account.repayNotificationEnabled()) continue;
+    auto reminded = remindOfBill(account);
     if (!reminded && done) done = std::move(reminded);
   }
   if (auto made = changes.end(); done) done = std::move(made);

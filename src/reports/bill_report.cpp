@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "calendar/date_texts.h"
+#include "model/entry_checks.h"
 #include "reports/bill_chain.h"
 #include "storage/transaction.h"
 
@@ -15,7 +16,8 @@ Result<> checkBilled(const MonivaAccount& account) {
   return {};
 }
 
-BillReportSummary summaryOf(const ChainedBill& bill) {
+BillReportSummary summaryOf(const BillChain& chain, std::size_t place) {
+  const ChainedBill& bill = chain.bills.at(place);
   BillReportSummary summary;
   summary.year = bill.month.year;
   summary.month = bill.month.month;
@@ -30,45 +32,39 @@ BillReportSummary summaryOf(const ChainedBill& bill) {
   summary.needReayAmount = std::max(0.0, bill.left());
   summary.thisRepayMoreAmount = bill.carriedOut();
   summary.repayComplete = summary.needReayAmount <= 0;
+  summary.openAmount = bill.open;
+  double earlier = 0;
+  for (std::size_t i = 0; i < place; ++i) earlier += chain.bills[i].open;
+  summary.earlierNeedReayAmount = withoutNoise(earlier);
   return summary;
 }
 
-/// The bill of the month, its own figures asked for one kind at a time.
-Result<BillReportSummary> billOf(const BillReport& report, const BillMonth& month) {
-  const MonivaAccount& account = report.monivaAccount;
-  Connection* db = account.root().db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  Result<BillChain> chain;
-  {
-    const ReadTransaction snapshot(*db);
-    chain = readBillChain(account, month, 1);
-    if (!chain) return tl::make_unexpected(chain.error());
-    ChainedBill& bill = chain->bills.back();
-    for (std::size_t i = 0; i < kChargedTypes.size(); ++i) {
-      const auto charged = report.transactionSumFrom(month.begin, month.end, kChargedTypes.at(i));
-      if (!charged) return tl::make_unexpected(charged.error());
-      const auto repaid = report.transactionSumFrom(month.payoffBegin, month.payoffEnd, kRepaidTypes.at(i));
-      if (!repaid) return tl::make_unexpected(repaid.error());
-      bill.charged.at(i) = *charged;
-      bill.repaid.at(i) = *repaid;
-    }
-  }
-  if (auto kept = keepCarryRows(account, *chain); !kept) return tl::make_unexpected(kept.error());
-  return summaryOf(chain->bills.back());
+Result<BillChain> keptChain(const MonivaAccount& account, const BillMonth& from, const BillMonth& upTo) {
+  auto chain = readBillChain(account, from, upTo);
+  if (chain) keepCarryRows(account, *chain);
+  return chain;
 }
 
 Result<BillReportSummary> billsUpTo(const MonivaAccount& account, const BillMonth& month, int count) {
-  const auto chain = readBillChain(account, month, count);
+  const BillMonths months(account);
+  BillMonth first = month;
+  for (int i = 1; i < count; ++i) first = months.before(first);
+  const auto chain = keptChain(account, first, month);
   if (!chain) return tl::make_unexpected(chain.error());
-  if (auto kept = keepCarryRows(account, *chain); !kept) return tl::make_unexpected(kept.error());
   BillReportSummary list;
   list.count = count;
-  const auto& bills = chain->bills;
-  for (auto bill = bills.rbegin(); bill != bills.rbegin() + count; ++bill) {
-    list.listArray.push_back(summaryOf(*bill));
+  list.thisRepayMoreAmount = chain->above;
+  for (std::size_t place = chain->bills.size(); list.listArray.size() < static_cast<std::size_t>(count);) {
+    list.listArray.push_back(summaryOf(*chain, --place));
     list.maxBillAmount = std::max(list.maxBillAmount, list.listArray.back().bileAmount);
   }
   return list;
+}
+
+Result<BillReportSummary> billOf(const MonivaAccount& account, const BillMonth& month) {
+  auto bills = billsUpTo(account, month, 1);
+  if (!bills) return bills;
+  return std::move(bills->listArray.front());
 }
 
 }  // namespace
@@ -90,12 +86,26 @@ Result<BillReportSummary> BillReport::getBillForYear(int year, int Month) {
   if (auto billed = checkBilled(monivaAccount); !billed) return tl::make_unexpected(billed.error());
   const auto month = BillMonths(monivaAccount).called(year, Month);
   if (!month) return tl::make_unexpected(month.error());
-  return billOf(*this, *month);
+  return billOf(monivaAccount, *month);
 }
 
 Result<BillReportSummary> BillReport::getBillForDate(Date date) {
   if (auto billed = checkBilled(monivaAccount); !billed) return tl::make_unexpected(billed.error());
-  return billOf(*this, BillMonths(monivaAccount).holding(date));
+  return billOf(monivaAccount, BillMonths(monivaAccount).holding(date));
+}
+
+Result<BillReportSummary> BillReport::getBillAsOfNow(int year, int month) {
+  if (auto billed = checkBilled(monivaAccount); !billed) return tl::make_unexpected(billed.error());
+  const BillMonths months(monivaAccount);
+  const auto called = months.called(year, month);
+  if (!called) return tl::make_unexpected(called.error());
+  const BillMonth present = months.holding(monivaAccount.root().now());
+  if (present.name <= called->name) return billOf(monivaAccount, *called);
+  const auto chain = keptChain(monivaAccount, *called, present);
+  if (!chain) return tl::make_unexpected(chain.error());
+  std::size_t place = 0;
+  while (chain->bills.at(place).month.name < called->name) ++place;
+  return summaryOf(*chain, place);
 }
 
 Result<BillReportSummary> BillReport::getBillsUpTo(int year, int month, int count) {
@@ -122,18 +132,44 @@ Result<double> BillReport::transactionSumFrom(Date from, Date toDate, int Type) 
 
 Result<CorrentBill> getCorrentBill(const MonivaAccount& account) {
   if (auto billed = checkBilled(account); !billed) return tl::make_unexpected(billed.error());
-  const auto bills = billsUpTo(account, BillMonths(account).holding(account.root().now()), 2);
-  if (!bills) return tl::make_unexpected(bills.error());
-  const auto& present = bills->listArray.at(0);
-  const auto& closed = bills->listArray.at(1);
-  return CorrentBill{.lastDueDate = closed.dueDate,
-                     .dueDate = present.dueDate,
-                     .thisMonthBileAmount = present.bileAmount,
-                     .thisMonthNeedReayAmount = present.needReayAmount,
-                     .lastMonthBileAmount = closed.bileAmount,
-                     .lastMonthNeedReayAmount = closed.needReayAmount,
-                     .lastBeginDate = closed.beginDate,
-                     .lastEndDate = closed.endDate};
+  const BillMonths months(account);
+  const BillMonth month = months.holding(account.root().now());
+  const auto chain = keptChain(account, months.before(month), month);
+  if (!chain) return tl::make_unexpected(chain.error());
+  CorrentBill bill;
+  const std::size_t closed = chain->bills.size() - 2;
+  const auto& last = bill.lastMonth = summaryOf(*chain, closed);
+  const auto& present = bill.thisMonth = summaryOf(*chain, closed + 1);
+  bill.lastDueDate = last.dueDate;
+  bill.dueDate = present.dueDate;
+  bill.thisMonthBileAmount = present.bileAmount;
+  bill.thisMonthNeedReayAmount = present.openAmount;
+  bill.lastMonthBileAmount = last.bileAmount;
+  bill.lastMonthNeedReayAmount = last.openAmount;
+  bill.lastMonthLateAmount = std::max(0.0, difference(last.needReayAmount, last.openAmount));
+  bill.earlierNeedReayAmount = last.earlierNeedReayAmount;
+  for (std::size_t i = 0; i < closed; ++i) {
+    if (chain->bills[i].open > 0) bill.earlierDueDate = chain->bills[i].month.due;
+  }
+  return bill;
+}
+
+Result<std::vector<MonivaAccount>> openCreditAccounts(MVAppRoot& root) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  std::vector<std::string> keys;
+  {
+    Run run = db->query(
+        "select oldTitle from account where kind = 1 and type = '_DebtAccount' and deleted = 0 and enabled ="
+        " 1 and oldTitle != '' and isGroup = 0 order by orderID, eid");
+    while (run.next()) keys.emplace_back(run.text(0));
+    if (!run.ok()) return tl::make_unexpected(db->refusal());
+  }
+  std::vector<MonivaAccount> accounts;
+  for (const auto& key : keys) {
+    if (auto account = MonivaAccount::getAccountWithPK(root, key)) accounts.push_back(std::move(*account));
+  }
+  return accounts;
 }
 
 }  // namespace moniva

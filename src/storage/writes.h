@@ -31,4 +31,19 @@ auto atomically(MVAppRoot& root, Work&& work) -> decltype(work(std::declval<Conn
   return result;
 }
 
+/// Keeps what reading found out of date, all of it or nothing. What was read is whole without, so no other
+/// program is waited for, and of what cannot be written the log alone hears. The work takes the connection
+/// and answers a Result<>.
+template <class Work>
+void keepIfFree(MVAppRoot& root, Work&& work) {
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr || db->isReadOnly()) return;
+  const int patience = db->setPatience(0);
+  Transaction transaction(*db);
+  db->setPatience(patience);
+  Result<> kept = transaction.began() ? work(*db) : tl::make_unexpected(db->refusal());
+  if (kept && !transaction.commit()) kept = tl::make_unexpected(db->refusal());
+  if (!kept) root.platform().log.line(fmt::format("== left for later: {}", kept.error().why));
+}
+
 }  // namespace moniva

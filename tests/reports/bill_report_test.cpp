@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
+#include <future>
+
 #include "calendar/date_texts.h"
 #include "model/move_all_data.h"
 #include "reports/alerts.h"
 #include "reports/bill_months.h"
 #include "reports/history.h"
+#include "storage/transaction.h"
 #include "support/household.h"
 
 namespace moniva {
@@ -41,11 +44,13 @@ class Card : public Household {
   }
   /// The columns that a bill writes into the rows of what is carried over.
   std::string carried(bool withKeys = true) {
-    return rows(fmt::format("select {}strftime('%Y-%m-%d', datetime + 7200, 'unixepoch') || ' ' || amount ||"
-                            " subcategory || category || syear || bid || ipid || (payDate = datetime) || paid"
-                            " || deleted from transactions where type = 64 and account = ? order by datetime",
-                            withKeys ? "eid || " : ""),
-                {card.pk});
+    return rows(
+        fmt::format(
+            "select {}strftime('%Y-%m-%d', datetime + 7200, 'unixepoch') || ' ' || amount ||"
+            " subcategory || category || syear || bid || ipid || (payDate = datetime) || paid"
+            " || deleted from transactions where type = 64 and account = ? and deleted = 0 order by datetime",
+            withKeys ? "eid || " : ""),
+        {card.pk});
   }
   std::string day(Date date) const { return stringOfDateForCSV(root.calendar(), date); }
 
@@ -88,7 +93,8 @@ TEST(Bills, carryWhatWasPaidTooMuch) {
   ASSERT_TRUE(s.card.updateMonthStartsOn(25));
   EXPECT_EQ(s.bill(2024, 3), "0 - 26 - 0 = 0, 26") << "5 of 10 March are February's now";
   EXPECT_EQ(
-      s.rows("select group_concat(date(datetime + 7200, 'unixepoch')) from transactions where type = 64"),
+      s.rows("select group_concat(date(datetime + 7200, 'unixepoch')) from (select * from transactions where"
+             " type = 64 and deleted = 0 order by datetime)"),
       "2024-02-25,2024-03-25,2024-04-25");
   ASSERT_TRUE(s.sql("delete from transactions where type = 64"));
   ASSERT_TRUE(s.sql("pragma user_version = 2"));
@@ -139,10 +145,19 @@ TEST(Bills, keepTheirRowsOutOfEverythingElse) {
   };
   report.getDailySummary(hear);
   s.db.drain(), s.platform.mainQueue.runPending();
-  report.stopLoadingData = true;
-  report.getDailySummary(hear);
+  {
+    std::promise<void> gate;
+    s.db.dispatchInDatabase("Gate", [&](Connection&) { gate.get_future().wait(); });
+    BillReport gone = report;
+    gone.getDailySummary(hear);
+    *gone.stopLoadingData = true;
+    report.getSummaryForDate(s.root.now(), [&](const auto& day) { heard += fmt::format(" {}", day->count); });
+    report.getRepayListFromDate(report.beginDate, report.endDate,
+                                [&](const auto& list) { heard += fmt::format(" {}", list->size()); });
+    gate.set_value();
+  }
   s.db.drain(), s.platform.mainQueue.runPending();
-  EXPECT_EQ(heard, "5/1 -10 +0 10; 6/15 -5 +50 5; partial");
+  EXPECT_EQ(heard, "5/1 -10 +0 10; 6/15 -5 +50 5; partial 2 2");
   const auto other = s.account("Other", "_DebtAccount");
   EXPECT_EQ(moveAllDataTo(s.card, other), 3);
   EXPECT_EQ(s.carried(), "");
@@ -163,6 +178,75 @@ TEST(Bills, ofNowAreWhatIsStillToBePaid) {
             "Card / April, 2024 30 25 2024/06/10");
   s.row(23, 25, "2024-06-10");
   EXPECT_TRUE(allAlertInfo(s.root)->bills.empty());
+}
+
+/// Bills close on the last day and are due on the 20th; "last, of it late, present, earlier".
+TEST(Bills, countWhatIsPaidLate) {
+  struct Case {
+    std::vector<std::tuple<int, double, std::string>> rows;
+    std::string now;
+    std::string open;
+    std::string why;
+  };
+  const Case cases[] = {
+      {{{12, 100, "2024-05-03"}, {23, 100, "2024-06-21"}}, "2024-06-22", "0, 100, 0, 0", "a day late"},
+      {{{12, 100, "2024-05-03"}, {12, 40, "2024-06-02"}, {23, 100, "2024-06-21"}},
+       "2024-06-22",
+       "0, 100, 40, 0",
+       "it is for May, not for June, which has not closed"},
+      {{{12, 100, "2024-05-03"}, {12, 40, "2024-06-02"}, {23, 100, "2024-06-21"}},
+       "2024-07-05",
+       "40, 0, 0, 0",
+       "and June is still to be paid when it has"},
+      {{{12, 200, "2024-04-03"}, {12, 120, "2024-05-03"}, {23, 100, "2024-06-10"}},
+       "2024-06-22",
+       "20, 0, 0, 200",
+       "what is paid in time is for its bill, though an older one was never paid"},
+      {{{12, 200, "2024-04-03"}, {12, 120, "2024-05-03"}, {23, 400, "2024-06-10"}},
+       "2024-06-22",
+       "0, 0, 0, 0",
+       "what is paid above a bill pays older ones"},
+  };
+  for (const auto& one : cases) {
+    Card s;
+    for (const auto& [type, amount, when] : one.rows) s.row(type, amount, when);
+    s.setClock(one.now + " 12:00:00");
+    const auto bill = getCorrentBill(s.card).value();
+    EXPECT_EQ(fmt::format("{}, {}, {}, {}", bill.lastMonthNeedReayAmount, bill.lastMonthLateAmount,
+                          bill.thisMonthNeedReayAmount, bill.earlierNeedReayAmount),
+              one.open)
+        << one.why;
+    const bool isOwed = bill.lastMonthNeedReayAmount + bill.earlierNeedReayAmount > 0;
+    EXPECT_EQ(allAlertInfo(s.root)->bills.size(), isOwed ? 1 : 0) << one.why;
+  }
+}
+
+/// Rows that another device made stay as they are, and what is no more is told to it.
+TEST(Bills, keepTheRowsOfOtherDevices) {
+  Card s;
+  s.row(12, 10, "2024-05-10"), s.row(23, 50, "2024-06-15");
+  EXPECT_EQ(s.bill(2024, 5), "10 - 0 - 50 = 0, 40");
+  const auto written = s.connection().totalChanges();
+  ASSERT_TRUE(s.sql("update transactions set datetime = datetime - 8 * 3600, payDate = 0 where type = 64"));
+  EXPECT_EQ(s.bill(2024, 5), "10 - 0 - 50 = 0, 40");
+  EXPECT_EQ(s.connection().totalChanges(), written + 1) << "made where June began eight hours earlier";
+  const auto state = [&] {
+    return s.rows(
+        "select amount || ' ' || deleted || ' ' || (editDate > 0) from transactions where type = 64");
+  };
+  ASSERT_TRUE(s.sql("update transactions set amount = 10 where type = 23"));
+  EXPECT_EQ(s.bill(2024, 5), "10 - 0 - 10 = 0, 0");
+  EXPECT_EQ(state(), "0.0 3 1");
+  ASSERT_TRUE(s.sql("update transactions set amount = 11 where type = 23"));
+  // Another program writes: the bill is read all the same, at once.
+  const auto other = Connection::open(s.connection().path(), Connection::Access::readWrite).value();
+  {
+    const Transaction writing(*other);
+    EXPECT_EQ(s.bill(2024, 5), "10 - 0 - 11 = 0, 1");
+    EXPECT_EQ(state(), "0.0 3 1");
+  }
+  EXPECT_EQ(s.bill(2024, 5), "10 - 0 - 11 = 0, 1");
+  EXPECT_EQ(state(), "1.0 0 1") << "the same row";
 }
 
 TEST(Bills, areRemindedOfUntilTheyArePaid) {
@@ -217,9 +301,11 @@ TEST(Bills, FollowFromTheRecordsAlone) {
     const std::string rows = s.carried();
     const Calendar& calendar = s.root.calendar();
     double owed = 0;
+    double open = 0;
     double charged = 0;
     for (auto bill = list.listArray.rbegin(); bill != list.listArray.rend(); ++bill) {
       owed += bill->needReayAmount;
+      open += bill->openAmount;
       charged += bill->bileAmount - bill->repayAmount;
       if (bill == list.listArray.rbegin()) continue;
       const auto& before = *(bill - 1);
@@ -231,9 +317,11 @@ TEST(Bills, FollowFromTheRecordsAlone) {
     }
     const double over = list.listArray.front().thisRepayMoreAmount;
     RC_ASSERT(std::abs(owed - over - charged) < 1e-6);
+    RC_ASSERT(std::abs(open - list.thisRepayMoreAmount - charged) < 1e-6);
+    RC_ASSERT(open == 0 || list.thisRepayMoreAmount == 0);
     RC_ASSERT(std::abs(charged + getTheTotalBalance(s.card)) < 1e-6);
 
-    // One at a time, in any order: the same to the last bit, and nothing more to write.
+    // One at a time, in any order: the same, and nothing more to write.
     const auto written = s.connection().totalChanges();
     for (const std::size_t i : *rc::gen::container<std::vector<std::size_t>>(
              6, rc::gen::inRange<std::size_t>(0, list.listArray.size()))) {
@@ -245,6 +333,10 @@ TEST(Bills, FollowFromTheRecordsAlone) {
                 bill.thisRepayMoreAmount == listed.thisRepayMoreAmount &&
                 bill.beginDate == listed.beginDate && bill.dueDate == listed.dueDate &&
                 bill.payoffBaginDate == listed.payoffBaginDate);
+      double sum = 0;
+      for (const int type : {12, 33, 34, 35})
+        sum += *BillReport(s.card).transactionSumFrom(bill.beginDate, bill.endDate, type);
+      RC_ASSERT(std::abs(sum - bill.bileAmount) < 0.005);
     }
     RC_ASSERT(s.connection().totalChanges() == written);
     RC_ASSERT(s.carried() == rows);

@@ -9,7 +9,8 @@ std::vector<CommandText> billTexts() {
        "Without an ACCOUNT all open credit accounts are listed. Of one it shows the bill of the last closed "
        "month while something is to be paid of it, else the present month; --month names another. A bill is "
        "what was charged in the month. What is paid back from the day after one due date up to the next "
-       "counts for one bill; what is paid above it counts for the next one.",
+       "counts for one bill; what is paid above it counts for the next one. What is still to be paid takes "
+       "late payments too: one made before the month closes pays what the bill before lacks.",
        {{"moniva bill", "what is to be paid, and when"},
         {"moniva bill Visa", "one bill, with what was paid back"},
         {"moniva bill Visa --month 2026-10 --charges", "a month with all that was charged"},

@@ -47,68 +47,80 @@ MonthTyped billMonthTyped(Session& session, const MonivaAccount& account, const 
 BillReportSummary billMeant(Session& session, BillReport& report, const std::string& text) {
   if (!text.empty()) {
     const auto [year, month] = billMonthTyped(session, report.monivaAccount, text);
-    return done(report.getBillForYear(year, month));
+    return done(report.getBillAsOfNow(year, month));
   }
-  auto present = done(report.getBillForDate(session.now()));
-  auto last = billBefore(session, report, present);
-  return last.needReayAmount > 0 ? last : present;
+  const auto now = done(getCorrentBill(report.monivaAccount));
+  return now.lastMonth.openAmount > 0 ? now.lastMonth : now.thisMonth;
 }
 
 /// What the bill is of: "May 26, 2024 to Jun 25, 2024, EUR, the present month".
-std::string spanText(Session& session, BillReport& report, const BillReportSummary& bill) {
+std::string billSpanText(Session& session, const MonivaAccount& account, const BillReportSummary& bill) {
   const Calendar& calendar = session.calendar();
-  const auto& account = report.monivaAccount;
   const auto span =
       fmt::format("{}, {}", periodText(session, {bill.beginDate, bill.endDate}), account.currency);
   if (isRunning(session, bill)) return session.text("{}, the present month", span);
-  const auto present = done(report.getBillForDate(session.now()));
-  const bool isLast = calendar.isSameDay(calendar.getNextDay(bill.endDate), present.beginDate);
+  const Date present = BillMonths(account).holding(session.now()).begin;
+  const bool isLast = calendar.isSameDay(calendar.getNextDay(bill.endDate), present);
   return isLast ? session.text("{}, the last closed month", span) : span;
 }
 
 std::string billStateText(Session& session, const BillReportSummary& bill) {
+  const bool isPaid = bill.openAmount <= 0;
   if (isRunning(session, bill)) {
-    return bill.repayComplete ? session.text("not closed yet, nothing to pay so far")
-                              : session.text("not closed yet");
+    return isPaid ? session.text("not closed yet, nothing to pay so far") : session.text("not closed yet");
   }
-  return bill.repayComplete ? session.text("complete") : session.text("to be paid");
+  if (!isPaid) return session.text("to be paid");
+  return bill.repayComplete ? session.text("complete") : session.text("complete, paid late");
 }
 
-void printBillFacts(Session& session, BillReport& report, const BillReportSummary& bill) {
-  const auto& account = report.monivaAccount;
+/// What is to be paid now, with what was paid for it after it was due, or here for earlier ones.
+std::string billOpenText(Session& session, const MonivaAccount& account, const BillReportSummary& bill) {
+  const auto amount = [&](double value) { return session.amounts().format(value, account.currency); };
+  const double late = difference(bill.needReayAmount, bill.openAmount);
+  if (late > 0)
+    return session.text("{}; {} was paid after the due date", amount(bill.openAmount), amount(late));
+  if (late == 0) return amount(bill.openAmount);
+  return session.text("{}; {} of what was paid went to earlier bills", amount(bill.openAmount),
+                      amount(bill.thisRepayMoreAmount - late));
+}
+
+void printBillFacts(Session& session, const MonivaAccount& account, const BillReportSummary& bill) {
   const auto amount = [&](double value) { return session.amounts().format(value, account.currency); };
   session.out() << session.style().bold(fmt::format("{} · {}", printable(account.title),
                                                     billMonthText(session, account, bill.beginDate)))
-                << "  " << session.style().dim(spanText(session, report, bill)) << "\n\n";
+                << "  " << session.style().dim(billSpanText(session, account, bill)) << "\n\n";
   Facts facts(session);
-  facts.add(session.text("Bill"), amount(bill.bileAmount));
+  const bool isRefunded = bill.bileAmount < 0;
+  facts.add(session.text("Billed"),
+            isRefunded ? session.text("{}, more came back than was charged", amount(bill.bileAmount))
+                       : amount(bill.bileAmount));
   if (bill.lastRepayMoreAmount > 0) {
     facts.add(session.text("Carried over"),
               session.text("{}, paid above the bill before", amount(bill.lastRepayMoreAmount)));
   }
   facts.add(session.text("Repaid"),
-            session.text("{}, from {}", amount(bill.repayAmount),
-                         periodText(session, {bill.payoffBaginDate, bill.payoffEndDate})));
-  facts.add(session.text("Still to pay"), amount(bill.needReayAmount));
-  if (bill.thisRepayMoreAmount > 0) {
-    facts.add(session.text("Paid above"),
+            hasNoStretch(bill)
+                ? session.text("what is paid back counts for the bill before, which is due on the same day")
+                : session.text("{}, from {}", amount(bill.repayAmount),
+                               periodText(session, {bill.payoffBaginDate, bill.payoffEndDate})));
+  facts.add(session.text("Still to pay"), billOpenText(session, account, bill));
+  if (bill.thisRepayMoreAmount > 0 && bill.openAmount <= 0) {
+    facts.add(isRefunded ? session.text("Left over") : session.text("Paid above"),
               session.text("{}, counted for the next bill", amount(bill.thisRepayMoreAmount)));
   }
   const auto due = shortDate(session, bill.dueDate);
   facts.add(session.text("Due"),
-            bill.repayComplete ? due : fmt::format("{}, {}", due, daysLeftText(session, bill.dueDate)));
+            bill.openAmount <= 0 ? due : fmt::format("{}, {}", due, daysLeftText(session, bill.dueDate)));
   facts.add(session.text("State"), billStateText(session, bill));
-  facts.print();
-}
-
-/// What was carried over to the bill and then what was paid back of it.
-std::vector<RepayLine> repaidOf(BillReport& report, const BillReportSummary& bill) {
-  auto lines = done(report.repayList(bill.beginDate, bill.endDate));
-  std::erase_if(lines, [](const RepayLine& line) { return !line.isCarried; });
-  for (auto& line : done(report.repayList(bill.payoffBaginDate, bill.payoffEndDate))) {
-    if (!line.isCarried) lines.push_back(std::move(line));
+  if (bill.earlierNeedReayAmount > 0) {
+    facts.add(session.text("Earlier bills"),
+              session.text("{} is still to be paid of them", amount(bill.earlierNeedReayAmount)));
   }
-  return lines;
+  if (const double unbilled = unbilledAmount(account); unbilled != 0) {
+    facts.add(session.text("In no bill"),
+              session.text("{} of the opening balance and corrections", amount(unbilled)));
+  }
+  facts.print();
 }
 
 json::array repaidJson(Session& session, const std::vector<RepayLine>& lines) {
@@ -147,18 +159,19 @@ void showBill(Session& session, const BillOptions& options) {
   BillReport report(creditAccountNamed(session, options.account));
   const auto& account = report.monivaAccount;
   const auto bill = billMeant(session, report, options.month);
-  const auto repaid = repaidOf(report, bill);
+  const auto repaid = done(report.repaymentsOf(bill));
   std::vector<MVTransaction> charges;
   if (options.charges) charges = done(report.chargeList(bill.beginDate, bill.endDate));
   TransactionRows rows(session);
   for (const auto& charge : charges) rows.add(charge);
   if (session.options().json) {
     auto object = jsonOf(session, account, bill);
+    object["unbilledAmount"] = unbilledAmount(account);
     object["repayList"] = repaidJson(session, repaid);
     if (options.charges) object["chargeList"] = rows.takeJson();
     return session.printJson(object);
   }
-  printBillFacts(session, report, bill);
+  printBillFacts(session, account, bill);
   printRepaid(session, account, repaid);
   if (!options.charges) return;
   session.out() << '\n' << session.style().bold(session.text("Charged")) << '\n';
@@ -183,7 +196,7 @@ void printBillTable(Session& session, const MonivaAccount& account, const BillRe
     return value == 0 ? std::string() : session.amounts().formatPlain(value, account.currency);
   };
   Table table({{.title = session.text("Month")},
-               {.title = session.text("Bill"), .align = Align::right},
+               {.title = session.text("Billed"), .align = Align::right},
                {.title = hasBars ? " " : ""},
                {.title = session.text("Carried over"), .align = Align::right},
                {.title = session.text("Repaid"), .align = Align::right},
@@ -191,23 +204,36 @@ void printBillTable(Session& session, const MonivaAccount& account, const BillRe
                {.title = session.text("Paid above"), .align = Align::right},
                {.title = session.text("Due"), .isWhole = true},
                {.title = ""}});
+  // The columns take each payment for the bill of its stretch; where that is not what is left, it is said.
+  const auto leftText = [&](const BillReportSummary& bill) {
+    const auto days = daysLeftText(session, bill.dueDate);
+    return bill.openAmount == bill.needReayAmount
+               ? days
+               : session.text("{}, {} left", days, amount(bill.openAmount));
+  };
   BillReportSummary sum;
   for (const auto& bill : list.listArray) {
-    const auto state = bill.repayComplete
-                           ? (isRunning(session, bill) ? session.text("so far") : session.text("complete"))
-                           : daysLeftText(session, bill.dueDate);
+    const bool isPaid = bill.openAmount <= 0;
+    const auto state = !isPaid                    ? leftText(bill)
+                       : !bill.repayComplete      ? session.text("paid late")
+                       : isRunning(session, bill) ? session.text("so far")
+                                                  : session.text("complete");
     table.addRow({billMonthText(session, account, bill.beginDate),
                   session.amounts().formatPlain(bill.bileAmount, account.currency),
                   Cell(hasBars ? bar(bill.bileAmount, list.maxBillAmount, kCellsOfBar) : "", ink::dim),
                   amount(bill.lastRepayMoreAmount), amount(bill.repayAmount), amount(bill.needReayAmount),
                   amount(bill.thisRepayMoreAmount), shortDate(session, bill.dueDate),
-                  Cell(state, bill.repayComplete ? ink::dim : daysLeftInk(session, bill.dueDate))});
+                  Cell(state, isPaid ? ink::dim : daysLeftInk(session, bill.dueDate))});
     sum.bileAmount = withoutNoise(sum.bileAmount + bill.bileAmount);
     sum.repayAmount = withoutNoise(sum.repayAmount + bill.repayAmount);
-    sum.needReayAmount = withoutNoise(sum.needReayAmount + bill.needReayAmount);
+    sum.openAmount = withoutNoise(sum.openAmount + bill.openAmount);
+  }
+  if (const double earlier = list.listArray.back().earlierNeedReayAmount; earlier > 0) {
+    table.addRow({session.text("Earlier bills"), "", "", "", "", amount(earlier)});
+    sum.openAmount = withoutNoise(sum.openAmount + earlier);
   }
   table.addTotal({session.text("Total"), session.amounts().formatPlain(sum.bileAmount, account.currency), "",
-                  "", amount(sum.repayAmount), amount(sum.needReayAmount)});
+                  "", amount(sum.repayAmount), amount(sum.openAmount), amount(list.thisRepayMoreAmount)});
   session.out() << session.style().bold(session.text("Bills of {}", printable(account.title))) << "  "
                 << session.style().dim(account.currency) << "\n\n"
                 << table.render(session.style(), session.width());
@@ -218,7 +244,7 @@ void listBills(Session& session, const BillOptions& options) {
   const auto& account = report.monivaAccount;
   MonthTyped last;
   if (options.month.empty()) {
-    const auto present = done(report.getBillForDate(session.now()));
+    const auto present = BillMonths(account).holding(session.now());
     last = {present.year, present.month};
   } else {
     last = billMonthTyped(session, account, options.month);
@@ -235,58 +261,89 @@ json::object jsonOf(Session& session, const MonivaAccount& account, const Corren
   const Calendar& calendar = session.calendar();
   return {{"account", {{"pk", account.pk}, {"title", account.title}}},
           {"currency", account.currency},
-          {"lastBeginDate", isoDate(session, calendar.dateBegin(bill.lastBeginDate))},
-          {"lastEndDate", isoDate(session, calendar.dateEnd(bill.lastEndDate))},
+          {"lastBeginDate", isoDate(session, calendar.dateBegin(bill.lastMonth.beginDate))},
+          {"lastEndDate", isoDate(session, calendar.dateEnd(bill.lastMonth.endDate))},
           {"lastDueDate", isoDate(session, calendar.dateBegin(bill.lastDueDate))},
           {"dueDate", isoDate(session, calendar.dateBegin(bill.dueDate))},
           {"lastMonthBileAmount", bill.lastMonthBileAmount},
           {"lastMonthNeedReayAmount", bill.lastMonthNeedReayAmount},
           {"thisMonthBileAmount", bill.thisMonthBileAmount},
-          {"thisMonthNeedReayAmount", bill.thisMonthNeedReayAmount}};
+          {"thisMonthNeedReayAmount", bill.thisMonthNeedReayAmount},
+          {"lastMonthLateAmount", bill.lastMonthLateAmount},
+          {"earlierNeedReayAmount", bill.earlierNeedReayAmount},
+          {"unbilledAmount", unbilledAmount(account)}};
 }
+
+/// What is said beside the last closed bill.
+std::string lastBillText(Session& session, const MonivaAccount& account, const CorrentBill& bill) {
+  const bool isLate = bill.lastMonthLateAmount > 0;
+  if (bill.lastMonthNeedReayAmount <= 0) return isLate ? session.text("paid late") : session.text("complete");
+  const auto days = daysLeftText(session, bill.lastDueDate);
+  if (!isLate) return days;
+  return session.text("{}, {} was paid after the due date", days,
+                      session.amounts().format(bill.lastMonthLateAmount, account.currency));
+}
+
+/// What is to be paid of the open credit accounts in one currency.
+struct BillsSum {
+  double open = 0;
+  double earlier = 0;
+  double present = 0;
+  int accounts = 0;
+};
 
 /// Where every open credit account stands.
 void showBills(Session& session, bool csv) {
-  json::array array;
+  const auto accounts = creditAccountsNow(session);
+  if (csv || session.options().json) {
+    json::array array;
+    for (const auto& [account, bill] : accounts) array.push_back(jsonOf(session, account, bill));
+    return csv ? printCsv(session, array) : session.printJson(array);
+  }
+  if (accounts.empty()) {
+    return session.say(
+        session.text("There is no open credit account. Add one with: moniva account add NAME --type debt"));
+  }
+  const bool hasEarlier =
+      std::ranges::any_of(accounts, [](const auto& one) { return one.second.earlierNeedReayAmount > 0; });
   Table table({{.title = session.text("Account")},
                {.title = session.text("Last bill"), .align = Align::right},
                {.title = session.text("Due"), .isWhole = true},
                {.title = session.text("Still to pay"), .align = Align::right},
+               {.title = hasEarlier ? session.text("Earlier bills") : "", .align = Align::right},
                {.title = session.text("This month so far"), .align = Align::right},
                {.title = ""}});
-  struct Sum {
-    double open = 0;
-    double present = 0;
-    int accounts = 0;
-  };
-  std::map<std::string, Sum> sums;
-  for (const auto& account : openCreditAccounts(session)) {
-    const auto bill = done(getCorrentBill(account));
-    array.push_back(jsonOf(session, account, bill));
-    const auto amount = [&](double value) { return session.amounts().format(value, account.currency); };
+  std::map<std::string, BillsSum> sums;
+  for (const auto& [account, bill] : accounts) {
+    const auto amount = [&, of = &account](double value) {
+      return session.amounts().format(value, of->currency);
+    };
     const bool isPaid = bill.lastMonthNeedReayAmount <= 0;
     const Ink ink = isPaid ? ink::dim : daysLeftInk(session, bill.lastDueDate);
+    const double earlier = bill.earlierNeedReayAmount;
     table.addRow({account.title, amount(bill.lastMonthBileAmount),
                   Cell(shortDate(session, bill.lastDueDate), ink), amount(bill.lastMonthNeedReayAmount),
-                  amount(bill.thisMonthBileAmount),
-                  Cell(isPaid ? session.text("complete") : daysLeftText(session, bill.lastDueDate), ink)});
+                  Cell(earlier > 0 ? amount(earlier) : "", ink::yellow), amount(bill.thisMonthBileAmount),
+                  Cell(lastBillText(session, account, bill), ink)});
     auto& sum = sums[account.currency];
     sum.open = withoutNoise(sum.open + bill.lastMonthNeedReayAmount);
+    sum.earlier = withoutNoise(sum.earlier + earlier);
     sum.present = withoutNoise(sum.present + bill.thisMonthBileAmount);
     ++sum.accounts;
-  }
-  if (csv) return printCsv(session, array);
-  if (session.options().json) return session.printJson(array);
-  if (table.empty()) {
-    return session.say(
-        session.text("There is no open credit account. Add one with: moniva account add NAME --type debt"));
   }
   for (const auto& [currency, sum] : sums) {
     if (sum.accounts < 2) continue;
     table.addTotal({session.text("Total"), "", "", session.amounts().format(sum.open, currency),
+                    hasEarlier ? session.amounts().format(sum.earlier, currency) : std::string(),
                     session.amounts().format(sum.present, currency)});
   }
   session.out() << table.render(session.style(), session.width());
+  for (const auto& [account, bill] : accounts) {
+    const double unbilled = unbilledAmount(account);
+    if (unbilled == 0) continue;
+    session.say(session.text("{} of the opening balance and corrections of '{}' is in no bill.",
+                             session.amounts().format(unbilled, account.currency), printable(account.title)));
+  }
 }
 
 constexpr const char* kCreditAccount = toTranslate("Name of the credit account");

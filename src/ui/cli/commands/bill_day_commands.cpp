@@ -1,6 +1,7 @@
 #include <boost/json.hpp>
 #include <charconv>
 
+#include "reports/bill_months.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/commands/bill_commands.h"
@@ -58,19 +59,18 @@ int dueDayTyped(const std::string& due) {
 void showBillDays(Session& session, const BillDayOptions& options) {
   auto account = creditAccountNamed(session, options.account);
   if (session.options().json) return session.printJson(jsonNow(session, account));
-  BillReport report(account);
-  const auto bill = done(report.getBillForDate(session.now()));
+  const BillMonths months(account);
+  const auto present = months.holding(session.now());
   Facts facts(session);
   facts.add(session.text("Account"), account.title);
   facts.add(session.text("Bills close on"), closingDayText(session, account));
   facts.add(session.text("Bills are due on"), dueDayText(session, account));
   facts.add(session.text("Present month"),
-            fmt::format("{}, {}", billMonthText(session, account, bill.beginDate),
-                        periodText(session, {bill.beginDate, bill.endDate})));
-  facts.add(session.text("Next closing"), shortDate(session, bill.endDate));
-  facts.add(session.text("Last bill is due on"),
-            shortDate(session, billBefore(session, report, bill).dueDate));
-  facts.add(session.text("Present bill is due on"), shortDate(session, bill.dueDate));
+            fmt::format("{}, {}", billMonthText(session, account, present.begin),
+                        periodText(session, {present.begin, present.end})));
+  facts.add(session.text("Next closing"), shortDate(session, present.end));
+  facts.add(session.text("Last bill is due on"), shortDate(session, months.before(present).due));
+  facts.add(session.text("Present bill is due on"), shortDate(session, present.due));
   facts.print();
 }
 
@@ -85,13 +85,13 @@ void setBillDays(Session& session, const BillDayOptions& options) {
   changeRow(session, kAccountKind, options.account, [&](MonivaAccount& account) {
     if (starts) done(account.updateMonthStartsOn(*starts));
     if (due) done(account.updateDueDay(*due));
-    const auto bill = done(BillReport(account).getBillForDate(session.now()));
+    const auto present = BillMonths(account).holding(session.now());
     return session.text(
         "Bills of '{}' close on {} and are due on {}. The present month, {}, closes on {}; its bill is due "
         "on {}.",
         account.title, closingDayText(session, account), dueDayText(session, account),
-        billMonthText(session, account, bill.beginDate), shortDate(session, bill.endDate),
-        shortDate(session, bill.dueDate));
+        billMonthText(session, account, present.begin), shortDate(session, present.end),
+        shortDate(session, present.due));
   });
 }
 

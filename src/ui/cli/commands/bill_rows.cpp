@@ -1,9 +1,10 @@
 #include "ui/cli/commands/bill_rows.h"
 
 #include <boost/json.hpp>
+#include <cstdlib>
 
 #include "calendar/day_texts.h"
-#include "model/transaction_type.h"
+#include "model/entry_checks.h"
 #include "ui/cli/command_error.h"
 #include "ui/cli/commands/account_rows.h"
 #include "ui/cli/records.h"
@@ -38,15 +39,21 @@ MonivaAccount creditAccountNamed(Session& session, const std::string& name) {
   return account;
 }
 
-std::vector<MonivaAccount> openCreditAccounts(Session& session) {
-  auto accounts = MonivaAccount::list(session.root(), kAccountKind);
-  std::erase_if(accounts,
-                [](const MonivaAccount& account) { return !account.isDebtAccount() || !account.enabled; });
-  return accounts;
-}
-
-BillReportSummary billBefore(Session& session, BillReport& report, const BillReportSummary& bill) {
-  return done(report.getBillForDate(session.calendar().getPreviouslyDay(bill.beginDate)));
+std::vector<std::pair<MonivaAccount, CorrentBill>> creditAccountsNow(Session& session) {
+  std::vector<std::pair<MonivaAccount, CorrentBill>> read;
+  Result<> readAll;
+  for (auto& account : done(openCreditAccounts(session.root()))) {
+    auto bill = getCorrentBill(account);
+    if (bill) {
+      read.emplace_back(std::move(account), std::move(*bill));
+      continue;
+    }
+    session.complain(session.text("The bills of '{}' cannot be read: {}", printable(account.title),
+                                  bill.error().phrase->in(session.translate())));
+    readAll = tl::make_unexpected(bill.error());
+  }
+  if (!readAll && read.empty()) done(std::move(readAll));
+  return read;
 }
 
 bool isRunning(const Session& session, const BillReportSummary& bill) {
@@ -73,14 +80,24 @@ Ink daysLeftInk(const Session& session, Date dueDate) {
 }
 
 std::string closingDayText(const Session& session, const MonivaAccount& account) {
-  const int start = account.monthStartsOn;
-  if (start == 1 || start == -1) return session.text("the last day of the month");
-  return session.text("day {}", (start > 0 ? start : -start) - 1);
+  constexpr int kFirstThatDrifts = 29;
+  const int start = std::abs(account.monthStartsOn);
+  if (start == 1) return session.text("the last day of the month");
+  if (start >= kFirstThatDrifts) return session.text("about day {}, after a short month another", start - 1);
+  return session.text("day {}", start - 1);
 }
 
 std::string dueDayText(const Session& session, const MonivaAccount& account) {
   const int day = account.dueDay();
   return day == 0 ? session.text("the 20th day after closing") : session.text("day {}", day);
+}
+
+double unbilledAmount(const MonivaAccount& account) {
+  return withoutNoise(account.beginBalance + account.adjustBalance);
+}
+
+bool hasNoStretch(const BillReportSummary& bill) {
+  return bill.payoffBaginDate > bill.payoffEndDate;
 }
 
 json::object jsonOf(Session& session, const MonivaAccount& account, const BillReportSummary& bill) {
@@ -93,14 +110,17 @@ json::object jsonOf(Session& session, const MonivaAccount& account, const BillRe
     object["beginDate"] = isoDate(session, calendar.dateBegin(bill.beginDate));
     object["endDate"] = isoDate(session, calendar.dateEnd(bill.endDate));
     object["dueDate"] = isoDate(session, calendar.dateBegin(bill.dueDate));
-    object["payoffBaginDate"] = isoDate(session, calendar.dateBegin(bill.payoffBaginDate));
-    object["payoffEndDate"] = isoDate(session, calendar.dateEnd(bill.payoffEndDate));
+    const auto stretch = [&](Date date) { return hasNoStretch(bill) ? std::nullopt : std::optional(date); };
+    object["payoffBaginDate"] = isoDate(session, stretch(calendar.dateBegin(bill.payoffBaginDate)));
+    object["payoffEndDate"] = isoDate(session, stretch(calendar.dateEnd(bill.payoffEndDate)));
     object["bileAmount"] = bill.bileAmount;
     object["repayAmount"] = bill.repayAmount;
     object["needReayAmount"] = bill.needReayAmount;
     object["lastRepayMoreAmount"] = bill.lastRepayMoreAmount;
     object["thisRepayMoreAmount"] = bill.thisRepayMoreAmount;
     object["repayComplete"] = bill.repayComplete;
+    object["openAmount"] = bill.openAmount;
+    object["earlierNeedReayAmount"] = bill.earlierNeedReayAmount;
     return object;
   }
   json::array list;
@@ -112,15 +132,15 @@ json::object jsonOf(Session& session, const MonivaAccount& account, const BillRe
 }
 
 std::vector<OpenBill> billsDueBefore(Session& session, Date end) {
+  using Kind = OpenBill::Kind;
   std::vector<OpenBill> open;
-  for (const auto& account : openCreditAccounts(session)) {
-    const auto now = done(getCorrentBill(account));
-    BillReport report(account);
-    const auto take = [&](double needed, Date due, Date day, bool isRunning) {
-      if (needed > 0 && due < end) open.push_back({account, done(report.getBillForDate(day)), isRunning});
+  for (const auto& [account, now] : creditAccountsNow(session)) {
+    const auto take = [&, of = &account](Kind kind, const BillReportSummary& bill, double amount, Date due) {
+      if (amount > 0 && due < end) open.push_back({kind, *of, bill, amount, due});
     };
-    take(now.lastMonthNeedReayAmount, now.lastDueDate, now.lastBeginDate, false);
-    take(now.thisMonthNeedReayAmount, now.dueDate, session.now(), true);
+    take(Kind::earlier, {}, now.earlierNeedReayAmount, now.earlierDueDate);
+    take(Kind::closed, now.lastMonth, now.lastMonthNeedReayAmount, now.lastDueDate);
+    take(Kind::running, now.thisMonth, now.thisMonthNeedReayAmount, now.dueDate);
   }
   return open;
 }

@@ -48,7 +48,7 @@ struct DueEntry {
     const int type = recordTypeOf(line->row);
     return type == kind::kIncome || type == kind::kExpense ? type : 0;
   }
-  double amount() const { return open ? open->bill.needReayAmount : line->row.amount; }
+  double amount() const { return open ? open->amount : line->row.amount; }
 };
 
 std::string currencyOfDue(Session& session, const DueEntry& entry) {
@@ -118,8 +118,8 @@ std::vector<DueEntry> entriesDue(Session& session, const DueOptions& options, Da
   }
   if (!options.book.empty() || options.csv) return entries;
   for (auto& open : billsDueBefore(session, end)) {
-    const bool isReminded = reminders.hasOne(open.account.pk, open.bill.dueDate);
-    const Date date = open.bill.dueDate;
+    const Date date = open.dueDate;
+    const bool isReminded = reminders.hasOne(open.account.pk, date);
     entries.push_back({date, std::nullopt, std::move(open), isReminded});
   }
   std::ranges::stable_sort(entries, {}, &DueEntry::date);
@@ -136,7 +136,9 @@ std::string marksOfDue(Session& session, const DueEntry& entry) {
   if (calendar.isHistory(entry.date, session.now())) mark(session.text("overdue"));
   if (calendar.isToday(entry.date, session.now())) mark(session.text("today"));
   if (entry.line) mark(entry.line->mark.value_or(""));
-  if (entry.open) mark(entry.open->isRunning ? session.text("bill so far") : session.text("bill"));
+  if (entry.open) {
+    mark(entry.open->kind == OpenBill::Kind::running ? session.text("bill so far") : session.text("bill"));
+  }
   if (entry.isReminded) mark(session.text("reminded"));
   return marks;
 }
@@ -144,13 +146,17 @@ std::string marksOfDue(Session& session, const DueEntry& entry) {
 std::vector<Cell> dueCells(Session& session, const DueEntry& entry, const Ink& ink) {
   const Cell date(shortDate(session, entry.date), ink);
   if (entry.open) {
-    const auto& [account, bill, isRunning] = *entry.open;
+    const auto& open = *entry.open;
+    const auto what =
+        open.kind == OpenBill::Kind::earlier
+            ? session.text("Earlier bills")
+            : session.text("Bill of {}", billMonthText(session, open.account, open.bill.beginDate));
     return {"",
             date,
-            session.text("Bill of {}", billMonthText(session, account, bill.beginDate)),
+            what,
             "",
-            printable(account.title),
-            session.amounts().format(bill.needReayAmount, account.currency)};
+            printable(open.account.title),
+            session.amounts().format(open.amount, open.account.currency)};
   }
   const auto& row = entry.line->row;
   const auto& holder = row.paymentAccount ? row.paymentAccount : row.bookAccount;
@@ -195,6 +201,14 @@ void printDueTable(Session& session, const std::vector<DueEntry>& entries) {
   session.out() << table.render(session.style(), session.width());
 }
 
+json::object openBillJson(Session& session, const OpenBill& open) {
+  if (open.kind != OpenBill::Kind::earlier) return jsonOf(session, open.account, open.bill);
+  return {{"account", {{"pk", open.account.pk}, {"title", open.account.title}}},
+          {"currency", open.account.currency},
+          {"dueDate", isoDate(session, session.calendar().dateBegin(open.dueDate))},
+          {"earlierNeedReayAmount", open.amount}};
+}
+
 json::object recordJson(Session& session, const MVTransaction& row) {
   auto object = jsonOf(session, row);
   object["repeat"] = row.type() == kind::kRepeatSeed ? row.repeat : std::string();
@@ -215,12 +229,11 @@ DueJson dueJson(Session& session, const std::vector<DueEntry>& entries) {
   DueJson made;
   for (const auto& entry : entries) {
     countDue(session, made.sums, entry);
-    auto object = entry.open ? jsonOf(session, entry.open->account, entry.open->bill)
-                             : recordJson(session, entry.line->row);
+    auto object = entry.open ? openBillJson(session, *entry.open) : recordJson(session, entry.line->row);
     object["isOverdue"] = session.calendar().isHistory(entry.date, session.now());
     object["runningTotal"] = made.sums[currencyOfDue(session, entry)].net();
     object["isReminded"] = entry.isReminded;
-    if (entry.open) object["isRunning"] = entry.open->isRunning;
+    if (entry.open) object["isRunning"] = entry.open->kind == OpenBill::Kind::running;
     (entry.open ? made.bills : made.transactions).push_back(std::move(object));
   }
   return made;

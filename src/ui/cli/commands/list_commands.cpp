@@ -264,6 +264,7 @@ json::array alertsJson(Session& session, const AlertInfo& alerts) {
                      {"currency", bill.currency},
                      {"lastMonthBileAmount", bill.lastMonthBileAmount},
                      {"needReayAmount", bill.needReayAmount},
+                     {"earlierNeedReayAmount", bill.earlierNeedReayAmount},
                      {"beginDate", isoDate(session, bill.beginDate)},
                      {"endDate", isoDate(session, session.calendar().dateEnd(bill.endDate))},
                      {"dueDate", isoDate(session, bill.dueDate)}});
@@ -297,12 +298,19 @@ void listAlerts(Session& session, const HistoryOptions& options) {
                 session.calendar().isHistory(date, session.now()) ? ink::yellow : ink::plain);
   };
   for (const auto& bill : alerts.bills) {
-    table.addRow(
-        {"", day(bill.dueDate), printable(bill.text),
-         session.amounts().format(bill.needReayAmount, bill.currency),
-         Cell(bill.needReayAmount < bill.lastMonthBileAmount ? session.text("left of last month's bill")
-                                                             : session.text("bill of last month"),
-              ink::dim)});
+    const auto add = [&, of = &bill](Date due, const std::string& what, double amount,
+                                     const std::string& mark) {
+      table.addRow({"", day(due), printable(what), session.amounts().format(amount, of->currency),
+                    Cell(mark, ink::dim)});
+    };
+    if (bill.earlierNeedReayAmount > 0) {
+      add(bill.earlierDueDate, bill.title, bill.earlierNeedReayAmount, session.text("left of earlier bills"));
+    }
+    if (bill.needReayAmount > 0) {
+      add(bill.dueDate, bill.text, bill.needReayAmount,
+          bill.needReayAmount < bill.lastMonthBileAmount ? session.text("left of last month's bill")
+                                                         : session.text("bill of last month"));
+    }
   }
   for (const auto& due : alerts.installments) {
     const auto waiting =

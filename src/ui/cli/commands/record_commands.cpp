@@ -65,7 +65,8 @@ bool isReckoned(const MVTransaction& row) {
 void addDays(Session& session, const MVTransaction& row, Facts& facts) {
   Connection* db = session.root().db().getDatabase();
   const bool isRange = row.type() == kind::kOneTimeBudget;
-  if (db == nullptr || (!isRange && row.type() != kind::kMonthlyBudget && !isReckoned(row))) {
+  const bool isMonth = row.type() == kind::kMonthlyBudget || row.type() == kind::kBudgetCarry;
+  if (db == nullptr || (!isRange && !isMonth)) {
     return facts.add(session.text("Date"), dateText(session, row.datetime));
   }
   Run run = db->query("select syear, smonth, repeat_end_date from transactions where eid = ?", {row.eid});
@@ -94,7 +95,9 @@ void showOther(Session& session, const MVTransaction& row) {
   if (!row.categoryString.empty()) facts.add(session.text("Category"), row.categoryString);
   if (row.paymentAccount) facts.add(session.text("Account"), row.paymentAccount->title);
   if (row.bookAccount) facts.add(session.text("Book"), row.bookAccount->title);
-  if (const auto& note = kept ? kept->note : row.noteString; !note.empty()) {
+  // What is carried over is called by its kind.
+  const bool isNamed = row.type() == kind::kOverpayment;
+  if (const auto& note = kept ? kept->note : row.noteString; !note.empty() && !isNamed) {
     facts.add(session.text("Note"), note);
   }
   if (row.deleted != 0) facts.add(session.text("State"), session.text("deleted"));
