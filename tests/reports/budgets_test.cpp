@@ -48,21 +48,25 @@ TEST(Budgets, carryWhatIsLeftFromMonthToMonth) {
   EXPECT_FALSE(getMonthlyBudgetForYear(*us.home, 2024, 13));
 }
 
-TEST(Budgets, carryNothingOfTheNoiseOfDoubles) {
+TEST(Budgets, carryNothingOfTheNoiseOfNumbers) {
   Budgeting us;
-  us.monthly(2024, 4, 0.8, true);
+  us.monthly(2024, 2, 0.8, true);
+  us.monthly(2024, 3, 1, true);
   us.monthly(2024, 6, 100);
-  us.row(12, 0.1, "2024-04-02");
-  us.row(12, 0.7, "2024-04-03");
-  us.row(12, 0.8, "2024-05-03");
+  us.row(12, 0.1, "2024-02-02");
+  us.row(12, 0.7, "2024-02-03");
+  EXPECT_EQ(us.ofMonth(2024, 3)->lastMonthRolloverAmount, 0) << "of doubles";
+  us.row(12, 0.9, "2024-03-03");
+  us.row(12, 0.4, "2024-04-03");
+  us.row(12, 1.7, "2024-05-03");
   us.row(12, 150, "2024-06-03");
-  EXPECT_EQ(us.main().lastMonthRolloverAmount, 0);
+  EXPECT_EQ(us.main().lastMonthRolloverAmount, 0) << "of single precision";
   EXPECT_EQ(us.main().leftAmount, -50) << "nothing is carried in";
-  us.sql("update transactions set amount = 34.1 where amount = 0.8 and type = 61");
-  us.sql("update transactions set amount = 1000000000.01 where amount = 100");
+  us.sql("update transactions set amount = 34.2 where type = 61 and smonth = 3");
+  us.sql("update transactions set amount = 1000000000.01 where type = 61 and smonth = 6");
   std::vector<double> left;
   for (const auto& month : *us.history().months()) left.push_back(month.remaining);
-  EXPECT_EQ(left, (std::vector{33.3, 66.6, 999999916.61})) << "rounded where it is carried";
+  EXPECT_EQ(left, (std::vector{0.0, 33.3, 67.1, 99.6, 999999949.61})) << "rounded where it is carried";
 }
 
 TEST(Budgets, keepToTheMonthsOfTheBook) {
