@@ -105,11 +105,9 @@ Result<std::optional<SwitchedOff>> switchedOff(Connection& db, const MonivaAccou
       "select type, amount, paid, syear, smonth, datetime, repeat_end_date, editDate from transactions as"
       " own where (type = 60 or type = 61) and book = ?1 and deleted = 3 and coalesce(ipid, '') in ('', ?2)"
       " and not exists (select 1 from transactions as other where other.book = ?1 and other.type = own.type"
-      " and other.deleted = 4 and other.editDate > own.editDate and (own.type = 60 or (other.syear, "
-      "other.smonth)"
-      " >= (own.syear, own.smonth))) and not exists (select 1 from transactions"
-      " as live where live.book = ?1 and live.type = 60 and live.deleted = 0) order by editDate desc, eid"
-      " desc",
+      " and other.deleted = 4 and other.editDate > own.editDate and (own.type = 60 or (other.syear,"
+      " other.smonth) >= (own.syear, own.smonth))) and not exists (select 1 from transactions as live where"
+      " live.book = ?1 and live.type = 60 and live.deleted = 0) order by editDate desc, eid desc",
       {book.pk, budget_mark::kSwitchedOff});
   while (run.next()) {
     const SwitchedOff row{static_cast<int>(run.integer(0)),

@@ -72,15 +72,6 @@ class Budgeting : public Household {
         {type, home->pk});
   }
   BudgetHistoricalRemaining history() { return BudgetHistoricalRemaining(*home); }
-  /// Off at one moment and on at another.
-  void offAndOn(
-      const std::string& off, const std::string& on, const std::function<void()>& between = [] {}) {
-    setClock(off);
-    done(setBudgetOpened(*home, false));
-    between();
-    setClock(on);
-    done(setBudgetOpened(*home, true));
-  }
   std::int64_t writes() { return connection().totalChanges(); }
 };
 
