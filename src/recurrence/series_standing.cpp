@@ -27,7 +27,8 @@ Result<> checkMakes(const MVTransaction& seed) {
   if (const auto rule = ruleOf(*stored); !rule) return tl::make_unexpected(rule.error());
   Result<> checked = stored->checkKind();
   if (checked) {
-    checked = checkSeriesDate(root.calendar(), stored->datetime <= kEarliestBegin ? Date{} : stored->datetime);
+    checked =
+        checkSeriesDate(root.calendar(), stored->datetime <= kEarliestBegin ? Date{} : stored->datetime);
   }
   if (!checked) return checked;
   const auto maker = OccurrenceMaker::of(root, *stored);

@@ -148,7 +148,8 @@ std::vector<CommandText> bookTexts() {
        {{"moniva account profit \"Bus card\" off", ""}}},
       {"account reminders",
        "choose whether repayments of a debt account are reminded of",
-       "Reminders come five and three days before a bill is due and on the day, as long as something of it is "
+       "Reminders come five and three days before a bill is due and on the day, as long as something of it "
+       "is "
        "to be paid; see: moniva reminder list",
        {{"moniva account reminders \"Credit card\" on", ""}}},
       {"account order",
