@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <boost/json.hpp>
+#include <functional>
+#include <limits>
 
 #include "calendar/date_texts.h"
 #include "ui/cli/commands/budget_commands.h"
@@ -180,6 +182,8 @@ struct BudgetColumn {
 };
 
 void printAllBudgets(Session& session, const std::vector<BookBudget>& budgets) {
+  const std::string period = session.text("Period");
+  const std::string carriedIn = session.text("Carried in");
   std::vector<BudgetColumn> columns;
   const auto add = [&](Column heading, const std::function<Cell(const BookBudget&)>& cellOf) {
     auto& column = columns.emplace_back(BudgetColumn{std::move(heading), {}});
@@ -195,13 +199,13 @@ void printAllBudgets(Session& session, const std::vector<BookBudget>& budgets) {
                   isInk ? inkOfLeft(*amount) : Ink(ink::plain));
     });
   };
-  add({.title = session.text("Book"), .isWhole = true},
+  add({.title = session.text("Book")},
       [](const BookBudget& budget) { return Cell(printable(budget.book.title)); });
-  add({.title = session.text("Period"), .isWhole = true}, [&](const BookBudget& budget) {
+  add({.title = period}, [&](const BookBudget& budget) {
     return Cell(periodText(session, {budget.budgetBeginDate, budget.budgetEndDate}), ink::dim);
   });
   addAmount(session.text("Budget"), [](const BookBudget& budget) { return budget.amount; });
-  addAmount(session.text("Carried in"), [](const BookBudget& budget) {
+  addAmount(carriedIn, [](const BookBudget& budget) {
     const double carried = budget.lastMonthRolloverAmount;
     return carried == 0 ? std::nullopt : std::optional(carried);
   });
@@ -216,13 +220,20 @@ void printAllBudgets(Session& session, const std::vector<BookBudget>& budgets) {
       true);
 
   std::erase_if(columns, [](const BudgetColumn& column) { return column.isBlank(); });
-  const auto used = [&] {
-    std::size_t sum = 0;
-    for (const auto& column : columns) sum += column.width();
+  const auto used = [&](std::size_t mostOfBook = std::numeric_limits<std::size_t>::max()) {
+    std::size_t sum = std::min(columns.front().width(), mostOfBook);
+    for (std::size_t i = 1; i < columns.size(); ++i) sum += columns[i].width();
     return sum;
   };
-  // The days of a budget are where there is room for them: most end with the month.
-  if (used() - 2 > session.width()) columns.erase(columns.begin() + 1);
+  const auto dropIfPast = [&](std::size_t cells, const std::string& title) {
+    if (cells - 2 <= session.width()) return;
+    std::erase_if(columns, [&](const BudgetColumn& column) { return column.heading.title == title; });
+  };
+  // The days of a budget are there where there is room: most end with the month. What was carried in is in
+  // what is left, and goes before the names are cut to nothing.
+  constexpr std::size_t kFewCells = 16;
+  dropIfPast(used(), period);
+  dropIfPast(used(kFewCells), carriedIn);
   const auto cells = cellsForBar(session, used());
   add({.title = ""},
       [&](const BookBudget& budget) { return spentBar(budget.monivaAmount, budget.amount, cells); });
