@@ -43,8 +43,10 @@ std::vector<BillCarryChange> billCarryChanges(const MonivaAccount& account, cons
     ours.insert(eid);
     const auto found = rows.find(eid);
     if (found == rows.end()) {
+      // Nothing is carried into the first.
+      if (carried <= 0) continue;
       const bool isNear = i + 1 >= chain.bills.size() || chain.bills[i - 1].month.begin <= known;
-      if (carried > 0 && isNear) changes.push_back({std::move(eid), carried, month.begin});
+      if (isNear) changes.push_back({std::move(eid), carried, month.begin});
       continue;
     }
     const CarryRow& row = *found->second;

@@ -12,7 +12,8 @@ std::vector<CommandText> budgetTexts() {
        "the month. What may be spent today is that, shared out over the days to its end. Where something "
        "was carried in, or instalments are still expected, a line says what is left with everything counted "
        "once: availableAmount in --json. There leftAmount leaves out what was carried in; once the month's "
-       "own amount is used up, it is what was carried in and what was overspent, added together.",
+       "own amount is used up, it is what was carried in and what was overspent, added together; and "
+       "todayAvailableAmount goes by leftAmount.",
        {{"moniva budget set 400 --carry", "400 a month; what is left goes into the next"},
         {"moniva budget", "how this month stands"},
         {"moniva budget history", "how the months before went"}}},
@@ -70,11 +71,13 @@ std::vector<CommandText> budgetTexts() {
        {{"moniva budget history delete 2024-03 --yes", ""}}},
       {"budget history restart",
        "recalculate the remainder starting from this month",
-       "Nothing is carried into it; what was before is set aside.",
+       "The history begins anew with that month: nothing is carried into it. The months before are set "
+       "aside.",
        {{"moniva budget history restart 2024-01", "a new beginning with the year"}}},
       {"budget history restore",
        "restore the historical remainders",
-       "Brings back the months that were set aside, and switches the budget on.",
+       "Brings back the months that were set aside, so that what was left of them is carried on again, and "
+       "switches the budget on.",
        {{"moniva budget history restore", ""}}},
   };
 }

@@ -131,13 +131,15 @@ bool sharesName(const ParameterInfo& a, const ParameterInfo& b) {
   return std::find_first_of(a.names.begin(), a.names.end(), b.names.begin(), b.names.end()) != a.names.end();
 }
 
-/// Options of the commands above that the parser takes after this one as well.
+/// Options of the program that the parser takes after this command as well. It takes those of the commands
+/// between, too, which are not shown: they are theirs alone, and refused here.
 std::vector<ParameterInfo> inheritedOptions(const CLI::App& app, const std::vector<ParameterInfo>& own,
                                             const Translate& translate) {
   std::vector<ParameterInfo> inherited;
   for (const CLI::App* at = &app; at->get_fallthrough() && at->get_parent() != nullptr;
        at = at->get_parent()) {
     const CLI::App& parent = *at->get_parent();
+    if (parent.get_parent() != nullptr) continue;
     forEachOption(parent, [&](const CLI::Option& option) {
       if (!option.nonpositional()) return;
       if (isHelpOrVersion(parent, option)) return;

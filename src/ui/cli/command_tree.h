@@ -53,7 +53,7 @@ struct CommandInfo {
   std::string usage;  ///< "moniva book add [options] NAME": how the command is called
   std::vector<ParameterInfo> arguments;
   std::vector<ParameterInfo> options;
-  std::vector<ParameterInfo> globals;  ///< options of the commands above that are taken here too
+  std::vector<ParameterInfo> globals;  ///< options of the program that are taken here too
   std::vector<CommandInfo> commands;
   bool needsCommand = false;
   std::vector<Example> examples;

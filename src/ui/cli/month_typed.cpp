@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "model/entry_checks.h"
 #include "ui/cli/record_texts.h"
 #include "ui/cli/report_target.h"
 #include "ui/cli/text_width.h"
@@ -21,6 +22,15 @@ std::optional<int> digitsTyped(std::string_view text) {
       !text.empty() && std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   return isNumber && error == std::errc() ? std::optional(value) : std::nullopt;
+}
+
+/// The period typed; what is none is no month either.
+ParsedPeriod periodOf(Session& session, const MonivaAccount& of, const std::string& text) {
+  try {
+    return periodTyped(session, of, text);
+  } catch (const CommandError&) {
+    throw noMonth(text);
+  }
 }
 
 }  // namespace
@@ -45,10 +55,13 @@ MonthTyped monthTyped(Session& session, const std::string& text) {
 }
 
 MonthTyped monthTypedOf(Session& session, const MonivaAccount& of, const std::string& text) {
-  if (const auto label = monthLabelTyped(session, text)) return *label;
   const Calendar& calendar = session.calendar();
   const BookPeriods periods(calendar, of.periodStarts(), session.now());
-  const ParsedPeriod period = periodTyped(session, of, text);
+  if (const auto label = monthLabelTyped(session, text)) {
+    done(checkRecordDate(calendar, periods.firstDateOfCalendarYear(label->year, label->month)));
+    return *label;
+  }
+  const ParsedPeriod period = periodOf(session, of, text);
   if (!calendar.isSameDay(periods.firstDateOfMonth(period.first), period.first) ||
       !calendar.isSameDay(periods.lastDateOfMonth(period.first), period.last)) {
     throw noMonth(text);

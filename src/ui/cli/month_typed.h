@@ -20,7 +20,8 @@ struct MonthTyped {
 std::optional<MonthTyped> monthLabelTyped(const Session& session, const std::string& text);
 /// The same; ends the command for other texts too.
 MonthTyped monthTyped(Session& session, const std::string& text);
-/// A label, or another text for a period that is one month of the book or account, such as a range of days.
+/// A label, or another text for the days of one month of the book or account, "2024-06-01..2024-06-30". Ends
+/// the command for other texts, and for a month in which no record can be.
 MonthTyped monthTypedOf(Session& session, const MonivaAccount& of, const std::string& text);
 
 /// What is told of a month to come; `name` is what it is called, `begin` its first day.

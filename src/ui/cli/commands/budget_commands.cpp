@@ -98,7 +98,8 @@ void setCategory(Session& session, MonivaAccount& book, const BudgetOptions& opt
 std::string laterNote(Session& session, const MonivaAccount& book, const NamedMonth& month) {
   for (const auto& later : done(BudgetHistoricalRemaining(book).months())) {
     if (later.isOwn && std::pair(later.year, later.month) > std::pair(month.year, month.month)) {
-      return " " + session.text("From {} on it is {}, as it was.", later.title,
+      return " " + session.text("From {} on it is {}, as it was.",
+                                monthNamed(session, book, later.year, later.month).text,
                                 session.amounts().format(later.amount, book.currency));
     }
   }
@@ -312,14 +313,17 @@ void switchBudget(Session& session, const BudgetOptions& options, bool opened) {
 
 void addBudgetCommands(CommandLine& line) {
   CLI::App* budget = line.add(line.app(), "budget");
-  addBudgetViewCommands(line, *budget);
+  const auto above = addBudgetViewCommands(line, *budget);
   const auto command = [&](const char* name, std::function<void(Session&, const BudgetOptions&)> run) {
     CLI::App* added = line.add(*budget, name);
     auto options = std::make_shared<BudgetOptions>();
     added->add_option("-b,--book", options->book, "The book (else the current book)")
         ->type_name("NAME")
         ->check(notEmpty());
-    line.onRun(added, [options, run](Session& session) { run(session, *options); });
+    line.onRun(added, [options, above, run](Session& session) {
+      options->book = bookBelow(*above, options->book);
+      run(session, *options);
+    });
     return std::make_pair(added, options);
   };
   const auto addCategory = [](CLI::App& app, BudgetOptions& options) {
@@ -359,7 +363,7 @@ void addBudgetCommands(CommandLine& line) {
     addCategory(*removal, *options);
     removal->add_flag("--yes", options->yes, "Delete it indeed, without being asked");
   }
-  addBudgetHistoryCommands(line, *budget);
+  addBudgetHistoryCommands(line, *budget, above);
 }
 
 }  // namespace moniva

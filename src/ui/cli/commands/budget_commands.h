@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/json/object.hpp>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -22,11 +23,23 @@ struct NamedMonth {
   int month = 0;
   std::string text;  ///< "March, 2024"
 };
+NamedMonth monthNamed(Session& session, const MonivaAccount& book, int year, int month);
 /// The month of the book as typed. Ends the command for what is none, and for one that is still to come.
 NamedMonth budgetMonthTyped(Session& session, const MonivaAccount& book, const std::string& text);
 /// The month of a monthly budget, and the present one of the book.
 NamedMonth monthOf(Session& session, const BookBudget& budget);
 NamedMonth presentMonth(Session& session, const MonivaAccount& book);
+
+/// What `moniva budget` and `moniva budget show` are asked for. A command below the first gets what it does
+/// not take itself there.
+struct BudgetShowOptions {
+  std::string book;
+  std::string month;
+  bool all = false;
+  bool csv = false;
+};
+/// The book typed with the command, else before it. Ends the command for what only `moniva budget` takes.
+std::string bookBelow(const BudgetShowOptions& above, const std::string& book);
 
 /// The flags --carry and --no-carry.
 struct CarryOptions {
@@ -51,6 +64,10 @@ boost::json::value jsonOf(Session& session, const BookBudget& budget);
 boost::json::object jsonOf(const CategoryBudget& given);
 boost::json::value jsonOfMainBudget(Session& session, MonivaAccount& book);
 
+/// The first and the last second of the days from one to the other, for --json.
+boost::json::value isoBegin(Session& session, Date day);
+boost::json::value isoEnd(Session& session, Date day);
+
 /// The bar of what is spent of an amount; full, and red, once it is more.
 Cell spentBar(double spent, double amount, std::size_t cells);
 /// Cells there are for a small bar beside so many cells of figures; 0 for none.
@@ -60,7 +77,10 @@ std::size_t cellsForBar(const Session& session, std::size_t used);
 void printBudgetMonths(Session& session, const MonivaAccount& book, std::span<const BudgetMonth> months,
                        const std::string& heading);
 
-void addBudgetViewCommands(CommandLine& line, CLI::App& budget);
-void addBudgetHistoryCommands(CommandLine& line, CLI::App& budget);
+/// Makes `budget` show a budget, and adds the command for that; what is typed with `budget` is read into the
+/// answer.
+std::shared_ptr<const BudgetShowOptions> addBudgetViewCommands(CommandLine& line, CLI::App& budget);
+void addBudgetHistoryCommands(CommandLine& line, CLI::App& budget,
+                              const std::shared_ptr<const BudgetShowOptions>& above);
 
 }  // namespace moniva

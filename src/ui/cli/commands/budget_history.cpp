@@ -30,8 +30,8 @@ boost::json::array jsonOf(Session& session, const std::vector<BudgetMonth>& mont
     list.push_back({{"year", month.year},
                     {"month", month.month},
                     {"title", month.title},
-                    {"beginDate", isoDate(session, month.beginDate)},
-                    {"endDate", isoDate(session, month.endDate)},
+                    {"beginDate", isoBegin(session, month.beginDate)},
+                    {"endDate", isoEnd(session, month.endDate)},
                     {"amount", month.amount},
                     {"expense", month.expense},
                     {"rollover", month.rollover},
@@ -102,14 +102,20 @@ std::string carriedToPresent(Session& session, const MonivaAccount& book) {
                             session.amounts().format(months.back().rollover, book.currency));
 }
 
-/// " It brought back the budget of 1 month that was set aside; the history begins with 2024/4 April."
+/// What the first month of the history is called.
+std::string firstMonth(Session& session, const MonivaAccount& book) {
+  const auto first = historyOf(session, book).front();
+  return monthNamed(session, book, first.year, first.month).text;
+}
+
+/// " It brought back the budget of 1 month that was set aside; the history begins with April, 2024."
 std::string broughtBack(Session& session, const MonivaAccount& book, std::int64_t months) {
   if (months <= 0) return {};
   return " " + session.count(
                    "It brought back the budget of {} month that was set aside; the history begins with {}.",
                    "It brought back the budgets of {} months that were set aside; the history begins with"
                    " {}.",
-                   months, months, historyOf(session, book).front().title);
+                   months, months, firstMonth(session, book));
 }
 
 void editMonth(Session& session, const BudgetHistoryOptions& options) {
@@ -188,7 +194,7 @@ void restoreHistory(Session& session, const BudgetHistoryOptions& options) {
     if (added <= 0) throw refused("nothing of the history of '{}' is set aside", printable(book.title));
     return session.count("Restored the budget of {} month; the history begins with {}.",
                          "Restored the budgets of {} months; the history begins with {}.", added, added,
-                         historyOf(session, book).front().title) +
+                         firstMonth(session, book)) +
            carriedToPresent(session, book);
   });
 }
@@ -219,7 +225,8 @@ void printBudgetMonths(Session& session, const MonivaAccount& book, std::span<co
   session.out() << table.render(session.style(), session.width());
 }
 
-void addBudgetHistoryCommands(CommandLine& line, CLI::App& budget) {
+void addBudgetHistoryCommands(CommandLine& line, CLI::App& budget,
+                              const std::shared_ptr<const BudgetShowOptions>& above) {
   CLI::App* history = line.add(budget, "history");
   auto shown = std::make_shared<BudgetHistoryOptions>();
   const auto addBook = [](CLI::App& command, BudgetHistoryOptions& options) {
@@ -229,7 +236,10 @@ void addBudgetHistoryCommands(CommandLine& line, CLI::App& budget) {
   };
   addBook(*history, *shown);
   addCsv(*history, shown->csv);
-  line.onRun(history, [shown](Session& session) { showHistory(session, *shown); });
+  line.onRun(history, [shown, above](Session& session) {
+    shown->book = bookBelow(*above, shown->book);
+    showHistory(session, *shown);
+  });
   const auto command = [&](const char* name, void (*run)(Session&, const BudgetHistoryOptions&),
                            bool ofMonth) {
     CLI::App* added = line.add(*history, name);
@@ -238,9 +248,10 @@ void addBudgetHistoryCommands(CommandLine& line, CLI::App& budget) {
       added->add_option("MONTH", options->month, "The month: 2024-03")->required()->check(notEmpty());
     }
     addBook(*added, *options);
-    // One typed before the name of the command is meant for it, too.
-    line.onRun(added, [options, shown, run](Session& session) {
-      if (options->book.empty()) options->book = shown->book;
+    line.onRun(added, [options, shown, above, run](Session& session) {
+      if (shown->csv)
+        throw notUnderstood("--csv is for lists: moniva budget show --all, moniva budget history");
+      options->book = bookBelow(*above, options->book.empty() ? shown->book : options->book);
       run(session, *options);
     });
     return std::make_pair(added, options);

@@ -19,14 +19,14 @@ BookPeriods periodsOf(Session& session, const MonivaAccount& book) {
   return {session.calendar(), book.periodStarts(), session.now()};
 }
 
+}  // namespace
+
 NamedMonth monthNamed(Session& session, const MonivaAccount& book, int year, int month) {
   const Calendar& calendar = session.calendar();
   const Date first = periodsOf(session, book).firstDateOfCalendarYear(year, month);
   const auto day = calendar.dayNumber(first);
   return {year, month, DayTexts(calendar).monthAndYear(first, day, calendar.days().parts(day))};
 }
-
-}  // namespace
 
 NamedMonth budgetMonthTyped(Session& session, const MonivaAccount& book, const std::string& text) {
   const auto [year, month] = monthTypedOf(session, book, text);
@@ -45,6 +45,16 @@ NamedMonth monthOf(Session& session, const BookBudget& budget) {
 
 NamedMonth presentMonth(Session& session, const MonivaAccount& book) {
   return monthOf(session, BookBudget(book));
+}
+
+std::string bookBelow(const BudgetShowOptions& above, const std::string& book) {
+  if (!above.month.empty())
+    throw notUnderstood("--month is not for this command, but for: moniva budget show");
+  if (above.all) throw notUnderstood("--all is not for this command, but for: moniva budget show");
+  if (above.csv) {
+    throw notUnderstood("--csv is for lists: moniva budget show --all, moniva budget history");
+  }
+  return book.empty() ? above.book : book;
 }
 
 void CarryOptions::addTo(CLI::App& command) {
@@ -89,9 +99,9 @@ std::string carryText(Session& session, bool inherits) {
 json::object jsonOf(const CategoryBudget& given) {
   return {{"category", {{"pk", given.category.pk}, {"title", given.category.cateString()}}},
           {"categoryBudgetAmount", given.categoryBudgetAmount},
-          {"amount", given.amount},
           {"spent", given.spent},
-          {"left", given.left}};
+          {"left", given.left},
+          {"amount", given.amount}};
 }
 
 json::value jsonOf(Session& session, const BookBudget& budget) {
@@ -100,8 +110,8 @@ json::value jsonOf(Session& session, const BookBudget& budget) {
   return json::object{{"eid", budget.eid},
                       {"amount", budget.amount},
                       {"type", budget.type},
-                      {"budgetBeginDate", isoDate(session, budget.budgetBeginDate)},
-                      {"budgetEndDate", isoDate(session, budget.budgetEndDate)},
+                      {"budgetBeginDate", isoBegin(session, budget.budgetBeginDate)},
+                      {"budgetEndDate", isoEnd(session, budget.budgetEndDate)},
                       {"book", {{"pk", budget.book.pk}, {"title", budget.book.title}}},
                       {"inheritRemaining", budget.inheritRemaining},
                       {"monivaAmount", budget.monivaAmount},
@@ -121,6 +131,14 @@ json::value jsonOf(Session& session, const BookBudget& budget) {
 json::value jsonOfMainBudget(Session& session, MonivaAccount& book) {
   const auto budget = done(getMainBudget(book));
   return budget ? jsonOf(session, *budget) : json::value();
+}
+
+json::value isoBegin(Session& session, Date day) {
+  return isoDate(session, session.calendar().dateBegin(day));
+}
+
+json::value isoEnd(Session& session, Date day) {
+  return isoDate(session, session.calendar().dateEnd(day));
 }
 
 Cell spentBar(double spent, double amount, std::size_t cells) {

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <boost/json.hpp>
+#include <functional>
+#include <limits>
 
 #include "calendar/date_texts.h"
 #include "ui/cli/commands/budget_commands.h"
@@ -10,13 +12,6 @@
 
 namespace moniva {
 namespace {
-
-struct BudgetShowOptions {
-  std::string book;
-  std::string month;
-  bool all = false;
-  bool csv = false;
-};
 
 Ink inkOfLeft(double left) {
   return left < 0 ? ink::red : ink::plain;
@@ -171,6 +166,89 @@ BookBudget budgetOf(Session& session, MonivaAccount& book, const std::string& ty
   return *budget;
 }
 
+/// One column of the list of all budgets: its heading, and under it a cell for each budget.
+struct BudgetColumn {
+  Column heading;
+  std::vector<Cell> cells;
+
+  std::size_t width() const {
+    std::size_t most = displayWidth(heading.title);
+    for (const Cell& cell : cells) most = std::max(most, displayWidth(cell.text));
+    return most + 2;
+  }
+  bool isBlank() const {
+    return std::ranges::all_of(cells, [](const Cell& cell) { return cell.text.empty(); });
+  }
+};
+
+void printAllBudgets(Session& session, const std::vector<BookBudget>& budgets) {
+  const std::string period = session.text("Period");
+  const std::string carriedIn = session.text("Carried in");
+  std::vector<BudgetColumn> columns;
+  const auto add = [&](Column heading, const std::function<Cell(const BookBudget&)>& cellOf) {
+    auto& column = columns.emplace_back(BudgetColumn{std::move(heading), {}});
+    for (const auto& budget : budgets) column.cells.push_back(cellOf(budget));
+  };
+  const auto addAmount = [&](std::string title,
+                             const std::function<std::optional<double>(const BookBudget&)>& of,
+                             bool isInk = false) {
+    add({.title = std::move(title), .align = Align::right}, [&](const BookBudget& budget) {
+      const auto amount = of(budget);
+      if (!amount) return Cell();
+      return Cell(session.amounts().format(*amount, budget.book.currency),
+                  isInk ? inkOfLeft(*amount) : Ink(ink::plain));
+    });
+  };
+  add({.title = session.text("Book")},
+      [](const BookBudget& budget) { return Cell(printable(budget.book.title)); });
+  add({.title = period}, [&](const BookBudget& budget) {
+    return Cell(periodText(session, {budget.budgetBeginDate, budget.budgetEndDate}), ink::dim);
+  });
+  addAmount(session.text("Budget"), [](const BookBudget& budget) { return budget.amount; });
+  addAmount(carriedIn, [](const BookBudget& budget) {
+    const double carried = budget.lastMonthRolloverAmount;
+    return carried == 0 ? std::nullopt : std::optional(carried);
+  });
+  addAmount(session.text("Spent"), [](const BookBudget& budget) { return budget.monivaAmount; });
+  addAmount(
+      session.text("Left"), [](const BookBudget& budget) { return budget.availableAmount(); }, true);
+  addAmount(
+      session.text("For today"),
+      [&](const BookBudget& budget) {
+        return budget.isCurrent() ? std::optional(forToday(session, budget)) : std::nullopt;
+      },
+      true);
+
+  std::erase_if(columns, [](const BudgetColumn& column) { return column.isBlank(); });
+  const auto used = [&](std::size_t mostOfBook = std::numeric_limits<std::size_t>::max()) {
+    std::size_t sum = std::min(columns.front().width(), mostOfBook);
+    for (std::size_t i = 1; i < columns.size(); ++i) sum += columns[i].width();
+    return sum;
+  };
+  const auto dropIfPast = [&](std::size_t cells, const std::string& title) {
+    if (cells - 2 <= session.width()) return;
+    std::erase_if(columns, [&](const BudgetColumn& column) { return column.heading.title == title; });
+  };
+  // The days of a budget are there where there is room: most end with the month. What was carried in is in
+  // what is left, and goes before the names are cut to nothing.
+  constexpr std::size_t kFewCells = 16;
+  dropIfPast(used(), period);
+  dropIfPast(used(kFewCells), carriedIn);
+  const auto cells = cellsForBar(session, used());
+  add({.title = ""},
+      [&](const BookBudget& budget) { return spentBar(budget.monivaAmount, budget.amount, cells); });
+
+  std::vector<Column> headings;
+  for (const auto& column : columns) headings.push_back(column.heading);
+  Table table(std::move(headings));
+  for (std::size_t i = 0; i < budgets.size(); ++i) {
+    std::vector<Cell> row;
+    for (const auto& column : columns) row.push_back(column.cells[i]);
+    table.addRow(std::move(row));
+  }
+  session.out() << table.render(session.style(), session.width());
+}
+
 void showAllBudgets(Session& session, const BudgetShowOptions& options) {
   std::vector<BookBudget> budgets;
   for (auto& book : MonivaAccount::list(session.root(), kBookKind)) {
@@ -184,27 +262,7 @@ void showAllBudgets(Session& session, const BudgetShowOptions& options) {
   if (budgets.empty()) {
     return session.say(session.text("No book has a budget. Set one with: moniva budget set AMOUNT"));
   }
-  const auto cells = cellsForBar(session, 84);
-  Table table({{.title = session.text("Book")},
-               {.title = session.text("Period")},
-               {.title = session.text("Budget"), .align = Align::right},
-               {.title = session.text("Carried in"), .align = Align::right},
-               {.title = session.text("Spent"), .align = Align::right},
-               {.title = session.text("Left"), .align = Align::right},
-               {.title = session.text("For today"), .align = Align::right},
-               {.title = ""}});
-  for (const auto& budget : budgets) {
-    const auto money = [&](double amount) { return session.amounts().format(amount, budget.book.currency); };
-    const double left = budget.availableAmount();
-    table.addRow({printable(budget.book.title),
-                  Cell(periodText(session, {budget.budgetBeginDate, budget.budgetEndDate}), ink::dim),
-                  money(budget.amount),
-                  budget.lastMonthRolloverAmount == 0 ? std::string() : money(budget.lastMonthRolloverAmount),
-                  money(budget.monivaAmount), Cell(money(left), inkOfLeft(left)),
-                  budget.isCurrent() ? money(forToday(session, budget)) : std::string(),
-                  spentBar(budget.monivaAmount, budget.amount, cells)});
-  }
-  session.out() << table.render(session.style(), session.width());
+  printAllBudgets(session, budgets);
 }
 
 void showBudget(Session& session, const BudgetShowOptions& options) {
@@ -223,19 +281,32 @@ void showBudget(Session& session, const BudgetShowOptions& options) {
 
 }  // namespace
 
-void addBudgetViewCommands(CommandLine& line, CLI::App& budget) {
-  line.onRun(&budget, [](Session& session) { showBudget(session, {}); });
+std::shared_ptr<const BudgetShowOptions> addBudgetViewCommands(CommandLine& line, CLI::App& budget) {
+  const auto addOptions = [](CLI::App& command) {
+    auto options = std::make_shared<BudgetShowOptions>();
+    command.add_option("-b,--book", options->book, "The book (else the current book)")
+        ->type_name("NAME")
+        ->check(notEmpty());
+    command.add_option("--month", options->month, "Of that month instead: 2024-03")
+        ->type_name("MONTH")
+        ->check(notEmpty());
+    command.add_flag("--all", options->all, "A line for each book that has a budget");
+    command.add_flag("--csv", options->csv, "With --all, print the rows as comma-separated values");
+    return options;
+  };
+  const auto above = addOptions(budget);
+  line.onRun(&budget, [above](Session& session) { showBudget(session, *above); });
   CLI::App* show = line.add(budget, "show");
-  auto options = std::make_shared<BudgetShowOptions>();
-  show->add_option("-b,--book", options->book, "The book (else the current book)")
-      ->type_name("NAME")
-      ->check(notEmpty());
-  show->add_option("--month", options->month, "Of that month instead: 2024-03")
-      ->type_name("MONTH")
-      ->check(notEmpty());
-  show->add_flag("--all", options->all, "A line for each book that has a budget");
-  addCsv(*show, options->csv);
-  line.onRun(show, [options](Session& session) { showBudget(session, *options); });
+  const auto options = addOptions(*show);
+  line.onRun(show, [above, options](Session& session) {
+    BudgetShowOptions asked = *options;
+    if (asked.book.empty()) asked.book = above->book;
+    if (asked.month.empty()) asked.month = above->month;
+    asked.all = asked.all || above->all;
+    asked.csv = asked.csv || above->csv;
+    showBudget(session, asked);
+  });
+  return above;
 }
 
 }  // namespace moniva
