@@ -3,6 +3,7 @@
 #include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
+#include "platform/files.h"
 #include "support/notification_desktop.h"
 
 namespace moniva {
@@ -73,6 +74,13 @@ TEST(DesktopNotifications, setsADamagedFileAside) {
   }
 }
 
+/// How many were shown, or else why not.
+std::string deliveredBy(DesktopNotifications& host, const CivilTime& now,
+                        NotificationTry which = NotificationTry::due) {
+  const auto delivery = host.deliverDue(now, which);
+  return std::to_string(delivery.shown) + (delivery.refused ? ", " + delivery.refused->why : "");
+}
+
 TEST(DesktopNotifications, showsWhatIsDueOnce) {
   const TemporaryFolder folder;
   const SessionBus bus;
@@ -82,27 +90,65 @@ TEST(DesktopNotifications, showsWhatIsDueOnce) {
   ASSERT_TRUE(host.add(request("b_1", {2026, 12, 2, 10, 0, 0}, "Rent")));
   ASSERT_TRUE(host.add(request("c_1", {2026, 12, 9, 10, 0, 0})));
   const CivilTime due{2026, 12, 3, 10, 0, 0};
-  EXPECT_EQ(host.deliverDue({2026, 12, 1, 9, 59, 59}), 0) << "nobody is asked for nothing";
-  const auto absent = host.deliverDue(due);
-  ASSERT_FALSE(absent);
-  EXPECT_EQ(absent.error().why, "no notification service is running");
+  EXPECT_EQ(deliveredBy(host, {2026, 12, 1, 9, 59, 59}), "0") << "nobody is asked for nothing";
+  EXPECT_EQ(deliveredBy(host, due), "0, no notification service is running");
 
   FakeNotificationService service(bus);
-  EXPECT_EQ(host.deliverDue(due), 0) << "what could not be shown waits a while";
-  EXPECT_EQ(host.deliverDue({2026, 12, 3, 10, 10, 0}), 2);
+  EXPECT_EQ(deliveredBy(host, due), "0") << "what could not be shown waits a while";
+  ASSERT_TRUE(host.add(request("d_1", {2026, 12, 3, 10, 5, 0}, "Phone")));
+  EXPECT_EQ(deliveredBy(host, {2026, 12, 3, 10, 5, 0}), "1") << "but holds up no other";
+  EXPECT_EQ(service.takeShown(), std::vector<std::string>{"Bill|Phone"});
+  EXPECT_EQ(deliveredBy(host, {2026, 12, 3, 10, 10, 0}), "2");
   EXPECT_EQ(service.takeShown(), (std::vector<std::string>{"Bill|Rent", "Bill|3 &lt; 4 &amp; \"days\""}))
       << "of one owner the last";
   EXPECT_EQ(waitingIn(host), "c_1:Soon");
-  EXPECT_EQ(host.deliverDue({2026, 12, 4, 10, 0, 0}), 0);
+  EXPECT_EQ(deliveredBy(host, {2026, 12, 4, 10, 0, 0}), "0");
 
   ASSERT_TRUE(DesktopNotifications::showNow("Test", "Hello"));
   EXPECT_EQ(service.takeShown(), std::vector<std::string>{"Test|Hello"});
-  service.manner = FakeNotificationService::Manner::refuses;
-  EXPECT_EQ(DesktopNotifications::showNow("Test", "Hello").error().why,
-            "the notification service refused: the screen is full");
   service.manner = FakeNotificationService::Manner::hangs;
-  EXPECT_EQ(host.deliverDue({2026, 12, 9, 10, 0, 0}).error().why, "the notification service does not answer");
+  EXPECT_EQ(deliveredBy(host, {2026, 12, 9, 10, 0, 0}), "0, the notification service does not answer");
   EXPECT_EQ(waitingIn(host), "c_1:Soon") << "nothing is lost";
+}
+
+TEST(DesktopNotifications, whatIsRefusedHoldsUpNoOther) {
+  const TemporaryFolder folder;
+  const SessionBus bus;
+  FakeNotificationService service(bus);
+  DesktopNotifications host(folder / "notifications.json", kDamagedAt);
+  ASSERT_TRUE(host.add(request("a_1", {2026, 12, 1, 10, 0, 0}, "refused too: another takes its place")));
+  ASSERT_TRUE(host.add(request("a_2", {2026, 12, 1, 11, 0, 0}, "FULL")));
+  ASSERT_TRUE(host.add(request("b_1", {2026, 12, 1, 12, 0, 0}, "Rent")));
+  const CivilTime now{2026, 12, 2, 10, 0, 0};
+  EXPECT_EQ(deliveredBy(host, now), "1, the notification service refused: the screen is full");
+  EXPECT_EQ(waitingIn(host), "a_1:refused too: another takes its place a_2:FULL");
+  EXPECT_EQ(deliveredBy(host, now), "0");
+  EXPECT_EQ(deliveredBy(host, now, NotificationTry::allThatWait),
+            "0, the notification service refused: the screen is full");
+}
+
+TEST(DesktopNotifications, aClockThatWasAheadSilencesNothing) {
+  const TemporaryFolder folder;
+  const SessionBus bus;
+  DesktopNotifications host(folder / "notifications.json", kDamagedAt);
+  ASSERT_TRUE(host.add(request("a_1", {2026, 12, 1, 10, 0, 0}, "Rent")));
+  EXPECT_EQ(deliveredBy(host, {2031, 1, 1, 0, 0, 0}), "0, no notification service is running");
+  ASSERT_TRUE(host.add(request("b_1", {2026, 12, 9, 10, 0, 0})));
+  FakeNotificationService service(bus);
+  EXPECT_EQ(deliveredBy(host, {2026, 12, 1, 9, 0, 0}), "0");
+  EXPECT_EQ(deliveredBy(host, {2026, 12, 1, 10, 0, 0}), "1");
+}
+
+TEST(DesktopNotifications, aFileThatIsFarTooLargeIsSetAside) {
+  const TemporaryFolder folder;
+  const auto file = folder / "notifications.json";
+  putBytes(file, "");
+  std::filesystem::resize_file(file, std::uintmax_t{1} << 34);
+  DesktopNotifications host(file, kDamagedAt);
+  EXPECT_EQ(deliveredBy(host, {2026, 12, 1, 10, 0, 0}), "0");
+  EXPECT_TRUE(host.takeNotice() && !isPresent(file));
+  std::filesystem::create_directory(file);
+  EXPECT_NE(deliveredBy(host, {2026, 12, 1, 10, 0, 0}).find("cannot read"), std::string::npos);
 }
 
 TEST(DesktopNotifications, aBusThatIsAbsentOrHangsHoldsNobodyUp) {

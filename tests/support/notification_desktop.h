@@ -51,10 +51,10 @@ class SessionBus {
   int daemon_ = 0;
 };
 
-/// A notification service on it, which takes down what it is given to show.
+/// A notification service on it, which takes down what it is given to show and refuses a body "FULL".
 class FakeNotificationService {
  public:
-  enum class Manner { shows, refuses, hangs };
+  enum class Manner { shows, hangs };
 
   explicit FakeNotificationService(const SessionBus& bus) {
     EXPECT_GE(sd_bus_new(&bus_), 0);
@@ -92,14 +92,14 @@ class FakeNotificationService {
     if (sd_bus_message_is_method_call(message, nullptr, "GetCapabilities") > 0)
       return sd_bus_reply_method_return(message, "as", 2U, "body", "body-markup");
     if (manner == Manner::hangs) return 1;
-    if (manner == Manner::refuses)
-      return sd_bus_reply_method_errorf(message, "org.example.Full", "the screen is full");
     const char* app = nullptr;
     const char* icon = nullptr;
     const char* title = nullptr;
     const char* body = nullptr;
     std::uint32_t replaces = 0;
     EXPECT_GE(sd_bus_message_read(message, "susss", &app, &replaces, &icon, &title, &body), 0);
+    if (std::string_view(body) == "FULL")
+      return sd_bus_reply_method_errorf(message, "org.example.Full", "the screen is full");
     {
       const std::scoped_lock lock(mutex_);
       shown_.push_back(std::string(title) + "|" + body);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <boost/json.hpp>
 #include <fstream>
+#include <set>
 
 #include "platform/file_lock.h"
 #include "platform/files.h"
@@ -17,8 +18,12 @@ namespace json = boost::json;
 constexpr std::chrono::milliseconds kServicePatience{2000};
 constexpr double kFilePatience = 5.0;
 constexpr int kMinutesToNextTry = 10;
-/// A line begins with the moment, so that the first one tells whether anything is to be shown.
+/// Many times what a life of reminders takes.
+constexpr std::size_t kMostBytes = std::size_t{16} << 20;
+/// A line begins with its moments, and the first triggers come first, so that few lines tell whether anything
+/// is to be shown.
 constexpr std::string_view kLineBegin = R"({"next":")";
+constexpr std::string_view kTriggerBegin = R"(","trigger":")";
 
 std::optional<CivilTime> momentIn(const json::object& object, std::string_view key) {
   const auto* value = object.if_contains(key);
@@ -40,6 +45,30 @@ CivilTime plusMinutes(const CivilTime& at, int minutes) {
   later.minute = ofDay / 60 % 60;
   later.second = ofDay % 60;
   return later;
+}
+
+struct NotificationTimes {
+  CivilTime trigger;
+  CivilTime next;
+};
+
+/// Those of a line that write() made.
+std::optional<NotificationTimes> timesOf(std::string_view line) {
+  constexpr std::size_t kMoment = std::string_view("2026-11-22 10:00:00").size();
+  constexpr std::size_t kTrigger = kLineBegin.size() + kMoment;
+  if (!line.starts_with(kLineBegin) || line.size() < kTrigger) return std::nullopt;
+  if (!line.substr(kTrigger).starts_with(kTriggerBegin)) return std::nullopt;
+  const auto next = wallClockFrom(line.substr(kLineBegin.size(), kMoment));
+  const auto trigger = wallClockFrom(line.substr(kTrigger + kTriggerBegin.size(), kMoment));
+  if (!next || !trigger) return std::nullopt;
+  return NotificationTimes{*trigger, *next};
+}
+
+bool isToBeShown(const NotificationTimes& times, const CivilTime& now, NotificationTry which) {
+  if (times.next <= now) return true;
+  if (times.trigger > now) return false;
+  // A clock that was ahead for a while puts the next try off for as long.
+  return which == NotificationTry::allThatWait || times.next > plusMinutes(now, kMinutesToNextTry);
 }
 
 }  // namespace
@@ -116,6 +145,17 @@ bool DesktopNotifications::apply(Requests& requests) const {
 }
 
 Result<DesktopNotifications::Requests> DesktopNotifications::read() {
+  const auto setAside = [&]() -> Result<Requests> {
+    // What is lost is made again from the records of what is scheduled.
+    const auto aside = setFileAside(file_, now_);
+    if (!aside) return tl::make_unexpected(aside.error());
+    notice_ = phrase("The file of pending notifications '{}' is damaged. It was set aside as '{}'.",
+                     file_.string(), aside->filename().string());
+    return Requests();
+  };
+  std::error_code unknown;
+  if (const auto size = std::filesystem::file_size(file_, unknown); !unknown && size > kMostBytes)
+    return setAside();
   const auto text = readFileIfPresent(file_);
   if (!text) return tl::make_unexpected(text.error());
   Requests requests;
@@ -129,14 +169,7 @@ Result<DesktopNotifications::Requests> DesktopNotifications::read() {
     const auto* object = error ? nullptr : value.if_object();
     const auto next = object != nullptr ? momentIn(*object, "next") : std::nullopt;
     const auto trigger = object != nullptr ? momentIn(*object, "trigger") : std::nullopt;
-    if (!next || !trigger || textIn(*object, "identifier").empty()) {
-      // What is lost is made again from the records of what is scheduled.
-      const auto aside = setFileAside(file_, now_);
-      if (!aside) return tl::make_unexpected(aside.error());
-      notice_ = phrase("The file of pending notifications '{}' is damaged. It was set aside as '{}'.",
-                       file_.string(), aside->filename().string());
-      return Requests();
-    }
+    if (!next || !trigger || textIn(*object, "identifier").empty()) return setAside();
     NotificationRequest request{.identifier = textIn(*object, "identifier"),
                                 .title = textIn(*object, "title"),
                                 .body = textIn(*object, "body"),
@@ -157,7 +190,7 @@ Result<DesktopNotifications::Requests> DesktopNotifications::read() {
 Result<> DesktopNotifications::write(const Requests& requests) const {
   std::vector<const Waiting*> ordered;
   for (const auto& [identifier, waiting] : requests) ordered.push_back(&waiting);
-  std::ranges::stable_sort(ordered, {}, &Waiting::next);
+  std::ranges::stable_sort(ordered, {}, [](const Waiting* waiting) { return waiting->request.trigger; });
   std::string lines;
   for (const auto* waiting : ordered) {
     const auto& request = waiting->request;
@@ -172,6 +205,7 @@ Result<> DesktopNotifications::write(const Requests& requests) const {
                                           {"userInfo", std::move(info)}});
     lines += '\n';
   }
+  if (lines.size() > kMostBytes) return refuse("there are more reminders than '{}' can hold", file_.string());
   removeLeftovers(file_);
   return writeFileWhole(file_, lines);
 }
@@ -187,52 +221,72 @@ Result<std::vector<NotificationRequest>> DesktopNotifications::pending() {
   return list;
 }
 
-Result<int> DesktopNotifications::deliverDue(const CivilTime& now) {
-  const std::scoped_lock guard(mutex_);
-  {
-    std::string begin(kLineBegin.size() + wallClockText(now).size(), '\0');
-    std::ifstream in(file_, std::ios::binary);
-    in.read(begin.data(), static_cast<std::streamsize>(begin.size()));
-    begin.resize(static_cast<std::size_t>(in.gcount()));
-    if (begin.empty()) return 0;
-    if (begin.starts_with(kLineBegin) && begin.substr(kLineBegin.size()) > wallClockText(now)) return 0;
+bool DesktopNotifications::mayHaveDue(const CivilTime& now, NotificationTry which) const {
+  std::error_code unknown;
+  if (const auto size = std::filesystem::file_size(file_, unknown); !unknown && size > kMostBytes)
+    return true;
+  std::ifstream in(file_, std::ios::binary);
+  if (!in.is_open()) return isPresent(file_);
+  for (std::string line; std::getline(in, line);) {
+    const auto times = timesOf(line);
+    if (!times || isToBeShown(*times, now, which)) return true;
+    if (times->trigger > now) return false;
   }
+  return in.bad();
+}
+
+NotificationDelivery DesktopNotifications::deliverDue(const CivilTime& now, NotificationTry which) {
+  const std::scoped_lock guard(mutex_);
+  if (!mayHaveDue(now, which)) return {};
   // Held while they are shown, so that two programs do not show the same.
   auto lock = FileLock::acquire(file_.string() + ".lock", FileLock::Mode::exclusive, kFilePatience);
-  if (!lock) return tl::make_unexpected(lock.error());
+  if (!lock) return {.refused = lock.error()};
   auto requests = read();
-  if (!requests) return tl::make_unexpected(requests.error());
+  if (!requests) return {.refused = requests.error()};
+  return deliver(*requests, now, which);
+}
+
+NotificationDelivery DesktopNotifications::deliver(Requests& requests, const CivilTime& now,
+                                                   NotificationTry which) const {
   std::vector<Waiting*> due;
-  for (auto& [identifier, waiting] : *requests) {
-    if (waiting.next <= now) due.push_back(&waiting);
+  for (auto& [identifier, waiting] : requests) {
+    if (isToBeShown({.trigger = waiting.request.trigger, .next = waiting.next}, now, which))
+      due.push_back(&waiting);
   }
-  if (due.empty()) return 0;
+  NotificationDelivery delivery;
+  if (due.empty()) return delivery;
   std::ranges::stable_sort(due, {}, [](const Waiting* waiting) { return waiting->request.trigger; });
+  const auto ownerOf = [](const Waiting* waiting) { return notificationOwner(waiting->request.identifier); };
+  std::set<std::string_view> owners;
+  std::vector<const Waiting*> lasts;
+  for (auto at = due.rbegin(); at != due.rend(); ++at) {
+    if (owners.insert(ownerOf(*at)).second) lasts.push_back(*at);
+  }
 
   auto service = NotificationService::open(kServicePatience);
-  Result<> shown = service ? Result<>() : tl::make_unexpected(service.error());
-  std::vector<std::string> done;
-  int count = 0;
-  for (std::size_t i = 0; i < due.size(); ++i) {
-    const auto& request = due[i]->request;
-    const bool isSuperseded =
-        std::any_of(due.begin() + static_cast<std::ptrdiff_t>(i) + 1, due.end(), [&](const auto* later) {
-          return notificationOwner(later->request.identifier) == notificationOwner(request.identifier);
-        });
-    if (!isSuperseded) {
-      if (shown) shown = service->show(request.title, request.body, request.hasDefaultSound);
-      if (shown) ++count;
-    }
-    if (shown) {
-      done.push_back(request.identifier);
-    } else {
-      due[i]->next = plusMinutes(now, kMinutesToNextTry);
+  if (!service) delivery.refused = service.error();
+  std::set<std::string_view> shown;
+  for (auto at = lasts.rbegin(); at != lasts.rend() && service && !service->isLost(); ++at) {
+    const auto& request = (*at)->request;
+    if (auto done = service->show(request.title, request.body, request.hasDefaultSound)) {
+      shown.insert(ownerOf(*at));
+    } else if (!delivery.refused) {
+      delivery.refused = done.error();
     }
   }
-  for (const auto& identifier : done) requests->erase(identifier);
-  if (auto kept = write(*requests); !kept && shown) shown = std::move(kept);
-  if (!shown) return tl::make_unexpected(shown.error());
-  return count;
+  delivery.shown = static_cast<int>(shown.size());
+  std::vector<std::string> done;
+  for (auto* waiting : due) {
+    // What another took the place of shares its fate.
+    if (shown.contains(ownerOf(waiting))) {
+      done.push_back(waiting->request.identifier);
+    } else {
+      waiting->next = plusMinutes(now, kMinutesToNextTry);
+    }
+  }
+  for (const auto& identifier : done) requests.erase(identifier);
+  if (auto kept = write(requests); !kept && !delivery.refused) delivery.refused = kept.error();
+  return delivery;
 }
 
 Result<> DesktopNotifications::showNow(const std::string& title, const std::string& body) {

@@ -14,6 +14,16 @@
 
 namespace moniva {
 
+/// What came of showing what was to be shown.
+struct NotificationDelivery {
+  int shown = 0;
+  std::optional<Refusal> refused;  ///< the first there was
+};
+
+/// Which notifications are to be shown: those whose time has come save what was tried a moment ago, or those
+/// too.
+enum class NotificationTry { due, allThatWait };
+
 /// Notifications of a desktop, which keeps none for later: requests wait in a file of the data folder until
 /// the program runs at their time or after it, and are shown by the notification service then. Programs may
 /// share the file. Safe to use from several threads.
@@ -32,10 +42,10 @@ class DesktopNotifications final : public LocalNotifications {
   Result<> endChanges() override;
   void dropChanges() override;
 
-  /// Shows what is to be shown by now, of one owner the last alone; answers how many. What cannot be shown
-  /// stays and is tried again ten minutes later at the earliest; the refusal says why. Where nothing is to be
-  /// shown this reads a line of the file.
-  Result<int> deliverDue(const CivilTime& now);
+  /// Shows what is to be shown by now, of one owner the last alone. What cannot be shown stays and is tried
+  /// again ten minutes later at the earliest; what one is refused for holds up no other. Where nothing is to
+  /// be shown this reads the lines that wait to be tried again and one more.
+  NotificationDelivery deliverDue(const CivilTime& now, NotificationTry which = NotificationTry::due);
   /// Shows a notification at once.
   static Result<> showNow(const std::string& title, const std::string& body);
 
@@ -56,7 +66,11 @@ class DesktopNotifications final : public LocalNotifications {
   };
 
   Result<> make(Change change);
+  /// A file that is damaged, or far too large to be read by every command, is set aside.
   Result<Requests> read();
+  /// Whether reading the file is worth while.
+  bool mayHaveDue(const CivilTime& now, NotificationTry which) const;
+  NotificationDelivery deliver(Requests& requests, const CivilTime& now, NotificationTry which) const;
   /// Whether anything changed.
   bool apply(Requests& requests) const;
   Result<> write(const Requests& requests) const;

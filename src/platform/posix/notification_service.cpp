@@ -66,18 +66,21 @@ struct BusReply {
     bus().freeError(&error);
   }
 
+  std::string_view name() const { return error.name != nullptr ? error.name : ""; }
+  bool isSilent(int status) const {
+    return status == -ETIMEDOUT || name() == "org.freedesktop.DBus.Error.NoReply" ||
+           name() == "org.freedesktop.DBus.Error.Timeout";
+  }
+  bool isAbsent() const {
+    return name() == "org.freedesktop.DBus.Error.ServiceUnknown" ||
+           name() == "org.freedesktop.DBus.Error.NameHasNoOwner" ||
+           name().starts_with("org.freedesktop.DBus.Error.Spawn.");
+  }
+
   Result<> outcome(int status) const {
     if (status >= 0) return {};
-    const std::string_view name = error.name != nullptr ? error.name : "";
-    if (status == -ETIMEDOUT || name == "org.freedesktop.DBus.Error.NoReply" ||
-        name == "org.freedesktop.DBus.Error.Timeout") {
-      return refuse("the notification service does not answer");
-    }
-    if (name == "org.freedesktop.DBus.Error.ServiceUnknown" ||
-        name == "org.freedesktop.DBus.Error.NameHasNoOwner" ||
-        name.starts_with("org.freedesktop.DBus.Error.Spawn.")) {
-      return refuse("no notification service is running");
-    }
+    if (isSilent(status)) return refuse("the notification service does not answer");
+    if (isAbsent()) return refuse("no notification service is running");
     return refuse("the notification service refused: {}",
                   error.message != nullptr ? error.message : std::strerror(-status));
   }
@@ -146,14 +149,22 @@ Result<> NotificationService::readCapabilities() {
 }
 
 Result<> NotificationService::show(const std::string& title, const std::string& body, bool withSound) {
+  const auto left = microsecondsTo(deadline_);
+  if (left == 0) {
+    // A call that nobody waits for might be shown, and would be shown again.
+    isLost_ = true;
+    return refuse("the notification service does not answer");
+  }
   const std::string text = readsMarkup_ ? withoutMarkup(body) : body;
   BusReply reply;
-  bus().setTimeout(bus_.get(), std::max<std::uint64_t>(microsecondsTo(deadline_), 1));
+  bus().setTimeout(bus_.get(), left);
   const auto notify = [&](auto... hints) {
     return bus().callMethod(bus_.get(), kService, kObject, kService, "Notify", &reply.error, &reply.message,
                             "susssasa{sv}i", "Moniva", 0U, "", title.c_str(), text.c_str(), 0U, hints..., -1);
   };
-  return reply.outcome(withSound ? notify(1U, "sound-name", "s", "message-new-instant") : notify(0U));
+  const int status = withSound ? notify(1U, "sound-name", "s", "message-new-instant") : notify(0U);
+  isLost_ = status < 0 && (reply.isSilent(status) || reply.isAbsent() || bus().isReady(bus_.get()) <= 0);
+  return reply.outcome(status);
 }
 
 }  // namespace moniva

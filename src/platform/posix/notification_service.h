@@ -19,6 +19,8 @@ class NotificationService {
 
   /// Shows a notification. Refused where the service refuses or does not answer.
   Result<> show(const std::string& title, const std::string& body, bool withSound);
+  /// Whether the last refusal is one of all there is to show: the service is gone or gave no answer in time.
+  bool isLost() const { return isLost_; }
 
  private:
   using Deadline = std::chrono::steady_clock::time_point;
@@ -28,6 +30,7 @@ class NotificationService {
 
   Bus bus_;
   Deadline deadline_;
+  bool isLost_ = false;
   bool readsMarkup_ = false;  ///< such as "<b>" in a body
 };
 

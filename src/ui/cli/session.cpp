@@ -14,7 +14,6 @@
 #include "platform/files.h"
 #include "platform/gettext_localization.h"
 #include "platform/posix/curl_http_client.h"
-#include "platform/posix/desktop_notifications.h"
 #include "platform/posix/file_user_defaults.h"
 #include "platform/posix/gd_images.h"
 #include "platform/posix/host.h"
@@ -90,7 +89,7 @@ class Session::Host final : public AppHost {
   }
   void deliverReminders() override {
     // A desktop without the service is no news at every command; what is due waits, and lists show it.
-    session_.delivered_ = session_.deliverReminders();
+    session_.delivered_ = session_.deliverDue(NotificationTry::due);
   }
   void showAddTransaction(std::string_view type) override {
     session_.say(type == "addincome" ? session_.text("To add income: moniva spend add AMOUNT --income")
@@ -263,10 +262,17 @@ const BillBasis* Session::billsAtLaunch() const {
   return billsAtLaunch_ && isSameFile ? &*billsAtLaunch_ : nullptr;
 }
 
-Result<int> Session::deliverReminders() {
-  auto before = std::exchange(delivered_, 0);
-  auto shown = desktop_->deliverDue(calendar().civilTime(now()));
-  return before && shown ? Result<int>(*before + *shown) : before ? shown : before;
+NotificationDelivery Session::deliverDue(NotificationTry which) {
+  return desktop_->deliverDue(calendar().civilTime(now()), which);
+}
+
+NotificationDelivery Session::deliverReminders() {
+  auto delivery = deliverDue(NotificationTry::allThatWait);
+  // What the launch could not show may be settled since, and then waits no more.
+  if (!delivery.refused && delivery.shown == 0) delivery.refused = delivered_.refused;
+  delivery.shown += delivered_.shown;
+  delivered_ = {};
+  return delivery;
 }
 
 void Session::keepReminders() {

@@ -16,12 +16,11 @@
 #include "currency/amount_format.h"
 #include "currency/amount_reader.h"
 #include "currency/currency_manager.h"
+#include "platform/posix/desktop_notifications.h"
 #include "ui/cli/progress.h"
 #include "ui/cli/style.h"
 
 namespace moniva {
-
-class DesktopNotifications;
 
 /// What every command takes.
 struct GlobalOptions {
@@ -84,9 +83,9 @@ class Session {
   const GlobalOptions& options() const { return options_; }
   Platform& platform() { return *platform_; }
   MVAppRoot& root() { return *root_; }
-  /// Shows the reminders that have come due; answers how many were shown since the launch. Refused where one
-  /// could not be.
-  Result<int> deliverReminders();
+  /// Shows the reminders that have come due, also those that were tried in vain a moment ago. Answers how
+  /// many were shown since the launch, and why others were not.
+  NotificationDelivery deliverReminders();
   /// How bills stood when the command got the store, for refreshReminders; null where that is not known.
   const BillBasis* billsAtLaunch() const;
   /// Whether this command has a store: some have none.
@@ -172,6 +171,7 @@ class Session {
   std::tuple<std::uint64_t, std::int64_t, std::int64_t> storeState() const;
   /// Takes note of how the store is as the command gets it.
   void noteStore();
+  NotificationDelivery deliverDue(NotificationTry which);
   /// Brings reminders up to date where the command wrote, and shows what is due.
   void keepReminders();
 
@@ -193,7 +193,7 @@ class Session {
   DesktopNotifications* desktop_ = nullptr;  ///< the platform's, once there is a store
   std::tuple<std::uint64_t, std::int64_t, std::int64_t> stateAtLaunch_{};
   std::optional<BillBasis> billsAtLaunch_;
-  Result<int> delivered_ = 0;  ///< what the launch showed
+  NotificationDelivery delivered_;  ///< by the launch
   bool launched_ = false;
   bool holdsDaysWorkBack_ = false;
 };

@@ -13,6 +13,7 @@
 #include "ui/cli/command_error.h"
 #include "ui/cli/command_line.h"
 #include "ui/cli/commands/reminder_fields.h"
+#include "ui/cli/completion_scripts.h"
 #include "ui/cli/confirm.h"
 #include "ui/cli/csv_out.h"
 #include "ui/cli/entry_options.h"
@@ -38,25 +39,40 @@ std::string inWords(Session& session, const Refusal& refusal) {
   return CommandError(CommandError::kRefused, refusal).in(session.translate());
 }
 
-/// What the host is to show, by identifier; what it will not tell is empty.
-std::map<std::string, std::string, std::less<>> messagesOf(Session& session) {
-  std::map<std::string, std::string, std::less<>> messages;
-  const auto pending = session.platform().localNotifications->pending();
-  if (!pending) {
-    session.say(session.text("What is to be shown cannot be read: {}", inWords(session, pending.error())));
-    return messages;
+/// What the host is still to show.
+class PendingReminders {
+ public:
+  explicit PendingReminders(Session& session) {
+    const auto pending = session.platform().localNotifications->pending();
+    if (!pending) {
+      session.say(session.text("What is to be shown cannot be read: {}", inWords(session, pending.error())));
+      return;
+    }
+    messages_.emplace();
+    for (const auto& request : *pending) messages_->emplace(request.identifier, request.body);
   }
-  for (const auto& request : *pending) messages.emplace(request.identifier, request.body);
-  return messages;
-}
 
-json::object jsonOf(Session& session, const ReminderRecord& record, const std::string& message) {
+  /// Nothing where the host will not tell.
+  std::optional<bool> has(const ReminderRecord& record) const {
+    return messages_ ? std::optional(messages_->contains(record.identifier)) : std::nullopt;
+  }
+  std::string messageOf(const ReminderRecord& record) const {
+    return has(record).value_or(false) ? messages_->at(record.identifier) : std::string();
+  }
+
+ private:
+  std::optional<std::map<std::string, std::string>> messages_;
+};
+
+json::object jsonOf(Session& session, const ReminderRecord& record, const PendingReminders& pending) {
+  const auto isPending = pending.has(record);
   return {{"identifier", record.identifier},
           {"owner", record.owner},
           {"title", record.title},
-          {"message", message},
+          {"message", pending.messageOf(record)},
           {"fireDate", isoDate(session, record.fireDate)},
-          {"scheduledAt", isoDate(session, record.scheduledAt)}};
+          {"scheduledAt", isoDate(session, record.scheduledAt)},
+          {"isPending", isPending ? json::value(*isPending) : json::value()}};
 }
 
 /// The account's title, or the end of the record.
@@ -65,14 +81,15 @@ Cell ownerCell(Session& session, const std::string& owner) {
   return account ? Cell(account->title) : Cell(shortEid(owner), ink::dim);
 }
 
-json::array remindersJson(Session& session, const std::vector<ReminderRecord>& records) {
-  const auto messages = messagesOf(session);
+json::array remindersJson(Session& session, const std::vector<ReminderRecord>& records,
+                          const PendingReminders& pending) {
   json::array array;
-  for (const auto& record : records) {
-    const auto at = messages.find(record.identifier);
-    array.push_back(jsonOf(session, record, at == messages.end() ? "" : at->second));
-  }
+  for (const auto& record : records) array.push_back(jsonOf(session, record, pending));
   return array;
+}
+
+json::array remindersJson(Session& session, const std::vector<ReminderRecord>& records) {
+  return remindersJson(session, records, PendingReminders(session));
 }
 
 /// How long a list waits for the desktop.
@@ -80,30 +97,42 @@ constexpr std::chrono::milliseconds kPatience(500);
 
 void listReminders(Session& session, const ReminderOptions& options) {
   auto records = done(reminderRecords(session.root()));
+  const PendingReminders pending(session);
+  const auto isPast = [&](const ReminderRecord& one) { return one.fireDate <= session.now(); };
   if (!options.all) {
-    std::erase_if(records, [&](const ReminderRecord& one) { return one.fireDate <= session.now(); });
+    std::erase_if(
+        records, [&](const ReminderRecord& one) { return isPast(one) && !pending.has(one).value_or(false); });
   }
-  if (options.csv) return printCsv(session, remindersJson(session, records));
-  if (session.options().json) return session.printJson(remindersJson(session, records));
+  if (options.csv) return printCsv(session, remindersJson(session, records, pending));
+  if (session.options().json) return session.printJson(remindersJson(session, records, pending));
   if (const auto ready = NotificationService::open(kPatience); !ready) {
     session.say(session.text("This machine cannot show reminders now: {}", inWords(session, ready.error())));
   }
   if (records.empty()) {
     return session.say(session.text("No reminder is to come. Switch one on with: moniva reminder on RECORD"));
   }
-  const auto messages = messagesOf(session);
-  Table table({{.title = session.text("When"), .isWhole = true},
-               {.title = session.text("Of"), .isWhole = true},
-               {.title = session.text("Title"), .maxWidth = 40},
-               {.title = session.text("Message"), .maxWidth = 70}});
+  std::vector<Column> columns({{.title = session.text("When"), .isWhole = true},
+                               {.title = session.text("Of"), .isWhole = true},
+                               {.title = session.text("Title"), .maxWidth = 40},
+                               {.title = session.text("Message"), .maxWidth = 70}});
+  // Of what is to come there is nothing to say.
+  if (std::ranges::any_of(records, isPast)) columns.push_back({.title = session.text("State")});
+  Table table(std::move(columns));
   for (const auto& record : records) {
-    const auto at = messages.find(record.identifier);
-    const bool isPast = record.fireDate <= session.now();
-    table.addRow({Cell(dateText(session, record.fireDate), isPast ? ink::dim : ink::plain),
+    const auto waits = isPast(record) ? pending.has(record) : std::nullopt;
+    table.addRow({Cell(dateText(session, record.fireDate), waits == false ? ink::dim : ink::plain),
                   ownerCell(session, record.owner), printable(record.title),
-                  printable(at == messages.end() ? std::string() : at->second)});
+                  printable(pending.messageOf(record)),
+                  !waits   ? std::string()
+                  : *waits ? session.text("waits to be shown")
+                           : session.text("shown")});
   }
   session.out() << table.render(session.style(), session.width());
+}
+
+CommandError noCreditAccount(const MonivaAccount& account) {
+  return refused("'{}' is no credit account, so there is no repayment to remind of",
+                 printable(account.title));
 }
 
 std::vector<std::string> ownersOf(const std::vector<MVTransaction>& rows) {
@@ -123,6 +152,19 @@ json::array scheduledJson(Session& session, const std::vector<std::string>& owne
     std::ranges::move(done(reminderRecordsOf(session.root(), owner)), std::back_inserter(records));
   }
   return remindersJson(session, records);
+}
+
+/// The record that is to be reminded of, or not; of accounts it says where theirs are switched.
+std::string recordToRemindOf(Session& session, const std::string& text, bool on) {
+  try {
+    return recordTyped(session, text);
+  } catch (const CommandError&) {
+    const auto account = MonivaAccount::getAccountWithTitle(session.root(), text);
+    if (!account || account->isDeleted != 0) throw;
+    if (!account->isDebtAccount()) throw noCreditAccount(*account);
+    throw refused("'{}' is an account; its reminders: moniva account reminders {} {}",
+                  printable(account->title), shellQuoted(printable(account->title)), on ? "on" : "off");
+  }
 }
 
 /// Ends the command for what cannot be reminded of, in words.
@@ -159,7 +201,7 @@ void switchReminders(Session& session, const std::string& text, bool on) {
   std::vector<MVTransaction> rows;
   std::int64_t scheduled = 0;
   changeReminders(session, [&] {
-    const std::string eid = recordTyped(session, text);
+    const std::string eid = recordToRemindOf(session, text, on);
     rows = rowsToRemindOf(session, eid);
     if (rows.empty()) refuseReminder(session, eid, text);
     for (const auto& row : rows) {
@@ -186,10 +228,7 @@ void switchReminders(Session& session, const std::string& text, bool on) {
 }
 
 void cancelOfAccount(Session& session, MonivaAccount account) {
-  if (!account.isDebtAccount()) {
-    throw refused("'{}' is no credit account, so there is no repayment to remind of",
-                  printable(account.title));
-  }
+  if (!account.isDebtAccount()) throw noCreditAccount(account);
   const auto cancelled = countComing(session, done(reminderRecordsOf(session.root(), account.pk)));
   changeReminders(session, [&] {
     if (account.repayNotificationEnabled()) done(account.updateRepayNotificationEnabled(false));
@@ -261,10 +300,16 @@ void testReminder(Session& session) {
 }
 
 void deliverReminders(Session& session) {
-  const auto shown = done(session.deliverReminders());
-  if (session.options().json) return session.printJson(json::object{{"shown", shown}});
-  session.answer(shown == 0 ? session.text("No reminder has come due.")
-                            : session.count("Showed {} reminder.", "Showed {} reminders.", shown));
+  const auto [shown, refusal] = session.deliverReminders();
+  if (shown > 0 || !refusal) {
+    if (session.options().json) {
+      session.printJson(json::object{{"shown", shown}});
+    } else {
+      session.answer(shown == 0 ? session.text("No reminder has come due.")
+                                : session.count("Showed {} reminder.", "Showed {} reminders.", shown));
+    }
+  }
+  if (refusal) throw CommandError(CommandError::kRefused, *refusal);
 }
 
 }  // namespace
