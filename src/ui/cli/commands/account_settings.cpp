@@ -75,7 +75,7 @@ std::string setReminders(Session& session, MonivaAccount& row, const std::string
     return session.text("Repayments of '{}' are not reminded of.", row.title);
   }
   return session.text("Repayments of '{}' are reminded of; {}.", row.title,
-                      remindNow(session, {row.pk}, session.text("nothing is to be paid back now")));
+                      remindNow(session, {row.pk}, session.text("no reminder is to come now")));
 }
 
 const std::vector<Word<std::string>>& dashboardWords() {
