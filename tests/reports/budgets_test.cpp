@@ -65,7 +65,8 @@ TEST(Budgets, carryNothingOfTheNoiseOfNumbers) {
   us.sql("update transactions set amount = 34.2 where type = 61 and smonth = 3");
   us.sql("update transactions set amount = 1000000000.01 where type = 61 and smonth = 6");
   std::vector<double> left;
-  for (const auto& month : *us.history().months()) left.push_back(month.remaining);
+  const auto months = us.history().months();
+  for (const auto& month : *months) left.push_back(month.remaining);
   EXPECT_EQ(left, (std::vector{0.0, 33.3, 67.1, 99.6, 999999949.61})) << "rounded where it is carried";
 }
 
