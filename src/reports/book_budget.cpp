@@ -59,18 +59,12 @@ Result<> checkBudget(const BookBudget& budget) {
 /// What was spent today of what nobody had planned: neither shares of a spread cost nor instalments, and
 /// nothing that a series made.
 Result<double> spentToday(const MonivaAccount& book) {
-  MVAppRoot& root = book.root();
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  Run run = db->query(
-      fmt::format("select sum(amount) as amount from transactions where ? <= datetime and datetime <= ? and"
-                  " {} and deleted = 0 and syear != ? and syear != ? and paid = 1 and type = 12 and"
-                  " (repeat_seed = '' or repeat_seed is NULL) ",
-                  accountQuerySQL(book)),
-      {root.calendar().dateBegin(root.now()), root.calendar().dateEnd(root.now()), book.pk, advanced::kCost,
-       advanced::kInstallment});
-  if (!run.next()) return tl::make_unexpected(db->refusal());
-  return run.real(0);
+  const Date now = book.root().now();
+  return sumBetween(book, "sum(amount) as amount",
+                    fmt::format("syear != {} and syear != {} and paid = 1 and type = 12 and"
+                                " (repeat_seed = '' or repeat_seed is NULL)",
+                                advanced::kCost, advanced::kInstallment),
+                    now, now);
 }
 
 bool beginsInPresentMonth(const BookBudget& budget) {
@@ -83,17 +77,8 @@ bool beginsInPresentMonth(const BookBudget& budget) {
 
 /// What the instalments due in that time add to what is expected of expenses there.
 Result<double> expectedInstallments(const MonivaAccount& book, Date from, Date to) {
-  MVAppRoot& root = book.root();
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  Run run = db->query(
-      fmt::format("select sum(amount * (coalesce(needReimburse = 0, 0) + (coalesce(transferEID, '') = '')))"
-                  " from transactions where ? <= datetime and datetime <= ? and {} and deleted = 0 and paid ="
-                  " 0 and type = 12 and syear = ?",
-                  accountQuerySQL(book)),
-      {root.calendar().dateBegin(from), root.calendar().dateEnd(to), book.pk, advanced::kInstallment});
-  if (!run.next()) return tl::make_unexpected(db->refusal());
-  return run.real(0);
+  return sumBetween(book, "sum(amount * (coalesce(needReimburse = 0, 0) + (coalesce(transferEID, '') = '')))",
+                    fmt::format("paid = 0 and type = 12 and syear = {}", advanced::kInstallment), from, to);
 }
 
 }  // namespace

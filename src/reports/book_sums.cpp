@@ -10,21 +10,6 @@
 namespace moniva {
 namespace {
 
-/// The first column of the first row of a query over the rows of the book in those days.
-Result<double> sumBetween(const MonivaAccount& book, std::string_view sum, std::string_view rows, Date from,
-                          Date toDate) {
-  MVAppRoot& root = book.root();
-  Connection* db = root.db().getDatabase();
-  if (db == nullptr) return refuse("the store is not open");
-  Run run = db->query(
-      fmt::format(
-          "select {} from transactions where ? <= datetime and datetime <= ? and {} and deleted = 0 and {}",
-          sum, accountQuerySQL(book), rows),
-      {root.calendar().dateBegin(from), root.calendar().dateEnd(toDate), book.pk});
-  if (!run.next()) return tl::make_unexpected(db->refusal());
-  return run.real(0);
-}
-
 /// The days on which a series makes its records, by its rule.
 class SeriesDays {
  public:
@@ -93,6 +78,20 @@ Result<double> sumOfSeries(const MonivaAccount& book, Date from, Date to) {
 }
 
 }  // namespace
+
+Result<double> sumBetween(const MonivaAccount& book, std::string_view sum, std::string_view rows, Date from,
+                          Date toDate) {
+  MVAppRoot& root = book.root();
+  Connection* db = root.db().getDatabase();
+  if (db == nullptr) return refuse("the store is not open");
+  Run run = db->query(
+      fmt::format(
+          "select {} from transactions where ? <= datetime and datetime <= ? and {} and deleted = 0 and {}",
+          sum, accountQuerySQL(book), rows),
+      {root.calendar().dateBegin(from), root.calendar().dateEnd(toDate), book.pk});
+  if (!run.next()) return tl::make_unexpected(db->refusal());
+  return run.real(0);
+}
 
 Result<double> transactionSumFrom(const MonivaAccount& book, Date from, Date toDate, int type) {
   return sumBetween(book, "sum(amount) as amount", fmt::format("paid = 1 and type = {}", type), from, toDate);

@@ -1,11 +1,17 @@
 #pragma once
 
+#include <string_view>
+
 #include "reports/trans_report_summary.h"
 
 /// Sums over the records of one book, account or group, besides its reports. Days are counted whole. Refused
 /// when the store cannot be read.
 namespace moniva {
 
+/// What an aggregate such as "sum(amount)" comes to over the live rows of the book in that time that a
+/// condition on `transactions` selects; 0 where there are none. Both are fixed texts of the program.
+Result<double> sumBetween(const MonivaAccount& book, std::string_view sum, std::string_view rows, Date from,
+                          Date toDate);
 /// What the settled records of a kind (11 income, 12 expense ...) come to.
 Result<double> transactionSumFrom(const MonivaAccount& book, Date from, Date toDate, int type);
 /// What the instalments that are still to be paid in that time come to.
